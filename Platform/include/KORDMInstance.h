@@ -1,0 +1,92 @@
+// Document management: identities of database objects and the revision history of their families.
+//
+// The platform keeps a store of families; each is the identities of one object's revisions, oldest
+// first. The host fills it (KORDMStore); identities ask it. Equality of identities is equality of
+// Caenv, Catab, Coid and Compid. The store may not be written while other threads ask it.
+
+#ifndef KORDMINSTANCE_H
+#define KORDMINSTANCE_H
+
+#include <vector>
+
+#include "KORDMMappingText.h"
+#include "KORExport.h"
+
+class KORListValKORDMInstance;
+
+// The identity of a revision of a database object. A plain value.
+class KOR_API KORDMInstance {
+  public:
+    // From the kind of the table ("KORCON"), the environment, the table and the two identifiers.
+    // The last three arguments name parts of an object; the platform knows whole objects only and
+    // ignores them.
+    KORDMInstance(const KORDMMappingText& kind, const KORDMMappingText& caenv,
+                  const KORDMMappingText& catab, double coid, double compid,
+                  const double* part = nullptr, const char* partName = nullptr, int partKind = 0);
+
+    // 1 when this is a newer revision than `other`, else 0. The diagnostic is 0 when both belong to
+    // one family, so that the comparison could be made. The mode is reserved; pass 1.
+    int IsNewerRevision(const KORDMInstance& other, int mode, int& diagnostic) const;
+
+    // Fills the list with all revisions of the object, oldest first, and gives 0; for an identity
+    // of no family gives 1 and leaves the list as it is. The modes are reserved; pass 0, 1, 0.
+    int GetAllRevision(KORListValKORDMInstance& list, int mode1, int mode2, int mode3) const;
+
+    bool operator==(const KORDMInstance& other) const {
+        return coid_ == other.coid_ && compid_ == other.compid_ && caenv_ == other.caenv_ &&
+               catab_ == other.catab_;
+    }
+
+    // A hash of what equality compares.
+    std::size_t Hash() const;
+
+  private:
+    KORDMMappingText caenv_;
+    KORDMMappingText catab_;
+    double coid_;
+    double compid_;
+};
+
+// A list of identities. A plain value; positions count from 1.
+class KOR_API KORListValKORDMInstance {
+  public:
+    int Size() const { return static_cast<int>(members_.size()); }
+
+    void Append(const KORDMInstance& instance) { members_.push_back(instance); }
+
+    // Appends every member of another list, in its order.
+    void Append(const KORListValKORDMInstance& list);
+
+    // The position of the first equal member at or after `from`; 0 when there is none. A `from`
+    // below 1 counts as 1.
+    int Locate(const KORDMInstance& instance, int from) const;
+
+    void RemoveAll() { members_.clear(); }
+
+    // The member at a position from 1 to Size().
+    const KORDMInstance& operator[](int position) const {
+        return members_[static_cast<std::size_t>(position - 1)];
+    }
+
+  private:
+    std::vector<KORDMInstance> members_;
+};
+
+class SdaiModel;
+
+// The store of revision families, one for the process.
+class KOR_API KORDMStore {
+  public:
+    // Adds a family, oldest revision first. An identity that a family has already stays in that
+    // family; the others are added.
+    static void AddFamily(const KORListValKORDMInstance& revisions);
+
+    // Adds the families of a model: for each instance of `cdma_revision_history`, the identities of
+    // the `cdma_id` instances in its list "Revisions". Gives the number of families added.
+    static int AddFamilies(const SdaiModel& model);
+
+    // Forgets every family.
+    static void RemoveAll();
+};
+
+#endif

@@ -1,0 +1,84 @@
+// The trace service. A function opens a scope by building a KORPSNTrace on its stack; while the
+// scope's level is active it writes lines into the stream that the scope lends it.
+//
+//     SdaiPrimitiveH GetMemberCount -> {
+//        SdaiPrimitiveH GetMemberCount -> Taille3
+//     SdaiPrimitiveH GetMemberCount -> }
+//
+// The service writes the first and the last line itself: one when a scope opens and one when it
+// closes, so that a call shows even where the function writes nothing. Lines go out whole, one
+// after the other, as the bytes that were written (ISO 8859-1).
+//
+// The level is 0 (off) unless the environment variable KOR_TRACE or Configure sets it; a level is
+// active when it is at most the one that is set, so 12 shows the lines of the mapping functions.
+// Lines go to the file that KOR_TRACE_FILE or Configure names, else to the standard error stream. A
+// file that cannot be opened or written loses lines and nothing else.
+//
+// Off, a scope costs one test when it opens and one when it closes, and allocates nothing. Each
+// thread has scopes and lines of its own; the service puts their lines one after the other.
+
+#ifndef KORPSNTRACE_H
+#define KORPSNTRACE_H
+
+#include <iosfwd>
+
+#include "KORExport.h"
+#include "KORString.h"
+
+// The line that a scope is writing. It belongs to the service.
+class KOR_API KORPSNLigne {
+  public:
+    std::ostream& GetStream() { return stream_; }
+
+  private:
+    friend class KORPSNTrace;
+    explicit KORPSNLigne(std::ostream& stream) : stream_(stream) {}
+    std::ostream& stream_;
+};
+
+class KOR_API KORPSNTrace {
+  public:
+    // Opens a scope. The label must outlive it. The third argument is reserved; pass 0.
+    KORPSNTrace(const char* label, int level, int reserved);
+    KORPSNTrace(const KORPSNTrace&) = delete;
+    KORPSNTrace& operator=(const KORPSNTrace&) = delete;
+    // Closes it.
+    ~KORPSNTrace() {
+        if (open_) Close();
+    }
+
+    // The level that the scope was built with.
+    int GetLevel() const { return level_; }
+
+    // Whether lines of that level are written at all; non-zero for yes.
+    static int LevelIsActive(int level);
+
+    // The indentation of the scope's first and last line: 3 times the number of scopes around it.
+    static int GetIndent();
+
+    // That many blanks (at most 1,000).
+    static KORString Indent(int count);
+
+    // The label.
+    KORString GetMethod() const { return KORString(label_); }
+
+    // The line to write into; what was written into it and not handed over is dropped.
+    KORPSNLigne GetLigne();
+
+    // Hands the finished line over.
+    void Out();
+
+    // Sets the level and the sink: the path of a file, which is emptied, or null or "" for the
+    // standard error stream. False when the file cannot be opened; the trace is then off.
+    static bool Configure(int level, const char* file);
+
+  private:
+    void Open();
+    void Close();
+
+    const char* label_;
+    int level_;
+    bool open_ = false;
+};
+
+#endif

@@ -1,0 +1,75 @@
+// Aggregates of the data access interface: LIST, SET, BAG and ARRAY values, and the extents of
+// entity types, all as runs of members in a fixed order.
+//
+// Ownership. An aggregate that was read from an instance, and every extent, belongs to its model.
+// One that was made with `new` belongs to whoever made it until SdaiPrimitiveH::TakeOver gives it
+// to handles. One that stands on the stack stays there. Members that are instances are shared.
+//
+// Any number of threads may read an aggregate that no thread writes.
+
+#ifndef SDAIAGGRINSTANCE_H
+#define SDAIAGGRINSTANCE_H
+
+#include <atomic>
+#include <cstdint>
+
+#include "SdaiLogical.h"
+#include "SdaiPrimitiveH.h"
+
+class KOR_API SdaiAggrInstance {
+  public:
+    // An empty aggregate for members of any kind.
+    SdaiAggrInstance() noexcept = default;
+    SdaiAggrInstance(const SdaiAggrInstance&) = delete;
+    SdaiAggrInstance& operator=(const SdaiAggrInstance&) = delete;
+    ~SdaiAggrInstance();
+
+    // The number of members; 0 for an empty aggregate.
+    long GetMemberCount() const { return static_cast<long>(count_); }
+
+    // Whether a member equals the value (for instances: is the same instance).
+    SdaiBoolean IsMember(const SdaiPrimitiveH& value) const;
+    bool IsMember(const SdaiEntityInstance* instance) const;
+
+    // The member at a position counted from 0; unset outside the aggregate.
+    SdaiPrimitiveH GetMember(long position) const;
+    // The same for a member that is an instance or a number: null or 0.0 for any other.
+    SdaiEntityInstance* GetInstanceMember(long position) const;
+    double GetRealMember(long position) const;
+
+    // Adds a member at the end. An extent takes none: it grows as instances are created.
+    void Append(const SdaiPrimitiveH& value);
+
+    // Removes every member. An extent stays as it is.
+    void RemoveAll();
+
+    // Makes room for that many members, so that appending up to it allocates no more.
+    void Reserve(long count);
+
+  private:
+    friend class KORAggregateAccess;  // the in-memory model
+
+    // Members of one kind stand side by side as bare numbers or pointers, 8 bytes each; others as
+    // cells of the in-memory model.
+    enum class Layout : std::uint8_t { Cells, Reals, Integers, Instances };
+
+    void* members_ = nullptr;
+    std::uint32_t count_ = 0;
+    std::uint32_t capacity_ = 0;            // 0: the members stand in memory of the model's
+    std::atomic<std::uint32_t> owners_{0};  // the handles that own the aggregate
+    Layout layout_ = Layout::Cells;
+    bool selects_ = false;   // the members are select values
+    bool extent_ = false;    // may not be written
+    bool realList_ = false;  // an SdaiListClassOfSdaiReal
+};
+
+// A list of reals.
+class KOR_API SdaiListClassOfSdaiReal : public SdaiAggrInstance {
+  public:
+    // An empty list. The bounds document what the list is for; they are not enforced.
+    SdaiListClassOfSdaiReal(unsigned lowerBound, unsigned upperBound);
+
+    void Append(const double& value);
+};
+
+#endif

@@ -1,0 +1,97 @@
+// Truth values of the data access interface (ISO 10303-22): the two-valued SdaiBoolean and the
+// three-valued SdaiLogical, and the four constants that the mapping functions build their results
+// from. Both are plain values: copied freely, owned by nobody, safe to read from any thread.
+
+#ifndef SDAILOGICAL_H
+#define SDAILOGICAL_H
+
+#include <iosfwd>
+
+#include "KORExport.h"
+
+class SdaiLogical;
+
+// TRUE or FALSE. A default-built one is FALSE.
+class SdaiBoolean {
+  public:
+    constexpr SdaiBoolean() = default;
+    constexpr explicit SdaiBoolean(bool value) : value_(value) {}
+
+    constexpr SdaiBoolean operator&&(SdaiBoolean other) const {
+        return SdaiBoolean(value_ && other.value_);
+    }
+    constexpr SdaiBoolean operator||(SdaiBoolean other) const {
+        return SdaiBoolean(value_ || other.value_);
+    }
+    constexpr SdaiBoolean operator!() const { return SdaiBoolean(!value_); }
+    constexpr SdaiBoolean operator==(SdaiBoolean other) const {
+        return SdaiBoolean(value_ == other.value_);
+    }
+    constexpr SdaiBoolean operator==(SdaiLogical other) const;
+    constexpr SdaiBoolean operator!=(SdaiBoolean other) const { return !(*this == other); }
+
+    // 1 for TRUE, 0 for FALSE, so that a boolean stands in a condition.
+    constexpr operator int() const { return value_ ? 1 : 0; }
+
+  private:
+    bool value_ = false;
+};
+
+// TRUE, FALSE or UNKNOWN. A default-built one is UNKNOWN. The operators follow the tables of
+// ISO 10303-11: FALSE AND anything is FALSE, TRUE OR anything is TRUE, NOT UNKNOWN is UNKNOWN.
+class SdaiLogical {
+  public:
+    constexpr SdaiLogical() = default;
+    constexpr SdaiLogical(SdaiBoolean value) : value_(value ? kTrue : kFalse) {}
+
+    constexpr SdaiLogical operator&&(SdaiLogical other) const {
+        return SdaiLogical(value_ < other.value_ ? value_ : other.value_);
+    }
+    constexpr SdaiLogical operator||(SdaiLogical other) const {
+        return SdaiLogical(value_ < other.value_ ? other.value_ : value_);
+    }
+    constexpr SdaiLogical operator!() const { return SdaiLogical(static_cast<Value>(-value_)); }
+
+    // Whether both are the same truth value; UNKNOWN equals UNKNOWN.
+    constexpr SdaiBoolean operator==(SdaiLogical other) const {
+        return SdaiBoolean(value_ == other.value_);
+    }
+    constexpr SdaiBoolean operator==(SdaiBoolean other) const {
+        return *this == SdaiLogical(other);
+    }
+    constexpr SdaiBoolean operator!=(SdaiLogical other) const { return !(*this == other); }
+
+    // 1 for TRUE, 0 for FALSE and for UNKNOWN, so that a logical stands in a condition.
+    constexpr operator int() const { return value_ == kTrue ? 1 : 0; }
+
+  private:
+    // In the order FALSE < UNKNOWN < TRUE, in which AND is the smaller and OR the greater one.
+    enum Value : signed char { kFalse = -1, kUnknown = 0, kTrue = 1 };
+
+    constexpr explicit SdaiLogical(Value value) : value_(value) {}
+
+    Value value_ = kUnknown;
+};
+
+constexpr SdaiBoolean SdaiBoolean::operator==(SdaiLogical other) const {
+    return SdaiLogical(*this) == other;
+}
+
+// Writes TRUE, FALSE or UNKNOWN.
+KOR_API std::ostream& operator<<(std::ostream& stream, SdaiLogical value);
+
+// The runtime's constants.
+class KORSdaiStaticGlobalData {
+  public:
+    static constexpr SdaiBoolean sdaiTRUE{true};
+    static constexpr SdaiBoolean sdaiFALSE{false};
+    static constexpr SdaiLogical sdaiLTRUE{sdaiTRUE};
+    static constexpr SdaiLogical sdaiLFALSE{sdaiFALSE};
+};
+
+inline constexpr const SdaiBoolean& sdaiTRUE = KORSdaiStaticGlobalData::sdaiTRUE;
+inline constexpr const SdaiBoolean& sdaiFALSE = KORSdaiStaticGlobalData::sdaiFALSE;
+inline constexpr const SdaiLogical& sdaiLTRUE = KORSdaiStaticGlobalData::sdaiLTRUE;
+inline constexpr const SdaiLogical& sdaiLFALSE = KORSdaiStaticGlobalData::sdaiLFALSE;
+
+#endif

@@ -1,0 +1,243 @@
+#include "Aggregate.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <stdexcept>
+
+using kor::Cell;
+using kor::Tag;
+
+namespace {
+
+// The layout in which a single value could stand.
+KORAggregateAccess::Layout LayoutFor(Tag tag) {
+    switch (tag) {
+        case Tag::Real:
+            return KORAggregateAccess::Layout::Reals;
+        case Tag::Integer:
+            return KORAggregateAccess::Layout::Integers;
+        case Tag::Instance:
+            return KORAggregateAccess::Layout::Instances;
+        default:
+            return KORAggregateAccess::Layout::Cells;
+    }
+}
+
+std::size_t MemberSize(KORAggregateAccess::Layout layout) {
+    return layout == KORAggregateAccess::Layout::Cells ? sizeof(Cell) : 8;
+}
+
+// Writes the number or pointer of a cell where a member of another layout stands.
+void StoreBare(void* members, std::size_t position, const Cell& cell) {
+    static_cast<std::uint64_t*>(members)[position] = cell.Get<std::uint64_t>();
+}
+
+}  // namespace
+
+// ---- Members
+
+Cell KORAggregateAccess::MemberCell(const SdaiAggrInstance& aggregate, std::size_t position) {
+    switch (aggregate.layout_) {
+        case Layout::Reals:
+            return Cell::Of(Tag::Real, Members<double>(aggregate)[position]);
+        case Layout::Integers:
+            return Cell::Of(Tag::Integer, Members<long>(aggregate)[position]);
+        case Layout::Instances: {
+            // A null pointer stands for a member that a damaged data set does not have.
+            SdaiEntityInstance* instance = Members<SdaiEntityInstance*>(aggregate)[position];
+            return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell();
+        }
+        default:
+            return Members<Cell>(aggregate)[position];
+    }
+}
+
+SdaiPrimitiveH SdaiAggrInstance::GetMember(long position) const {
+    if (position < 0 || position >= GetMemberCount()) return {};
+    return kor::ToHandle(KORAggregateAccess::MemberCell(*this, static_cast<std::size_t>(position)),
+                         selects_);
+}
+
+SdaiEntityInstance* SdaiAggrInstance::GetInstanceMember(long position) const {
+    if (position < 0 || position >= GetMemberCount()) return nullptr;
+    if (layout_ == Layout::Instances) {
+        return static_cast<SdaiEntityInstance**>(members_)[position];
+    }
+    return GetMember(position);
+}
+
+double SdaiAggrInstance::GetRealMember(long position) const {
+    if (position < 0 || position >= GetMemberCount()) return 0.0;
+    if (layout_ == Layout::Reals) return static_cast<double*>(members_)[position];
+    return GetMember(position);
+}
+
+bool SdaiAggrInstance::IsMember(const SdaiEntityInstance* instance) const {
+    if (instance == nullptr) return false;
+    if (layout_ == Layout::Instances) {
+        SdaiEntityInstance** first = static_cast<SdaiEntityInstance**>(members_);
+        return std::find(first, first + count_, instance) != first + count_;
+    }
+    for (long i = 0; i < GetMemberCount(); ++i) {
+        if (GetInstanceMember(i) == instance) return true;
+    }
+    return false;
+}
+
+SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
+    if (const SdaiEntityInstance* instance = value) return SdaiBoolean(IsMember(instance));
+    for (long i = 0; i < GetMemberCount(); ++i) {
+        if (GetMember(i) == value) return sdaiTRUE;
+    }
+    return sdaiFALSE;
+}
+
+// ---- Growing and shrinking
+
+void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
+    constexpr std::size_t kMost = std::numeric_limits<std::uint32_t>::max();
+    if (count > kMost) throw std::length_error("an aggregate of more than 4,294,967,295 members");
+    // Where the members stand in memory of the model's (capacity 0), growing moves them out of it.
+    if (count <= aggregate.capacity_ || (count <= aggregate.count_ && aggregate.capacity_ == 0)) {
+        return;
+    }
+    const std::size_t capacity =
+        std::min(kMost, std::max({count, std::size_t{2} * aggregate.count_, std::size_t{4}}));
+    void* members = ::operator new(capacity* MemberSize(aggregate.layout_));
+    if (aggregate.count_ != 0) {
+        std::memcpy(members, aggregate.members_, aggregate.count_ * MemberSize(aggregate.layout_));
+    }
+    if (aggregate.capacity_ != 0) ::operator delete(aggregate.members_);
+    aggregate.members_ = members;
+    aggregate.capacity_ = static_cast<std::uint32_t>(capacity);
+}
+
+// Turns bare members into cells, so that members of any kind can follow.
+void KORAggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
+    if (aggregate.layout_ == Layout::Cells) return;
+    const std::size_t capacity = std::max<std::size_t>(aggregate.count_, 4);
+    auto* cells = static_cast<Cell*>(::operator new(capacity * sizeof(Cell)));
+    for (std::size_t i = 0; i < aggregate.count_; ++i) cells[i] = MemberCell(aggregate, i);
+    if (aggregate.capacity_ != 0) ::operator delete(aggregate.members_);
+    aggregate.members_ = cells;
+    aggregate.capacity_ = static_cast<std::uint32_t>(capacity);
+    aggregate.layout_ = Layout::Cells;
+}
+
+void SdaiAggrInstance::Reserve(long count) {
+    if (!extent_ && count > 0) {
+        KORAggregateAccess::Grow(*this, static_cast<std::size_t>(count));
+    }
+}
+
+void SdaiAggrInstance::Append(const SdaiPrimitiveH& value) {
+    if (extent_) return;
+    kor::CellHolder cell(kor::ToCell(value, nullptr));
+    const Layout layout = LayoutFor(cell.Get().GetTag());
+    if (count_ == 0 && layout != layout_ && !realList_) {
+        // The first member decides how the members stand.
+        if (capacity_ != 0) ::operator delete(members_);
+        members_ = nullptr;
+        capacity_ = 0;
+        layout_ = layout;
+    } else if (layout != layout_) {
+        KORAggregateAccess::MakeCells(*this);
+    }
+    KORAggregateAccess::Grow(*this, std::size_t{count_} + 1);
+    if (layout_ == Layout::Cells) {
+        static_cast<Cell*>(members_)[count_] = cell.Take();
+    } else {
+        StoreBare(members_, count_, cell.Take());
+    }
+    ++count_;
+}
+
+void KORAggregateAccess::AppendReal(SdaiAggrInstance& aggregate, double value) {
+    if (aggregate.layout_ != Layout::Reals) {
+        static_cast<SdaiAggrInstance&>(aggregate).Append(SdaiPrimitiveH(value));
+        return;
+    }
+    Grow(aggregate, std::size_t{aggregate.count_} + 1);
+    Members<double>(aggregate)[aggregate.count_++] = value;
+}
+
+void KORAggregateAccess::AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance) {
+    Grow(extent, std::size_t{extent.count_} + 1);
+    Members<SdaiEntityInstance*>(extent)[extent.count_++] = instance;
+}
+
+void SdaiAggrInstance::RemoveAll() {
+    if (extent_) return;
+    if (layout_ == Layout::Cells) {
+        const Cell* cells = static_cast<const Cell*>(members_);
+        std::for_each(cells, cells + count_, kor::ReleaseCell);
+    }
+    count_ = 0;
+}
+
+SdaiAggrInstance::~SdaiAggrInstance() {
+    extent_ = false;
+    RemoveAll();
+    if (capacity_ != 0) ::operator delete(members_);
+}
+
+// ---- Making and owning
+
+SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool selects,
+                                           kor::Arena* arena) {
+    // Members of one kind stand bare. A reference that is still pending counts as an instance.
+    Layout layout = Layout::Cells;
+    if (!members.empty()) {
+        const auto bareLayout = [](const Cell& cell) {
+            return cell.GetTag() == Tag::Pending ? Layout::Instances : LayoutFor(cell.GetTag());
+        };
+        layout = bareLayout(members.front());
+        for (const Cell& member : members) {
+            if (bareLayout(member) != layout) layout = Layout::Cells;
+        }
+    }
+    SdaiAggrInstance* aggregate = arena != nullptr ? new (arena->Allocate(sizeof(SdaiAggrInstance)))
+                                                         SdaiAggrInstance
+                                                   : new SdaiAggrInstance;
+    aggregate->layout_ = layout;
+    aggregate->selects_ = selects;
+    const std::size_t size = members.size() * MemberSize(layout);
+    if (arena != nullptr) {
+        aggregate->members_ = arena->Allocate(size);
+    } else {
+        aggregate->owners_.store(1, std::memory_order_relaxed);
+        try {
+            Grow(*aggregate, members.size());
+        } catch (...) {
+            delete aggregate;
+            throw;
+        }
+    }
+    if (layout == Layout::Cells) {
+        std::copy(members.begin(), members.end(), static_cast<Cell*>(aggregate->members_));
+    } else {
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            StoreBare(aggregate->members_, i, members[i]);
+        }
+    }
+    aggregate->count_ = static_cast<std::uint32_t>(members.size());
+    return aggregate;
+}
+
+void KORAggregateAccess::RemoveOwner(SdaiAggrInstance& aggregate) {
+    if (aggregate.owners_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (aggregate.realList_) {
+        delete static_cast<SdaiListClassOfSdaiReal*>(&aggregate);
+    } else {
+        delete &aggregate;
+    }
+}
+
+SdaiListClassOfSdaiReal::SdaiListClassOfSdaiReal(unsigned, unsigned) {
+    KORAggregateAccess::MakeRealList(*this);
+}
+
+void SdaiListClassOfSdaiReal::Append(const double& value) {
+    KORAggregateAccess::AppendReal(*this, value);
+}

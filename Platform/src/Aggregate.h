@@ -1,0 +1,65 @@
+// The members of an aggregate, as the in-memory model and the exchange file readers fill them.
+
+#ifndef KOR_AGGREGATE_H
+#define KOR_AGGREGATE_H
+
+#include <cstddef>
+#include <span>
+
+#include "Arena.h"
+#include "Cell.h"
+#include "SdaiAggrInstance.h"
+
+class KOR_API KORAggregateAccess {
+  public:
+    using Layout = SdaiAggrInstance::Layout;
+
+    // An aggregate with these members, which takes over what they own. In an arena it is part of a
+    // model; else it is made with `new` and has one owner.
+    static SdaiAggrInstance* Make(std::span<const kor::Cell> members, bool selects,
+                                  kor::Arena* arena);
+
+    // The extent of an entity type.
+    static void MakeExtent(SdaiAggrInstance& aggregate) {
+        aggregate.extent_ = true;
+        aggregate.layout_ = Layout::Instances;
+    }
+    static void ReserveExtent(SdaiAggrInstance& extent, std::size_t count) { Grow(extent, count); }
+    static void AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance);
+
+    static bool IsExtent(const SdaiAggrInstance& aggregate) { return aggregate.extent_; }
+    static bool HoldsSelects(const SdaiAggrInstance& aggregate) { return aggregate.selects_; }
+    static Layout LayoutOf(const SdaiAggrInstance& aggregate) { return aggregate.layout_; }
+
+    template <class T>
+    static T* Members(const SdaiAggrInstance& aggregate) {
+        return static_cast<T*>(aggregate.members_);
+    }
+    static std::size_t Count(const SdaiAggrInstance& aggregate) { return aggregate.count_; }
+
+    // The member as a cell, which owns nothing.
+    static kor::Cell MemberCell(const SdaiAggrInstance& aggregate, std::size_t position);
+
+    static bool HasOwners(const SdaiAggrInstance& aggregate) {
+        return aggregate.owners_.load(std::memory_order_relaxed) != 0;
+    }
+    static void AddOwner(SdaiAggrInstance& aggregate) {
+        aggregate.owners_.fetch_add(1, std::memory_order_relaxed);
+    }
+    // Deletes the aggregate with its last owner.
+    static void RemoveOwner(SdaiAggrInstance& aggregate);
+
+    static bool IsRealList(const SdaiAggrInstance& aggregate) { return aggregate.realList_; }
+    static void MakeRealList(SdaiAggrInstance& aggregate) {
+        aggregate.layout_ = Layout::Reals;
+        aggregate.realList_ = true;
+    }
+    static void AppendReal(SdaiAggrInstance& aggregate, double value);
+
+  private:
+    static void Grow(SdaiAggrInstance& aggregate, std::size_t count);
+    static void MakeCells(SdaiAggrInstance& aggregate);
+    friend class SdaiAggrInstance;
+};
+
+#endif

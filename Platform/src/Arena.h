@@ -1,0 +1,48 @@
+// Memory that is handed out piece by piece and freed as a whole.
+
+#ifndef KOR_ARENA_H
+#define KOR_ARENA_H
+
+#include <cstddef>
+#include <vector>
+
+#include "KORExport.h"
+
+namespace kor {
+
+class KOR_API Arena {
+  public:
+    Arena() = default;
+    ~Arena();
+    Arena(const Arena&) = delete;
+    Arena& operator=(const Arena&) = delete;
+
+    // Memory for an object of that size, aligned for anything of at most 8 bytes. It is not
+    // cleared.
+    void* Allocate(std::size_t size) {
+        size = Rounded(size);
+        if (chunks_.empty() || size > chunks_.back().size - chunks_.back().used) AddChunk(size);
+        Chunk& chunk = chunks_.back();
+        void* memory = chunk.memory + chunk.used;
+        chunk.used += size;
+        return memory;
+    }
+
+  private:
+    struct Chunk {
+        std::byte* memory;
+        std::size_t size;
+        std::size_t used;
+    };
+
+    static std::size_t Rounded(std::size_t size) { return (size + 7) & ~std::size_t{7}; }
+
+    void AddChunk(std::size_t objectSize);
+
+    std::vector<Chunk> chunks_;
+    std::size_t nextSize_ = std::size_t{1} << 10;
+};
+
+}  // namespace kor
+
+#endif

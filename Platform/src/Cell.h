@@ -1,0 +1,197 @@
+// A cell is a value as the in-memory model keeps it: 16 bytes, of which the last says what the
+// others hold. Texts of up to 14 characters stand in the cell; longer ones in a buffer that the
+// cell shares with the handles that were read from it.
+//
+// A cell is plain memory: it is copied as bytes and knows no destructor. Whoever holds cells, an
+// instance or an aggregate, releases what they own (ReleaseCell).
+
+#ifndef KOR_CELL_H
+#define KOR_CELL_H
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "KORExport.h"
+#include "KORUnicodeString.h"
+#include "SdaiPrimitiveH.h"
+#include "Tag.h"
+
+class SdaiAggrInstance;
+class SdaiEntityInstance;
+
+// What the in-memory model needs of the texts' and handles' insides.
+class KORTextAccess {
+  public:
+    using Buffer = KORUnicodeString::Buffer;
+
+    static Buffer* BufferOf(const KORUnicodeString& text) {
+        return text.shared_ ? text.buffer_ : nullptr;
+    }
+    static void Share(Buffer* buffer) { buffer->owners.fetch_add(1, std::memory_order_relaxed); }
+    static void Release(Buffer* buffer) { KORUnicodeString::ReleaseBuffer(buffer); }
+    static Buffer* NewBuffer(std::string_view text) {
+        Buffer* buffer = KORUnicodeString::NewBuffer(text.size());
+        std::memcpy(buffer->Characters(), text.data(), text.size());
+        buffer->Characters()[text.size()] = '\0';
+        return buffer;
+    }
+    // A text that shares the buffer.
+    static KORUnicodeString TextIn(Buffer* buffer, std::uint32_t size) {
+        KORUnicodeString text;
+        Share(buffer);
+        text.size_ = size;
+        text.shared_ = true;
+        text.buffer_ = buffer;
+        return text;
+    }
+};
+
+namespace kor {
+
+class Cell {
+  public:
+    static constexpr std::size_t kInline = 14;
+
+    constexpr Cell() = default;
+
+    // A number, truth value or pointer.
+    template <class T>
+    static Cell Of(Tag tag, T value) {
+        static_assert(sizeof value <= sizeof low_);
+        Cell cell;
+        std::memcpy(&cell.low_, &value, sizeof value);
+        cell.high_ = Head(tag, 0);
+        return cell;
+    }
+
+    // A text, enumeration item or binary; may allocate.
+    static Cell OfText(Tag tag, std::string_view text) {
+        if (text.size() > kInline) {
+            return InBuffer(tag, KORTextAccess::NewBuffer(text), text.size());
+        }
+        Cell cell;
+        cell.high_ = Head(tag, text.size());
+        // Put together in registers: cells are copied as wholes right after they are made.
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const std::uint64_t byte = static_cast<unsigned char>(text[i]);
+            (i < 8 ? cell.low_ : cell.high_) |= byte << (8 * (i % 8));
+        }
+        return cell;
+    }
+    // The same for a text that is there already: a long one is shared.
+    static Cell OfText(Tag tag, const KORUnicodeString& text) {
+        KORTextAccess::Buffer* buffer = KORTextAccess::BufferOf(text);
+        if (buffer == nullptr || text.View().size() <= kInline) return OfText(tag, text.View());
+        KORTextAccess::Share(buffer);
+        return InBuffer(tag, buffer, text.View().size());
+    }
+
+    Tag GetTag() const { return static_cast<Tag>(high_ >> kTagShift); }
+
+    // The number, truth value or pointer.
+    template <class T>
+    T Get() const {
+        T value;
+        std::memcpy(static_cast<void*>(&value), &low_, sizeof value);
+        return value;
+    }
+
+    // Of a text, enumeration item or binary.
+    KORTextAccess::Buffer* Buffer() const {
+        return Length() == kInBuffer ? Get<KORTextAccess::Buffer*>() : nullptr;
+    }
+    std::string_view Text() const {
+        if (Length() == kInBuffer) return {Buffer()->Characters(), BufferSize()};
+        return {reinterpret_cast<const char*>(this), Length()};
+    }
+    KORUnicodeString SharedText() const {
+        if (Length() == kInBuffer) return KORTextAccess::TextIn(Buffer(), BufferSize());
+        return KORUnicodeString(Text());
+    }
+
+  private:
+    static constexpr int kTagShift = 56;
+    static constexpr int kLengthShift = 48;
+    static constexpr std::uint64_t kInBuffer = 0xFF;
+
+    static constexpr std::uint64_t Head(Tag tag, std::uint64_t length) {
+        return static_cast<std::uint64_t>(tag) << kTagShift | length << kLengthShift;
+    }
+    static Cell InBuffer(Tag tag, KORTextAccess::Buffer* buffer, std::size_t size) {
+        Cell cell = Of(tag, buffer);
+        cell.high_ = Head(tag, kInBuffer) | size;
+        return cell;
+    }
+    std::uint64_t Length() const { return high_ >> kLengthShift & 0xFF; }
+    std::uint32_t BufferSize() const { return static_cast<std::uint32_t>(high_); }
+
+    // A number or pointer, or the first characters of a text.
+    std::uint64_t low_ = 0;
+    // From the last byte down: the tag; of a text its length, or kInBuffer; its other characters,
+    // or the length in its buffer.
+    std::uint64_t high_ = 0;
+};
+
+static_assert(std::endian::native == std::endian::little,
+              "the characters of a cell stand in order");
+static_assert(sizeof(Cell) == 16);
+
+struct Domain;
+
+// The handle of a cell; `select` says whether its attribute or aggregate is of a SELECT type.
+KOR_API SdaiPrimitiveH ToHandle(const Cell& cell, bool select);
+
+// The cell of a value that is put where the domain is declared (null: anywhere): a number where a
+// real is declared becomes a real, a text where an enumeration is declared its item; a plain value
+// put into a select is marked with its defined type where only one can be meant; aggregates are
+// copied whole. The cell owns what it holds.
+KOR_API Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain);
+
+KOR_API void ReleaseCell(const Cell& cell);
+
+// Owns what a cell owns until it is taken.
+class CellHolder {
+  public:
+    explicit CellHolder(const Cell& cell) : cell_(cell) {}
+    CellHolder(const CellHolder&) = delete;
+    CellHolder& operator=(const CellHolder&) = delete;
+    ~CellHolder() { ReleaseCell(cell_); }
+
+    const Cell& Get() const { return cell_; }
+    Cell Take() {
+        const Cell taken = cell_;
+        cell_ = Cell();
+        return taken;
+    }
+
+  private:
+    Cell cell_;
+};
+
+}  // namespace kor
+
+// What the in-memory model needs of the handle's insides.
+class KORHandleAccess {
+  public:
+    using Kind = SdaiSelectH::Kind;
+
+    static Kind KindOf(const SdaiPrimitiveH& handle) { return handle.value_.kind_; }
+    static bool IsSelect(const SdaiPrimitiveH& handle) { return handle.value_.select_; }
+    static void MarkSelect(SdaiPrimitiveH& handle, bool select) {
+        handle.value_.select_ = select && handle.value_.kind_ != Kind::Unset;
+    }
+    // The handle on what the value finally is.
+    static const SdaiSelectH& Held(const SdaiPrimitiveH& handle) { return handle.value_.Held(); }
+    static Kind KindOf(const SdaiSelectH& select) { return select.kind_; }
+    static const SdaiString& TextOf(const SdaiSelectH& select) { return select.text_; }
+    // Null unless the value has the name of its defined type.
+    static KORTypedValue* TypedOf(const SdaiPrimitiveH& handle) {
+        return handle.value_.kind_ == Kind::Typed ? handle.value_.typed_ : nullptr;
+    }
+    static SdaiPrimitiveH OfTyped(KORTypedValue* typed);
+    static SdaiPrimitiveH OfText(Kind kind, KORUnicodeString text);
+};
+
+#endif

@@ -1,0 +1,408 @@
+#include "Dictionary.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+namespace kor {
+
+const Domain* Domain::Choice(std::string_view definedType) const {
+    for (const auto& [name, domain] : choices) {
+        if (MatchesFolded(definedType, name)) return domain;
+    }
+    return nullptr;
+}
+
+TagSet Domain::Admitted() const {
+    switch (base) {
+        case Base::Integer:
+            return {Tag::Unset, Tag::Derived, Tag::Integer};
+        case Base::Real:
+            return {Tag::Unset, Tag::Derived, Tag::Real};
+        case Base::Number:
+            return {Tag::Unset, Tag::Derived, Tag::Integer, Tag::Real};
+        case Base::String:
+            return {Tag::Unset, Tag::Derived, Tag::Text};
+        case Base::Boolean:
+            return {Tag::Unset, Tag::Derived, Tag::Boolean};
+        case Base::Logical:
+            return {Tag::Unset, Tag::Derived, Tag::Logical};
+        case Base::Binary:
+            return {Tag::Unset, Tag::Derived, Tag::Binary};
+        case Base::Enumeration:
+            return {Tag::Unset, Tag::Derived, Tag::Enumeration};
+        case Base::Entity:
+            return {Tag::Unset, Tag::Derived, Tag::Instance, Tag::Pending};
+        case Base::Aggregate:
+            return {Tag::Unset, Tag::Derived, Tag::Aggregate};
+        case Base::Select:
+            if (choices.empty()) return {Tag::Unset, Tag::Derived, Tag::Instance, Tag::Pending};
+            if (entities.empty()) return {Tag::Unset, Tag::Derived, Tag::Typed};
+            return {Tag::Unset, Tag::Derived, Tag::Instance, Tag::Pending, Tag::Typed};
+        case Base::Generic:
+            break;
+    }
+    return kAnyKind;
+}
+
+// ---- Entity types
+
+void EntityType::AddKind(const EntityType& kind) {
+    if (kinds_.Add(kind.folded_, 0)) lineage_.push_back(&kind);
+}
+
+// Takes over the slots that the type does not have yet, and what the supertype makes of those that
+// it has.
+void EntityType::InheritFrom(const EntityType& supertype) {
+    for (const Slot& inherited : supertype.slots_) {
+        const auto known = std::find_if(slots_.begin(), slots_.end(), [&](const Slot& slot) {
+            return slot.attribute != nullptr && slot.attribute == inherited.attribute;
+        });
+        if (known == slots_.end()) {
+            slots_.push_back(inherited);
+        } else if (inherited.derived || inherited.domain != inherited.attribute->domain) {
+            known->derived |= inherited.derived;
+            known->domain = inherited.domain;
+        }
+    }
+    for (const EntityType* kind : supertype.lineage_) AddKind(*kind);
+}
+
+std::vector<std::string> EntityType::AttributeNames() const {
+    std::vector<std::string> names;
+    for (const Slot& slot : slots_) {
+        if (slot.attribute != nullptr) names.emplace_back(slot.attribute->Name().View());
+    }
+    return names;
+}
+
+std::unique_ptr<EntityType> EntityType::MakeUndeclared(std::string_view foldedName,
+                                                       std::size_t slotCount, std::size_t number) {
+    std::unique_ptr<EntityType> type(new EntityType(SdaiString(foldedName), false));
+    type->number_ = number;
+    type->slots_.resize(slotCount);
+    type->parts_.push_back({type->folded_, 0, slotCount});
+    type->AddKind(*type);
+    return type;
+}
+
+std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const EntityType*>& parts,
+                                                    std::size_t number) {
+    std::string name;
+    bool declared = true;
+    for (const EntityType* part : parts) {
+        if (!name.empty()) name += '+';
+        name += part->Name().View();
+        declared = declared && part->declared_;
+    }
+    std::unique_ptr<EntityType> type(new EntityType(SdaiString(name), declared));
+    type->complex_ = true;
+    type->number_ = number;
+    for (const EntityType* part : parts) {
+        const std::size_t first = type->slots_.size();
+        const std::span<const Slot> own = part->OwnSlots();
+        type->slots_.insert(type->slots_.end(), own.begin(), own.end());
+        type->parts_.push_back({part->folded_, first, type->slots_.size() - first});
+        for (std::size_t i = first; i < type->slots_.size(); ++i) {
+            const Attribute* attribute = type->slots_[i].attribute;
+            if (attribute != nullptr) type->attributes_.Add(attribute->folded, static_cast<int>(i));
+        }
+    }
+    // One part may narrow or derive what another one declares. A supertype that is not among the
+    // parts has no values here.
+    const std::size_t slotCount = type->slots_.size();
+    for (const EntityType* part : parts) type->InheritFrom(*part);
+    type->slots_.resize(slotCount);
+    return type;
+}
+
+// ---- Schemas
+
+const DefinedType* Schema::FindType(std::string_view name) const {
+    const int index = typeTable_.Find(name);
+    return index == NameTable::kAbsent ? nullptr : &types_[static_cast<std::size_t>(index)];
+}
+
+std::vector<std::string> Schema::EntityNames() const {
+    std::vector<std::string> names;
+    names.reserve(entities_.size());
+    for (const EntityType* entity : entities_) names.emplace_back(entity->Name().View());
+    return names;
+}
+
+class Schema::Resolver {
+  public:
+    Resolver(const SchemaDeclaration& declaration, Schema& schema, std::vector<Diagnostic>& errors)
+        : declaration_(declaration),
+          schema_(schema),
+          errors_(errors),
+          keepSpelling_(MatchesFolded(declaration.name, "CDMA")) {}
+
+    void Run() {
+        NameEverything();
+        for (std::size_t i = 0; i < declaration_.types.size(); ++i) ResolveType(i);
+        ResolveSelects();
+        ResolveEntities();
+        for (Domain& domain : schema_.domains_) domain.admitted = domain.Admitted();
+    }
+
+  private:
+    SdaiString Spelled(std::string_view name) const {
+        return SdaiString(keepSpelling_ ? std::string(name) : Folded(name));
+    }
+
+    void Fail(SourcePosition position, std::string message) {
+        errors_.push_back({position, std::move(message)});
+    }
+
+    // Makes every type and entity known before any of them is resolved: declarations stand in any
+    // order.
+    void NameEverything() {
+        for (const TypeDeclaration& type : declaration_.types) {
+            schema_.domains_.emplace_back();
+            schema_.typeNames_.push_back(Folded(type.name));
+            if (!schema_.typeTable_.Add(schema_.typeNames_.back(),
+                                        static_cast<int>(schema_.types_.size()))) {
+                Fail(type.position, "type '" + type.name + "' is declared twice");
+            }
+            schema_.types_.emplace_back(Spelled(type.name), &schema_.domains_.back());
+            typeDomains_.push_back(&schema_.domains_.back());
+        }
+        for (const EntityDeclaration& entity : declaration_.entities) {
+            schema_.ownedEntities_.emplace_back(new EntityType(Spelled(entity.name), true));
+            EntityType& type = *schema_.ownedEntities_.back();
+            if (schema_.typeTable_.Find(std::string_view(type.folded_)) != NameTable::kAbsent ||
+                !schema_.entityTable_.Add(type.folded_,
+                                          static_cast<int>(schema_.entities_.size()))) {
+                Fail(entity.position, "entity '" + entity.name + "' is declared twice");
+            }
+            type.number_ = schema_.entities_.size();
+            schema_.entities_.push_back(&type);
+            schema_.domains_.emplace_back();
+            schema_.domains_.back().base = Domain::Base::Entity;
+            schema_.domains_.back().entity = &type;
+            entityDomains_.push_back(&schema_.domains_.back());
+        }
+    }
+
+    // The domain of a type expression. That of an alias is complete once ResolveType has seen it.
+    const Domain* DomainOf(const TypeExpression& expression) {
+        if (expression.kind == TypeExpression::Kind::Named) {
+            const int type = schema_.typeTable_.Find(std::string_view(expression.name));
+            if (type != NameTable::kAbsent) return typeDomains_[static_cast<std::size_t>(type)];
+            const int entity = schema_.entityTable_.Find(std::string_view(expression.name));
+            if (entity != NameTable::kAbsent) {
+                return entityDomains_[static_cast<std::size_t>(entity)];
+            }
+            Unknown(expression.position, "type", expression.name);
+            return &generic_;
+        }
+        schema_.domains_.emplace_back();
+        Domain& domain = schema_.domains_.back();
+        FillIn(domain, expression);
+        return &domain;
+    }
+
+    // Makes the domain that of a simple or aggregate type.
+    void FillIn(Domain& domain, const TypeExpression& expression) {
+        if (expression.kind == TypeExpression::Kind::Simple) {
+            // The simple types stand first among the bases, in the same order.
+            domain.base = static_cast<Domain::Base>(expression.simple);
+        } else {
+            domain.base = Domain::Base::Aggregate;
+            domain.element = DomainOf(*expression.element);
+        }
+    }
+
+    void Unknown(SourcePosition position, const char* what, const std::string& name) {
+        std::vector<std::string> known = schema_.EntityNames();
+        for (const DefinedType& type : schema_.types_) known.emplace_back(type.Name().View());
+        Fail(position,
+             std::string("unknown ") + what + " '" + name + "'" + DidYouMean(name, known));
+    }
+
+    void ResolveType(std::size_t index) {
+        // Follows the names of an alias to the type that says something.
+        const TypeDeclaration* type = &declaration_.types[index];
+        for (std::size_t steps = 0; type->kind == TypeDeclaration::Kind::Alias &&
+                                    type->alias.kind == TypeExpression::Kind::Named;
+             ++steps) {
+            if (steps > declaration_.types.size()) {
+                Fail(declaration_.types[index].position,
+                     "type '" + declaration_.types[index].name + "' is defined by itself");
+                return;
+            }
+            const int next = schema_.typeTable_.Find(std::string_view(type->alias.name));
+            if (next == NameTable::kAbsent) {
+                const Domain* entity = DomainOf(type->alias);
+                *typeDomains_[index] = *entity;
+                return;
+            }
+            type = &declaration_.types[static_cast<std::size_t>(next)];
+        }
+        Domain& domain = *typeDomains_[index];
+        switch (type->kind) {
+            case TypeDeclaration::Kind::Alias:
+                FillIn(domain, type->alias);
+                break;
+            case TypeDeclaration::Kind::Enumeration:
+                domain.base = Domain::Base::Enumeration;
+                break;
+            case TypeDeclaration::Kind::Select:
+                domain.base = Domain::Base::Select;
+                selects_.emplace_back(&domain, type);
+                break;
+        }
+    }
+
+    // Lists what each select may hold, with the selects among its members replaced by theirs.
+    void ResolveSelects() {
+        for (const auto& [domain, declaration] : selects_) {
+            std::set<std::string> seen;
+            std::vector<const TypeDeclaration*> open{declaration};
+            while (!open.empty()) {
+                const TypeDeclaration& select = *open.back();
+                open.pop_back();
+                std::vector<std::string> members = select.members;
+                if (!select.basedOn.empty()) members.push_back(select.basedOn);
+                for (const std::string& member : members) {
+                    if (seen.insert(Folded(member)).second)
+                        AddChoice(*domain, member, select, open);
+                }
+            }
+        }
+    }
+
+    void AddChoice(Domain& domain, const std::string& member, const TypeDeclaration& select,
+                   std::vector<const TypeDeclaration*>& open) {
+        const int type = schema_.typeTable_.Find(std::string_view(member));
+        const int entity = schema_.entityTable_.Find(std::string_view(member));
+        if (type != NameTable::kAbsent) {
+            const auto index = static_cast<std::size_t>(type);
+            if (declaration_.types[index].kind == TypeDeclaration::Kind::Select) {
+                open.push_back(&declaration_.types[index]);
+            } else {
+                domain.choices.emplace_back(schema_.typeNames_[index], typeDomains_[index]);
+            }
+        } else if (entity != NameTable::kAbsent) {
+            domain.entities.push_back(schema_.entities_[static_cast<std::size_t>(entity)]);
+        } else {
+            Unknown(select.position, "type", member);
+        }
+    }
+
+    // Supertypes before subtypes, otherwise in the order of declaration.
+    void ResolveEntities() {
+        const std::size_t count = declaration_.entities.size();
+        std::vector<std::size_t> missing(count, 0);
+        std::vector<std::vector<std::size_t>> subtypes(count);
+        std::vector<std::size_t> ready;
+        for (std::size_t i = 0; i < count; ++i) {
+            for (const std::string& name : declaration_.entities[i].supertypes) {
+                const int supertype = schema_.entityTable_.Find(std::string_view(name));
+                if (supertype == NameTable::kAbsent) {
+                    Unknown(declaration_.entities[i].position, "entity", name);
+                    continue;
+                }
+                subtypes[static_cast<std::size_t>(supertype)].push_back(i);
+                ++missing[i];
+            }
+            if (missing[i] == 0) ready.push_back(i);
+        }
+        std::size_t resolved = 0;
+        for (; resolved < ready.size(); ++resolved) {
+            ResolveEntity(ready[resolved]);
+            for (const std::size_t subtype : subtypes[ready[resolved]]) {
+                if (--missing[subtype] == 0) ready.push_back(subtype);
+            }
+        }
+        for (std::size_t i = 0; resolved < count && i < count; ++i) {
+            if (missing[i] != 0) {
+                Fail(declaration_.entities[i].position,
+                     "entity '" + declaration_.entities[i].name + "' is a subtype of itself");
+            }
+        }
+    }
+
+    void ResolveEntity(std::size_t index) {
+        const EntityDeclaration& declaration = declaration_.entities[index];
+        EntityType& type = *schema_.ownedEntities_[index];
+        type.AddKind(type);
+        for (const std::string& name : declaration.supertypes) {
+            if (const EntityType* supertype = schema_.FindEntity(std::string_view(name))) {
+                type.InheritFrom(*supertype);
+            }
+        }
+        type.firstOwnSlot_ = type.slots_.size();
+        for (const AttributeDeclaration& attribute : declaration.attributes) {
+            if (attribute.Redeclares()) {
+                Redeclare(type, attribute);
+            } else {
+                Declare(type, attribute);
+            }
+        }
+        for (std::size_t i = 0; i < type.slots_.size(); ++i) {
+            type.attributes_.Add(type.slots_[i].attribute->folded, static_cast<int>(i));
+        }
+        type.parts_.push_back({type.folded_, 0, type.slots_.size()});
+    }
+
+    void Declare(EntityType& type, const AttributeDeclaration& declaration) {
+        schema_.attributes_.emplace_back(Spelled(declaration.name), DomainOf(declaration.type),
+                                         declaration.optional);
+        const Attribute& attribute = schema_.attributes_.back();
+        // Added before the inherited ones, so that it wins over one of the same name.
+        if (!type.attributes_.Add(attribute.folded, static_cast<int>(type.slots_.size()))) {
+            Fail(declaration.position, "attribute '" + declaration.name + "' is declared twice");
+        }
+        type.slots_.push_back({&attribute, attribute.domain, false});
+    }
+
+    void Redeclare(EntityType& type, const AttributeDeclaration& declaration) {
+        const EntityType* owner =
+            schema_.FindEntity(std::string_view(declaration.redeclaredEntity));
+        const int ownerSlot =
+            owner == nullptr || !type.IsKindOf(std::string_view(owner->FoldedName()))
+                ? NameTable::kAbsent
+                : owner->SlotOf(std::string_view(declaration.redeclaredAttribute));
+        if (ownerSlot == NameTable::kAbsent) {
+            Fail(declaration.position, "'" + declaration.redeclaredEntity + "." +
+                                           declaration.redeclaredAttribute +
+                                           "' is not an attribute of a supertype");
+            return;
+        }
+        const Attribute* attribute = owner->Slots()[static_cast<std::size_t>(ownerSlot)].attribute;
+        const auto slot =
+            std::find_if(type.slots_.begin(), type.slots_.end(),
+                         [&](const Slot& candidate) { return candidate.attribute == attribute; });
+        slot->derived |= declaration.derived;
+        slot->domain = DomainOf(declaration.type);
+        if (!declaration.name.empty()) {
+            type.renamed_.push_back(Folded(declaration.name));
+            type.attributes_.Add(type.renamed_.back(),
+                                 static_cast<int>(slot - type.slots_.begin()));
+        }
+    }
+
+    const SchemaDeclaration& declaration_;
+    Schema& schema_;
+    std::vector<Diagnostic>& errors_;
+    const bool keepSpelling_;
+    const Domain generic_;
+    std::vector<Domain*> typeDomains_;
+    std::vector<Domain*> entityDomains_;
+    std::vector<std::pair<Domain*, const TypeDeclaration*>> selects_;
+};
+
+std::shared_ptr<const Schema> Schema::Make(const SchemaDeclaration& declaration,
+                                           std::vector<Diagnostic>& errors) {
+    const bool keepSpelling = MatchesFolded(declaration.name, "CDMA");
+    std::shared_ptr<Schema> schema(
+        new Schema(SdaiString(keepSpelling ? declaration.name : Folded(declaration.name))));
+    const std::size_t before = errors.size();
+    Resolver(declaration, *schema, errors).Run();
+    if (errors.size() != before) return nullptr;
+    return schema;
+}
+
+}  // namespace kor

@@ -1,0 +1,278 @@
+// The dictionary of the in-memory model: schemas, entity types, attributes and the domains of their
+// values. It is made from declarations (plain data, as an EXPRESS schema of ISO 10303-11 gives
+// them) in one step that resolves every name, and never changes afterwards.
+
+#ifndef KOR_DICTIONARY_H
+#define KOR_DICTIONARY_H
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "KORExport.h"
+#include "Names.h"
+#include "SdaiModel.h"
+#include "Tag.h"
+
+namespace kor {
+
+// ---- Declarations
+
+// Where a declaration stands in its source, for messages.
+struct SourcePosition {
+    std::uint64_t line = 0;
+    std::uint64_t column = 0;
+};
+
+enum class SimpleType : std::uint8_t {
+    Integer,
+    Real,
+    Number,
+    String,
+    Boolean,
+    Logical,
+    Binary,
+    Generic
+};
+
+// A type as written: a simple type, the name of a type, or an aggregate of a type.
+struct TypeExpression {
+    enum class Kind : std::uint8_t { Simple, Named, Aggregate } kind = Kind::Simple;
+    SimpleType simple = SimpleType::Generic;
+    std::string name;
+    std::shared_ptr<const TypeExpression> element;
+    SourcePosition position;
+};
+
+struct AttributeDeclaration {
+    std::string name;
+    TypeExpression type;
+    bool optional = false;
+    // SELF\entity.attribute: gives an inherited attribute a narrower domain and, where it is
+    // renamed, another name.
+    std::string redeclaredEntity;
+    std::string redeclaredAttribute;
+    bool derived = false;  // stands in DERIVE
+    SourcePosition position;
+
+    bool Redeclares() const { return !redeclaredAttribute.empty(); }
+};
+
+struct EntityDeclaration {
+    std::string name;
+    std::vector<std::string> supertypes;
+    std::vector<AttributeDeclaration> attributes;  // explicit ones and redeclared derived ones
+    SourcePosition position;
+};
+
+// A defined type: another name for a type, an enumeration, or a choice of named types.
+struct TypeDeclaration {
+    enum class Kind : std::uint8_t { Alias, Enumeration, Select } kind = Kind::Alias;
+    std::string name;
+    TypeExpression alias;
+    std::vector<std::string> members;  // of a select or an enumeration
+    std::string basedOn;               // the select or enumeration that this one extends
+    SourcePosition position;
+};
+
+struct SchemaDeclaration {
+    std::string name;
+    std::vector<EntityDeclaration> entities;
+    std::vector<TypeDeclaration> types;
+};
+
+struct Diagnostic {
+    SourcePosition position;
+    std::string message;
+};
+
+// ---- What declarations resolve to
+
+class EntityType;
+
+// What a value may be. Domains belong to their schema and are compared by address.
+struct KOR_API Domain {
+    enum class Base : std::uint8_t {
+        Integer,
+        Real,
+        Number,
+        String,
+        Boolean,
+        Logical,
+        Binary,
+        Generic,
+        Enumeration,
+        Entity,
+        Select,
+        Aggregate
+    };
+
+    Base base = Base::Generic;
+    TagSet admitted = kAnyKind;          // the kinds of values that may stand here
+    const Domain* element = nullptr;     // of an aggregate
+    const EntityType* entity = nullptr;  // of an entity
+    std::vector<std::pair<std::string, const Domain*>> choices;  // of a select: its defined types,
+                                                                 // in upper case, selects resolved
+    std::vector<const EntityType*> entities;                     // of a select: its entity types
+
+    bool IsSelect() const { return base == Base::Select; }
+
+    // The kinds of values that the base (and, of a select, the choices) allows.
+    TagSet Admitted() const;
+
+    // The domain of the defined type under which a select value was selected; null for a name that
+    // is none of the choices.
+    const Domain* Choice(std::string_view definedType) const;
+};
+
+class DefinedType final : public SdaiNamedType {
+  public:
+    DefinedType(SdaiString name, const Domain* domain)
+        : SdaiNamedType(std::move(name)), domain_(domain) {}
+    const Domain* GetDomain() const { return domain_; }
+
+  private:
+    const Domain* domain_;
+};
+
+class Attribute final : public SdaiAttribute {
+  public:
+    Attribute(SdaiString name, const Domain* ofDomain, bool isOptional)
+        : SdaiAttribute(std::move(name)),
+          folded(Folded(Name().View())),
+          domain(ofDomain),
+          optional(isOptional) {}
+
+    const std::string folded;
+    const Domain* const domain;
+    const bool optional;
+};
+
+// One value of an instance: the attribute, and what the entity type makes of it.
+struct Slot {
+    const Attribute* attribute = nullptr;  // null in a type that no schema declares
+    const Domain* domain = nullptr;        // narrowed where redeclared; null: any value
+    bool derived = false;                  // redeclared as derived: written as "*", has no value
+
+    bool IsSelect() const { return domain != nullptr && domain->IsSelect(); }
+};
+
+// An entity type, or several at once (a complex type), or a type that no schema declares. The
+// values of its instances stand in slots: those of the supertypes first, depth first, in the order
+// of SUBTYPE OF, each supertype once; for a complex type, those of each part in turn, as an
+// exchange file (ISO 10303-21) writes them.
+class KOR_API EntityType final : public SdaiEntity {
+  public:
+    // A part of a complex type; any other type has one part, itself.
+    struct Part {
+        std::string name;
+        std::size_t firstSlot;
+        std::size_t slotCount;
+    };
+
+    const std::vector<Slot>& Slots() const { return slots_; }
+    // Those that the type does not inherit.
+    std::span<const Slot> OwnSlots() const {
+        return std::span<const Slot>(slots_).subspan(firstOwnSlot_);
+    }
+    const std::vector<Part>& Parts() const { return parts_; }
+    bool IsComplex() const { return complex_; }
+    bool IsDeclared() const { return declared_; }
+    const std::string& FoldedName() const { return folded_; }
+    // The type's place among the entity types of its schema, or among those of its model that no
+    // schema declares.
+    std::size_t Number() const { return number_; }
+
+    // The slot of an attribute, or NameTable::kAbsent. The last attribute declared under a name
+    // wins over inherited ones.
+    template <class Name>
+    int SlotOf(const Name& attribute) const {
+        return attributes_.Find(attribute);
+    }
+
+    // Whether the type is the named one or a subtype of it.
+    template <class Name>
+    bool IsKindOf(const Name& name) const {
+        return kinds_.Find(name) != NameTable::kAbsent;
+    }
+
+    // The type itself and its supertypes.
+    const std::vector<const EntityType*>& Lineage() const { return lineage_; }
+
+    std::vector<std::string> AttributeNames() const;
+
+    // A complex type of parts, each a declared type or a type that no schema declares. The parts
+    // must be in alphabetical order.
+    static std::unique_ptr<EntityType> MakeComplex(const std::vector<const EntityType*>& parts,
+                                                   std::size_t number);
+
+    // A type that no schema declares, with that many values.
+    static std::unique_ptr<EntityType> MakeUndeclared(std::string_view foldedName,
+                                                      std::size_t slotCount, std::size_t number);
+
+  private:
+    friend class Schema;
+    EntityType(SdaiString name, bool declared)
+        : SdaiEntity(std::move(name)), folded_(Folded(Name().View())), declared_(declared) {}
+
+    void AddKind(const EntityType& kind);
+    void InheritFrom(const EntityType& supertype);
+
+    std::string folded_;
+    bool declared_;
+    bool complex_ = false;
+    std::size_t number_ = 0;
+    std::vector<Slot> slots_;
+    std::size_t firstOwnSlot_ = 0;  // those before it are inherited
+    std::vector<Part> parts_;
+    std::vector<const EntityType*> lineage_;
+    NameTable attributes_;
+    NameTable kinds_;
+    std::deque<std::string> renamed_;  // names that only the attribute table knows
+};
+
+class KOR_API Schema final : public SdaiSchema {
+  public:
+    // Resolves the declarations. Null when there are errors, which are then told.
+    static std::shared_ptr<const Schema> Make(const SchemaDeclaration& declaration,
+                                              std::vector<Diagnostic>& errors);
+
+    template <class Name>
+    const EntityType* FindEntity(const Name& name) const {
+        const int index = entityTable_.Find(name);
+        return index == NameTable::kAbsent ? nullptr : entities_[static_cast<std::size_t>(index)];
+    }
+
+    const DefinedType* FindType(std::string_view name) const;
+
+    // The entity types, in the order of their declaration, and the number of one of them in it.
+    const std::vector<const EntityType*>& Entities() const { return entities_; }
+    template <class Name>
+    int IndexOf(const Name& name) const {
+        return entityTable_.Find(name);
+    }
+
+    std::vector<std::string> EntityNames() const;
+    std::size_t TypeCount() const { return types_.size(); }
+
+  private:
+    class Resolver;
+    explicit Schema(SdaiString name) : SdaiSchema(std::move(name)) {}
+
+    std::vector<std::unique_ptr<EntityType>> ownedEntities_;
+    std::vector<const EntityType*> entities_;
+    std::deque<Attribute> attributes_;
+    std::deque<Domain> domains_;
+    std::deque<DefinedType> types_;
+    std::deque<std::string> typeNames_;
+    NameTable entityTable_;
+    NameTable typeTable_;
+};
+
+}  // namespace kor
+
+#endif

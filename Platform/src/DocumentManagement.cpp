@@ -1,0 +1,157 @@
+#include <functional>
+#include <unordered_map>
+
+#include "KORDMInstance.h"
+#include "KORDMNarvo.h"
+#include "SdaiIterator.h"
+#include "SdaiModel.h"
+
+namespace {
+
+struct Member {
+    std::size_t family;
+    int position;  // from 1
+};
+
+struct IdentityHash {
+    std::size_t operator()(const KORDMInstance& instance) const { return instance.Hash(); }
+};
+
+struct Store {
+    std::vector<KORListValKORDMInstance> families;
+    std::unordered_map<KORDMInstance, Member, IdentityHash> members;
+    KORUnicodeString startValue = "A";
+
+    const Member* Find(const KORDMInstance& instance) const {
+        const auto found = members.find(instance);
+        return found != members.end() ? &found->second : nullptr;
+    }
+};
+
+// The identity that a `cdma_id` instance records.
+KORDMInstance IdentityOf(const SdaiEntityInstance& record) {
+    using namespace sdai_names;
+    const auto text = [&record](const SdaiName& attribute) {
+        return SdaiString(static_cast<const SdaiString&>(record.GetAttr(attribute)));
+    };
+    return {"KORCON", text("Caenv"_name), text("Catab"_name),
+            KORDMNarvo::HexaToDouble(text("Coid"_name)),
+            KORDMNarvo::HexaToDouble(text("Compid"_name))};
+}
+
+Store& TheStore() {
+    static Store store;
+    return store;
+}
+
+}  // namespace
+
+// ---- Identities
+
+KORDMInstance::KORDMInstance(const KORDMMappingText&, const KORDMMappingText& caenv,
+                             const KORDMMappingText& catab, double coid, double compid,
+                             const double*, const char*, int)
+    : caenv_(caenv), catab_(catab), coid_(coid), compid_(compid) {}
+
+std::size_t KORDMInstance::Hash() const {
+    std::size_t hash = 0;
+    const auto mix = [&hash](std::size_t part) { hash = hash * 0x9E3779B97F4A7C15U + part; };
+    mix(std::hash<std::string_view>{}(caenv_.View()));
+    mix(std::hash<std::string_view>{}(catab_.View()));
+    mix(std::hash<double>{}(coid_));
+    mix(std::hash<double>{}(compid_));
+    return hash;
+}
+
+int KORDMInstance::IsNewerRevision(const KORDMInstance& other, int, int& diagnostic) const {
+    const Member* mine = TheStore().Find(*this);
+    const Member* others = TheStore().Find(other);
+    const bool comparable = mine != nullptr && others != nullptr && mine->family == others->family;
+    diagnostic = comparable ? 0 : 1;
+    return comparable && mine->position > others->position ? 1 : 0;
+}
+
+int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int, int, int) const {
+    const Member* mine = TheStore().Find(*this);
+    if (mine == nullptr) return 1;
+    list = TheStore().families[mine->family];
+    return 0;
+}
+
+// ---- Lists
+
+void KORListValKORDMInstance::Append(const KORListValKORDMInstance& list) {
+    members_.reserve(members_.size() + list.members_.size());
+    for (int i = 1, size = list.Size(); i <= size; ++i) members_.push_back(list[i]);
+}
+
+int KORListValKORDMInstance::Locate(const KORDMInstance& instance, int from) const {
+    for (int i = from < 1 ? 1 : from; i <= Size(); ++i) {
+        if ((*this)[i] == instance) return i;
+    }
+    return 0;
+}
+
+// ---- The store
+
+void KORDMStore::AddFamily(const KORListValKORDMInstance& revisions) {
+    Store& store = TheStore();
+    KORListValKORDMInstance family;
+    for (int i = 1; i <= revisions.Size(); ++i) {
+        const Member member{store.families.size(), family.Size() + 1};
+        if (store.members.emplace(revisions[i], member).second) family.Append(revisions[i]);
+    }
+    store.families.push_back(std::move(family));
+}
+
+int KORDMStore::AddFamilies(const SdaiModel& model) {
+    using namespace sdai_names;
+    int count = 0;
+    SdaiIterator_Of_SdaiEntityInstanceH families(
+        model.GetEntityExtent("cdma_revision_history"_name));
+    while (families.Next()) {
+        KORListValKORDMInstance revisions;
+        const SdaiPrimitiveH list = families.GetCurrentMember()->GetAttr("Revisions"_name);
+        SdaiIterator_Of_SdaiEntityInstanceH records(static_cast<SdaiAggrInstance*>(list));
+        while (records.Next()) {
+            if (const SdaiEntityInstance* record = records.GetCurrentMember()) {
+                revisions.Append(IdentityOf(*record));
+            }
+        }
+        if (revisions.Size() == 0) continue;
+        AddFamily(revisions);
+        ++count;
+    }
+    return count;
+}
+
+void KORDMStore::RemoveAll() {
+    TheStore().families.clear();
+    TheStore().members.clear();
+}
+
+// ---- Identifiers and revision values
+
+double KORDMNarvo::HexaToDouble(const KORUnicodeString& text) {
+    double value = 0.0;
+    for (const char c : text.View()) {
+        const int digit = c >= '0' && c <= '9'   ? c - '0'
+                          : c >= 'a' && c <= 'f' ? c - 'a' + 10
+                          : c >= 'A' && c <= 'F' ? c - 'A' + 10
+                                                 : -1;
+        if (digit < 0) return 0.0;
+        value = 16.0 * value + digit;
+    }
+    return value;
+}
+
+KORUnicodeString KORDMNarvo::GetRevVerStartValue(int selector, const KORDMMappingText&,
+                                                 const KORDMMappingText&, const KORDMMappingText&,
+                                                 int* status) {
+    if (status != nullptr) *status = 0;
+    return selector == 1 ? TheStore().startValue : KORUnicodeString();
+}
+
+void KORDMNarvo::SetRevVerStartValue(const KORUnicodeString& value) {
+    TheStore().startValue = value;
+}

@@ -1,0 +1,519 @@
+// SdaiPrimitiveH and SdaiSelectH, and how the values of a model become handles and back.
+
+#include <cmath>
+#include <limits>
+#include <new>
+
+#include "Aggregate.h"
+#include "Cell.h"
+#include "Dictionary.h"
+#include "Model.h"
+#include "SdaiPrimitiveH.h"
+
+namespace {
+
+const SdaiString kNoText;
+
+}  // namespace
+
+// ---- Copying and destroying
+
+void SdaiSelectH::CopyFrom(const SdaiSelectH& other) noexcept {
+    kind_ = other.kind_;
+    select_ = other.select_;
+    switch (kind_) {
+        case Kind::String:
+        case Kind::Enumeration:
+        case Kind::Binary:
+            new (&text_) SdaiString(other.text_);
+            break;
+        case Kind::SharedAggregate:
+            aggregate_ = other.aggregate_;
+            KORAggregateAccess::AddOwner(*aggregate_);
+            break;
+        case Kind::Typed:
+            typed_ = other.typed_;
+            typed_->owners.fetch_add(1, std::memory_order_relaxed);
+            break;
+        default:
+            std::memcpy(&integer_, &other.integer_, sizeof integer_);
+    }
+}
+
+void SdaiSelectH::MoveFrom(SdaiSelectH& other) noexcept {
+    kind_ = other.kind_;
+    select_ = other.select_;
+    if (kind_ == Kind::String || kind_ == Kind::Enumeration || kind_ == Kind::Binary) {
+        new (&text_) SdaiString(std::move(other.text_));
+        other.text_.~SdaiString();
+    } else {
+        std::memcpy(&integer_, &other.integer_, sizeof integer_);
+    }
+    other.kind_ = Kind::Unset;
+    other.select_ = false;
+}
+
+void SdaiSelectH::Release() noexcept {
+    switch (kind_) {
+        case Kind::String:
+        case Kind::Enumeration:
+        case Kind::Binary:
+            text_.~SdaiString();
+            break;
+        case Kind::SharedAggregate:
+            KORAggregateAccess::RemoveOwner(*aggregate_);
+            break;
+        case Kind::Typed:
+            if (typed_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete typed_;
+            break;
+        default:
+            break;
+    }
+}
+
+SdaiSelectH::SdaiSelectH(const SdaiSelectH& other) noexcept { CopyFrom(other); }
+SdaiSelectH::SdaiSelectH(SdaiSelectH&& other) noexcept { MoveFrom(other); }
+
+SdaiSelectH& SdaiSelectH::operator=(const SdaiSelectH& other) noexcept {
+    if (this != &other) {
+        // The other value may belong to something that goes with this one.
+        SdaiSelectH copy(other);
+        *this = std::move(copy);
+    }
+    return *this;
+}
+
+SdaiSelectH& SdaiSelectH::operator=(SdaiSelectH&& other) noexcept {
+    if (this != &other) {
+        SdaiSelectH old(std::move(*this));
+        MoveFrom(other);
+    }
+    return *this;
+}
+
+// ---- Selects
+
+SdaiSelectH::SdaiSelectH(const SdaiPrimitiveH& value) : SdaiSelectH(value.value_) {
+    select_ = kind_ != Kind::Unset;
+}
+
+SdaiSelectH::SdaiSelectH(const SdaiString& definedType, const SdaiPrimitiveH& value)
+    : kind_(Kind::Typed), select_(true) {
+    typed_ = new KORTypedValue{{1}, definedType, value};
+}
+
+SdaiPrimitiveH SdaiSelectH::getValue() const {
+    SdaiPrimitiveH value;
+    value.value_ = Held();
+    value.value_.select_ = false;
+    return value;
+}
+
+const SdaiString& SdaiSelectH::DefinedType() const {
+    return kind_ == Kind::Typed ? typed_->definedType : kNoText;
+}
+
+const SdaiSelectH& SdaiSelectH::Held() const {
+    const SdaiSelectH* held = this;
+    while (held->kind_ == Kind::Typed) held = &held->typed_->value.value_;
+    return *held;
+}
+
+// ---- Construction
+
+SdaiPrimitiveH::SdaiPrimitiveH(const SdaiString& value) noexcept {
+    new (&value_.text_) SdaiString(value);
+    value_.kind_ = SdaiSelectH::Kind::String;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(SdaiString&& value) noexcept {
+    new (&value_.text_) SdaiString(std::move(value));
+    value_.kind_ = SdaiSelectH::Kind::String;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(long value) noexcept {
+    value_.integer_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Integer;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(double value) noexcept {
+    value_.real_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Real;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(const SdaiLogical& value) noexcept {
+    value_.logical_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Logical;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(const SdaiBoolean& value) noexcept {
+    value_.logical_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Boolean;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(SdaiEntityInstance* instance) noexcept {
+    if (instance == nullptr) return;
+    value_.instance_ = instance;
+    value_.kind_ = SdaiSelectH::Kind::Instance;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(SdaiAggrInstance* aggregate) noexcept {
+    if (aggregate == nullptr) return;
+    value_.aggregate_ = aggregate;
+    value_.kind_ = SdaiSelectH::Kind::ModelAggregate;
+    if (KORAggregateAccess::HasOwners(*aggregate)) {
+        KORAggregateAccess::AddOwner(*aggregate);
+        value_.kind_ = SdaiSelectH::Kind::SharedAggregate;
+    }
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::TakeOver(SdaiAggrInstance* aggregate) noexcept {
+    SdaiPrimitiveH handle;
+    if (aggregate == nullptr) return handle;
+    KORAggregateAccess::AddOwner(*aggregate);
+    handle.value_.aggregate_ = aggregate;
+    handle.value_.kind_ = SdaiSelectH::Kind::SharedAggregate;
+    return handle;
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::Enumeration(const SdaiString& item) noexcept {
+    return KORHandleAccess::OfText(SdaiSelectH::Kind::Enumeration, item);
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::Binary(const SdaiString& digits) noexcept {
+    return KORHandleAccess::OfText(SdaiSelectH::Kind::Binary, digits);
+}
+
+SdaiPrimitiveH KORHandleAccess::OfText(Kind kind, KORUnicodeString text) {
+    SdaiPrimitiveH handle;
+    new (&handle.value_.text_) SdaiString(std::move(text));
+    handle.value_.kind_ = kind;
+    return handle;
+}
+
+SdaiPrimitiveH KORHandleAccess::OfTyped(KORTypedValue* typed) {
+    SdaiPrimitiveH handle;
+    typed->owners.fetch_add(1, std::memory_order_relaxed);
+    handle.value_.typed_ = typed;
+    handle.value_.kind_ = Kind::Typed;
+    return handle;
+}
+
+// ---- Conversions
+
+SdaiPrimitiveH::operator const SdaiString&() const {
+    const SdaiSelectH& held = value_.Held();
+    return held.kind_ == SdaiSelectH::Kind::String ? held.text_ : kNoText;
+}
+
+SdaiPrimitiveH::operator const SdaiLogical&() const {
+    const SdaiSelectH& held = value_.Held();
+    const bool logical =
+        held.kind_ == SdaiSelectH::Kind::Logical || held.kind_ == SdaiSelectH::Kind::Boolean;
+    return logical ? held.logical_ : sdaiLFALSE;
+}
+
+SdaiPrimitiveH::operator long() const {
+    const SdaiSelectH& held = value_.Held();
+    if (held.kind_ == SdaiSelectH::Kind::Integer) return held.integer_;
+    if (held.kind_ != SdaiSelectH::Kind::Real) return 0;
+    // 2 to the power of 63 is a double; the largest long is not.
+    constexpr double kLimit = 9223372036854775808.0;
+    const double real = std::trunc(held.real_);
+    return real >= -kLimit && real < kLimit ? static_cast<long>(real) : 0;
+}
+
+SdaiPrimitiveH::operator double() const {
+    const SdaiSelectH& held = value_.Held();
+    if (held.kind_ == SdaiSelectH::Kind::Real) return held.real_;
+    return held.kind_ == SdaiSelectH::Kind::Integer ? static_cast<double>(held.integer_) : 0.0;
+}
+
+SdaiPrimitiveH::operator SdaiEntityInstance*() const {
+    const SdaiSelectH& held = value_.Held();
+    return held.kind_ == SdaiSelectH::Kind::Instance ? held.instance_ : nullptr;
+}
+
+SdaiPrimitiveH::operator SdaiAggrInstance*() const {
+    const SdaiSelectH& held = value_.Held();
+    const bool aggregate = held.kind_ == SdaiSelectH::Kind::ModelAggregate ||
+                           held.kind_ == SdaiSelectH::Kind::SharedAggregate;
+    return aggregate ? held.aggregate_ : nullptr;
+}
+
+// ---- Reads through the handle
+
+SdaiPrimitiveH SdaiPrimitiveH::GetAttr(const SdaiString& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->GetAttr(name) : SdaiPrimitiveH();
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::GetAttr(const SdaiName& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->GetAttr(name) : SdaiPrimitiveH();
+}
+
+SdaiBoolean SdaiPrimitiveH::TestAttr(const SdaiString& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->TestAttr(name) : sdaiFALSE;
+}
+
+SdaiBoolean SdaiPrimitiveH::TestAttr(const SdaiName& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->TestAttr(name) : sdaiFALSE;
+}
+
+SdaiBoolean SdaiPrimitiveH::IsKindOf(const SdaiString& typeName) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->IsKindOf(typeName) : sdaiFALSE;
+}
+
+SdaiBoolean SdaiPrimitiveH::IsKindOf(const SdaiName& typeName) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->IsKindOf(typeName) : sdaiFALSE;
+}
+
+SdaiNamedType* SdaiPrimitiveH::GetInstanceType() const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->GetInstanceType() : nullptr;
+}
+
+SdaiModel* SdaiPrimitiveH::FindEntityInstanceModel() const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->FindEntityInstanceModel() : nullptr;
+}
+
+long SdaiPrimitiveH::GetMemberCount() const {
+    const SdaiAggrInstance* aggregate = *this;
+    return aggregate != nullptr ? aggregate->GetMemberCount() : 0;
+}
+
+SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
+    const SdaiSelectH& held = value_.Held();
+    switch (held.kind_) {
+        case SdaiSelectH::Kind::String:
+            return "STRING";
+        case SdaiSelectH::Kind::Integer:
+            return "INTEGER";
+        case SdaiSelectH::Kind::Real:
+            return "REAL";
+        case SdaiSelectH::Kind::Logical:
+            return "LOGICAL";
+        case SdaiSelectH::Kind::Boolean:
+            return "BOOLEAN";
+        case SdaiSelectH::Kind::Enumeration:
+            return "ENUMERATION";
+        case SdaiSelectH::Kind::Binary:
+            return "BINARY";
+        case SdaiSelectH::Kind::ModelAggregate:
+        case SdaiSelectH::Kind::SharedAggregate:
+            return "AGGREGATE";
+        case SdaiSelectH::Kind::Instance:
+            return held.instance_->GetInstanceType()->Name();
+        default:
+            return {};
+    }
+}
+
+SdaiLogical SdaiPrimitiveH::operator==(const SdaiPrimitiveH& other) const {
+    using Kind = SdaiSelectH::Kind;
+    const SdaiSelectH& a = value_.Held();
+    const SdaiSelectH& b = other.value_.Held();
+    if (a.kind_ == Kind::Unset || b.kind_ == Kind::Unset) return {};
+    const auto isNumber = [](Kind kind) { return kind == Kind::Integer || kind == Kind::Real; };
+    const auto isTruth = [](Kind kind) { return kind == Kind::Logical || kind == Kind::Boolean; };
+    if (a.kind_ == Kind::Integer && b.kind_ == Kind::Integer) {
+        return SdaiBoolean(a.integer_ == b.integer_);
+    }
+    if (isNumber(a.kind_) && isNumber(b.kind_)) {
+        return SdaiBoolean(static_cast<double>(*this) == static_cast<double>(other));
+    }
+    if (isTruth(a.kind_) && isTruth(b.kind_)) return a.logical_ == b.logical_;
+    const SdaiAggrInstance* members = *this;
+    const SdaiAggrInstance* otherMembers = other;
+    if (members != nullptr && otherMembers != nullptr) {
+        if (members == otherMembers) return sdaiLTRUE;
+        const long count = members->GetMemberCount();
+        SdaiLogical equal = SdaiBoolean(count == otherMembers->GetMemberCount());
+        for (long i = 0; equal && i < count; ++i) {
+            equal = members->GetMember(i) == otherMembers->GetMember(i);
+        }
+        return equal;
+    }
+    if (a.kind_ != b.kind_) return sdaiLFALSE;
+    if (a.kind_ == Kind::Instance) return SdaiBoolean(a.instance_->IsSameInstance(b.instance_));
+    return SdaiBoolean(a.text_.View() == b.text_.View());
+}
+
+// ---- Values of a model
+
+namespace kor {
+
+namespace {
+
+SdaiPrimitiveH PlainHandle(const Cell& cell) {
+    using Kind = KORHandleAccess::Kind;
+    switch (cell.GetTag()) {
+        case Tag::Integer:
+            return {cell.Get<long>()};
+        case Tag::Real:
+            return {cell.Get<double>()};
+        case Tag::Logical:
+            return {cell.Get<SdaiLogical>()};
+        case Tag::Boolean:
+            return {cell.Get<SdaiLogical>() == sdaiLTRUE};
+        case Tag::Text:
+            return KORHandleAccess::OfText(Kind::String, cell.SharedText());
+        case Tag::Enumeration:
+            return KORHandleAccess::OfText(Kind::Enumeration, cell.SharedText());
+        case Tag::Binary:
+            return KORHandleAccess::OfText(Kind::Binary, cell.SharedText());
+        case Tag::Instance:
+            return {cell.Get<SdaiEntityInstance*>()};
+        case Tag::Aggregate:
+            return {cell.Get<SdaiAggrInstance*>()};
+        case Tag::Typed:
+            return KORHandleAccess::OfTyped(cell.Get<KORTypedValue*>());
+        default:
+            return {};
+    }
+}
+
+// The one choice of a select that a value without a defined type can mean; empty where there is
+// none or more than one.
+std::string_view OnlyChoice(const Domain& select, Tag tag) {
+    std::string_view only;
+    for (const auto& [name, domain] : select.choices) {
+        if (!domain->admitted.Has(tag)) continue;
+        if (!only.empty()) return {};
+        only = name;
+    }
+    return only;
+}
+
+// A typed value that shares what the cell holds.
+Cell NewTypedCell(const SdaiString& definedType, const Cell& value) {
+    return Cell::Of(Tag::Typed, new KORTypedValue{{1}, definedType, ToHandle(value, false)});
+}
+
+Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain) {
+    const Domain* element = domain != nullptr ? domain->element : nullptr;
+    struct Members {
+        std::vector<Cell> cells;
+        ~Members() { std::for_each(cells.begin(), cells.end(), ReleaseCell); }
+    } members;
+    const std::size_t count = KORAggregateAccess::Count(aggregate);
+    members.cells.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        members.cells.push_back(ToCell(aggregate.GetMember(static_cast<long>(i)), element));
+    }
+    const bool selects =
+        element != nullptr ? element->IsSelect() : KORAggregateAccess::HoldsSelects(aggregate);
+    SdaiAggrInstance* copy = KORAggregateAccess::Make(members.cells, selects, nullptr);
+    members.cells.clear();
+    return Cell::Of(Tag::Aggregate, copy);
+}
+
+}  // namespace
+
+SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
+    SdaiPrimitiveH handle = PlainHandle(cell);
+    KORHandleAccess::MarkSelect(handle, select);
+    return handle;
+}
+
+Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
+    using Kind = KORHandleAccess::Kind;
+    const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
+    KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    if (typed != nullptr && (domain == nullptr || domain->IsSelect())) {
+        const SdaiAggrInstance* aggregate = value;
+        if (aggregate == nullptr) {
+            typed->owners.fetch_add(1, std::memory_order_relaxed);
+            return Cell::Of(Tag::Typed, typed);
+        }
+        const CellHolder copy(CopyOfAggregate(*aggregate, nullptr));
+        return NewTypedCell(typed->definedType, copy.Get());
+    }
+    Cell cell;
+    const SdaiSelectH& held = KORHandleAccess::Held(value);
+    switch (KORHandleAccess::KindOf(held)) {
+        case Kind::Unset:
+            break;
+        case Kind::Integer:
+            if (base == Domain::Base::Real) {
+                cell = Cell::Of(Tag::Real, static_cast<double>(value));
+            } else {
+                cell = Cell::Of(Tag::Integer, static_cast<long>(value));
+            }
+            break;
+        case Kind::Real:
+            cell = Cell::Of(Tag::Real, static_cast<double>(value));
+            break;
+        case Kind::Logical:
+        case Kind::Boolean: {
+            const SdaiLogical& logical = value;
+            const bool boolean = KORHandleAccess::KindOf(held) == Kind::Boolean
+                                     ? base != Domain::Base::Logical
+                                     : base == Domain::Base::Boolean && logical != SdaiLogical();
+            cell = Cell::Of(boolean ? Tag::Boolean : Tag::Logical, logical);
+            break;
+        }
+        case Kind::Instance:
+            cell = Cell::Of(Tag::Instance, static_cast<SdaiEntityInstance*>(value));
+            break;
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate:
+            cell = CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain);
+            break;
+        case Kind::String:
+            cell = Cell::OfText(base == Domain::Base::Enumeration ? Tag::Enumeration : Tag::Text,
+                                KORHandleAccess::TextOf(held));
+            break;
+        case Kind::Enumeration:
+            cell = Cell::OfText(Tag::Enumeration, KORHandleAccess::TextOf(held));
+            break;
+        case Kind::Binary:
+            cell = Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held));
+            break;
+        case Kind::Typed:
+            break;  // Held has gone past it
+    }
+    if (base == Domain::Base::Select) {
+        const std::string_view choice = OnlyChoice(*domain, cell.GetTag());
+        if (!choice.empty()) {
+            const CellHolder plain(cell);
+            const CellHolder converted(ToCell(value, domain->Choice(choice)));
+            return NewTypedCell(SdaiString(choice), converted.Get());
+        }
+    }
+    return cell;
+}
+
+void ReleaseCell(const Cell& cell) {
+    switch (cell.GetTag()) {
+        case Tag::Text:
+        case Tag::Enumeration:
+        case Tag::Binary:
+            if (KORTextAccess::Buffer* buffer = cell.Buffer()) KORTextAccess::Release(buffer);
+            break;
+        case Tag::Typed: {
+            auto* typed = cell.Get<KORTypedValue*>();
+            if (typed->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete typed;
+            break;
+        }
+        case Tag::Aggregate: {
+            auto* aggregate = cell.Get<SdaiAggrInstance*>();
+            if (KORAggregateAccess::HasOwners(*aggregate)) {
+                KORAggregateAccess::RemoveOwner(*aggregate);
+            } else {
+                aggregate->~SdaiAggrInstance();  // its memory is the model's
+            }
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+}  // namespace kor

@@ -1,0 +1,121 @@
+// Finds instances by their instance names, and keeps track of names that are referred to before
+// their instance is there.
+//
+// Instance names of a data set are mostly dense: they index pages of 1,024 entries. Where they are
+// not (a page would stay nearly empty, or the names are huge), entries stand in a hash map instead,
+// so that the table never grows out of proportion to the data.
+
+#ifndef KOR_IDTABLE_H
+#define KOR_IDTABLE_H
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <unordered_map>
+#include <vector>
+
+class SdaiEntityInstance;
+
+namespace kor {
+
+// Spreads instance names over the hash map in an order that no data set can know beforehand.
+struct IdHash {
+    std::uint64_t seed = std::random_device{}();
+
+    std::size_t operator()(std::uint64_t id) const {
+        std::uint64_t x = id + seed;
+        x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9U;
+        x = (x ^ (x >> 27)) * 0x94D049BB133111EBU;
+        return x ^ (x >> 31);
+    }
+};
+
+class IdTable {
+  public:
+    using Id = std::uint64_t;
+
+    // What is known of an instance name: nothing, the instance, or the first of the references
+    // that wait for it. Those form a chain: each holds the next one in its own place.
+    class Entry {
+      public:
+        SdaiEntityInstance* Instance() const {
+            return IsPending() ? nullptr : reinterpret_cast<SdaiEntityInstance*>(value_);
+        }
+        void SetInstance(SdaiEntityInstance* instance) {
+            value_ = reinterpret_cast<std::uintptr_t>(instance);
+        }
+        bool IsPending() const { return (value_ & 1) != 0; }
+        // The chain, as an even number; 0 at its end.
+        std::uintptr_t Chain() const { return IsPending() ? value_ & ~std::uintptr_t{1} : 0; }
+        void SetChain(std::uintptr_t chain) { value_ = chain | 1; }
+
+      private:
+        std::uintptr_t value_ = 0;
+    };
+
+    // The entry of a name that is referred to, or whose instance is about to be set. Made if it is
+    // not there; valid until the next call.
+    Entry& ForReference(Id id) {
+        const std::size_t page = id / kPageSize;
+        if (page < pages_.size() && pages_[page] != nullptr) return (*pages_[page])[id % kPageSize];
+        return MakeEntry(id);
+    }
+    Entry& ForDefinition(Id id) {
+        ++defined_;
+        return ForReference(id);
+    }
+
+    SdaiEntityInstance* Find(Id id) const {
+        const std::size_t page = id / kPageSize;
+        if (page < pages_.size() && pages_[page] != nullptr) {
+            return (*pages_[page])[id % kPageSize].Instance();
+        }
+        const auto found = sparse_.find(id);
+        return found != sparse_.end() ? found->second.Instance() : nullptr;
+    }
+
+    // Calls visit(id, entry) for every entry that references wait for.
+    template <class Visit>
+    void ForEachPending(Visit visit) {
+        for (std::size_t page = 0; page < pages_.size(); ++page) {
+            for (std::size_t i = 0; pages_[page] != nullptr && i < kPageSize; ++i) {
+                Entry& entry = (*pages_[page])[i];
+                if (entry.IsPending()) visit(page * kPageSize + i, entry);
+            }
+        }
+        for (auto& [id, entry] : sparse_) {
+            if (entry.IsPending()) visit(id, entry);
+        }
+    }
+
+  private:
+    static constexpr std::size_t kPageSize = 1024;
+    static constexpr std::size_t kMostPages = std::size_t{1} << 20;
+    using Page = std::array<Entry, kPageSize>;
+
+    Entry& MakeEntry(Id id) {
+        const std::size_t page = id / kPageSize;
+        // A new page must be worth its memory: on the average, 64 instances share one.
+        if (page >= kMostPages || pageCount_ > 16 + defined_ / 64) return sparse_[id];
+        if (page >= pages_.size()) pages_.resize(page + 1);
+        pages_[page] = std::make_unique<Page>();
+        ++pageCount_;
+        for (std::size_t i = 0; !sparse_.empty() && i < kPageSize; ++i) {
+            const auto found = sparse_.find(page * kPageSize + i);
+            if (found == sparse_.end()) continue;
+            (*pages_[page])[i] = found->second;
+            sparse_.erase(found);
+        }
+        return (*pages_[page])[id % kPageSize];
+    }
+
+    std::vector<std::unique_ptr<Page>> pages_;
+    std::size_t pageCount_ = 0;
+    std::size_t defined_ = 0;
+    std::unordered_map<Id, Entry, IdHash> sparse_;
+};
+
+}  // namespace kor
+
+#endif

@@ -1,0 +1,64 @@
+#include "KORLocale.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string_view>
+
+namespace {
+
+KORUnicodeString Shortest(auto value) {
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, value).ptr;
+    return KORUnicodeString(std::string_view(text, static_cast<std::size_t>(end - text)));
+}
+
+// Reads a number that is the whole text, blanks around it and a sign before it apart.
+template <class Number>
+int ReadNumber(std::string_view text, Number& number) {
+    number = 0;
+    const auto first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos) return 0;
+    text = text.substr(first, text.find_last_not_of(' ') - first + 1);
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-')) return 0;
+    }
+    Number value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size()) return 0;
+    number = value;
+    return 1;
+}
+
+}  // namespace
+
+KORUnicodeString KORLocale::sConvertNumToString(long value) { return Shortest(value); }
+
+KORUnicodeString KORLocale::sConvertNumToString(double value) {
+    // A NaN prints without its sign.
+    return std::isnan(value) ? KORUnicodeString("nan") : Shortest(value);
+}
+
+KORUnicodeString KORLocale::sConvertNumToString(double value, int, int decimals) {
+    if (std::isnan(value)) return "nan";
+    // The largest real has 309 digits before the point.
+    constexpr int kMostDecimals = 340;
+    char text[1 + 309 + 1 + kMostDecimals];
+    const int precision = decimals < 0 ? 0 : decimals < kMostDecimals ? decimals : kMostDecimals;
+    const auto end =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, precision).ptr;
+    return KORUnicodeString(std::string_view(text, static_cast<std::size_t>(end - text)));
+}
+
+int KORLocale::sConvertStringToNum(const KORUnicodeString& text, long* number) {
+    return ReadNumber(text.View(), *number);
+}
+
+int KORLocale::sConvertStringToNum(const KORUnicodeString& text, double* number) {
+    double value = 0.0;
+    const int success = ReadNumber(text.View(), value);
+    // The names of infinities and NaNs are not numbers.
+    *number = success == 1 && std::isfinite(value) ? value : 0.0;
+    return success == 1 && std::isfinite(value) ? 1 : 0;
+}

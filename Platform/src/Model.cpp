@@ -1,0 +1,294 @@
+#include "Model.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace kor {
+
+namespace {
+
+// Where a pending reference stands: in a cell, or bare among the members of an aggregate. Addresses
+// are multiples of 8, which leaves room for the difference.
+constexpr std::uintptr_t kInCell = 0;
+constexpr std::uintptr_t kBare = 2;
+
+void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* instance) {
+    if (kind == kBare) {
+        std::memcpy(place, &instance, sizeof instance);
+    } else {
+        *reinterpret_cast<Cell*>(place) =
+            instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell();
+    }
+}
+
+// More undeclared entity types than any schema declares: the file is no data set.
+constexpr std::size_t kMostUndeclared = 65'536;
+
+}  // namespace
+
+Model::Model(std::shared_ptr<const Schema> schema)
+    : schema_(std::move(schema)), declaredTypes_(schema_->Entities().size()) {
+    for (const EntityType* entity : schema_->Entities()) AddExtent(*entity);
+    KORAggregateAccess::MakeExtent(noInstances_);
+}
+
+Model::~Model() {
+    ForEachInstance([](const Instance& instance) {
+        for (const Cell& cell : instance.Values()) ReleaseCell(cell);
+    });
+    for (const Cell& cell : retired_) ReleaseCell(cell);
+    for (const auto& [typed, id] : pendingTyped_) ReleaseCell(typed);
+    for (const auto& extent : extents_) delete extent.load(std::memory_order_relaxed);
+}
+
+// ---- Types
+
+void Model::AddExtent(const EntityType& entity) {
+    extentNumbers_.Add(entity.FoldedName(), static_cast<int>(extentEntities_.size()));
+    extentEntities_.push_back(&entity);
+    extents_.emplace_back(nullptr);
+}
+
+ModelType& Model::AddType(const EntityType& entity) {
+    ModelType& type = types_.emplace_back(this, entity, types_.size());
+    for (std::size_t i = 0; i < extents_.size(); ++i) {
+        SdaiAggrInstance* extent = extents_[i].load(std::memory_order_relaxed);
+        if (extent != nullptr &&
+            entity.IsKindOf(std::string_view(extentEntities_[i]->FoldedName()))) {
+            type.extents.push_back(extent);
+        }
+    }
+    return type;
+}
+
+const ModelType* Model::TypeOf(const EntityType& entity) {
+    const std::size_t number = entity.Number();
+    ModelType** type = nullptr;
+    if (number < declaredTypes_.size() && schema_->Entities()[number] == &entity) {
+        type = &declaredTypes_[number];
+    } else if (number < ownTypes_.size() && ownEntities_[number].get() == &entity) {
+        type = &ownTypes_[number];
+    } else {
+        return nullptr;
+    }
+    if (*type == nullptr) *type = &AddType(entity);
+    return *type;
+}
+
+const EntityType& Model::AddOwn(std::unique_ptr<EntityType> entity) {
+    ownTypes_.push_back(nullptr);
+    ownEntities_.push_back(std::move(entity));
+    return *ownEntities_.back();
+}
+
+const EntityType* Model::UndeclaredEntity(std::string_view foldedName, std::size_t valueCount) {
+    const int extent = extentNumbers_.Find(foldedName);
+    const std::size_t declaredCount = declaredTypes_.size();
+    if (extent == NameTable::kAbsent && undeclared_.size() == kMostUndeclared) return nullptr;
+    if (extent != NameTable::kAbsent) {
+        for (const EntityType* entity :
+             undeclared_[static_cast<std::size_t>(extent) - declaredCount]) {
+            if (entity->Slots().size() == valueCount) return entity;
+        }
+    }
+    const EntityType& entity =
+        AddOwn(EntityType::MakeUndeclared(foldedName, valueCount, ownEntities_.size()));
+    if (extent == NameTable::kAbsent) {
+        AddExtent(entity);
+        undeclared_.push_back({&entity});
+    } else {
+        undeclared_[static_cast<std::size_t>(extent) - declaredCount].push_back(&entity);
+    }
+    return &entity;
+}
+
+const EntityType& Model::ComplexEntity(const std::vector<const EntityType*>& parts) {
+    const EntityType*& entity = complex_[parts];
+    if (entity == nullptr) {
+        entity = &AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
+    }
+    return *entity;
+}
+
+// ---- Instances
+
+SdaiPrimitiveH Instance::Read(int slot) const {
+    if (slot == NameTable::kAbsent) return {};
+    const auto index = static_cast<std::size_t>(slot);
+    return ToHandle(Cells()[index], type_->entity->Slots()[index].IsSelect());
+}
+
+void Instance::Write(int slot, const SdaiPrimitiveH& value) {
+    if (slot == NameTable::kAbsent) return;
+    const auto index = static_cast<std::size_t>(slot);
+    const Slot& definition = type_->entity->Slots()[index];
+    if (definition.derived) return;
+    CellHolder cell(ToCell(value, definition.domain));
+    Cell& place = Cells()[index];
+    if (place.GetTag() == Tag::Aggregate &&
+        !KORAggregateAccess::HasOwners(*place.Get<SdaiAggrInstance*>())) {
+        type_->model->Retire(place);
+    } else {
+        ReleaseCell(place);
+    }
+    place = cell.Take();
+}
+
+Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values) {
+    assert(values.size() == type.slotCount && ids_.Find(id) == nullptr);
+    // Whatever may fail for want of memory comes first.
+    IdTable::Entry& entry = ids_.ForDefinition(id);
+    for (SdaiAggrInstance* extent : type.extents) {
+        KORAggregateAccess::ReserveExtent(*extent, KORAggregateAccess::Count(*extent) + 1);
+    }
+    ModelType& own = types_[type.number];
+    Instance& instance = *new (own.memory.Allocate(Instance::Size(type))) Instance(type, id);
+    instances_.push_back(&instance);
+    std::copy(values.begin(), values.end(), instance.Cells());
+
+    const std::uintptr_t chain = entry.Chain();
+    entry.SetInstance(&instance);
+    Connect(chain, &instance);
+    for (std::size_t i = 0; i < type.slotCount; ++i) {
+        if (values[i].GetTag() == Tag::Pending) {
+            ConnectReference(reinterpret_cast<std::byte*>(instance.Cells() + i), kInCell);
+        }
+    }
+    for (SdaiAggrInstance* extent : type.extents) {
+        KORAggregateAccess::AppendToExtent(*extent, &instance);
+    }
+    ++own.instanceCount;
+    largestId_ = std::max(largestId_, id);
+    return instance;
+}
+
+Instance& Model::Create(const ModelType& type) {
+    std::vector<Cell> values(type.slotCount);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (type.entity->Slots()[i].derived) values[i] = Cell::Of(Tag::Derived, 0);
+    }
+    return Create(type, largestId_ + 1, values);
+}
+
+// ---- References
+
+Cell Model::Reference(std::uint64_t id) {
+    SdaiEntityInstance* instance = ids_.ForReference(id).Instance();
+    return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell::Of(Tag::Pending, id);
+}
+
+// Puts a place that holds the name of a missing instance first in the chain of those that wait.
+void Model::ConnectReference(std::byte* place, std::uintptr_t kind) {
+    std::uint64_t id;
+    std::memcpy(&id, place, sizeof id);
+    IdTable::Entry& entry = ids_.ForReference(id);
+    if (SdaiEntityInstance* instance = entry.Instance()) {
+        // It has come meanwhile: an instance that refers to itself.
+        SetReference(place, kind, instance);
+        return;
+    }
+    const std::uintptr_t next = entry.Chain();
+    std::memcpy(place, &next, sizeof next);
+    entry.SetChain(reinterpret_cast<std::uintptr_t>(place) | kind);
+}
+
+// Gives every place of a chain its instance; null makes it unset.
+void Model::Connect(std::uintptr_t chain, SdaiEntityInstance* instance) {
+    while (chain != 0) {
+        auto* place = reinterpret_cast<std::byte*>(chain & ~kBare);
+        std::uintptr_t next;
+        std::memcpy(&next, place, sizeof next);
+        SetReference(place, chain & kBare, instance);
+        chain = next;
+    }
+}
+
+Cell Model::NewAggregate(std::span<const Cell> members, bool selects) {
+    SdaiAggrInstance* aggregate = KORAggregateAccess::Make(members, selects, &aggregates_);
+    const bool bare =
+        KORAggregateAccess::LayoutOf(*aggregate) == KORAggregateAccess::Layout::Instances;
+    auto* first = KORAggregateAccess::Members<std::byte>(*aggregate);
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        if (members[i].GetTag() != Tag::Pending) continue;
+        if (bare) {
+            ConnectReference(first + i * sizeof(SdaiEntityInstance*), kBare);
+        } else {
+            ConnectReference(first + i * sizeof(Cell), kInCell);
+        }
+    }
+    return Cell::Of(Tag::Aggregate, aggregate);
+}
+
+Cell Model::NewTyped(SdaiString definedType, const Cell& value) {
+    // The typed value has a share of its own in what the cell holds; an aggregate stays the
+    // model's.
+    CellHolder holder(value);
+    if (value.GetTag() == Tag::Aggregate) Retire(holder.Take());
+    return Cell::Of(Tag::Typed,
+                    new KORTypedValue{{1}, std::move(definedType), ToHandle(value, false)});
+}
+
+void Model::AddPending(const Cell& typed, std::uint64_t id) {
+    pendingTyped_.emplace_back(typed, id);
+    typed.Get<KORTypedValue*>()->owners.fetch_add(1, std::memory_order_relaxed);
+}
+
+std::vector<std::uint64_t> Model::SettleReferences() {
+    std::vector<std::uint64_t> missing;
+    ids_.ForEachPending([&](std::uint64_t id, IdTable::Entry& entry) {
+        missing.push_back(id);
+        Connect(entry.Chain(), nullptr);
+        entry.SetInstance(nullptr);
+    });
+    for (const auto& [typed, id] : pendingTyped_) {
+        if (SdaiEntityInstance* instance = Find(id)) {
+            typed.Get<KORTypedValue*>()->value = SdaiPrimitiveH(instance);
+        } else {
+            missing.push_back(id);
+        }
+        ReleaseCell(typed);
+    }
+    pendingTyped_.clear();
+    std::sort(missing.begin(), missing.end());
+    missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
+    return missing;
+}
+
+// ---- Extents
+
+const SdaiAggrInstance* Model::ExtentByNumber(std::size_t number) const {
+    if (const SdaiAggrInstance* made = extents_[number].load(std::memory_order_acquire)) {
+        return made;
+    }
+    const std::lock_guard lock(extentMutex_);
+    if (const SdaiAggrInstance* made = extents_[number].load(std::memory_order_acquire)) {
+        return made;
+    }
+    const std::string_view name = extentEntities_[number]->FoldedName();
+    std::vector<bool> belongs;
+    std::uint64_t count = 0;
+    for (const ModelType& type : types_) {
+        belongs.push_back(type.entity->IsKindOf(name));
+        if (belongs.back()) {
+            count += type.instanceCount;
+            type.extents.reserve(type.extents.size() + 1);
+        }
+    }
+    auto extent = std::make_unique<SdaiAggrInstance>();
+    KORAggregateAccess::MakeExtent(*extent);
+    KORAggregateAccess::ReserveExtent(*extent, count);
+    if (count != 0) {
+        ForEachInstance([&](Instance& instance) {
+            if (belongs[instance.Type().number]) {
+                KORAggregateAccess::AppendToExtent(*extent, &instance);
+            }
+        });
+    }
+    for (const ModelType& type : types_) {
+        if (belongs[type.number]) type.extents.push_back(extent.get());
+    }
+    extents_[number].store(extent.get(), std::memory_order_release);
+    return extent.release();
+}
+
+}  // namespace kor

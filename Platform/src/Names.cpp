@@ -1,0 +1,89 @@
+#include "Names.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace kor {
+
+std::string Folded(std::string_view name) {
+    std::string folded(name);
+    for (char& c : folded) c = SdaiFoldCase(c);
+    return folded;
+}
+
+bool MatchesFolded(std::string_view name, std::string_view folded) {
+    return std::equal(name.begin(), name.end(), folded.begin(), folded.end(),
+                      [](char a, char b) { return SdaiFoldCase(a) == b; });
+}
+
+bool NameTable::Add(std::string_view folded, int value) {
+    if (Find(folded) != kAbsent) return false;
+    if (2 * (size_ + 1) > entries_.size()) {
+        std::vector<Entry> old(2 * entries_.size());
+        old.swap(entries_);
+        mask_ = entries_.size() - 1;
+        for (const Entry& entry : old) {
+            if (entry.value == kAbsent) continue;
+            std::size_t i = entry.hash & mask_;
+            while (entries_[i].value != kAbsent) i = (i + 1) & mask_;
+            entries_[i] = entry;
+        }
+    }
+    const std::uint32_t hash = SdaiNameHash(folded);
+    std::size_t i = hash & mask_;
+    while (entries_[i].value != kAbsent) i = (i + 1) & mask_;
+    entries_[i] = {folded, hash, value};
+    ++size_;
+    return true;
+}
+
+int NameTable::Find(std::string_view name) const {
+    const std::uint32_t hash = SdaiNameHash(name);
+    for (std::size_t i = hash & mask_;; i = (i + 1) & mask_) {
+        const Entry& entry = entries_[i];
+        if (entry.value == kAbsent) return kAbsent;
+        if (entry.hash != hash) continue;
+        if (entry.name == name || MatchesFolded(name, entry.name)) return entry.value;
+    }
+}
+
+namespace {
+
+// The Levenshtein distance, case ignored.
+std::size_t Distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t substitution =
+                diagonal + (SdaiFoldCase(a[i]) == SdaiFoldCase(b[j]) ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({substitution, row[j] + 1, row[j + 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
+
+std::string DidYouMean(std::string_view name, const std::vector<std::string>& candidates) {
+    constexpr std::size_t kLongestName = 200;
+    if (name.size() > kLongestName) return {};
+    std::string_view nearest;
+    // One slip for every three letters.
+    std::size_t least = name.size() / 3 + 2;
+    for (const std::string& candidate : candidates) {
+        if (candidate.size() > kLongestName) continue;
+        const std::size_t distance = Distance(name, candidate);
+        if (distance < least) {
+            least = distance;
+            nearest = candidate;
+        }
+    }
+    std::string addition;
+    if (!nearest.empty()) addition.append("; did you mean '").append(nearest).append("'?");
+    return addition;
+}
+
+}  // namespace kor

@@ -1,0 +1,62 @@
+// Names of the dictionary: folding, hashing, and the small tables that find what a name stands for.
+
+#ifndef KOR_NAMES_H
+#define KOR_NAMES_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "KORExport.h"
+#include "SdaiName.h"
+
+namespace kor {
+
+// The name in upper case.
+KOR_API std::string Folded(std::string_view name);
+
+// Whether `name` is `folded` when its case is folded.
+KOR_API bool MatchesFolded(std::string_view name, std::string_view folded);
+
+// Finds numbers by names: an open-addressed table that is at most half full. The names must be in
+// upper case and outlive the table. Once built it may be read by any number of threads.
+class KOR_API NameTable {
+  public:
+    static constexpr int kAbsent = -1;
+
+    // Adds a name unless the table has it already; says whether it was added.
+    bool Add(std::string_view folded, int value);
+
+    int Find(const SdaiName& name) const {
+        for (std::size_t i = name.hash & mask_;; i = (i + 1) & mask_) {
+            const Entry& entry = entries_[i];
+            if (entry.value == kAbsent) return kAbsent;
+            if (entry.hash == name.hash && entry.name == name.folded) return entry.value;
+        }
+    }
+
+    // The name in any case.
+    int Find(std::string_view name) const;
+
+    std::size_t Size() const { return size_; }
+
+  private:
+    struct Entry {
+        std::string_view name;
+        std::uint32_t hash = 0;
+        std::int32_t value = kAbsent;
+    };
+
+    std::vector<Entry> entries_ = std::vector<Entry>(2);
+    std::size_t mask_ = 1;
+    std::size_t size_ = 0;
+};
+
+// What to add to a message about an unknown name: "; did you mean 'NAME'?" with the candidate that
+// is the fewest edits away, case ignored; nothing when none is near enough to be a slip of the pen.
+KOR_API std::string DidYouMean(std::string_view name, const std::vector<std::string>& candidates);
+
+}  // namespace kor
+
+#endif
