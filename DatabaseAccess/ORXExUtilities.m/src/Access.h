@@ -1,0 +1,34 @@
+// Reading through value handles.
+
+#ifndef ORX_ACCESS_H
+#define ORX_ACCESS_H
+
+#include "ORXExUtilities.h"
+
+namespace orx {
+
+// The text of an attribute; empty when it is not set.
+inline SdaiString TextOf(const SdaiPrimitiveH& instance, const SdaiName& attribute) {
+    return static_cast<const SdaiString&>(instance.GetAttr(attribute));
+}
+
+// The value of an attribute, taken out of its SELECT.
+inline SdaiPrimitiveH SelectedOf(const SdaiPrimitiveH& instance, const SdaiName& attribute) {
+    const SdaiPrimitiveH value = instance.GetAttr(attribute);
+    return static_cast<const SdaiSelectH&>(value).getValue();
+}
+
+// The DOCUMENT_FILE reached from an instance over the DEFINITION of a PROPERTY_DEFINITION; unset
+// when the way leads elsewhere.
+inline SdaiPrimitiveH DocumentFileOf(const SdaiPrimitiveH& instance) {
+    using namespace sdai_names;
+    const SdaiPrimitiveH definition(SdaiString("DEFINITION"));
+    const SdaiPrimitiveH property = GetInst(instance, definition);
+    if (!property.IsKindOf("PROPERTY_DEFINITION"_name)) return {};
+    const SdaiPrimitiveH file = GetInst(property, definition);
+    return file.IsKindOf("DOCUMENT_FILE"_name) ? file : SdaiPrimitiveH();
+}
+
+}  // namespace orx
+
+#endif

@@ -1,0 +1,59 @@
+// The frame that every exported function has in common: its trace scope, its default result, and
+// nothing thrown to the engine.
+
+#ifndef ORX_FUNCTION_H
+#define ORX_FUNCTION_H
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "ORXExUtilities.h"
+#include "ORXExportTable.h"
+#include "Trace.h"
+
+namespace orx {
+
+// The result of the functions that find no text.
+inline const SdaiString kEmptyValue("EMPTY VALUE");
+
+// The name of a function, as a template argument.
+template <std::size_t N>
+struct FunctionName {
+    consteval FunctionName(const char (&name)[N]) { std::copy_n(name, N, text); }
+    // The label of the function's row; a name that has no row does not compile.
+    consteval const char* Label() const {
+        return FindExport(std::string_view(text, N - 1))->label.data();
+    }
+
+    char text[N];
+};
+
+// Runs the body of an exported function: body(trace, result), with the result set to the default
+// before. Whatever the body throws (a lack of memory) leaves the default.
+template <FunctionName Name, class Result, class Body>
+SdaiPrimitiveH Function(const Result& byDefault, Body&& body) noexcept {
+    Trace trace(Name.Label());
+    try {
+        Result result = byDefault;
+        std::forward<Body>(body)(trace, result);
+        return SdaiPrimitiveH(std::move(result));
+    } catch (...) {
+        return SdaiPrimitiveH(byDefault);
+    }
+}
+
+// The same for a function that returns nothing: body(trace).
+template <FunctionName Name, class Body>
+void Procedure(Body&& body) noexcept {
+    Trace trace(Name.Label());
+    try {
+        std::forward<Body>(body)(trace);
+    } catch (...) {
+    }
+}
+
+}  // namespace orx
+
+#endif
