@@ -1,0 +1,402 @@
+// Placements: composing two axis placements into a rotation and a translation, and finding the
+// placement of an assembly occurrence in the STEP structure.
+
+#include <climits>
+#include <iostream>
+
+#include "Access.h"
+#include "KORMath.h"
+#include "Same.h"
+#include "SdaiIterator.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+namespace {
+
+// ---- Reading points and directions
+
+// The first three members of an attribute of a point or direction; a missing one counts as 0, a
+// missing point or direction as the default.
+KORMathVector VectorOf(const SdaiPrimitiveH& geometry, const SdaiName& attribute,
+                       const KORMathVector& byDefault) {
+    const SdaiPrimitiveH value = geometry.GetAttr(attribute);
+    const SdaiAggrInstance* members = value;
+    if (members == nullptr) return byDefault;
+    return {members->GetRealMember(0), members->GetRealMember(1), members->GetRealMember(2)};
+}
+
+KORMathVector DirectionOf(const SdaiPrimitiveH& owner, const SdaiName& attribute,
+                          const KORMathVector& byDefault) {
+    return VectorOf(owner.GetAttr(attribute), "DIRECTION_RATIOS"_name, byDefault);
+}
+
+KORMathVector PointOf(const SdaiPrimitiveH& owner, const SdaiName& attribute) {
+    return VectorOf(owner.GetAttr(attribute), "COORDINATES"_name, {0, 0, 0});
+}
+
+KORMathVector LocationOf(const SdaiPrimitiveH& placement) {
+    return PointOf(placement, "LOCATION"_name);
+}
+
+KORMathVector Normalised(const KORMathVector& v) { return v / v.Norm(); }
+
+// The frame of an AXIS2_PLACEMENT_3D: its x, y and z axes as columns. The axis is taken as it is;
+// of the reference direction only the part orthogonal to it counts. Nothing guards the divisions:
+// degenerate directions give values that are not finite.
+KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
+    const KORMathVector z = Normalised(DirectionOf(placement, "AXIS"_name, {0, 0, 1}));
+    const bool zAlongX = z[1] == 0 && z[2] == 0;
+    const KORMathVector anyReference = zAlongX ? KORMathVector(0, 1, 0) : KORMathVector(1, 0, 0);
+    const KORMathVector r = Normalised(DirectionOf(placement, "REF_DIRECTION"_name, anyReference));
+    const KORMathVector x = Normalised(r - Dot(r, z) * z);
+    const KORMathVector y = Normalised(Cross(z, x));
+    return {x, y, z};
+}
+
+// ---- Placements
+
+struct Placement {
+    KORMath3x3Matrix rotation;
+    KORMathVector translation;
+};
+
+void AppendTo(SdaiAggrInstance& list, const KORMathVector& v) {
+    // Adding 0.0 turns -0.0 into 0.0 and leaves every other value as it is.
+    for (int i = 0; i < 3; ++i) list.Append(SdaiPrimitiveH(v[i] + 0.0));
+}
+
+// Adds the twelve values of a placement to a list, and says so row by row.
+void AppendTo(SdaiAggrInstance& list, const Placement& placement, Trace* trace = nullptr) {
+    list.Reserve(list.GetMemberCount() + 12);
+    const auto appendRow = [&](const char* name, const KORMathVector& row) {
+        if (trace != nullptr) trace->Line(name);
+        AppendTo(list, row);
+    };
+    appendRow("Ligne 1", placement.rotation.GetFirstColumn());
+    appendRow("Ligne 2", placement.rotation.GetSecondColumn());
+    appendRow("Ligne 3", placement.rotation.GetThirdColumn());
+    appendRow("Ligne 4", placement.translation);
+}
+
+// ---- Traces of values
+
+void TraceVector(Trace& trace, const KORMathVector& v) { trace.Line(v[0], "  ", v[1], "  ", v[2]); }
+
+void TraceMatrix(Trace& trace, const char* title, const KORMath3x3Matrix& matrix) {
+    trace.Line(title);
+    TraceVector(trace, matrix.GetFirstColumn());
+    TraceVector(trace, matrix.GetSecondColumn());
+    TraceVector(trace, matrix.GetThirdColumn());
+}
+
+void TraceNumbers(Trace& trace, const char* const (&names)[3], const KORMathVector& v) {
+    for (int i = 0; i < 3; ++i) trace.Line(names[i], " = ", v[i]);
+}
+
+// A list as rows of three values.
+void TraceList(Trace& trace, const char* title, const SdaiAggrInstance& list) {
+    trace.Line(title);
+    for (long i = 0; i + 3 <= list.GetMemberCount(); i += 3) {
+        TraceVector(trace,
+                    {list.GetRealMember(i), list.GetRealMember(i + 1), list.GetRealMember(i + 2)});
+    }
+}
+
+// A piece of a line: an instance as its number, "=" and its type name; nothing for none.
+struct NumberAndType {
+    const SdaiEntityInstance* instance;
+
+    friend std::ostream& operator<<(std::ostream& line, const NumberAndType& piece) {
+        if (piece.instance == nullptr) return line;
+        return line << piece.instance->GetInstanceNameId() << "="
+                    << piece.instance->GetInstanceType()->Name();
+    }
+};
+
+}  // namespace
+
+void ComputeABSPlacement(const SdaiPrimitiveH& daughter, const SdaiPrimitiveH& mother,
+                         SdaiListClassOfSdaiReal*& list) {
+    Procedure<"ComputeABSPlacement">([&](Trace& trace) {
+        trace.Line("Creation de la matrice fille");
+        const KORMath3x3Matrix daughterFrame = FrameOf(daughter);
+        TraceMatrix(trace, "RelatedAxisMatrix:", daughterFrame);
+        trace.Line("Creation de la matrice mere");
+        const KORMath3x3Matrix motherFrame = FrameOf(mother);
+
+        trace.Line("composition des matrices:");
+        const KORMath3x3Matrix rotation = motherFrame * daughterFrame.Inverse();
+
+        trace.Line("renseignement de la translation");
+        const KORMathVector daughterLocation = LocationOf(daughter);
+        TraceNumbers(trace, {"x_ed", "y_ed", "z_ed"}, daughterLocation);
+        const KORMathVector motherLocation = LocationOf(mother);
+        TraceNumbers(trace, {"x_ing", "y_ing", "z_ing"}, motherLocation);
+
+        trace.Line("Valuation de la liste de sortie");
+        if (list == nullptr) return;
+        AppendTo(*list, {rotation, motherLocation - daughterLocation}, &trace);
+    });
+}
+
+void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
+                   const SdaiPrimitiveH& list) {
+    Procedure<"GetPlacement0">([&](Trace& trace) {
+        trace.Line(" CALCUL POSITIONNEMENT ...");
+        SdaiAggrInstance* output = list;
+        if (!context.exists() || output == nullptr) {
+            trace.Line("CALCUL POSITIONNEMENT ABSOLU IMPOSSIBLE");
+            return;
+        }
+        trace.Line("Recuperation des placements");
+        const SdaiPrimitiveH relationship = context.GetAttr("REPRESENTATION_RELATION"_name);
+        const SdaiPrimitiveH transformation =
+            SelectedOf(relationship, "TRANSFORMATION_OPERATOR"_name);
+        const SdaiPrimitiveH item1 = transformation.GetAttr("TRANSFORM_ITEM_1"_name);
+        const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
+        const SdaiPrimitiveH items = relationship.GetAttr(role).GetAttr("ITEMS"_name);
+
+        // Which of the two is an item of the representation: on REP_2 the second is looked for
+        // first, on REP_1 the first alone.
+        const auto isItem = [&items](SdaiEntityInstance* item) {
+            SdaiIterator_Of_SdaiEntityInstanceH member(static_cast<SdaiAggrInstance*>(items));
+            while (member.Next()) {
+                if (IsSame0Of(member.GetCurrentMember(), item)) return true;
+            }
+            return false;
+        };
+        const bool onRep2 = static_cast<bool>(role == "REP_2");
+        int state = 0;
+        if (onRep2 && isItem(item2)) state = 2;
+        if (state == 0 && isItem(item1)) state = 1;
+        if (state == 0) {
+            trace.Line("!!! CABLAGE NON CONFORME A LA NORME !!!");
+            trace.Line("CALCUL POSITIONNEMENT ABSOLU IMPOSSIBLE");
+            return;
+        }
+        const bool crossed = !((state == 1 && role == "REP_1") || (state == 2 && onRep2));
+        trace.Line(crossed ? "... Cablage croise" : "... Cablage NON croise");
+
+        trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_1");
+        const KORMath3x3Matrix frame1 = FrameOf(item1);
+        TraceMatrix(trace, "Axis1_Matrix:", frame1);
+        trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_2");
+        const KORMath3x3Matrix frame2 = FrameOf(item2);
+        TraceMatrix(trace, "Axis2_Matrix:", frame2);
+
+        trace.Line("Composition des placements");
+        const KORMath3x3Matrix rotation =
+            crossed ? frame1 * frame2.Inverse() : frame2 * frame1.Inverse();
+
+        trace.Line("Renseignement de la translation");
+        const KORMathVector location1 = LocationOf(item1);
+        TraceNumbers(trace, {"x_1", "y_1", "z_1"}, location1);
+        const KORMathVector location2 = LocationOf(item2);
+        TraceNumbers(trace, {"x_2", "y_2", "z_2"}, location2);
+        KORMathVector translation = location2 - location1;
+        if (crossed) translation = -1.0 * translation;
+        TraceNumbers(trace, {"t_1", "t_2", "t_3"}, translation);
+
+        trace.Line("Valuation de la liste de sortie");
+        output->RemoveAll();
+        AppendTo(*output, {rotation, translation}, &trace);
+        TraceList(trace, "Positionnement calcule:", *output);
+        trace.Line("...CALCUL POSITIONNEMENT FINI");
+    });
+}
+
+SdaiPrimitiveH GetPlacement1(const SdaiPrimitiveH& context, const SdaiPrimitiveH& list) {
+    return Function<"GetPlacement1">(SdaiString("GetPlacement1 done"), [&](Trace& trace, auto&) {
+        trace.Line("CALCUL POSITIONNEMENT ...");
+        GetPlacement0(context, "REP_1", list);
+    });
+}
+
+SdaiPrimitiveH GetPlacement2(const SdaiPrimitiveH& context, const SdaiPrimitiveH& list) {
+    return Function<"GetPlacement2">(SdaiString("GetPlacement2 done"), [&](Trace& trace, auto&) {
+        trace.Line("CALCUL POSITIONNEMENT ...");
+        GetPlacement0(context, "REP_2", list);
+    });
+}
+
+SdaiPrimitiveH Minus(const SdaiPrimitiveH& value) {
+    return Function<"Minus">(0.0, [&](Trace& trace, double& result) {
+        if (value.exists()) {
+            const double input = value;
+            trace.Line("valeur d''entree ", input);
+            if (input != 0.0) result = input * -1.0;  // never -0.0
+        }
+        trace.Line("valeur de sortie -> ", result);
+    });
+}
+
+// ---- The placement of an assembly occurrence
+
+namespace {
+
+constexpr Placement kIdentity;
+
+// The context-dependent shape representation of a link; null when its model has none.
+SdaiEntityInstance* ContextOf(SdaiEntityInstance* link) {
+    // The readers find the attributes once for the whole extent, which is walked up to the link's
+    // context on every call.
+    SdaiInstanceReader productRelation("REPRESENTED_PRODUCT_RELATION"_name);
+    SdaiInstanceReader definition("DEFINITION"_name);
+    SdaiIterator_Of_SdaiEntityInstanceH context(link->FindEntityInstanceModel()->GetEntityExtent(
+        "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION"_name));
+    while (context.Next()) {
+        SdaiEntityInstance* current = context.GetCurrentMember();
+        if (IsSame0Of(link, definition(productRelation(current)))) return current;
+    }
+    return nullptr;
+}
+
+// The shape definition representations of the two sides of a link; null where the model has none.
+struct Shapes {
+    SdaiEntityInstance* relating = nullptr;
+    SdaiEntityInstance* related = nullptr;
+};
+
+Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relating,
+                SdaiEntityInstance* related) {
+    Shapes shapes;
+    // In CONFIG_CONTROL_DESIGN the DEFINITION of a shape definition representation refers to the
+    // product definition shape itself, in other schemas it is a select: the reader gives the
+    // instance in both.
+    SdaiInstanceReader shapeDefinition("DEFINITION"_name);
+    SdaiInstanceReader productDefinition("DEFINITION"_name);
+    SdaiIterator_Of_SdaiEntityInstanceH shape(
+        model.GetEntityExtent("SHAPE_DEFINITION_REPRESENTATION"_name));
+    trace.Line(" -> SHAPE_DEFINITION_REPRESENTATION OK ");
+    while ((shapes.relating == nullptr || shapes.related == nullptr) && shape.Next()) {
+        SdaiEntityInstance* current = shape.GetCurrentMember();
+        SdaiEntityInstance* productShape = shapeDefinition(current);
+        SdaiEntityInstance* definition = productDefinition(productShape);
+        trace.Line(" - CurrShapeDefRep : #", NumberAndType{current});
+        trace.Line(" - CurrP_D_S : #", NumberAndType{productShape});
+        trace.Line(" - CurrProdDef : #", NumberAndType{definition});
+        // One representation never serves both sides.
+        if (shapes.relating == nullptr && IsSame0Of(relating, definition)) {
+            shapes.relating = current;
+        } else if (shapes.related == nullptr && IsSame0Of(related, definition)) {
+            shapes.related = current;
+        }
+    }
+    return shapes;
+}
+
+// A cartesian transformation operator says its placement as it is: nothing is normalised, the scale
+// does not count. Where it says nothing, the default is the identity.
+Placement OperatorPlacement(Trace& trace, const SdaiPrimitiveH& transformation) {
+    trace.Line("GetAbsPlacement - CARTESIAN_TRANSFORMATION_OPERATOR");
+    const KORMathVector origin = PointOf(transformation, "LOCAL_ORIGIN"_name);
+    const KORMathVector axis1 = DirectionOf(transformation, "AXIS1"_name, {1, 0, 0});
+    const KORMathVector axis2 = DirectionOf(transformation, "AXIS2"_name, {0, 1, 0});
+    const KORMathVector axis3 = DirectionOf(transformation, "AXIS3"_name, Cross(axis1, axis2));
+    return {{axis1, axis2, axis3}, origin};
+}
+
+// Appends the placement that two axis placements state together: the one that belongs to the
+// component is the daughter, the one that belongs to the parent the mother. False, and nothing
+// appended, where the data do not hang together.
+bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimitiveH& relationship,
+                       const SdaiPrimitiveH& transformation, SdaiListClassOfSdaiReal* list) {
+    trace.Line("GetAbsPlacement - ITEM_DEFINED_TRANSFORMATION ");
+    SdaiEntityInstance* relating = link->GetAttr("RELATING_PRODUCT_DEFINITION"_name);
+    trace.Line(" -> RELATING_PRODUCT_DEFINITION OK ");
+    SdaiEntityInstance* related = link->GetAttr("RELATED_PRODUCT_DEFINITION"_name);
+    trace.Line(" -> RELATED_PRODUCT_DEFINITION OK ");
+
+    const Shapes shapes = ShapesOf(trace, *link->FindEntityInstanceModel(), relating, related);
+    if (shapes.relating == nullptr) {
+        // The one message that goes past the trace.
+        std::cerr << "SHAPE_REPRESENTATION of the RELATING part NOT FOUND" << std::endl;
+    }
+    if (shapes.related == nullptr) {
+        trace.Line("SHAPE_REPRESENTATION of the RELATED part NOT FOUND");
+    }
+    if (shapes.relating == nullptr || shapes.related == nullptr) return false;
+
+    trace.Line("RELATING SHAPE_REPRESENTATION recupere");
+    trace.Line("RELATED SHAPE_REPRESENTATION recupere");
+    SdaiEntityInstance* relatingRep = shapes.relating->GetAttr("USED_REPRESENTATION"_name);
+    SdaiEntityInstance* relatedRep = shapes.related->GetAttr("USED_REPRESENTATION"_name);
+    trace.Line(" - RelatingShapeRep : #", NumberAndType{relatingRep});
+    trace.Line(" - RelatedShapeRep : #", NumberAndType{relatedRep});
+    SdaiEntityInstance* rep1 = relationship.GetAttr("REP_1"_name);
+    SdaiEntityInstance* rep2 = relationship.GetAttr("REP_2"_name);
+    trace.Line(" - ShapeRep1 : #", NumberAndType{rep1});
+    trace.Line(" - ShapeRep2 : #", NumberAndType{rep2});
+    const bool wired = (IsSame0Of(rep1, relatingRep) && IsSame0Of(rep2, relatedRep)) ||
+                       (IsSame0Of(rep2, relatingRep) && IsSame0Of(rep1, relatedRep));
+    static constexpr const char* kCannotUnderstand = "Cannot understand the STEP WILD WEB - 1";
+    if (!wired) {
+        trace.Line(kCannotUnderstand);
+        return false;
+    }
+
+    const SdaiPrimitiveH item1 = transformation.GetAttr("TRANSFORM_ITEM_1"_name);
+    const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
+    trace.Line(" - A2P3D_1 : #", NumberAndType{item1});
+    trace.Line(" - A2P3D_2 : #", NumberAndType{item2});
+    const auto isItemOf = [](const SdaiPrimitiveH& item, SdaiEntityInstance* representation) {
+        const SdaiPrimitiveH items =
+            representation != nullptr ? representation->GetAttr("ITEMS"_name) : SdaiPrimitiveH();
+        const SdaiAggrInstance* members = items;
+        return members != nullptr && members->IsMember(static_cast<SdaiEntityInstance*>(item));
+    };
+    // A first item of the name "DEFAULT_PLACEMENT" is not looked for: only where the second lies
+    // decides.
+    const SdaiPrimitiveH name = item1.GetAttr("NAME"_name);
+    const bool external = !(static_cast<const SdaiString&>(name) == "DEFAULT_PLACEMENT");
+    trace.Line(external ? " > External Placement < " : " > Placement RZ < ");
+    if ((!external || isItemOf(item1, relatingRep)) && isItemOf(item2, relatedRep)) {
+        ComputeABSPlacement(item2, item1, list);
+    } else if (isItemOf(item2, relatingRep) && (!external || isItemOf(item1, relatedRep))) {
+        ComputeABSPlacement(item1, item2, list);
+    } else {
+        trace.Line(kCannotUnderstand);
+        return false;
+    }
+    return true;
+}
+
+// Appends the placement of a link; false, and nothing appended, where the data do not state one.
+bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdaiReal* list) {
+    if (link == nullptr) {
+        trace.Line("Input argument not allocated");
+        return false;
+    }
+    trace.Line("Nom du schema: ", link->FindEntityInstanceModel()->Underlying_schema()->Name());
+    SdaiEntityInstance* context = ContextOf(link);
+    if (context == nullptr) {
+        trace.Line("RRWT not found");
+        return false;
+    }
+    trace.Line("Absolute placement computation");
+    const SdaiPrimitiveH relationship = context->GetAttr("REPRESENTATION_RELATION"_name);
+    const SdaiPrimitiveH transformation = SelectedOf(relationship, "TRANSFORMATION_OPERATOR"_name);
+    if (transformation.IsKindOf("ITEM_DEFINED_TRANSFORMATION"_name)) {
+        return AppendItemDefined(trace, link, relationship, transformation, list);
+    }
+    AppendTo(*list, OperatorPlacement(trace, transformation));
+    return true;
+}
+
+}  // namespace
+
+SdaiPrimitiveH GetAbsPlacement(const SdaiPrimitiveH& link) {
+    return Function<"GetAbsPlacement">(SdaiPrimitiveH(), [&](Trace& trace, auto& result) {
+        trace.Line(" CALCUL POSITIONNEMENT ...");
+        auto* list = new SdaiListClassOfSdaiReal(0, INT_MAX);
+        const SdaiPrimitiveH owner = SdaiPrimitiveH::TakeOver(list);
+        list->Reserve(12);
+        if (!AppendPlacement(trace, link, list)) {
+            trace.Line("Use of default placement");
+            AppendTo(*list, kIdentity);
+        }
+        TraceList(trace, "Affichage du positionnement:", *list);
+        result = owner;
+    });
+}
