@@ -1,0 +1,29 @@
+#include "Same.h"
+#include "SdaiIterator.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+SdaiPrimitiveH IsInAssembly(const SdaiPrimitiveH& root, const SdaiPrimitiveH& leaf) {
+    return Function<"IsInAssembly">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
+        if (trace.IsActive()) {
+            const SdaiPrimitiveH rootNumber = root.GetAttr("S_PART_NUMBER"_name);
+            const SdaiPrimitiveH leafNumber = leaf.GetAttr("S_PART_NUMBER"_name);
+            trace.Line("iRootPart: [", static_cast<const SdaiString&>(rootNumber), "]");
+            trace.Line("iLeafPart: [", static_cast<const SdaiString&>(leafNumber), "]");
+            if (root.TestAttr("KORASS"_name)) {
+                trace.Line("KORASS ok pour [", static_cast<const SdaiString&>(rootNumber), "]");
+            }
+        }
+        if (root.exists() && leaf.exists() && root.TestAttr("KORASS"_name)) {
+            SdaiEntityInstance* component = leaf;
+            const SdaiPrimitiveH links = root.GetAttr("KORASS"_name);
+            SdaiInstanceReader ref("ref"_name);
+            SdaiIterator_Of_SdaiEntityInstanceH link(static_cast<SdaiAggrInstance*>(links));
+            while (!result && link.Next()) {
+                if (IsSame0Of(ref(link.GetCurrentMember()), component)) result = sdaiLTRUE;
+            }
+        }
+        trace.Line("Valeur de retour: [", result, "]");
+    });
+}

@@ -1,0 +1,30 @@
+#include <charconv>
+#include <iterator>
+
+#include "Function.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+SdaiPrimitiveH IsModelDocLinked(const SdaiPrimitiveH& part) {
+    return Function<"IsModelDocLinked">(sdaiLFALSE, [&](Trace&, SdaiLogical& result) {
+        const SdaiNamedType* type = part.GetInstanceType();
+        if (type == nullptr || !(type->Name() == "part_object")) return;
+        const auto hasMembers = [&part](const auto& attribute) {
+            return SdaiBoolean(part.TestAttr(attribute) &&
+                               part.GetAttr(attribute).GetMemberCount() > 0);
+        };
+        result = hasMembers("models"_name);
+        const SdaiEntity* entity =
+            part.FindEntityInstanceModel()->GetEntityDefinition(type->Name());
+        // The schema decides how many attributes "docsN" there are: the first missing number ends
+        // the search.
+        for (int n = 1; !result && entity != nullptr; ++n) {
+            char name[16] = "docs";
+            *std::to_chars(name + 4, std::end(name) - 1, n).ptr = '\0';
+            const SdaiString attribute(name);
+            if (entity->AttrDefinition(attribute) == nullptr) break;
+            result = hasMembers(attribute);
+        }
+    });
+}

@@ -1,0 +1,24 @@
+#include "Same.h"
+#include "SdaiIterator.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+SdaiPrimitiveH QuantifyRef(const SdaiPrimitiveH& root, const SdaiPrimitiveH& leaf) {
+    return Function<"QuantifyRef">(0.0, [&](Trace& trace, double& count) {
+        if (root.exists() && leaf.exists() && root.TestAttr("KORASS"_name)) {
+            trace.Line("Recuperation de la liste des liens");
+            const SdaiPrimitiveH links = root.GetAttr("KORASS"_name);
+            if (links.GetMemberCount() > 0) {
+                trace.Line("On boucle sur la liste des liens pour compter les iLeafPart");
+                SdaiEntityInstance* component = leaf;
+                SdaiInstanceReader ref("ref"_name);
+                SdaiIterator_Of_SdaiEntityInstanceH link(static_cast<SdaiAggrInstance*>(links));
+                while (link.Next()) {
+                    if (IsSame0Of(ref(link.GetCurrentMember()), component)) count += 1.0;
+                }
+            }
+        }
+        trace.Line("Valeur de retour: [", count, "]");
+    });
+}
