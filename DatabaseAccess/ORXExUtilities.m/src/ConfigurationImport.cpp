@@ -1,0 +1,172 @@
+// Effectivities and configurations on their way from STEP to the database.
+
+#include <array>
+
+#include "Configurations.h"
+#include "Function.h"
+#include "KORLocale.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+SdaiPrimitiveH GetValue(const SdaiPrimitiveH& text) {
+    return Function<"GetValue">(0L, [&](Trace& trace, long& result) {
+        if (text.exists()) {
+            trace.Line("String exists : OK ");
+            long number;
+            if (KORLocale::sConvertStringToNum(static_cast<const SdaiString&>(text), &number) ==
+                1) {
+                result = number;
+            }
+        } else {
+            trace.Line("KO : String doesn't exist => Infinite Value");
+        }
+        trace.Line(">> la valeur retournee est : ", result, " <<");
+    });
+}
+
+SdaiPrimitiveH GetDate(const SdaiPrimitiveH& select) {
+    return Function<"GetDate">(SdaiString(kOpenDate), [&](Trace& trace, SdaiString& result) {
+        if (!select.exists()) {
+            trace.Line("KO : Select Entity doesn't exist => infinite value");
+            return;
+        }
+        trace.Line("Select Entity exists : OK ");
+        if (trace.IsActive()) trace.Line("Type of input entity :", select.UnderlyingTypeName());
+        const SdaiPrimitiveH dateTime = static_cast<const SdaiSelectH&>(select).getValue();
+
+        KORUnicodeString text;
+        const auto append = [&text](const auto& number, const char* format) {
+            KORUnicodeString digits;
+            digits.BuildFromNum(number, format);
+            text.Append(digits);
+        };
+        // Whether a component is set, said in the trace.
+        const auto isSet = [&trace](const SdaiPrimitiveH& owner, const SdaiName& component,
+                                    const char* line) {
+            const bool set = static_cast<bool>(owner.TestAttr(component));
+            if (set) trace.Line(line);
+            return set;
+        };
+
+        if (!dateTime.TestAttr("DATE_COMPONENT"_name)) {
+            trace.Line(" -> DATE_COMPONENT attribute does not exist");
+            return;
+        }
+        const SdaiPrimitiveH date = dateTime.GetAttr("DATE_COMPONENT"_name);
+        const bool hasYear = isSet(date, "YEAR_COMPONENT"_name, "Y. OK");
+        const bool hasMonth = isSet(date, "MONTH_COMPONENT"_name, "Mo. OK");
+        const bool hasDay = isSet(date, "DAY_COMPONENT"_name, "D. OK");
+        if (!hasYear || !hasMonth || !hasDay) {
+            trace.Line(" -> DATE_COMPONENT is incomplete ");
+            return;
+        }
+        append(static_cast<long>(date.GetAttr("MONTH_COMPONENT"_name)), "%02d");
+        append(static_cast<long>(date.GetAttr("DAY_COMPONENT"_name)), "%02d");
+        append(static_cast<long>(date.GetAttr("YEAR_COMPONENT"_name)), "%04d");
+
+        // Without a time the date counts for nothing.
+        if (!dateTime.TestAttr("TIME_COMPONENT"_name)) {
+            trace.Line(" -> TIME_COMPONENT attribute does not exist");
+            return;
+        }
+        const SdaiPrimitiveH time = dateTime.GetAttr("TIME_COMPONENT"_name);
+        const bool hasHour = isSet(time, "HOUR_COMPONENT"_name, "H. OK");
+        const bool hasMinute = isSet(time, "MINUTE_COMPONENT"_name, "Mi. OK");
+        const bool hasSecond = isSet(time, "SECOND_COMPONENT"_name, "S. OK");
+        if (!hasHour) {
+            trace.Line(" -> TIME_COMPONENT is incomplete ");
+            return;
+        }
+        append(static_cast<long>(time.GetAttr("HOUR_COMPONENT"_name)), "%02d");
+        if (hasMinute) {
+            trace.Line("Mi. OK");
+            append(static_cast<long>(time.GetAttr("MINUTE_COMPONENT"_name)), "%02d");
+        } else {
+            trace.Line("Mi. unset : OK ");
+            text.Append("00");
+        }
+        if (hasSecond) {
+            trace.Line("S. OK");
+            append(static_cast<double>(time.GetAttr("SECOND_COMPONENT"_name)), "%02g");
+        } else {
+            trace.Line("S. unset : OK ");
+            text.Append("01");  // not "00", as for a minute
+        }
+        result = text;
+        trace.Line(">> la valeur retournee est : ", result, " <<");
+    });
+}
+
+SdaiPrimitiveH ExtractEFFType(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode) {
+    return Function<"ExtractEFFType">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
+        if (text.exists() && mode.exists()) {
+            trace.Line("The attibute ID & InputFlag exist : OK ");
+            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
+            const long flag = mode;
+            static constexpr std::array kAccepted{"range", "date", "option_range", "option_date"};
+            if (flag < 1 || flag > static_cast<long>(kAccepted.size())) {
+                trace.Line(" >> Invalid search mode : ", flag, " << ");
+                return;
+            }
+            if (TextAt(encoded, 0, 1) == "S") {
+                const char* accepted = kAccepted[static_cast<std::size_t>(flag - 1)];
+                result = SdaiBoolean(ReadField(encoded, 0).value.Compare(accepted) == 2);
+            }
+        } else {
+            trace.Line("KO : At least one of the entities doesn't exist");
+        }
+        trace.Line(result ? ">> IS A CORRECT TYPE <<" : ">> NOT A CORRECT TYPE<<");
+    });
+}
+
+SdaiPrimitiveH DecodeEFF(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode) {
+    return Function<"DecodeEFF">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
+        if (text.exists() && mode.exists()) {
+            trace.Line("The attibute ID & InputFlag exist : OK ");
+            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
+            const long flag = mode;
+            trace.Line(" -> InputFlag = ", flag);
+            if (flag != 1 && flag != 2) return trace.Line(" >> Invalid search mode << ");
+            const auto isField = [&encoded](long position) {
+                return TextAt(encoded, position, 1) == "S";
+            };
+            if (isField(0)) {
+                const FieldAt type = ReadField(encoded, 0);
+                const bool isOption =
+                    type.value.Compare("range") != 2 && type.value.Compare("date") != 2;
+                if (!isOption && flag == 2) {
+                    trace.Line(" >> Incompatible search mode with Input Value << ");
+                    return trace.Line(" >> Eff type : ", encoded, " << ");
+                }
+                if (!isField(type.next)) return trace.Line(" >> Incorrect encoded string << ");
+                FieldAt field = ReadField(encoded, type.next);
+                // The id of the effectivity stands behind that of its option.
+                if (isOption && flag == 1) {
+                    if (!isField(field.next)) return trace.Line(" >> Incorrect encoded string << ");
+                    field = ReadField(encoded, field.next);
+                }
+                result = field.value;
+            }
+        } else {
+            trace.Line("KO : At least one of the entities doesn't exist");
+        }
+        trace.Line(">> la valeur retournee est : ", result, " <<");
+    });
+}
+
+SdaiPrimitiveH IsAORXCfg(const SdaiPrimitiveH& item) {
+    return Function<"IsAORXCfg">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
+        const SdaiPrimitiveH description = DescriptionOf(trace, item);
+        if (description.exists()) {
+            const KORUnicodeString& text = static_cast<const SdaiString&>(description);
+            const int length = text.GetLengthInChar();
+            if (length < kOrxTagLength) {
+                return trace.Line("NOT a ORX DESCRIPTION : length = ", length);
+            }
+            result = SdaiBoolean(TextAt(text, 0, 1) == "S" && LengthAt(text, 1) == 3 &&
+                                 TextAt(text, kFieldHead, 3).Compare("ORX") == 2);
+        }
+        trace.Line(result ? ">> ORX DESCRIPTION OK <<" : ">> NO ORX DESCRIPTION <<");
+    });
+}
