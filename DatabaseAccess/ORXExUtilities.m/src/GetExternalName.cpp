@@ -1,0 +1,25 @@
+#include "Access.h"
+#include "Function.h"
+#include "Names.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+SdaiPrimitiveH GetExternalName(const SdaiPrimitiveH& instance, const SdaiPrimitiveH& source) {
+    return Function<"GetExternalName">(SdaiString(), [&](Trace& trace, SdaiString& name) {
+        if (instance.exists()) {
+            name = TextOf(instance, "ASSIGNED_ID"_name);
+            // The source is asked only for an instance that is there and has no identifier.
+            if (name.length() == 0) {
+                const SdaiPrimitiveH id = GetInst(source, SdaiPrimitiveH(SdaiString("SOURCE_ID")));
+                if (id.UnderlyingTypeName() == "STRING") name = static_cast<const SdaiString&>(id);
+            }
+        }
+        if (name.length() > kModelExtension.size() && name.View().ends_with(kModelExtension)) {
+            const SdaiPrimitiveH model = ORX_GetModelName(name, SdaiPrimitiveH(0L));
+            const SdaiString& modelName = model;
+            if (modelName.length() != 0) name = modelName;
+        }
+        trace.Line(" -> nom de fichier retourne :", name);
+    });
+}

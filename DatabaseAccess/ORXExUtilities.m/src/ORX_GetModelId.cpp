@@ -1,0 +1,111 @@
+// Model identifiers: NAME _ORXExchangedRep_ NUMBER _ORXExchangedRep2_ NAME, the names in file form.
+
+#include "Access.h"
+#include "Function.h"
+#include "KORLocale.h"
+#include "Names.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+namespace {
+
+constexpr std::string_view kTag = "_ORXExchangedRep_";
+constexpr std::string_view kTag2 = "_ORXExchangedRep2_";
+
+// The position of a tag; a tag at the very start counts as absent, as does one that is not there.
+constexpr int kNoTag = 0;
+int PositionOf(std::string_view tag, const KORUnicodeString& identifier) {
+    return std::max(identifier.SearchSubString(KORUnicodeString(tag), 0, KORSearchForward), kNoTag);
+}
+
+// What follows a tag.
+KORUnicodeString After(const KORUnicodeString& identifier, int position, std::string_view tag) {
+    const int start = position + static_cast<int>(tag.size());
+    return identifier.SubString(start, identifier.GetLengthInChar() - start);
+}
+
+void TraceReading(Trace& trace, const KORUnicodeString& identifier, const char* what) {
+    trace.Line("Conversion file name -> NARVO name ");
+    trace.Line("Nom du fichier: ", identifier);
+    trace.Line(what);
+}
+
+}  // namespace
+
+SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
+    return Function<"ORX_GetModelId_Exp">(SdaiString(), [&](Trace& trace, SdaiString& result) {
+        if (model.exists()) {
+            const SdaiNamedType* type = model.GetInstanceType();
+            const SdaiModel* holder = model.FindEntityInstanceModel();
+            const SdaiEntity* entity =
+                holder != nullptr ? holder->GetEntityDefinition(type->Name()) : nullptr;
+            const auto has = [entity](const SdaiName& attribute) {
+                return entity != nullptr && entity->AttrDefinition(attribute) != nullptr;
+            };
+            // The first two fields are worked out, with what that brings about, and do not go into
+            // the identifier: it starts again with the third.
+            trace.Line("RECUPERATION DE S_TYPE_REP");
+            trace.Line("RECUPERATION DE S_NEXT");
+            if (!has("S_NEXT"_name)) GetUniqId(SdaiPrimitiveH());
+            trace.Line("RECUPERATION DE C_SOFT_VER");
+            const SdaiString version =
+                has("C_SOFT_VER"_name) ? TextOf(model, "C_SOFT_VER"_name) : kEmptyValue;
+            trace.Line("ON REMPLACE LES BLANCS PAR DES ", kFileBlank);
+            trace.Line("CREATION DE LA CHAINE POUR LA SORTIE");
+            const KORUnicodeString& name = version;
+            KORUnicodeString identifier;
+            identifier.Reserve(2 * name.View().size() + kTag2.size());
+            identifier.Append(ToFileName(name).View()).Append(kTag2).Append(name);
+            result = identifier;
+        }
+        trace.Line("ORX_GetModelId en mode EXPORT de donnees retourne: >", result, "<");
+    });
+}
+
+SdaiPrimitiveH ORX_GetModelId_Imp1(const SdaiPrimitiveH& identifier) {
+    return Function<"ORX_GetModelId_Imp1">(SdaiString(), [&](Trace& trace, SdaiString& result) {
+        if (identifier.exists()) {
+            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            TraceReading(trace, text, "ON RECUPERE LA CHAINE AVANT LE TAG ORX_TAG");
+            const KORUnicodeString field = text.SubString(0, PositionOf(kTag, text));
+            trace.Line("ON REMPLACE LES ", kFileBlank, " PAR DES BLANCS");
+            result = ToDatabaseName(field);
+        }
+        trace.Line("on retourne comme cle: >", result, "<");
+    });
+}
+
+SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
+    return Function<"ORX_GetModelId_Imp2">(-999L, [&](Trace& trace, long& result) {
+        if (identifier.exists()) {
+            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG");
+            const int position = PositionOf(kTag, text);
+            if (position != kNoTag) {
+                const KORUnicodeString rest = After(text, position, kTag);
+                trace.Line("il faut garder la chaine avant le tag ORX_TAG2");
+                const int end = PositionOf(kTag2, rest);
+                const KORUnicodeString field = end != kNoTag ? rest.SubString(0, end) : rest;
+                trace.Line("on a la chaine desiree on peut la convertir");
+                KORLocale::sConvertStringToNum(field, &result);
+            }
+        }
+        trace.Line("on retourne la cle : >", result, "<");
+    });
+}
+
+SdaiPrimitiveH ORX_GetModelId_Imp3(const SdaiPrimitiveH& identifier) {
+    return Function<"ORX_GetModelId_Imp3">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
+        if (identifier.exists()) {
+            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG2");
+            const int position = PositionOf(kTag2, text);
+            if (position != kNoTag) {
+                trace.Line("on remplace les ", kFileBlank, " par des blancs");
+                result = ToDatabaseName(After(text, position, kTag2));
+            }
+        }
+        trace.Line("on retourne la cle: ", result, "<");
+    });
+}

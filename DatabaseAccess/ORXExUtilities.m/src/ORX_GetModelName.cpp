@@ -1,0 +1,35 @@
+#include "Function.h"
+#include "Names.h"
+
+using namespace orx;
+
+SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& direction) {
+    return Function<"ORX_GetModelName">(SdaiString(), [&](Trace& trace, SdaiString& result) {
+        if (name.exists() && direction.exists()) {
+            const SdaiString& given = name;
+            trace.Line("nom rentre ", given);
+            if (static_cast<long>(direction) == 1) {
+                trace.Line("Conversion NARVO name -> file name");
+                trace.Line("Nom de model en base: ", given);
+                trace.Line("On remplace les blancs par des ", kFileBlank);
+                result = ToFileName(given, kModelExtension);
+            } else {
+                trace.Line("Conversion file name - >NARVO name ");
+                trace.Line("Nom du fichier: ", given);
+                trace.Line("On supprime l'extension .model");
+                trace.Line("Longueur: ", given.length());
+                // The last six characters go, whatever they are: the caller passes names of model
+                // files only.
+                const KORUnicodeString& fileName = given;
+                const KORUnicodeString shortened = fileName.SubString(
+                    0, fileName.GetLengthInChar() - static_cast<int>(kModelExtension.size()));
+                trace.Line("Nom du fichier SANS extension: ", shortened);
+                trace.Line("Longueur: ", shortened.GetLengthInChar());
+                trace.Line("On remplace les ", kFileBlank, " par des blancs");
+                result = ToDatabaseName(shortened);
+            }
+            trace.Line("Nom de model traite : ", result);
+        }
+        trace.Line("le nom du modele retourne: >", result, "<");
+    });
+}
