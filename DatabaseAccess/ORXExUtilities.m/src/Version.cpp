@@ -1,0 +1,234 @@
+// Versions of parts: which part is the revision that follows another, and which part stands for a
+// family of revisions.
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "Access.h"
+#include "Function.h"
+#include "KORDMInstance.h"
+#include "KORDMNarvo.h"
+#include "Same.h"
+#include "SdaiIterator.h"
+
+using namespace orx;
+using namespace sdai_names;
+
+namespace {
+
+// What IsVersion has seen so far. Positions and families count from 1: family k has the positions
+// ends[k - 1] + 1 to ends[k] of the revisions (ends[0] counting as 0), and was first seen through
+// the part representatives[k].
+struct SeenFamilies {
+    KORListValKORDMInstance revisions;                 // DMList
+    std::vector<SdaiEntityInstance*> representatives;  // SdaiList
+    std::vector<int> ends;                             // IndList
+
+    void Add(const KORListValKORDMInstance& family, SdaiEntityInstance* part) {
+        // All three grow, or none.
+        representatives.reserve(representatives.size() + 1);
+        ends.reserve(ends.size() + 1);
+        revisions.Append(family);
+        representatives.push_back(part);
+        ends.push_back(revisions.Size());
+    }
+
+    // The first family whose end is at or behind a position.
+    std::size_t FamilyAt(int position) const {
+        return static_cast<std::size_t>(std::lower_bound(ends.begin(), ends.end(), position) -
+                                        ends.begin() + 1);
+    }
+    int EndOf(std::size_t family) const { return ends[family - 1]; }
+    SdaiEntityInstance* RepresentativeOf(std::size_t family) const {
+        return representatives[family - 1];
+    }
+};
+
+SeenFamilies seen;
+
+// The identity that a `cdma_id` instance records for its part.
+KORDMInstance IdentityIn(Trace& trace, const SdaiPrimitiveH& record) {
+    const SdaiString coid = TextOf(record, "Coid"_name);
+    const SdaiString compid = TextOf(record, "Compid"_name);
+    const SdaiString caenv = TextOf(record, "Caenv"_name);
+    const SdaiString catab = TextOf(record, "Catab"_name);
+    trace.Line("    CAENV  = ", caenv);
+    trace.Line("    CATAB  = ", catab);
+    trace.Line("    COID   = ", coid);
+    trace.Line("    COMPID = ", compid);
+    return {
+        "KORCON", caenv,   catab, KORDMNarvo::HexaToDouble(coid), KORDMNarvo::HexaToDouble(compid),
+        nullptr,  nullptr, 0};
+}
+
+// Whether `newer` follows `older` directly in a list of revisions.
+struct Succession {
+    Succession(const KORListValKORDMInstance& revisions, const KORDMInstance& older,
+               const KORDMInstance& newer)
+        : olderPosition(revisions.Locate(older, 1)),
+          newerPosition(revisions.Locate(newer, olderPosition)) {}
+
+    bool IsDirect() const { return newerPosition != 0 && newerPosition - olderPosition == 1; }
+
+    int olderPosition;
+    int newerPosition;
+};
+
+// The rough version of the test: document management is asked for the whole history. Nothing when
+// it does not know A as newer than B.
+std::optional<bool> FollowsInHistory(Trace& trace, const KORDMInstance& a, const KORDMInstance& b) {
+    trace.Line(" >> Listes STATIQUES pas pretes : rough Version ");
+    int diagnostic = 0;
+    const int newer = a.IsNewerRevision(b, 1, diagnostic);
+    trace.Line(" DIAGNOSTIC from KORDMINSTANCE comparison = ", diagnostic);
+    if (diagnostic != 0 || newer != 1) return std::nullopt;
+    trace.Line(" -> Affinage (comme le fromage)");
+    trace.Line("    Retrouver toutes les versions");
+    KORListValKORDMInstance revisions;
+    if (a.GetAllRevision(revisions, 0, 1, 0) != 0) return std::nullopt;
+    trace.Line("    -> OK .. taille: ", revisions.Size());
+    const Succession succession(revisions, b, a);
+    trace.Line("       pos1: ", succession.olderPosition, " - pos2: ", succession.newerPosition);
+    return succession.IsDirect();
+}
+
+// The light version: in the families seen so far. The last revision of a family and the first one
+// of the next stand side by side and do not follow each other.
+bool FollowsInSeen(Trace& trace, const KORDMInstance& a, const KORDMInstance& b) {
+    trace.Line(" >> Listes STATIQUES pretes : light Version");
+    const Succession succession(seen.revisions, b, a);
+    if (!succession.IsDirect()) return false;
+    const std::size_t family = seen.FamilyAt(succession.olderPosition);
+    return succession.newerPosition <= seen.EndOf(family);
+}
+
+}  // namespace
+
+SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB) {
+    return Function<"IsNewer">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
+        if (!partA.exists() || !partB.exists()) return;
+        trace.Line("the Parts exist");
+        const SdaiEntityInstance* a = partA;
+        const SdaiEntityInstance* b = partB;
+        if (AreSame(a, b)) return trace.Line(" Entites identiques !! ");
+
+        // A counts 1 and B 4, and as much again when it is met first: 10 when both are found. A
+        // record met later for a part that is found already leaves a score that asks for nothing.
+        std::optional<KORDMInstance> identityA;
+        std::optional<KORDMInstance> identityB;
+        int score = 0;
+        SdaiInstanceReader object("CdmaObject"_name);
+        const SdaiModel* model = partA.FindEntityInstanceModel();
+        SdaiIterator_Of_SdaiEntityInstanceH record(
+            model != nullptr ? model->GetEntityExtent("cdma_id"_name) : nullptr);
+        while (score != 10 && record.Next()) {
+            SdaiEntityInstance* current = record.GetCurrentMember();
+            const SdaiEntityInstance* part = object(current);
+            if (AreSame(part, a)) score += 1;
+            if (AreSame(part, b)) score += 4;
+            if (score == 1 || score == 9) {
+                trace.Line(" -> OUI sur #1 ");
+                identityA = IdentityIn(trace, current);
+                trace.Line("    ind= ", score);
+                score += 1;
+            }
+            if (score == 4 || score == 6) {
+                trace.Line(" -> OUI sur #2 ");
+                identityB = IdentityIn(trace, current);
+                trace.Line("    ind= ", score);
+                score += 4;
+            }
+        }
+        if (score != 10) return;
+
+        trace.Line(" Create the DM Instance #1");
+        trace.Line(" Create the DM Instance #2");
+        if (seen.revisions.Size() == 0) {
+            const std::optional<bool> follows = FollowsInHistory(trace, *identityA, *identityB);
+            if (!follows.has_value()) return;
+            result = SdaiBoolean(*follows);
+        } else {
+            result = SdaiBoolean(FollowsInSeen(trace, *identityA, *identityB));
+        }
+        trace.Line(" Valeur retournee : ", result);
+    });
+}
+
+namespace {
+
+// Notes the family of a part whose revision was not seen before. False when document management
+// does not know it.
+bool SeeFamily(Trace& trace, const KORDMInstance& identity, SdaiEntityInstance* part) {
+    KORListValKORDMInstance family;
+    if (identity.GetAllRevision(family, 0, 1, 0) != 0) {
+        trace.Line(" --> ERREUR : sortie <-- ");
+        return false;
+    }
+    trace.Line("    Taille de Liste = ", family.Size());
+    seen.Add(family, part);
+    return true;
+}
+
+}  // namespace
+
+SdaiPrimitiveH IsVersion(const SdaiPrimitiveH& part, const SdaiPrimitiveH& flag) {
+    const bool wantsPart = static_cast<long>(flag) == 1;
+    const SdaiPrimitiveH byDefault = wantsPart ? SdaiPrimitiveH() : SdaiPrimitiveH(sdaiLFALSE);
+    return Function<"IsVersion">(byDefault, [&](Trace& trace, SdaiPrimitiveH& result) {
+        if (!part.exists() || !flag.exists()) return;
+        trace.Line("the Part exists and the Flag exist");
+        const long value = flag;
+        if (value != 0 && value != 1) return;
+
+        SdaiEntityInstance* sought = part;
+        SdaiInstanceReader object("CdmaObject"_name);
+        const SdaiModel* model = part.FindEntityInstanceModel();
+        SdaiIterator_Of_SdaiEntityInstanceH record(
+            model != nullptr ? model->GetEntityExtent("cdma_id"_name) : nullptr);
+        // The walk goes on after a match.
+        while (record.Next()) {
+            SdaiEntityInstance* current = record.GetCurrentMember();
+            if (!AreSame(object(current), sought)) continue;
+            trace.Line(" On a trouve la Part");
+            const KORDMInstance identity = IdentityIn(trace, current);
+            trace.Line(" Create the DM Instance ");
+            trace.Line(" >> TAILLE DE LISTE : ", seen.revisions.Size(), " << ");
+            const bool first = seen.revisions.Size() == 0;
+            const int position = first ? 0 : seen.revisions.Locate(identity, 1);
+            if (position == 0) {
+                if (first) {
+                    trace.Line("    Ma Liste est vide");
+                    trace.Line("    Retrouver toutes les versions");
+                } else {
+                    trace.Line("    Ma Liste n'est pas vide");
+                    trace.Line("    -> cette DM n'a pas ete traitee");
+                }
+                if (!SeeFamily(trace, identity, sought)) return;
+                if (wantsPart) result = sought;
+            } else {
+                trace.Line("    Ma Liste n'est pas vide");
+                trace.Line("    -> cette DM a deja ete traitee : ", position);
+                const std::size_t family = seen.FamilyAt(position);
+                trace.Line("       index de la part : ", family);
+                SdaiEntityInstance* representative = seen.RepresentativeOf(family);
+                if (wantsPart) {
+                    result = representative;
+                } else {
+                    result = !SdaiLogical(SdaiBoolean(AreSame(representative, sought)));
+                }
+            }
+        }
+    });
+}
+
+SdaiPrimitiveH RemoveValueVersion() {
+    return Function<"RemoveValueVersion">(sdaiLTRUE, [&](Trace& trace, SdaiLogical&) {
+        seen.revisions.RemoveAll();
+        trace.Line("Taille DMList : ", seen.revisions.Size());
+        seen.representatives.clear();
+        trace.Line("Taille SdaiList : ", seen.representatives.size());
+        seen.ends.clear();
+        trace.Line("Taille IndList : ", seen.ends.size());
+    });
+}
