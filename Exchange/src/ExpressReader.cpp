@@ -1,0 +1,461 @@
+// The reader of EXPRESS schemas (ISO 10303-11). It takes what the dictionary is made of: entity
+// types with their supertypes, explicit attributes and redeclarations, and defined types.
+// Constants, functions, procedures, rules, constraints, derived and inverse attributes are skipped.
+
+#include <algorithm>
+#include <initializer_list>
+#include <optional>
+
+#include "Exchange.h"
+#include "Input.h"
+#include "Quoted.h"
+
+namespace exchange {
+
+namespace {
+
+using kor::AttributeDeclaration;
+using kor::EntityDeclaration;
+using kor::SchemaDeclaration;
+using kor::SourcePosition;
+using kor::TypeDeclaration;
+using kor::TypeExpression;
+
+// The first error; reading a schema ends there.
+struct SyntaxError {
+    SourcePosition position;
+    std::string text;
+};
+
+struct Token {
+    enum class Kind { Word, Number, Text, Symbol, End } kind = Kind::End;
+    std::string_view text;
+    SourcePosition position;
+};
+
+// ---- Tokens
+
+class Lexer {
+  public:
+    explicit Lexer(std::string_view text) : text_(text) {}
+
+    Token Next() {
+        SkipSpace();
+        const std::size_t start = at_;
+        const SourcePosition position = PositionAt(start);
+        if (at_ == text_.size()) return {Token::Kind::End, {}, position};
+        Token::Kind kind = Token::Kind::Symbol;
+        const char c = text_[at_++];
+        if (IsLetter(c)) {
+            kind = Token::Kind::Word;
+            while (at_ < text_.size() && (IsLetter(text_[at_]) || IsDigit(text_[at_]))) ++at_;
+        } else if (IsDigit(c)) {
+            kind = Token::Kind::Number;
+            while (at_ < text_.size() && (IsDigit(text_[at_]) || text_[at_] == '.')) ++at_;
+        } else if (c == '\'' || c == '"') {
+            kind = Token::Kind::Text;
+            SkipText(c, position);
+        }
+        return {kind, text_.substr(start, at_ - start), position};
+    }
+
+  private:
+    static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+    static bool IsLetter(char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+    }
+
+    SourcePosition PositionAt(std::size_t offset) const { return {line_, offset - lineStart_ + 1}; }
+
+    void Advance() {
+        if (text_[at_++] == '\n') {
+            ++line_;
+            lineStart_ = at_;
+        }
+    }
+
+    bool Ahead(std::string_view what) const { return text_.substr(at_).starts_with(what); }
+
+    // White space, remarks to the end of the line, and remarks (* that may hold (* others *) *).
+    void SkipSpace() {
+        for (;;) {
+            if (at_ == text_.size()) return;
+            if (Ahead("--")) {
+                while (at_ < text_.size() && text_[at_] != '\n') ++at_;
+            } else if (Ahead("(*")) {
+                SkipRemark();
+            } else if (const char c = text_[at_]; c == ' ' || (c >= '\t' && c <= '\r')) {
+                Advance();
+            } else {
+                return;
+            }
+        }
+    }
+
+    void SkipRemark() {
+        const SourcePosition start = PositionAt(at_);
+        int depth = 0;
+        do {
+            if (at_ == text_.size()) throw SyntaxError{start, "a remark without an end"};
+            if (Ahead("(*")) {
+                ++depth;
+                at_ += 2;
+            } else if (Ahead("*)")) {
+                --depth;
+                at_ += 2;
+            } else {
+                Advance();
+            }
+        } while (depth > 0);
+    }
+
+    // A string; an apostrophe in it is doubled, and so two strings in a row for all that matters.
+    void SkipText(char quote, SourcePosition start) {
+        while (at_ < text_.size() && text_[at_] != quote) Advance();
+        if (at_ == text_.size()) throw SyntaxError{start, "a string without an end"};
+        ++at_;
+    }
+
+    std::string_view text_;
+    std::size_t at_ = 0;
+    std::uint64_t line_ = 1;
+    std::size_t lineStart_ = 0;
+};
+
+// ---- Declarations
+
+class Parser {
+  public:
+    explicit Parser(std::string_view text) : lexer_(text) { Take(); }
+
+    bool AtEnd() const { return token_.kind == Token::Kind::End; }
+
+    SchemaDeclaration Schema() {
+        SchemaDeclaration schema;
+        ExpectWord("SCHEMA");
+        schema.name = Identifier("the name of the schema");
+        SkipTo(';');
+        while (!TakeWord("END_SCHEMA")) Declaration(schema);
+        ExpectSymbol(';');
+        return schema;
+    }
+
+  private:
+    static constexpr int kDeepestType = 100;
+
+    void Declaration(SchemaDeclaration& schema) {
+        if (TakeWord("ENTITY")) {
+            schema.entities.push_back(Entity());
+        } else if (TakeWord("TYPE")) {
+            schema.types.push_back(Type());
+        } else if (IsWord("FUNCTION") || IsWord("PROCEDURE")) {
+            SkipAlgorithm();
+        } else if (TakeWord("RULE")) {
+            SkipPast("END_RULE");
+        } else if (TakeWord("CONSTANT")) {
+            SkipPast("END_CONSTANT");
+        } else if (TakeWord("SUBTYPE_CONSTRAINT")) {
+            SkipPast("END_SUBTYPE_CONSTRAINT");
+        } else if (TakeWord("USE") || TakeWord("REFERENCE")) {
+            SkipTo(';');
+        } else {
+            Fail("a declaration or END_SCHEMA");
+        }
+    }
+
+    // ---- Types
+
+    TypeDeclaration Type() {
+        TypeDeclaration type;
+        type.position = token_.position;
+        type.name = Identifier("the name of the type");
+        ExpectSymbol('=');
+        TakeWord("EXTENSIBLE");
+        TakeWord("GENERIC_ENTITY");
+        if (TakeWord("SELECT")) {
+            type.kind = TypeDeclaration::Kind::Select;
+            Members(type);
+        } else if (TakeWord("ENUMERATION")) {
+            type.kind = TypeDeclaration::Kind::Enumeration;
+            TakeWord("OF");
+            Members(type);
+        } else {
+            type.alias = Expression(0);
+        }
+        ExpectSymbol(';');
+        SkipPast("END_TYPE");
+        return type;
+    }
+
+    // [BASED_ON type [WITH]] [( member, member )]
+    void Members(TypeDeclaration& type) {
+        if (TakeWord("BASED_ON")) {
+            type.basedOn = Identifier("a type");
+            TakeWord("WITH");
+        }
+        if (TakeSymbol('(')) type.members = Names();
+    }
+
+    // name, name )
+    std::vector<std::string> Names() {
+        std::vector<std::string> names;
+        do {
+            names.push_back(Identifier("a name"));
+        } while (TakeSymbol(','));
+        ExpectSymbol(')');
+        return names;
+    }
+
+    TypeExpression Expression(int depth) {
+        if (depth > kDeepestType) Fail("a type that is not nested so deep");
+        TypeExpression type;
+        type.position = token_.position;
+        struct Simple {
+            const char* word;
+            kor::SimpleType type;
+        };
+        static constexpr Simple kSimple[] = {
+            {"INTEGER", kor::SimpleType::Integer},        {"REAL", kor::SimpleType::Real},
+            {"NUMBER", kor::SimpleType::Number},          {"STRING", kor::SimpleType::String},
+            {"BOOLEAN", kor::SimpleType::Boolean},        {"LOGICAL", kor::SimpleType::Logical},
+            {"BINARY", kor::SimpleType::Binary},          {"GENERIC", kor::SimpleType::Generic},
+            {"GENERIC_ENTITY", kor::SimpleType::Generic},
+        };
+        for (const Simple& simple : kSimple) {
+            if (!TakeWord(simple.word)) continue;
+            type.simple = simple.type;
+            if (TakeSymbol('(')) SkipTo(')');  // the width of a string, the precision of a real
+            TakeWord("FIXED");
+            if (type.simple == kor::SimpleType::Generic) SkipLabel();
+            return type;
+        }
+        for (const char* aggregate : {"ARRAY", "LIST", "SET", "BAG", "AGGREGATE"}) {
+            const bool generalised = IsWord("AGGREGATE");
+            if (!TakeWord(aggregate)) continue;
+            if (generalised) SkipLabel();
+            if (TakeSymbol('[')) SkipBounds();
+            ExpectWord("OF");
+            TakeWord("OPTIONAL");
+            TakeWord("UNIQUE");
+            type.kind = TypeExpression::Kind::Aggregate;
+            type.element = std::make_shared<const TypeExpression>(Expression(depth + 1));
+            return type;
+        }
+        type.kind = TypeExpression::Kind::Named;
+        type.name = Identifier("a type");
+        return type;
+    }
+
+    void SkipLabel() {
+        if (TakeSymbol(':')) Identifier("a label");
+    }
+
+    void SkipBounds() {
+        for (int depth = 1; depth > 0;) {
+            if (AtEnd()) Fail("']'");
+            if (IsSymbol('[')) ++depth;
+            if (IsSymbol(']')) --depth;
+            Take();
+        }
+    }
+
+    // ---- Entities
+
+    EntityDeclaration Entity() {
+        EntityDeclaration entity;
+        entity.position = token_.position;
+        entity.name = Identifier("the name of the entity");
+        while (!TakeSymbol(';')) {
+            if (TakeWord("SUBTYPE")) {
+                ExpectWord("OF");
+                ExpectSymbol('(');
+                entity.supertypes = Names();
+            } else if (TakeWord("SUPERTYPE")) {
+                if (TakeWord("OF")) SkipParentheses();
+            } else if (!TakeWord("ABSTRACT")) {
+                Fail("SUBTYPE, SUPERTYPE or ';'");
+            }
+        }
+        while (!IsWord("DERIVE") && !IsWord("INVERSE") && !IsWord("UNIQUE") && !IsWord("WHERE") &&
+               !IsWord("END_ENTITY")) {
+            Explicit(entity);
+        }
+        if (TakeWord("DERIVE")) {
+            while (!IsWord("INVERSE") && !IsWord("UNIQUE") && !IsWord("WHERE") &&
+                   !IsWord("END_ENTITY")) {
+                Derived(entity);
+            }
+        }
+        SkipPast("END_ENTITY");
+        return entity;
+    }
+
+    // a, b : [OPTIONAL] type ;
+    void Explicit(EntityDeclaration& entity) {
+        const std::size_t first = entity.attributes.size();
+        do {
+            entity.attributes.push_back(AttributeName());
+        } while (TakeSymbol(','));
+        ExpectSymbol(':');
+        const bool optional = TakeWord("OPTIONAL");
+        const TypeExpression type = Expression(0);
+        ExpectSymbol(';');
+        for (std::size_t i = first; i < entity.attributes.size(); ++i) {
+            entity.attributes[i].type = type;
+            entity.attributes[i].optional = optional;
+        }
+    }
+
+    // a : type := expression ;
+    void Derived(EntityDeclaration& entity) {
+        AttributeDeclaration attribute = AttributeName();
+        ExpectSymbol(':');
+        attribute.type = Expression(0);
+        attribute.derived = true;
+        SkipTo(';');
+        if (attribute.Redeclares()) entity.attributes.push_back(std::move(attribute));
+    }
+
+    // name, or SELF\entity.attribute [RENAMED name]
+    AttributeDeclaration AttributeName() {
+        AttributeDeclaration attribute;
+        attribute.position = token_.position;
+        if (TakeWord("SELF")) {
+            ExpectSymbol('\\');
+            attribute.redeclaredEntity = Identifier("an entity");
+            ExpectSymbol('.');
+            attribute.redeclaredAttribute = Identifier("an attribute");
+            if (TakeWord("RENAMED")) attribute.name = Identifier("a name");
+        } else {
+            attribute.name = Identifier("an attribute");
+        }
+        return attribute;
+    }
+
+    void SkipParentheses() {
+        ExpectSymbol('(');
+        for (int depth = 1; depth > 0;) {
+            if (AtEnd()) Fail("')'");
+            if (IsSymbol('(')) ++depth;
+            if (IsSymbol(')')) --depth;
+            Take();
+        }
+    }
+
+    // ---- What is skipped
+
+    // A function or procedure, which may hold others.
+    void SkipAlgorithm() {
+        int depth = 0;
+        do {
+            if (AtEnd()) Fail("END_FUNCTION or END_PROCEDURE");
+            if (IsWord("FUNCTION") || IsWord("PROCEDURE")) ++depth;
+            if (IsWord("END_FUNCTION") || IsWord("END_PROCEDURE")) --depth;
+            Take();
+        } while (depth > 0);
+        ExpectSymbol(';');
+    }
+
+    // Past `word ;`.
+    void SkipPast(const char* word) {
+        while (!TakeWord(word)) {
+            if (AtEnd()) Fail(word);
+            Take();
+        }
+        ExpectSymbol(';');
+    }
+
+    // Past the symbol.
+    void SkipTo(char symbol) {
+        while (!TakeSymbol(symbol)) {
+            if (AtEnd()) FailExpecting(symbol);
+            Take();
+        }
+    }
+
+    // ---- Tokens
+
+    void Take() { token_ = lexer_.Next(); }
+
+    bool IsWord(std::string_view word) const {
+        return token_.kind == Token::Kind::Word && kor::MatchesFolded(token_.text, word);
+    }
+    bool IsSymbol(char symbol) const {
+        return token_.kind == Token::Kind::Symbol && token_.text.front() == symbol;
+    }
+    bool TakeWord(std::string_view word) {
+        const bool taken = IsWord(word);
+        if (taken) Take();
+        return taken;
+    }
+    bool TakeSymbol(char symbol) {
+        const bool taken = IsSymbol(symbol);
+        if (taken) Take();
+        return taken;
+    }
+    void ExpectWord(const char* word) {
+        if (!TakeWord(word)) Fail(word);
+    }
+    void ExpectSymbol(char symbol) {
+        if (!TakeSymbol(symbol)) FailExpecting(symbol);
+    }
+    std::string Identifier(const char* what) {
+        if (token_.kind != Token::Kind::Word) Fail(what);
+        std::string name(token_.text);
+        Take();
+        return name;
+    }
+
+    [[noreturn]] void FailExpecting(char symbol) const { Fail(std::string("'") + symbol + "'"); }
+    [[noreturn]] void Fail(const std::string& expected) const {
+        const std::string found = AtEnd() ? "the end of the file" : Quoted(token_.text);
+        throw SyntaxError{token_.position, expected + " expected, found " + found};
+    }
+
+    Lexer lexer_;
+    Token token_;
+};
+
+}  // namespace
+
+std::vector<SchemaPtr> ParseSchemas(std::string_view text, const std::string& name,
+                                    Messages& messages) {
+    std::vector<SchemaPtr> schemas;
+    const auto fail = [&](SourcePosition position, std::string message) {
+        messages.AddError({name, position.line, position.column, std::move(message)});
+    };
+    try {
+        Parser parser(text);
+        do {
+            const SchemaDeclaration declaration = parser.Schema();
+            std::vector<kor::Diagnostic> errors;
+            SchemaPtr schema = kor::Schema::Make(declaration, errors);
+            for (kor::Diagnostic& error : errors) fail(error.position, std::move(error.message));
+            if (schema != nullptr) schemas.push_back(std::move(schema));
+        } while (!parser.AtEnd());
+    } catch (const SyntaxError& error) {
+        fail(error.position, error.text);
+    }
+    if (messages.ErrorCount() != 0) schemas.clear();
+    return schemas;
+}
+
+std::vector<SchemaPtr> ReadSchemas(const std::string& path, Messages& messages) {
+    std::string error;
+    const std::unique_ptr<Source> source = Source::Open(path, error);
+    std::string text;
+    if (source != nullptr) {
+        std::vector<char> block(std::size_t{1} << 16);
+        while (const std::size_t count = source->Read(block.data(), block.size())) {
+            text.append(block.data(), count);
+        }
+        error = source->error;
+    }
+    if (!error.empty()) {
+        messages.AddError({path, 0, 0, error});
+        return {};
+    }
+    return ParseSchemas(text, path, messages);
+}
+
+}  // namespace exchange

@@ -1,0 +1,135 @@
+#include "Input.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace exchange {
+
+namespace {
+
+class FileSource final : public Source {
+  public:
+    explicit FileSource(int descriptor) : descriptor_(descriptor) {}
+    ~FileSource() override { close(descriptor_); }
+    FileSource(const FileSource&) = delete;
+    FileSource& operator=(const FileSource&) = delete;
+
+    std::size_t Read(char* to, std::size_t size) override {
+        for (;;) {
+            const ssize_t count = read(descriptor_, to, size);
+            if (count >= 0) return static_cast<std::size_t>(count);
+            if (errno == EINTR) continue;
+            error = std::strerror(errno);
+            return 0;
+        }
+    }
+
+    void Rewind() override { lseek(descriptor_, 0, SEEK_SET); }
+
+  private:
+    int descriptor_;
+};
+
+class TextSource final : public Source {
+  public:
+    explicit TextSource(std::string_view text) : text_(text) {}
+    explicit TextSource(std::string text) : own_(std::move(text)), text_(own_) {}
+
+    std::size_t Read(char* to, std::size_t size) override {
+        const std::size_t count = text_.copy(to, size, read_);
+        read_ += count;
+        return count;
+    }
+
+    void Rewind() override { read_ = 0; }
+
+  private:
+    std::string own_;
+    std::string_view text_;
+    std::size_t read_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<Source> Source::Of(std::string_view text) {
+    return std::make_unique<TextSource>(text);
+}
+
+std::unique_ptr<Source> Source::Open(const std::string& path, std::string& error) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        error = std::strerror(errno);
+        return nullptr;
+    }
+    auto file = std::make_unique<FileSource>(descriptor);
+    struct stat status {};
+    fstat(descriptor, &status);
+    if (S_ISDIR(status.st_mode)) {
+        error = std::strerror(EISDIR);
+        return nullptr;
+    }
+    if (S_ISREG(status.st_mode)) return file;
+    std::string text;
+    std::vector<char> block(std::size_t{1} << 16);
+    while (const std::size_t count = file->Read(block.data(), block.size())) {
+        text.append(block.data(), count);
+    }
+    if (!file->error.empty()) {
+        error = file->error;
+        return nullptr;
+    }
+    return std::make_unique<TextSource>(std::move(text));
+}
+
+Input::Input(Source& source) : source_(source), window_(1, '\0') {
+    at = end = window_.data();
+    Move(at);
+}
+
+const char* Input::Move(const char* kept) {
+    const std::size_t keptSize = static_cast<std::size_t>(end - kept);
+    const std::size_t atOffset = static_cast<std::size_t>(at - kept);
+    windowStart_ = Offset(kept);
+    if (window_.size() < keptSize + kBlock + 1) {
+        std::vector<char> larger(std::max(keptSize + kBlock, 2 * keptSize) + 1);
+        std::memcpy(larger.data(), kept, keptSize);
+        window_.swap(larger);
+    } else if (kept != window_.data()) {
+        std::memmove(window_.data(), kept, keptSize);
+    }
+    std::size_t size = keptSize;
+    // A pipe may give less than is asked for.
+    while (size < keptSize + kBlock && !atEnd_) {
+        const std::size_t count = source_.Read(window_.data() + size, keptSize + kBlock - size);
+        atEnd_ = count == 0;
+        size += count;
+    }
+    window_[size] = '\0';
+    at = window_.data() + atOffset;
+    end = window_.data() + size;
+    if (progress) progress(windowStart_ + size);
+    return window_.data();
+}
+
+void Input::Rewind() {
+    source_.Rewind();
+    at = end = window_.data();
+    windowStart_ = lineStart_ = 0;
+    line_ = 1;
+    atEnd_ = false;
+    Move(at);
+}
+
+void Input::NewLines(const char* from, const char* to) {
+    while (const void* found = std::memchr(from, '\n', static_cast<std::size_t>(to - from))) {
+        from = static_cast<const char*>(found) + 1;
+        NewLine(from);
+    }
+}
+
+}  // namespace exchange

@@ -1,0 +1,15 @@
+// The EXPRESS texts of Exchange/schemas, one constant for each file.
+
+#ifndef EXCHANGE_SCHEMATEXTS_H
+#define EXCHANGE_SCHEMATEXTS_H
+
+namespace exchange {
+
+extern const char* const k_cdma;
+extern const char* const k_config_control_design;
+extern const char* const k_later_editions;
+extern const char* const k_resources;
+
+}  // namespace exchange
+
+#endif

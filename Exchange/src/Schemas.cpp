@@ -1,0 +1,78 @@
+// The catalogue of schemas, and the schemas that are built in.
+
+#include <mutex>
+#include <string>
+
+#include "Exchange.h"
+#include "SchemaTexts.h"
+
+namespace exchange {
+
+SchemaPtr SchemaCatalog::Find(std::string_view name) const {
+    const std::string folded = kor::Folded(name);
+    for (const SchemaPtr& schema : added_) {
+        if (kor::MatchesFolded(schema->Name().View(), folded)) return schema;
+    }
+    return BuiltInSchema(name);
+}
+
+std::vector<std::string> SchemaCatalog::Names() const {
+    std::vector<std::string> names = BuiltInSchemaNames();
+    for (const SchemaPtr& schema : added_) names.emplace_back(schema->Name().View());
+    return names;
+}
+
+namespace {
+
+// A built-in schema and the texts whose declarations it has.
+struct BuiltIn {
+    const char* name;
+    std::vector<const char*> texts;
+};
+
+const std::vector<BuiltIn>& BuiltIns() {
+    static const std::vector<BuiltIn> kBuiltIns{
+        {"CONFIG_CONTROL_DESIGN", {k_resources, k_config_control_design}},
+        {"AUTOMOTIVE_DESIGN", {k_resources, k_later_editions}},
+        {"PDM_SCHEMA", {k_resources, k_later_editions}},
+        {"AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF",
+         {k_resources, k_later_editions}},
+        {"AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF", {k_resources, k_later_editions}},
+        {"cdma", {k_cdma}},
+    };
+    return kBuiltIns;
+}
+
+SchemaPtr Parse(const BuiltIn& schema) {
+    std::string text = std::string("SCHEMA ") + schema.name + ";\n";
+    for (const char* part : schema.texts) text += part;
+    text += "END_SCHEMA;\n";
+    Messages messages;
+    const std::vector<SchemaPtr> schemas = ParseSchemas(text, schema.name, messages);
+    return schemas.empty() ? nullptr : schemas.front();
+}
+
+}  // namespace
+
+std::vector<std::string> BuiltInSchemaNames() {
+    std::vector<std::string> names;
+    for (const BuiltIn& schema : BuiltIns()) names.emplace_back(schema.name);
+    return names;
+}
+
+SchemaPtr BuiltInSchema(std::string_view name) {
+    // Each is read once, when it is first asked for.
+    static std::mutex mutex;
+    static std::vector<SchemaPtr> parsed(BuiltIns().size());
+    const std::lock_guard lock(mutex);
+    const std::string folded = kor::Folded(name);
+    for (std::size_t i = 0; i < parsed.size(); ++i) {
+        const BuiltIn& schema = BuiltIns()[i];
+        if (!kor::MatchesFolded(schema.name, folded)) continue;
+        if (parsed[i] == nullptr) parsed[i] = Parse(schema);
+        return parsed[i];
+    }
+    return nullptr;
+}
+
+}  // namespace exchange
