@@ -1,0 +1,305 @@
+#include "Evaluator.h"
+
+#include <algorithm>
+
+#include "Aggregate.h"
+#include "Names.h"
+#include "SdaiIterator.h"
+
+namespace host {
+
+namespace {
+
+// "unknown ... 'name'", with the nearest known name.
+[[noreturn]] void Unknown(Position position, const std::string& what, const std::string& name,
+                          const std::vector<std::string>& known) {
+    throw ScriptError(position,
+                      "unknown " + what + " '" + name + "'" + kor::DidYouMean(name, known));
+}
+
+std::vector<std::string> FunctionNames() {
+    std::vector<std::string> names;
+    for (const orx::Export& row : orx::kExports) names.emplace_back(row.name);
+    return names;
+}
+
+// The names of the entity types of a schema, and of those that a model holds without it.
+std::vector<std::string> EntityNames(const kor::Model& model) {
+    std::vector<std::string> names = model.GetSchema().EntityNames();
+    for (const kor::ModelType& type : model.Types()) {
+        if (!type.entity->IsDeclared()) names.emplace_back(type.entity->Name().View());
+    }
+    return names;
+}
+
+}  // namespace
+
+// ---- Statements
+
+void Evaluator::Run(const Statement& statement) {
+    if (statement.isEach) {
+        RunEach(statement);
+    } else if (const auto value = RunItem(statement.items.front())) {
+        printer_.Print(statement.position, *value);
+    }
+}
+
+void Evaluator::RunEach(const Statement& statement) {
+    SdaiPrimitiveH owner;
+    SdaiIterInstance members(Members(statement, owner));
+    // What the name stood for before, it stands for afterwards.
+    struct Scope {
+        Scope(Variables& all, const std::string& variable) : variables(all), name(variable) {
+            if (const auto outer = all.find(name); outer != all.end()) hidden = outer->second;
+        }
+        ~Scope() {
+            variables.erase(name);
+            if (hidden.has_value()) variables.emplace(name, *hidden);
+        }
+        Variables& variables;
+        const std::string& name;
+        std::optional<SdaiPrimitiveH> hidden;
+    } scope(variables_, statement.variable);
+    std::vector<SdaiPrimitiveH> values;
+    while (members.Next()) {
+        const SdaiPrimitiveH member = members.GetCurrentValue();
+        variables_[statement.variable] = member;
+        if (statement.where != nullptr) {
+            const SdaiPrimitiveH holds = Evaluate(*statement.where);
+            if (!static_cast<const SdaiLogical&>(holds)) continue;
+        }
+        values.clear();
+        for (const Item& item : statement.items) {
+            if (auto value = RunItem(item)) values.push_back(std::move(*value));
+        }
+        if (!values.empty()) printer_.Print(statement.position, member, values);
+    }
+}
+
+// What an EACH walks; the owner keeps an aggregate that belongs to no model.
+const SdaiAggrInstance* Evaluator::Members(const Statement& statement,
+                                           SdaiPrimitiveH& owner) const {
+    const auto variable = variables_.find(statement.entityType);
+    if (statement.source != nullptr) {
+        owner = Evaluate(*statement.source);
+    } else if (!statement.model.has_value() && variable != variables_.end()) {
+        owner = variable->second;
+    } else {
+        const kor::Model& model = ModelNamed(statement.model, statement.sourcePosition).Model();
+        if (model.FindEntity(std::string_view(statement.entityType)) == nullptr) {
+            Unknown(statement.sourcePosition, "entity type", statement.entityType,
+                    EntityNames(model));
+        }
+        return model.Extent(std::string_view(statement.entityType));
+    }
+    const SdaiAggrInstance* members = owner;
+    if (members == nullptr && owner.exists()) {
+        throw ScriptError(
+            statement.sourcePosition,
+            "EACH walks an entity type or an aggregate, not " + ToText(owner, session_));
+    }
+    return members;
+}
+
+std::optional<SdaiPrimitiveH> Evaluator::RunItem(const Item& item) {
+    switch (item.kind) {
+        case Item::Kind::Let:
+            variables_[item.name] = Evaluate(*item.value);
+            return std::nullopt;
+        case Item::Kind::Set:
+            Set(item);
+            return std::nullopt;
+        case Item::Kind::Print:
+            break;
+    }
+    return Evaluate(*item.value);
+}
+
+void Evaluator::Set(const Item& item) {
+    const SdaiPrimitiveH target = Evaluate(*item.target);
+    SdaiEntityInstance* instance = target;
+    if (instance == nullptr) {
+        throw ScriptError(item.target->position,
+                          "an instance expected, found " + ToText(target, session_));
+    }
+    Put(*instance, item.name, item.position, Evaluate(*item.value));
+}
+
+// ---- Expressions
+
+SdaiPrimitiveH Evaluator::Evaluate(const Expression& expression) const {
+    switch (expression.kind) {
+        case Expression::Kind::Literal:
+            return expression.value;
+        case Expression::Kind::List:
+            return MakeList(expression);
+        case Expression::Kind::Variable:
+            return FindVariable(expression);
+        case Expression::Kind::Instance:
+            return FindInstance(expression);
+        case Expression::Kind::Attribute:
+            return ReadAttribute(expression);
+        case Expression::Kind::Call:
+            return CallFunction(expression);
+        case Expression::Kind::New:
+            return NewInstance(expression);
+        case Expression::Kind::Model:
+            break;
+    }
+    ModelNamed(expression.model, expression.position);
+    throw ScriptError(expression.position, "a value expected, found a model");
+}
+
+Value Evaluator::EvaluateArgument(const Expression& expression) const {
+    if (expression.kind != Expression::Kind::Model) return {Evaluate(expression)};
+    return {{}, &ModelNamed(expression.model, expression.position).Model()};
+}
+
+// A list whose members are all numbers, or that has none, is a list of reals.
+SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
+    std::vector<SdaiPrimitiveH> members;
+    for (const ExpressionPtr& operand : expression.operands) members.push_back(Evaluate(*operand));
+    const bool numbers = std::all_of(members.begin(), members.end(), [](const auto& member) {
+        const SdaiString kind = member.UnderlyingTypeName();
+        return kind == "REAL" || kind == "INTEGER";
+    });
+    if (numbers) {
+        auto* reals = new SdaiListClassOfSdaiReal(0, 0);
+        const SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(reals);
+        for (const SdaiPrimitiveH& member : members) reals->Append(static_cast<double>(member));
+        return list;
+    }
+    auto* aggregate = new SdaiAggrInstance;
+    const SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(aggregate);
+    for (const SdaiPrimitiveH& member : members) aggregate->Append(member);
+    return list;
+}
+
+SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {
+    const auto found = variables_.find(expression.name);
+    if (found != variables_.end()) return found->second;
+    std::vector<std::string> known = FunctionNames();
+    for (const auto& [name, value] : variables_) known.push_back(name);
+    Unknown(expression.position, "name", expression.name, known);
+}
+
+SdaiPrimitiveH Evaluator::FindInstance(const Expression& expression) const {
+    const NamedModel& model = ModelNamed(expression.model, expression.position);
+    SdaiEntityInstance* instance = model.Model().Find(expression.id);
+    if (instance == nullptr) {
+        throw ScriptError(expression.position, "there is no instance #" +
+                                                   std::to_string(expression.id) + " in model '" +
+                                                   model.name + "'");
+    }
+    return instance;
+}
+
+SdaiPrimitiveH Evaluator::ReadAttribute(const Expression& expression) const {
+    const SdaiPrimitiveH owner = Evaluate(*expression.operands.front());
+    if (owner.exists() && static_cast<SdaiEntityInstance*>(owner) == nullptr) {
+        throw ScriptError(
+            expression.position,
+            "an attribute is asked of " + ToText(owner, session_) + ", which is no instance");
+    }
+    return owner.GetAttr(SdaiString(std::string_view(expression.name)));
+}
+
+SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
+    const orx::Export* function = orx::FindExport(expression.name);
+    if (function == nullptr) {
+        Unknown(expression.position, "function", expression.name, FunctionNames());
+    }
+    const std::size_t count = function->ArgumentCount();
+    if (expression.operands.size() != count) {
+        throw ScriptError(expression.position, expression.name + " takes " + std::to_string(count) +
+                                                   (count == 1 ? " argument" : " arguments") +
+                                                   ", found " +
+                                                   std::to_string(expression.operands.size()));
+    }
+    std::vector<Value> arguments;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Expression& operand = *expression.operands[i];
+        const orx::Kind kind = function->arguments[i];
+        const Value& argument = arguments.emplace_back(EvaluateArgument(operand));
+        if ((argument.model != nullptr) != (kind == orx::Model)) {
+            throw ScriptError(operand.position, kind == orx::Model
+                                                    ? "a model expected, found a value"
+                                                    : "a value expected, found a model");
+        }
+        const SdaiAggrInstance* list = argument.handle;
+        if (kind == orx::RealList && (list == nullptr || !KORAggregateAccess::IsRealList(*list))) {
+            throw ScriptError(operand.position, "a list of reals expected, such as ()");
+        }
+    }
+    return module_.Call(*function, arguments);
+}
+
+SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {
+    kor::Model& model = ModelNamed(expression.model, expression.position).Model();
+    const kor::EntityType& entity = EntityNamed(expression, model);
+    // The values first: an instance is made only when all of them are there.
+    std::vector<SdaiPrimitiveH> values;
+    for (const Assignment& assignment : expression.assignments) {
+        values.push_back(Evaluate(*assignment.value));
+    }
+    for (const Assignment& assignment : expression.assignments) {
+        if (entity.SlotOf(std::string_view(assignment.attribute)) == kor::NameTable::kAbsent) {
+            Unknown(assignment.position, "attribute", assignment.attribute,
+                    entity.AttributeNames());
+        }
+    }
+    SdaiEntityInstance* instance = entity.CreateEntityInstance(&model);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const Assignment& assignment = expression.assignments[i];
+        Put(*instance, assignment.attribute, assignment.position, values[i]);
+    }
+    return instance;
+}
+
+// The entity type of a NEW: one of the schema's, or several of them joined by "+".
+const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
+                                              kor::Model& model) const {
+    std::vector<const kor::EntityType*> parts;
+    std::string_view rest = expression.name;
+    while (!rest.empty()) {
+        const std::string name(rest.substr(0, rest.find('+')));
+        rest.remove_prefix(std::min(name.size() + 1, rest.size()));
+        parts.push_back(model.GetSchema().FindEntity(std::string_view(name)));
+        if (parts.back() == nullptr) {
+            Unknown(expression.position, "entity type", name, model.GetSchema().EntityNames());
+        }
+    }
+    if (parts.size() == 1) return *parts.front();
+    std::sort(parts.begin(), parts.end(),
+              [](const auto* a, const auto* b) { return a->FoldedName() < b->FoldedName(); });
+    parts.erase(std::unique(parts.begin(), parts.end()), parts.end());
+    return model.ComplexEntity(parts);
+}
+
+void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
+                    const SdaiPrimitiveH& value) {
+    const kor::EntityType& entity = *kor::Instance::Of(instance).Type().entity;
+    const int slot = entity.SlotOf(std::string_view(attribute));
+    if (slot == kor::NameTable::kAbsent) {
+        Unknown(position, "attribute", attribute, entity.AttributeNames());
+    }
+    if (entity.Slots()[static_cast<std::size_t>(slot)].derived) {
+        throw ScriptError(position, "attribute '" + attribute + "' is derived from others");
+    }
+    static_cast<SdaiAppInstance&>(instance).PutAttr(SdaiString(std::string_view(attribute)), value);
+}
+
+const NamedModel& Evaluator::ModelNamed(const std::optional<std::string>& name,
+                                        Position position) const {
+    if (!name.has_value() || name->empty()) {
+        if (session_.Models().empty()) {
+            throw ScriptError(position, "there is no model (give one with --model)");
+        }
+        return session_.Models().front();
+    }
+    const NamedModel* model = session_.Find(*name);
+    if (model == nullptr) Unknown(position, "model", *name, session_.ModelNames());
+    return *model;
+}
+
+}  // namespace host

@@ -1,0 +1,57 @@
+// Carries out statements.
+
+#ifndef HOST_EVALUATOR_H
+#define HOST_EVALUATOR_H
+
+#include <map>
+#include <string>
+
+#include "Module.h"
+#include "Output.h"
+#include "Script.h"
+#include "Session.h"
+
+namespace host {
+
+class Evaluator {
+  public:
+    Evaluator(const Module& module, Session& session, const Printer& printer)
+        : module_(module), session_(session), printer_(printer) {}
+
+    // Throws ScriptError when the statement fails; what it did before that stays done.
+    void Run(const Statement& statement);
+
+  private:
+    using Variables = std::map<std::string, SdaiPrimitiveH, std::less<>>;
+
+    void RunEach(const Statement& statement);
+    const SdaiAggrInstance* Members(const Statement& statement, SdaiPrimitiveH& owner) const;
+    // The value of an item that prints one.
+    std::optional<SdaiPrimitiveH> RunItem(const Item& item);
+    void Set(const Item& item);
+
+    // A value; a model is an error.
+    SdaiPrimitiveH Evaluate(const Expression& expression) const;
+    Value EvaluateArgument(const Expression& expression) const;
+
+    SdaiPrimitiveH MakeList(const Expression& expression) const;
+    SdaiPrimitiveH FindVariable(const Expression& expression) const;
+    SdaiPrimitiveH FindInstance(const Expression& expression) const;
+    SdaiPrimitiveH ReadAttribute(const Expression& expression) const;
+    SdaiPrimitiveH CallFunction(const Expression& expression) const;
+    SdaiPrimitiveH NewInstance(const Expression& expression) const;
+    const kor::EntityType& EntityNamed(const Expression& expression, kor::Model& model) const;
+    static void Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
+                    const SdaiPrimitiveH& value);
+
+    const NamedModel& ModelNamed(const std::optional<std::string>& name, Position position) const;
+
+    const Module& module_;
+    Session& session_;
+    const Printer& printer_;
+    Variables variables_;
+};
+
+}  // namespace host
+
+#endif

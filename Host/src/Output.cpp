@@ -1,0 +1,155 @@
+#include "Output.h"
+
+#include <cmath>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "Cell.h"
+#include "ExchangeText.h"
+
+namespace host {
+
+namespace {
+
+using Kind = KORHandleAccess::Kind;
+using Json = nlohmann::ordered_json;
+
+Kind KindOf(const SdaiPrimitiveH& value) {
+    return KORHandleAccess::KindOf(KORHandleAccess::Held(value));
+}
+
+// The text of a string, enumeration item or binary.
+std::string_view TextOf(const SdaiPrimitiveH& value) {
+    return KORHandleAccess::TextOf(KORHandleAccess::Held(value)).View();
+}
+
+std::string InstanceName(const SdaiEntityInstance& instance, const Session& session) {
+    const SdaiModel* model = instance.FindEntityInstanceModel();
+    const NamedModel* named = session.Holding(model);
+    std::string name;
+    if (named != nullptr && named != session.Models().data()) name = '@' + named->name;
+    return name + '#' + std::to_string(instance.GetInstanceNameId());
+}
+
+void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& session) {
+    switch (KindOf(value)) {
+        case Kind::Integer:
+            exchange::AppendInteger(to, value);
+            break;
+        case Kind::Real:
+            exchange::AppendReal(to, value);
+            break;
+        case Kind::Logical:
+        case Kind::Boolean:
+            exchange::AppendLogical(to, value);
+            break;
+        case Kind::String:
+            exchange::AppendString(to, TextOf(value));
+            break;
+        case Kind::Enumeration:
+            exchange::AppendEnumeration(to, TextOf(value));
+            break;
+        case Kind::Binary:
+            exchange::AppendBinary(to, TextOf(value));
+            break;
+        case Kind::Instance:
+            to += InstanceName(*static_cast<SdaiEntityInstance*>(value), session);
+            break;
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate: {
+            const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
+            to += '(';
+            for (long i = 0; i < members.GetMemberCount(); ++i) {
+                if (i != 0) to += ',';
+                AppendValue(to, members.GetMember(i), session);
+            }
+            to += ')';
+            break;
+        }
+        default:
+            to += '$';
+    }
+}
+
+Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
+    switch (KindOf(value)) {
+        case Kind::Integer:
+            return static_cast<long>(value);
+        case Kind::Real: {
+            const double real = value;
+            if (std::isfinite(real)) return real;
+            std::string name;
+            exchange::AppendReal(name, real);
+            return name;
+        }
+        case Kind::Logical:
+        case Kind::Boolean: {
+            const SdaiLogical& logical = value;
+            if (logical == SdaiLogical()) return "UNKNOWN";
+            return static_cast<bool>(logical);
+        }
+        case Kind::String:
+            return exchange::ToUtf8(TextOf(value));
+        case Kind::Enumeration:
+            return Json{{"enumeration", TextOf(value)}};
+        case Kind::Binary:
+            return Json{{"binary", TextOf(value)}};
+        case Kind::Instance:
+            return Json{
+                {"instance", InstanceName(*static_cast<SdaiEntityInstance*>(value), session)},
+                {"type", exchange::ToUtf8(value.GetInstanceType()->Name().View())}};
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate: {
+            const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
+            Json list = Json::array();
+            for (long i = 0; i < members.GetMemberCount(); ++i) {
+                list.push_back(ToJson(members.GetMember(i), session));
+            }
+            return list;
+        }
+        default:
+            return nullptr;
+    }
+}
+
+std::string KindName(const SdaiPrimitiveH& value) {
+    const SdaiString kind =
+        KindOf(value) == Kind::Instance ? "INSTANCE" : value.UnderlyingTypeName();
+    return kind.length() != 0 ? std::string(kind.View()) : "UNSET";
+}
+
+}  // namespace
+
+std::string ToText(const SdaiPrimitiveH& value, const Session& session) {
+    std::string text;
+    AppendValue(text, value, session);
+    return text;
+}
+
+void Printer::Print(Position position, const SdaiPrimitiveH& value) const {
+    if (json_) {
+        const Json result{
+            {"line", position.line}, {"kind", KindName(value)}, {"value", ToJson(value, session_)}};
+        std::cout << result << '\n';
+    } else {
+        std::cout << ToText(value, session_) << '\n';
+    }
+}
+
+void Printer::Print(Position position, const SdaiPrimitiveH& member,
+                    std::span<const SdaiPrimitiveH> values) const {
+    if (json_) {
+        Json list = Json::array();
+        for (const SdaiPrimitiveH& value : values) list.push_back(ToJson(value, session_));
+        const Json result{{"line", position.line},
+                          {"member", ToJson(member, session_)},
+                          {"values", std::move(list)}};
+        std::cout << result << '\n';
+        return;
+    }
+    std::string line = ToText(member, session_);
+    for (const SdaiPrimitiveH& value : values) line += '\t' + ToText(value, session_);
+    std::cout << line << '\n';
+}
+
+}  // namespace host

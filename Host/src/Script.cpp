@@ -1,0 +1,454 @@
+#include "Script.h"
+
+#include <charconv>
+#include <limits>
+
+#include "ExchangeText.h"
+
+namespace host {
+
+namespace {
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+bool IsWordCharacter(char c) { return IsLetter(c) || IsDigit(c); }
+
+ExpressionPtr Make(Expression&& expression) {
+    return std::make_unique<Expression>(std::move(expression));
+}
+
+}  // namespace
+
+class ScriptReader::Parser {
+  public:
+    Parser(std::string_view text, Position start, std::vector<std::string> modelNames)
+        : text_(text),
+          line_(start.line),
+          lineStart_(-static_cast<long>(start.column - 1)),
+          modelNames_(std::move(modelNames)) {}
+
+    std::optional<Statement> Next() {
+        SkipLines();
+        if (at_ == text_.size()) return std::nullopt;
+        depth_ = 0;
+        try {
+            Statement statement = ParseStatement();
+            SkipBlanks();
+            if (!AtLineEnd()) Fail("the end of the statement");
+            return statement;
+        } catch (...) {
+            SkipStatement();
+            throw;
+        }
+    }
+
+  private:
+    static constexpr int kDeepestNesting = 200;
+
+    // ---- Statements
+
+    Statement ParseStatement() {
+        Statement statement;
+        statement.position = Here();
+        if (TakeKeyword("EACH")) {
+            ParseEach(statement);
+        } else {
+            statement.items.push_back(ParseItem());
+        }
+        return statement;
+    }
+
+    void ParseEach(Statement& statement) {
+        statement.isEach = true;
+        statement.variable = Name("a name");
+        if (!TakeKeyword("IN")) Fail("IN");
+        ParseSource(statement);
+        if (TakeKeyword("WHERE")) statement.where = ParseExpression();
+        Expect(':');
+        do {
+            SkipToItem();
+            statement.items.push_back(ParseItem());
+        } while (Take(';'));
+    }
+
+    // [@model.]ENTITY_TYPE or an expression.
+    void ParseSource(Statement& statement) {
+        SkipBlanks();
+        statement.sourcePosition = Here();
+        const std::size_t start = at_;
+        if (Peek() == '@') {
+            ++at_;
+            statement.model = ModelName();
+            if (Peek() == '.') {
+                ++at_;
+                statement.entityType = Name("an entity type");
+                return;
+            }
+        } else if (IsLetter(Peek())) {
+            statement.entityType = Name("an entity type");
+            SkipBlanks();
+            if (Peek() != '.' && Peek() != '(') return;
+        }
+        at_ = start;
+        statement.model.reset();
+        statement.entityType.clear();
+        statement.source = ParseExpression();
+    }
+
+    Item ParseItem() {
+        Item item;
+        SkipBlanks();
+        item.position = Here();
+        if (TakeKeyword("LET")) {
+            item.kind = Item::Kind::Let;
+            item.name = Name("a name");
+            Expect('=');
+            item.value = ParseExpression();
+        } else if (TakeKeyword("SET")) {
+            item.kind = Item::Kind::Set;
+            ExpressionPtr target = ParseExpression();
+            if (target->kind != Expression::Kind::Attribute) {
+                throw ScriptError(item.position, "SET takes an attribute of an instance");
+            }
+            // The last attribute is written, not read.
+            item.name = target->name;
+            item.position = target->position;
+            item.target = std::move(target->operands.front());
+            Expect('=');
+            item.value = ParseExpression();
+        } else {
+            item.value = ParseExpression();
+        }
+        return item;
+    }
+
+    // ---- Expressions
+
+    ExpressionPtr ParseExpression() {
+        if (++depth_ > kDeepestNesting) {
+            throw ScriptError(Here(), "expressions nested more than " +
+                                          std::to_string(kDeepestNesting) + " deep");
+        }
+        SkipToItem();
+        ExpressionPtr expression = ParsePrimary();
+        for (;;) {
+            SkipBlanks();
+            if (Peek() != '.' || !IsLetter(Peek(1))) break;
+            ++at_;
+            Expression attribute{Expression::Kind::Attribute, Here()};
+            attribute.name = Name("an attribute");
+            attribute.operands.push_back(std::move(expression));
+            expression = Make(std::move(attribute));
+        }
+        --depth_;
+        return expression;
+    }
+
+    ExpressionPtr ParsePrimary() {
+        Expression expression{Expression::Kind::Literal, Here()};
+        const char c = Peek();
+        if (c == '\'') {
+            expression.value = Text();
+        } else if (c == '"') {
+            expression.value = Binary();
+        } else if (c == '$') {
+            ++at_;
+        } else if (c == '.') {
+            expression.value = Enumeration();
+        } else if (IsDigit(c) || c == '-' || c == '+') {
+            expression.value = Number();
+        } else if (Take('(')) {
+            expression.kind = Expression::Kind::List;
+            expression.operands = Operands();
+        } else if (c == '#') {
+            expression.kind = Expression::Kind::Instance;
+            expression.id = InstanceName();
+        } else if (c == '@') {
+            ++at_;
+            expression.model = ModelName();
+            expression.kind = Expression::Kind::Model;
+            if (Peek() == '#') {
+                expression.kind = Expression::Kind::Instance;
+                expression.id = InstanceName();
+            }
+        } else if (TakeKeyword("NEW")) {
+            ParseNew(expression);
+        } else if (IsLetter(c)) {
+            expression.kind = Expression::Kind::Variable;
+            expression.name = Name("a name");
+            if (Take('(')) {
+                expression.kind = Expression::Kind::Call;
+                expression.operands = Operands();
+            }
+        } else {
+            Fail("an expression");
+        }
+        return Make(std::move(expression));
+    }
+
+    void ParseNew(Expression& expression) {
+        expression.kind = Expression::Kind::New;
+        SkipBlanks();
+        if (Peek() == '@') {
+            ++at_;
+            expression.model = ModelName();
+            Expect('.');
+        }
+        SkipBlanks();
+        expression.position = Here();
+        expression.name = Name("an entity type");
+        while (Take('+')) expression.name += '+' + Name("an entity type");
+        Expect('(');
+        SkipToItem();
+        if (Take(')')) return;
+        do {
+            SkipToItem();
+            Assignment assignment;
+            assignment.position = Here();
+            assignment.attribute = Name("an attribute");
+            Expect('=');
+            assignment.value = ParseExpression();
+            expression.assignments.push_back(std::move(assignment));
+        } while (Take(','));
+        Expect(')');
+    }
+
+    // expr, expr )
+    std::vector<ExpressionPtr> Operands() {
+        std::vector<ExpressionPtr> operands;
+        SkipToItem();
+        if (Take(')')) return operands;
+        do {
+            operands.push_back(ParseExpression());
+        } while (Take(','));
+        Expect(')');
+        return operands;
+    }
+
+    // ---- Literals
+
+    SdaiPrimitiveH Text() {
+        const Position position = Here();
+        const std::size_t start = ++at_;
+        for (;; ++at_) {
+            if (AtLineEnd()) throw ScriptError(position, "a string without an end");
+            if (Peek() != '\'') continue;
+            if (Peek(1) != '\'') break;
+            ++at_;
+        }
+        const exchange::DecodedString decoded =
+            exchange::DecodeString(text_.substr(start, at_ - start));
+        if (decoded.error != nullptr) {
+            throw ScriptError({line_, position.column + 1 + decoded.errorAt}, decoded.error);
+        }
+        ++at_;
+        return SdaiString(std::string_view(decoded.text));
+    }
+
+    SdaiPrimitiveH Binary() {
+        const Position position = Here();
+        const std::size_t start = ++at_;
+        while (IsDigit(Peek()) || (Peek() >= 'A' && Peek() <= 'F')) ++at_;
+        if (Peek() != '"' || at_ == start || text_[start] > '3') {
+            throw ScriptError(position,
+                              "a binary value is hexadecimal digits, the first from 0 to 3");
+        }
+        return SdaiPrimitiveH::Binary(SdaiString(text_.substr(start, at_++ - start)));
+    }
+
+    SdaiPrimitiveH Enumeration() {
+        const Position position = Here();
+        const std::size_t start = ++at_;
+        while (IsWordCharacter(Peek())) ++at_;
+        const std::string_view item = text_.substr(start, at_ - start);
+        if (item.empty() || Peek() != '.') {
+            throw ScriptError(position, "an enumeration value is a name between two points");
+        }
+        ++at_;
+        if (item == "T") return sdaiLTRUE;
+        if (item == "F") return sdaiLFALSE;
+        if (item == "U") return SdaiLogical();
+        return SdaiPrimitiveH::Enumeration(SdaiString(item));
+    }
+
+    SdaiPrimitiveH Number() {
+        const Position position = Here();
+        const std::size_t start = at_;
+        if (Peek() == '-' || Peek() == '+') ++at_;
+        if (!IsDigit(Peek())) Fail("a digit");
+        while (IsDigit(Peek())) ++at_;
+        // A point may also ask for an attribute, but numbers have none.
+        const bool isReal = Peek() == '.';
+        if (isReal) {
+            ++at_;
+            while (IsDigit(Peek())) ++at_;
+            if ((Peek() == 'E' || Peek() == 'e') &&
+                (IsDigit(Peek(1)) || ((Peek(1) == '-' || Peek(1) == '+') && IsDigit(Peek(2))))) {
+                at_ += 2;
+                while (IsDigit(Peek())) ++at_;
+            }
+        }
+        std::string_view digits = text_.substr(start, at_ - start);
+        if (digits.starts_with('+')) digits.remove_prefix(1);
+        const auto read = [&](auto value) -> SdaiPrimitiveH {
+            const char* end = digits.data() + digits.size();
+            if (std::from_chars(digits.data(), end, value).ec != std::errc()) {
+                throw ScriptError(position, "a number out of range");
+            }
+            return value;
+        };
+        return isReal ? read(0.0) : read(0L);
+    }
+
+    std::uint64_t InstanceName() {
+        ++at_;
+        if (!IsDigit(Peek())) Fail("the number of an instance");
+        std::uint64_t id = 0;
+        const auto [end, error] =
+            std::from_chars(text_.data() + at_, text_.data() + text_.size(), id);
+        if (error != std::errc()) throw ScriptError(Here(), "a number out of range");
+        at_ = static_cast<std::size_t>(end - text_.data());
+        return id;
+    }
+
+    // The name of a model, behind "@": the longest that stands here; else a word.
+    std::string ModelName() {
+        const std::string* longest = nullptr;
+        for (const std::string& name : modelNames_) {
+            if (text_.substr(at_).starts_with(name) && !IsWordCharacter(Peek(name.size())) &&
+                (longest == nullptr || name.size() > longest->size())) {
+                longest = &name;
+            }
+        }
+        if (longest != nullptr) {
+            at_ += longest->size();
+            return *longest;
+        }
+        const std::size_t start = at_;
+        while (IsWordCharacter(Peek()) || Peek() == '-') ++at_;
+        return std::string(text_.substr(start, at_ - start));
+    }
+
+    // ---- Tokens
+
+    char Peek(std::size_t ahead = 0) const {
+        return at_ + ahead < text_.size() ? text_[at_ + ahead] : '\0';
+    }
+    bool AtLineEnd() const { return at_ == text_.size() || Peek() == '\n'; }
+
+    Position Here() const {
+        return {line_, static_cast<std::uint64_t>(static_cast<long>(at_) - lineStart_ + 1)};
+    }
+
+    void NewLine() {
+        ++at_;
+        ++line_;
+        lineStart_ = static_cast<long>(at_);
+    }
+
+    // Past blanks and a remark, within the line.
+    void SkipBlanks() {
+        while (Peek() == ' ' || Peek() == '\t' || Peek() == '\r') ++at_;
+        if (Peek() == '-' && Peek(1) == '-') {
+            while (!AtLineEnd()) ++at_;
+        }
+    }
+
+    // The same over any number of lines.
+    void SkipLines() {
+        for (;;) {
+            SkipBlanks();
+            if (at_ == text_.size() || Peek() != '\n') return;
+            NewLine();
+        }
+    }
+
+    // To what follows a `:`, `;`, `,` or `(`: in this line, or in the next one that is not empty.
+    void SkipToItem() {
+        SkipBlanks();
+        if (AtLineEnd() && continues_) SkipLines();
+        continues_ = false;
+    }
+
+    // Past a statement that is not well formed, to the end of its last line.
+    void SkipStatement() {
+        char last = '\0';
+        for (;;) {
+            SkipBlanks();
+            if (at_ == text_.size()) return;
+            if (Peek() == '\n') {
+                const bool goesOn = last == ':' || last == ';' || last == ',' || last == '(';
+                if (!goesOn) return;
+                NewLine();
+                continue;
+            }
+            last = Peek();
+            ++at_;
+            if (last != '\'') continue;
+            while (!AtLineEnd() && Peek() != '\'') ++at_;
+            if (!AtLineEnd()) ++at_;
+        }
+    }
+
+    bool Take(char c) {
+        SkipBlanks();
+        if (Peek() != c) return false;
+        ++at_;
+        continues_ = c == ':' || c == ';' || c == ',' || c == '(';
+        return true;
+    }
+
+    void Expect(char c) {
+        if (!Take(c)) Fail(std::string("'") + c + "'");
+    }
+
+    bool TakeKeyword(std::string_view keyword) {
+        SkipBlanks();
+        if (!text_.substr(at_).starts_with(keyword) || IsWordCharacter(Peek(keyword.size()))) {
+            return false;
+        }
+        at_ += keyword.size();
+        continues_ = false;
+        return true;
+    }
+
+    std::string Name(const char* what) {
+        SkipBlanks();
+        if (!IsLetter(Peek())) Fail(what);
+        const std::size_t start = at_;
+        while (IsWordCharacter(Peek())) ++at_;
+        continues_ = false;
+        return std::string(text_.substr(start, at_ - start));
+    }
+
+    [[noreturn]] void Fail(const std::string& expected) {
+        SkipBlanks();
+        std::string found = "the end of the line";
+        if (!AtLineEnd()) {
+            std::size_t end = at_ + 1;
+            while (IsLetter(Peek()) && end < text_.size() && IsWordCharacter(text_[end])) ++end;
+            found = "'";
+            found += text_.substr(at_, end - at_);
+            found += '\'';
+        }
+        throw ScriptError(Here(), expected + " expected, found " + found);
+    }
+
+    const std::string_view text_;
+    std::size_t at_ = 0;
+    std::uint64_t line_;
+    long lineStart_;  // where the line starts in the text; before it, for a column beyond the first
+    const std::vector<std::string> modelNames_;
+    bool continues_ = false;  // the token taken last lets the statement go on in the next line
+    int depth_ = 0;
+};
+
+ScriptReader::ScriptReader(std::string_view text, Position start,
+                           std::vector<std::string> modelNames)
+    : parser_(std::make_unique<Parser>(text, start, std::move(modelNames))) {}
+
+ScriptReader::~ScriptReader() = default;
+
+std::optional<Statement> ScriptReader::Next() { return parser_->Next(); }
+
+}  // namespace host

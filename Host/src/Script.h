@@ -1,0 +1,123 @@
+// Scripts: what a statement says, apart from what it does.
+//
+//     expr                                                        prints the value
+//     LET name = expr
+//     SET expr.attribute = expr
+//     EACH name IN [@model.]ENTITY_TYPE [WHERE expr]: item; item...
+//     EACH name IN expr [WHERE expr]: item; item...
+//
+// An item is an expression, a LET or a SET. `--` starts a remark. A statement ends with its line,
+// unless the line ends in `:`, `;`, `,` or `(`.
+//
+//     'text' 7 1.5 .T. .F. .U. .ITEM. "0F" $ (1.,2.)       literals, as exchange files write them
+//     #12  @model#12  @model  @                            instances and models
+//     expr.ATTRIBUTE
+//     Function(expr, ...)
+//     NEW [@model.]ENTITY_TYPE(ATTRIBUTE = expr, ...)      A+B for an instance of several types
+//     name                                                 what LET or EACH named so
+
+#ifndef HOST_SCRIPT_H
+#define HOST_SCRIPT_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "SdaiPrimitiveH.h"
+
+namespace host {
+
+struct Position {
+    std::uint64_t line = 1;
+    std::uint64_t column = 1;
+};
+
+// What is wrong with a statement, and where.
+class ScriptError : public std::runtime_error {
+  public:
+    ScriptError(Position position, const std::string& message)
+        : std::runtime_error(message), position_(position) {}
+    Position Where() const { return position_; }
+
+  private:
+    Position position_;
+};
+
+struct Expression;
+using ExpressionPtr = std::unique_ptr<Expression>;
+
+// ATTRIBUTE = expr
+struct Assignment {
+    std::string attribute;
+    Position position;
+    ExpressionPtr value;
+};
+
+struct Expression {
+    enum class Kind {
+        Literal,    // value
+        List,       // operands
+        Variable,   // name
+        Instance,   // id of model
+        Model,      // model
+        Attribute,  // name of operands[0]
+        Call,       // name with operands
+        New,        // name in model, assignments
+    };
+
+    Kind kind;
+    Position position;
+    SdaiPrimitiveH value{};
+    std::string name{};
+    std::optional<std::string> model{};  // empty: the first
+    std::uint64_t id = 0;
+    std::vector<ExpressionPtr> operands{};
+    std::vector<Assignment> assignments{};
+};
+
+struct Item {
+    enum class Kind { Print, Let, Set } kind = Kind::Print;
+    Position position;
+    std::string name;      // of a LET; the attribute of a SET
+    ExpressionPtr target;  // of a SET: the instance
+    ExpressionPtr value;
+};
+
+struct Statement {
+    Position position;
+    // One item; or those of an EACH, with what it walks.
+    std::vector<Item> items;
+    bool isEach = false;
+    std::string variable;
+    // Of an EACH: an entity type of a model, or an expression. A lone name, which may be either,
+    // counts as an entity type.
+    std::string entityType;
+    std::optional<std::string> model;
+    Position sourcePosition;
+    ExpressionPtr source;
+    ExpressionPtr where;
+};
+
+// Reads statements one after the other. The names of models are needed to tell where one ends: they
+// may hold any character.
+class ScriptReader {
+  public:
+    ScriptReader(std::string_view text, Position start, std::vector<std::string> modelNames);
+    ~ScriptReader();
+
+    // The next statement; nothing at the end. Throws ScriptError for one that is not well formed,
+    // after which the next call goes on behind it.
+    std::optional<Statement> Next();
+
+  private:
+    class Parser;
+    std::unique_ptr<Parser> parser_;
+};
+
+}  // namespace host
+
+#endif

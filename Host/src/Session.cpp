@@ -1,0 +1,33 @@
+#include "Session.h"
+
+#include <algorithm>
+
+#include "KORDMInstance.h"
+
+namespace host {
+
+void Session::Add(NamedModel model) {
+    KORDMStore::AddFamilies(model.Model());
+    models_.push_back(std::move(model));
+}
+
+std::vector<std::string> Session::ModelNames() const {
+    std::vector<std::string> names;
+    for (const NamedModel& model : models_) names.push_back(model.name);
+    return names;
+}
+
+const NamedModel* Session::Find(std::string_view name) const {
+    const auto found = std::find_if(models_.begin(), models_.end(),
+                                    [&](const NamedModel& model) { return model.name == name; });
+    return found != models_.end() ? &*found : nullptr;
+}
+
+const NamedModel* Session::Holding(const SdaiModel* model) const {
+    const auto found = std::find_if(models_.begin(), models_.end(), [&](const NamedModel& named) {
+        return named.dataSet.model.get() == model;
+    });
+    return found != models_.end() ? &*found : nullptr;
+}
+
+}  // namespace host
