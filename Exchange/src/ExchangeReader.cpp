@@ -79,55 +79,33 @@ struct Broken {};
 
 const char* NameOf(Tag tag) {
     switch (tag) {
-        case Tag::Integer:
-            return "an INTEGER";
-        case Tag::Real:
-            return "a REAL";
-        case Tag::Logical:
-            return "a LOGICAL";
-        case Tag::Boolean:
-            return "a BOOLEAN";
-        case Tag::Text:
-            return "a STRING";
-        case Tag::Enumeration:
-            return "an ENUMERATION";
-        case Tag::Binary:
-            return "a BINARY";
-        case Tag::Aggregate:
-            return "an AGGREGATE";
-        case Tag::Typed:
-            return "a typed value";
-        default:
-            return "an instance";
+        case Tag::Integer: return "an INTEGER";
+        case Tag::Real: return "a REAL";
+        case Tag::Logical: return "a LOGICAL";
+        case Tag::Boolean: return "a BOOLEAN";
+        case Tag::Text: return "a STRING";
+        case Tag::Enumeration: return "an ENUMERATION";
+        case Tag::Binary: return "a BINARY";
+        case Tag::Aggregate: return "an AGGREGATE";
+        case Tag::Typed: return "a typed value";
+        default: return "an instance";
     }
 }
 
 const char* NameOf(Domain::Base base) {
     switch (base) {
-        case Domain::Base::Integer:
-            return "an INTEGER";
-        case Domain::Base::Real:
-            return "a REAL";
-        case Domain::Base::Number:
-            return "a NUMBER";
-        case Domain::Base::String:
-            return "a STRING";
-        case Domain::Base::Boolean:
-            return "a BOOLEAN";
-        case Domain::Base::Logical:
-            return "a LOGICAL";
-        case Domain::Base::Binary:
-            return "a BINARY";
-        case Domain::Base::Enumeration:
-            return "an ENUMERATION";
-        case Domain::Base::Entity:
-            return "an instance";
-        case Domain::Base::Select:
-            return "a select value";
-        case Domain::Base::Aggregate:
-            return "an AGGREGATE";
-        default:
-            return "a value";
+        case Domain::Base::Integer: return "an INTEGER";
+        case Domain::Base::Real: return "a REAL";
+        case Domain::Base::Number: return "a NUMBER";
+        case Domain::Base::String: return "a STRING";
+        case Domain::Base::Boolean: return "a BOOLEAN";
+        case Domain::Base::Logical: return "a LOGICAL";
+        case Domain::Base::Binary: return "a BINARY";
+        case Domain::Base::Enumeration: return "an ENUMERATION";
+        case Domain::Base::Entity: return "an instance";
+        case Domain::Base::Select: return "a select value";
+        case Domain::Base::Aggregate: return "an AGGREGATE";
+        default: return "a value";
     }
 }
 
@@ -468,10 +446,8 @@ class Reader {
                     return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, SdaiLogical(sdaiTRUE));
                 case 'F':
                     return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, SdaiLogical(sdaiFALSE));
-                case 'U':
-                    return Cell::Of(Tag::Logical, SdaiLogical());
-                default:
-                    break;
+                case 'U': return Cell::Of(Tag::Logical, SdaiLogical());
+                default: break;
             }
         }
         return Cell::OfText(Tag::Enumeration, name);
@@ -541,12 +517,8 @@ class Reader {
                 Check(start, domain, Tag::Instance);
                 ++in_.at;
                 return Model().Reference(InstanceName());
-            case '$':
-                ++in_.at;
-                return {};
-            case '*':
-                ++in_.at;
-                return Cell::Of(Tag::Derived, 0);
+            case '$': ++in_.at; return {};
+            case '*': ++in_.at; return Cell::Of(Tag::Derived, 0);
             case '.': {
                 ++in_.at;
                 const Cell item = Enumeration(domain);

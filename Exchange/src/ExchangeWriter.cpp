@@ -71,44 +71,26 @@ class Writer {
     void Value(const Cell& cell) {
         switch (cell.GetTag()) {
             case Tag::Unset:
-            case Tag::Pending:
-                text += '$';
-                break;
-            case Tag::Derived:
-                text += '*';
-                break;
-            case Tag::Integer:
-                AppendInteger(text, cell.Get<long>());
-                break;
+            case Tag::Pending: text += '$'; break;
+            case Tag::Derived: text += '*'; break;
+            case Tag::Integer: AppendInteger(text, cell.Get<long>()); break;
             case Tag::Real:
                 notFinite_ |= !std::isfinite(cell.Get<double>());
                 AppendReal(text, cell.Get<double>());
                 break;
             case Tag::Logical:
-            case Tag::Boolean:
-                AppendLogical(text, cell.Get<SdaiLogical>());
-                break;
-            case Tag::Text:
-                AppendString(text, cell.Text());
-                break;
-            case Tag::Enumeration:
-                AppendEnumeration(text, cell.Text());
-                break;
-            case Tag::Binary:
-                AppendBinary(text, cell.Text());
-                break;
-            case Tag::Instance:
-                InstanceName(*cell.Get<SdaiEntityInstance*>());
-                break;
+            case Tag::Boolean: AppendLogical(text, cell.Get<SdaiLogical>()); break;
+            case Tag::Text: AppendString(text, cell.Text()); break;
+            case Tag::Enumeration: AppendEnumeration(text, cell.Text()); break;
+            case Tag::Binary: AppendBinary(text, cell.Text()); break;
+            case Tag::Instance: InstanceName(*cell.Get<SdaiEntityInstance*>()); break;
             case Tag::Aggregate: {
                 const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
                 List(KORAggregateAccess::Count(members),
                      [&](std::size_t i) { Value(KORAggregateAccess::MemberCell(members, i)); });
                 break;
             }
-            case Tag::Typed:
-                Typed(*cell.Get<KORTypedValue*>());
-                break;
+            case Tag::Typed: Typed(*cell.Get<KORTypedValue*>()); break;
         }
     }
 

@@ -103,14 +103,9 @@ const SdaiAggrInstance* Evaluator::Members(const Statement& statement,
 
 std::optional<SdaiPrimitiveH> Evaluator::RunItem(const Item& item) {
     switch (item.kind) {
-        case Item::Kind::Let:
-            variables_[item.name] = Evaluate(*item.value);
-            return std::nullopt;
-        case Item::Kind::Set:
-            Set(item);
-            return std::nullopt;
-        case Item::Kind::Print:
-            break;
+        case Item::Kind::Let: variables_[item.name] = Evaluate(*item.value); return std::nullopt;
+        case Item::Kind::Set: Set(item); return std::nullopt;
+        case Item::Kind::Print: break;
     }
     return Evaluate(*item.value);
 }
@@ -129,22 +124,14 @@ void Evaluator::Set(const Item& item) {
 
 SdaiPrimitiveH Evaluator::Evaluate(const Expression& expression) const {
     switch (expression.kind) {
-        case Expression::Kind::Literal:
-            return expression.value;
-        case Expression::Kind::List:
-            return MakeList(expression);
-        case Expression::Kind::Variable:
-            return FindVariable(expression);
-        case Expression::Kind::Instance:
-            return FindInstance(expression);
-        case Expression::Kind::Attribute:
-            return ReadAttribute(expression);
-        case Expression::Kind::Call:
-            return CallFunction(expression);
-        case Expression::Kind::New:
-            return NewInstance(expression);
-        case Expression::Kind::Model:
-            break;
+        case Expression::Kind::Literal: return expression.value;
+        case Expression::Kind::List: return MakeList(expression);
+        case Expression::Kind::Variable: return FindVariable(expression);
+        case Expression::Kind::Instance: return FindInstance(expression);
+        case Expression::Kind::Attribute: return ReadAttribute(expression);
+        case Expression::Kind::Call: return CallFunction(expression);
+        case Expression::Kind::New: return NewInstance(expression);
+        case Expression::Kind::Model: break;
     }
     ModelNamed(expression.model, expression.position);
     throw ScriptError(expression.position, "a value expected, found a model");

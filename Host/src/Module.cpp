@@ -55,10 +55,8 @@ SdaiPrimitiveH Module::Call(const orx::Export& function, std::span<const Value> 
     void* symbol = symbols_.at(function.name);
     const auto handle = [&](std::size_t i) -> Handle { return arguments[i].handle; };
     switch (function.ArgumentCount()) {
-        case 0:
-            return Invoke<SdaiPrimitiveH>(symbol);
-        case 1:
-            return Invoke<SdaiPrimitiveH, Handle>(symbol, handle(0));
+        case 0: return Invoke<SdaiPrimitiveH>(symbol);
+        case 1: return Invoke<SdaiPrimitiveH, Handle>(symbol, handle(0));
         case 2:
             if (function.arguments[1] == orx::Model) {
                 return Invoke<SdaiEntityInstance*, SdaiString, SdaiModel*>(

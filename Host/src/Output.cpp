@@ -33,25 +33,13 @@ std::string InstanceName(const SdaiEntityInstance& instance, const Session& sess
 
 void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& session) {
     switch (KindOf(value)) {
-        case Kind::Integer:
-            exchange::AppendInteger(to, value);
-            break;
-        case Kind::Real:
-            exchange::AppendReal(to, value);
-            break;
+        case Kind::Integer: exchange::AppendInteger(to, value); break;
+        case Kind::Real: exchange::AppendReal(to, value); break;
         case Kind::Logical:
-        case Kind::Boolean:
-            exchange::AppendLogical(to, value);
-            break;
-        case Kind::String:
-            exchange::AppendString(to, TextOf(value));
-            break;
-        case Kind::Enumeration:
-            exchange::AppendEnumeration(to, TextOf(value));
-            break;
-        case Kind::Binary:
-            exchange::AppendBinary(to, TextOf(value));
-            break;
+        case Kind::Boolean: exchange::AppendLogical(to, value); break;
+        case Kind::String: exchange::AppendString(to, TextOf(value)); break;
+        case Kind::Enumeration: exchange::AppendEnumeration(to, TextOf(value)); break;
+        case Kind::Binary: exchange::AppendBinary(to, TextOf(value)); break;
         case Kind::Instance:
             to += InstanceName(*static_cast<SdaiEntityInstance*>(value), session);
             break;
@@ -66,15 +54,13 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
             to += ')';
             break;
         }
-        default:
-            to += '$';
+        default: to += '$';
     }
 }
 
 Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
     switch (KindOf(value)) {
-        case Kind::Integer:
-            return static_cast<long>(value);
+        case Kind::Integer: return static_cast<long>(value);
         case Kind::Real: {
             const double real = value;
             if (std::isfinite(real)) return real;
@@ -88,12 +74,9 @@ Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
             if (logical == SdaiLogical()) return "UNKNOWN";
             return static_cast<bool>(logical);
         }
-        case Kind::String:
-            return exchange::ToUtf8(TextOf(value));
-        case Kind::Enumeration:
-            return Json{{"enumeration", TextOf(value)}};
-        case Kind::Binary:
-            return Json{{"binary", TextOf(value)}};
+        case Kind::String: return exchange::ToUtf8(TextOf(value));
+        case Kind::Enumeration: return Json{{"enumeration", TextOf(value)}};
+        case Kind::Binary: return Json{{"binary", TextOf(value)}};
         case Kind::Instance:
             return Json{
                 {"instance", InstanceName(*static_cast<SdaiEntityInstance*>(value), session)},
@@ -107,8 +90,7 @@ Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
             }
             return list;
         }
-        default:
-            return nullptr;
+        default: return nullptr;
     }
 }
 

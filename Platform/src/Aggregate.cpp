@@ -13,14 +13,10 @@ namespace {
 // The layout in which a single value could stand.
 KORAggregateAccess::Layout LayoutFor(Tag tag) {
     switch (tag) {
-        case Tag::Real:
-            return KORAggregateAccess::Layout::Reals;
-        case Tag::Integer:
-            return KORAggregateAccess::Layout::Integers;
-        case Tag::Instance:
-            return KORAggregateAccess::Layout::Instances;
-        default:
-            return KORAggregateAccess::Layout::Cells;
+        case Tag::Real: return KORAggregateAccess::Layout::Reals;
+        case Tag::Integer: return KORAggregateAccess::Layout::Integers;
+        case Tag::Instance: return KORAggregateAccess::Layout::Instances;
+        default: return KORAggregateAccess::Layout::Cells;
     }
 }
 
@@ -39,17 +35,14 @@ void StoreBare(void* members, std::size_t position, const Cell& cell) {
 
 Cell KORAggregateAccess::MemberCell(const SdaiAggrInstance& aggregate, std::size_t position) {
     switch (aggregate.layout_) {
-        case Layout::Reals:
-            return Cell::Of(Tag::Real, Members<double>(aggregate)[position]);
-        case Layout::Integers:
-            return Cell::Of(Tag::Integer, Members<long>(aggregate)[position]);
+        case Layout::Reals: return Cell::Of(Tag::Real, Members<double>(aggregate)[position]);
+        case Layout::Integers: return Cell::Of(Tag::Integer, Members<long>(aggregate)[position]);
         case Layout::Instances: {
             // A null pointer stands for a member that a damaged data set does not have.
             SdaiEntityInstance* instance = Members<SdaiEntityInstance*>(aggregate)[position];
             return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell();
         }
-        default:
-            return Members<Cell>(aggregate)[position];
+        default: return Members<Cell>(aggregate)[position];
     }
 }
 

@@ -15,32 +15,21 @@ const Domain* Domain::Choice(std::string_view definedType) const {
 
 TagSet Domain::Admitted() const {
     switch (base) {
-        case Base::Integer:
-            return {Tag::Unset, Tag::Derived, Tag::Integer};
-        case Base::Real:
-            return {Tag::Unset, Tag::Derived, Tag::Real};
-        case Base::Number:
-            return {Tag::Unset, Tag::Derived, Tag::Integer, Tag::Real};
-        case Base::String:
-            return {Tag::Unset, Tag::Derived, Tag::Text};
-        case Base::Boolean:
-            return {Tag::Unset, Tag::Derived, Tag::Boolean};
-        case Base::Logical:
-            return {Tag::Unset, Tag::Derived, Tag::Logical};
-        case Base::Binary:
-            return {Tag::Unset, Tag::Derived, Tag::Binary};
-        case Base::Enumeration:
-            return {Tag::Unset, Tag::Derived, Tag::Enumeration};
-        case Base::Entity:
-            return {Tag::Unset, Tag::Derived, Tag::Instance, Tag::Pending};
-        case Base::Aggregate:
-            return {Tag::Unset, Tag::Derived, Tag::Aggregate};
+        case Base::Integer: return {Tag::Unset, Tag::Derived, Tag::Integer};
+        case Base::Real: return {Tag::Unset, Tag::Derived, Tag::Real};
+        case Base::Number: return {Tag::Unset, Tag::Derived, Tag::Integer, Tag::Real};
+        case Base::String: return {Tag::Unset, Tag::Derived, Tag::Text};
+        case Base::Boolean: return {Tag::Unset, Tag::Derived, Tag::Boolean};
+        case Base::Logical: return {Tag::Unset, Tag::Derived, Tag::Logical};
+        case Base::Binary: return {Tag::Unset, Tag::Derived, Tag::Binary};
+        case Base::Enumeration: return {Tag::Unset, Tag::Derived, Tag::Enumeration};
+        case Base::Entity: return {Tag::Unset, Tag::Derived, Tag::Instance, Tag::Pending};
+        case Base::Aggregate: return {Tag::Unset, Tag::Derived, Tag::Aggregate};
         case Base::Select:
             if (choices.empty()) return {Tag::Unset, Tag::Derived, Tag::Instance, Tag::Pending};
             if (entities.empty()) return {Tag::Unset, Tag::Derived, Tag::Typed};
             return {Tag::Unset, Tag::Derived, Tag::Instance, Tag::Pending, Tag::Typed};
-        case Base::Generic:
-            break;
+        case Base::Generic: break;
     }
     return kAnyKind;
 }
@@ -242,12 +231,8 @@ class Schema::Resolver {
         }
         Domain& domain = *typeDomains_[index];
         switch (type->kind) {
-            case TypeDeclaration::Kind::Alias:
-                FillIn(domain, type->alias);
-                break;
-            case TypeDeclaration::Kind::Enumeration:
-                domain.base = Domain::Base::Enumeration;
-                break;
+            case TypeDeclaration::Kind::Alias: FillIn(domain, type->alias); break;
+            case TypeDeclaration::Kind::Enumeration: domain.base = Domain::Base::Enumeration; break;
             case TypeDeclaration::Kind::Select:
                 domain.base = Domain::Base::Select;
                 selects_.emplace_back(&domain, type);

@@ -24,9 +24,7 @@ void SdaiSelectH::CopyFrom(const SdaiSelectH& other) noexcept {
     switch (kind_) {
         case Kind::String:
         case Kind::Enumeration:
-        case Kind::Binary:
-            new (&text_) SdaiString(other.text_);
-            break;
+        case Kind::Binary: new (&text_) SdaiString(other.text_); break;
         case Kind::SharedAggregate:
             aggregate_ = other.aggregate_;
             KORAggregateAccess::AddOwner(*aggregate_);
@@ -35,8 +33,7 @@ void SdaiSelectH::CopyFrom(const SdaiSelectH& other) noexcept {
             typed_ = other.typed_;
             typed_->owners.fetch_add(1, std::memory_order_relaxed);
             break;
-        default:
-            std::memcpy(&integer_, &other.integer_, sizeof integer_);
+        default: std::memcpy(&integer_, &other.integer_, sizeof integer_);
     }
 }
 
@@ -57,17 +54,12 @@ void SdaiSelectH::Release() noexcept {
     switch (kind_) {
         case Kind::String:
         case Kind::Enumeration:
-        case Kind::Binary:
-            text_.~SdaiString();
-            break;
-        case Kind::SharedAggregate:
-            KORAggregateAccess::RemoveOwner(*aggregate_);
-            break;
+        case Kind::Binary: text_.~SdaiString(); break;
+        case Kind::SharedAggregate: KORAggregateAccess::RemoveOwner(*aggregate_); break;
         case Kind::Typed:
             if (typed_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete typed_;
             break;
-        default:
-            break;
+        default: break;
     }
 }
 
@@ -291,27 +283,17 @@ long SdaiPrimitiveH::GetMemberCount() const {
 SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
     const SdaiSelectH& held = value_.Held();
     switch (held.kind_) {
-        case SdaiSelectH::Kind::String:
-            return "STRING";
-        case SdaiSelectH::Kind::Integer:
-            return "INTEGER";
-        case SdaiSelectH::Kind::Real:
-            return "REAL";
-        case SdaiSelectH::Kind::Logical:
-            return "LOGICAL";
-        case SdaiSelectH::Kind::Boolean:
-            return "BOOLEAN";
-        case SdaiSelectH::Kind::Enumeration:
-            return "ENUMERATION";
-        case SdaiSelectH::Kind::Binary:
-            return "BINARY";
+        case SdaiSelectH::Kind::String: return "STRING";
+        case SdaiSelectH::Kind::Integer: return "INTEGER";
+        case SdaiSelectH::Kind::Real: return "REAL";
+        case SdaiSelectH::Kind::Logical: return "LOGICAL";
+        case SdaiSelectH::Kind::Boolean: return "BOOLEAN";
+        case SdaiSelectH::Kind::Enumeration: return "ENUMERATION";
+        case SdaiSelectH::Kind::Binary: return "BINARY";
         case SdaiSelectH::Kind::ModelAggregate:
-        case SdaiSelectH::Kind::SharedAggregate:
-            return "AGGREGATE";
-        case SdaiSelectH::Kind::Instance:
-            return held.instance_->GetInstanceType()->Name();
-        default:
-            return {};
+        case SdaiSelectH::Kind::SharedAggregate: return "AGGREGATE";
+        case SdaiSelectH::Kind::Instance: return held.instance_->GetInstanceType()->Name();
+        default: return {};
     }
 }
 
@@ -354,28 +336,17 @@ namespace {
 SdaiPrimitiveH PlainHandle(const Cell& cell) {
     using Kind = KORHandleAccess::Kind;
     switch (cell.GetTag()) {
-        case Tag::Integer:
-            return {cell.Get<long>()};
-        case Tag::Real:
-            return {cell.Get<double>()};
-        case Tag::Logical:
-            return {cell.Get<SdaiLogical>()};
-        case Tag::Boolean:
-            return {cell.Get<SdaiLogical>() == sdaiLTRUE};
-        case Tag::Text:
-            return KORHandleAccess::OfText(Kind::String, cell.SharedText());
-        case Tag::Enumeration:
-            return KORHandleAccess::OfText(Kind::Enumeration, cell.SharedText());
-        case Tag::Binary:
-            return KORHandleAccess::OfText(Kind::Binary, cell.SharedText());
-        case Tag::Instance:
-            return {cell.Get<SdaiEntityInstance*>()};
-        case Tag::Aggregate:
-            return {cell.Get<SdaiAggrInstance*>()};
-        case Tag::Typed:
-            return KORHandleAccess::OfTyped(cell.Get<KORTypedValue*>());
-        default:
-            return {};
+        case Tag::Integer: return {cell.Get<long>()};
+        case Tag::Real: return {cell.Get<double>()};
+        case Tag::Logical: return {cell.Get<SdaiLogical>()};
+        case Tag::Boolean: return {cell.Get<SdaiLogical>() == sdaiLTRUE};
+        case Tag::Text: return KORHandleAccess::OfText(Kind::String, cell.SharedText());
+        case Tag::Enumeration: return KORHandleAccess::OfText(Kind::Enumeration, cell.SharedText());
+        case Tag::Binary: return KORHandleAccess::OfText(Kind::Binary, cell.SharedText());
+        case Tag::Instance: return {cell.Get<SdaiEntityInstance*>()};
+        case Tag::Aggregate: return {cell.Get<SdaiAggrInstance*>()};
+        case Tag::Typed: return KORHandleAccess::OfTyped(cell.Get<KORTypedValue*>());
+        default: return {};
     }
 }
 
@@ -438,8 +409,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
     Cell cell;
     const SdaiSelectH& held = KORHandleAccess::Held(value);
     switch (KORHandleAccess::KindOf(held)) {
-        case Kind::Unset:
-            break;
+        case Kind::Unset: break;
         case Kind::Integer:
             if (base == Domain::Base::Real) {
                 cell = Cell::Of(Tag::Real, static_cast<double>(value));
@@ -447,9 +417,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
                 cell = Cell::Of(Tag::Integer, static_cast<long>(value));
             }
             break;
-        case Kind::Real:
-            cell = Cell::Of(Tag::Real, static_cast<double>(value));
-            break;
+        case Kind::Real: cell = Cell::Of(Tag::Real, static_cast<double>(value)); break;
         case Kind::Logical:
         case Kind::Boolean: {
             const SdaiLogical& logical = value;
@@ -473,11 +441,8 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
         case Kind::Enumeration:
             cell = Cell::OfText(Tag::Enumeration, KORHandleAccess::TextOf(held));
             break;
-        case Kind::Binary:
-            cell = Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held));
-            break;
-        case Kind::Typed:
-            break;  // Held has gone past it
+        case Kind::Binary: cell = Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held)); break;
+        case Kind::Typed: break;  // Held has gone past it
     }
     if (base == Domain::Base::Select) {
         const std::string_view choice = OnlyChoice(*domain, cell.GetTag());
@@ -511,8 +476,7 @@ void ReleaseCell(const Cell& cell) {
             }
             break;
         }
-        default:
-            break;
+        default: break;
     }
 }
 

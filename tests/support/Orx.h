@@ -53,8 +53,8 @@ struct OrxResult {
     std::string err;
 };
 
-// Runs orx with the arguments. Environment variables are given as NAME=VALUE and replace those of the
-// test.
+// Runs orx with the arguments. Environment variables are given as NAME=VALUE and replace those of
+// the test.
 inline OrxResult RunOrx(std::vector<std::string> arguments, const std::string& input = "",
                         const std::string& directory = "",
                         const std::vector<std::string>& environment = {}) {
@@ -85,7 +85,8 @@ inline OrxResult RunOrx(std::vector<std::string> arguments, const std::string& i
     envp.push_back(nullptr);
 
     pid_t process = 0;
-    const int error = posix_spawn(&process, ORX_PROGRAM, &actions, nullptr, argv.data(), envp.data());
+    const int error =
+        posix_spawn(&process, ORX_PROGRAM, &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) return {-1, "", "orx cannot be started"};
     int status = 0;
