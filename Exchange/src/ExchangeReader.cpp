@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 
 #include "Exchange.h"
 #include "ExchangeText.h"
@@ -131,7 +132,7 @@ class Reader {
         }
         if (!source_.error.empty()) messages_.AddError({name_, 0, 0, source_.error});
         ReleaseCells();
-        if (messages_.ErrorCount() == 0) SettleReferences();
+        if (inData_ && (complete_ || options_.lenient)) SettleReferences();
         if (messages_.ErrorCount() != 0) dataSet_.model.reset();
         return std::move(dataSet_);
     }
@@ -666,12 +667,14 @@ class Reader {
     void Instance() {
         const Place place = in_.PlaceOf(in_.at - 1);
         const std::uint64_t id = InstanceName();
+        current_ = id;
         Expect('=');
         const EntityType& entity = TakeIf('(') ? ComplexInstance() : SimpleInstance();
         Expect(';');
         if (Model().Find(id) != nullptr) Fail(place, "a second instance #" + std::to_string(id));
         Model().Create(*Model().TypeOf(entity), id, cells_);
         cells_.clear();
+        current_.reset();
     }
 
     void ReleaseCells() {
@@ -718,6 +721,7 @@ class Reader {
             FailHere("END-ISO-10303-21 expected, found " + Found());
         }
         Expect(';');
+        complete_ = true;
         while (TakeWord("SIGNATURE")) SkipSection();
         Skip();
         if (!in_.AtEnd()) Warn(Here(), "what follows the end of the exchange file is skipped");
@@ -800,6 +804,8 @@ class Reader {
                     FailHere("an instance or ENDSEC expected, found " + Found());
                 }
             } catch (const Broken&) {
+                if (current_.has_value()) broken_.insert(*current_);
+                current_.reset();
                 Resynchronise();
                 if (in_.AtEnd()) throw;
             }
@@ -809,7 +815,9 @@ class Reader {
     // ---- References
 
     void SettleReferences() {
-        const std::vector<std::uint64_t> missing = Model().SettleReferences();
+        std::vector<std::uint64_t> missing = Model().SettleReferences();
+        // What refers to a broken instance is sound itself.
+        if (!options_.lenient) std::erase_if(missing, [&](auto id) { return broken_.contains(id); });
         if (missing.empty()) return;
         // Where they stand is not kept while reading: sound files need not pay for it.
         in_.progress = nullptr;
@@ -854,7 +862,10 @@ class Reader {
     std::vector<Cell> cells_;          // the values of the instance that is being read
     const kor::Slot* slot_ = nullptr;  // of the value that is being read
     std::string keyword_;
+    std::optional<std::uint64_t> current_;  // the instance that is being read
+    std::set<std::uint64_t> broken_;
     bool inData_ = false;
+    bool complete_ = false;  // the end of the exchange file has been seen
 };
 
 }  // namespace

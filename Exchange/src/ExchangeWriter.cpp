@@ -32,6 +32,7 @@ class Writer {
     std::string problem;
 
     void Instance(const kor::Instance& instance) {
+        model_ = instance.Type().model;
         const kor::EntityType& entity = *instance.Type().entity;
         InstanceName(instance);
         text += '=';
@@ -42,9 +43,9 @@ class Writer {
         }
         if (entity.IsComplex()) text += ')';
         text += ";\n";
-        if (notFinite_ && problem.empty()) {
-            problem = "#" + std::to_string(instance.Id()) +
-                      " has a real that is not finite, which no exchange file can hold";
+        if (unwritable_ != nullptr && problem.empty()) {
+            problem = "#" + std::to_string(instance.Id()) + " has " + unwritable_ +
+                      ", which no exchange file can hold";
         }
     }
 
@@ -68,6 +69,13 @@ class Writer {
         AppendInteger(text, static_cast<long>(instance.GetInstanceNameId()));
     }
 
+    void Reference(const SdaiEntityInstance& instance) {
+        if (instance.FindEntityInstanceModel() != model_) {
+            unwritable_ = "a reference to an instance of another model";
+        }
+        InstanceName(instance);
+    }
+
     void Value(const Cell& cell) {
         switch (cell.GetTag()) {
             case Tag::Unset:
@@ -75,7 +83,7 @@ class Writer {
             case Tag::Derived: text += '*'; break;
             case Tag::Integer: AppendInteger(text, cell.Get<long>()); break;
             case Tag::Real:
-                notFinite_ |= !std::isfinite(cell.Get<double>());
+                if (!std::isfinite(cell.Get<double>())) unwritable_ = "a real that is not finite";
                 AppendReal(text, cell.Get<double>());
                 break;
             case Tag::Logical:
@@ -83,7 +91,7 @@ class Writer {
             case Tag::Text: AppendString(text, cell.Text()); break;
             case Tag::Enumeration: AppendEnumeration(text, cell.Text()); break;
             case Tag::Binary: AppendBinary(text, cell.Text()); break;
-            case Tag::Instance: InstanceName(*cell.Get<SdaiEntityInstance*>()); break;
+            case Tag::Instance: Reference(*cell.Get<SdaiEntityInstance*>()); break;
             case Tag::Aggregate: {
                 const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
                 List(KORAggregateAccess::Count(members),
@@ -103,7 +111,8 @@ class Writer {
         text += ')';
     }
 
-    bool notFinite_ = false;
+    const SdaiModel* model_ = nullptr;
+    const char* unwritable_ = nullptr;
 };
 
 // Writes the exchange file, handing the text over piece by piece: flush(text) empties it. Gives
