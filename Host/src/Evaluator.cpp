@@ -105,19 +105,43 @@ std::optional<SdaiPrimitiveH> Evaluator::RunItem(const Item& item) {
     switch (item.kind) {
         case Item::Kind::Let: variables_[item.name] = Evaluate(*item.value); return std::nullopt;
         case Item::Kind::Set: Set(item); return std::nullopt;
+        case Item::Kind::Add: Add(item); return std::nullopt;
         case Item::Kind::Print: break;
     }
     return Evaluate(*item.value);
 }
 
-void Evaluator::Set(const Item& item) {
+void Evaluator::Set(const Item& item) const {
+    SdaiEntityInstance& instance = TargetOf(item);
+    Put(instance, item.name, item.position, Evaluate(*item.value));
+}
+
+// A first member makes the aggregate.
+void Evaluator::Add(const Item& item) const {
+    const SdaiPrimitiveH value = Evaluate(*item.value);
+    SdaiEntityInstance& instance = TargetOf(item);
+    const SdaiPrimitiveH present = instance.GetAttr(SdaiString(std::string_view(item.name)));
+    if (SdaiAggrInstance* members = present) {
+        members->Append(value);
+    } else if (present.exists()) {
+        throw ScriptError(item.position, "'" + item.name + "' is no aggregate but " +
+                                             ToText(present, session_));
+    } else {
+        SdaiAggrInstance first;
+        first.Append(value);
+        Put(instance, item.name, item.position, SdaiPrimitiveH(&first));
+    }
+}
+
+// The instance whose attribute a SET or an ADD writes.
+SdaiEntityInstance& Evaluator::TargetOf(const Item& item) const {
     const SdaiPrimitiveH target = Evaluate(*item.target);
     SdaiEntityInstance* instance = target;
     if (instance == nullptr) {
         throw ScriptError(item.target->position,
                           "an instance expected, found " + ToText(target, session_));
     }
-    Put(*instance, item.name, item.position, Evaluate(*item.value));
+    return *instance;
 }
 
 // ---- Expressions

@@ -28,7 +28,9 @@ class Evaluator {
     const SdaiAggrInstance* Members(const Statement& statement, SdaiPrimitiveH& owner) const;
     // The value of an item that prints one.
     std::optional<SdaiPrimitiveH> RunItem(const Item& item);
-    void Set(const Item& item);
+    void Set(const Item& item) const;
+    void Add(const Item& item) const;
+    SdaiEntityInstance& TargetOf(const Item& item) const;
 
     // A value; a model is an error.
     SdaiPrimitiveH Evaluate(const Expression& expression) const;

@@ -106,20 +106,29 @@ class ScriptReader::Parser {
             item.value = ParseExpression();
         } else if (TakeKeyword("SET")) {
             item.kind = Item::Kind::Set;
-            ExpressionPtr target = ParseExpression();
-            if (target->kind != Expression::Kind::Attribute) {
-                throw ScriptError(item.position, "SET takes an attribute of an instance");
-            }
-            // The last attribute is written, not read.
-            item.name = target->name;
-            item.position = target->position;
-            item.target = std::move(target->operands.front());
+            ParseTarget(item, "SET");
             Expect('=');
             item.value = ParseExpression();
+        } else if (TakeKeyword("ADD")) {
+            item.kind = Item::Kind::Add;
+            item.value = ParseExpression();
+            if (!TakeKeyword("TO")) Fail("TO");
+            ParseTarget(item, "ADD");
         } else {
             item.value = ParseExpression();
         }
         return item;
+    }
+
+    // expr.attribute, which is written, not read.
+    void ParseTarget(Item& item, const std::string& statement) {
+        ExpressionPtr target = ParseExpression();
+        if (target->kind != Expression::Kind::Attribute) {
+            throw ScriptError(target->position, statement + " takes an attribute of an instance");
+        }
+        item.name = target->name;
+        item.position = target->position;
+        item.target = std::move(target->operands.front());
     }
 
     // ---- Expressions

@@ -3,11 +3,12 @@
 //     expr                                                        prints the value
 //     LET name = expr
 //     SET expr.attribute = expr
+//     ADD expr TO expr.attribute                                  a member to an aggregate
 //     EACH name IN [@model.]ENTITY_TYPE [WHERE expr]: item; item...
 //     EACH name IN expr [WHERE expr]: item; item...
 //
-// An item is an expression, a LET or a SET. `--` starts a remark. A statement ends with its line,
-// unless the line ends in `:`, `;`, `,` or `(`.
+// An item is an expression, a LET, a SET or an ADD. `--` starts a remark. A statement ends with its
+// line, unless the line ends in `:`, `;`, `,` or `(`.
 //
 //     'text' 7 1.5 .T. .F. .U. .ITEM. "0F" $ (1.,2.)       literals, as exchange files write them
 //     #12  @model#12  @model  @                            instances and models
@@ -80,10 +81,10 @@ struct Expression {
 };
 
 struct Item {
-    enum class Kind { Print, Let, Set } kind = Kind::Print;
+    enum class Kind { Print, Let, Set, Add } kind = Kind::Print;
     Position position;
-    std::string name;      // of a LET; the attribute of a SET
-    ExpressionPtr target;  // of a SET: the instance
+    std::string name;      // of a LET; the attribute of a SET or an ADD
+    ExpressionPtr target;  // of a SET or an ADD: the instance
     ExpressionPtr value;
 };
 
