@@ -1,0 +1,437 @@
+// Values as exchange files write them, and the strings of such files decoded.
+
+#include "ExchangeText.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace std::string_literals;
+using exchange::DecodedString;
+using exchange::DecodeString;
+
+// What a function appends; what was there stays.
+template <class Append, class... Values>
+std::string Appended(Append append, const Values&... values) {
+    std::string text = "before ";
+    append(text, values...);
+    EXPECT_EQ(text.substr(0, 7), "before ");
+    return text.substr(7);
+}
+
+std::string StringLiteral(std::string_view text) { return Appended(exchange::AppendString, text); }
+std::string RealLiteral(double value) { return Appended(exchange::AppendReal, value); }
+
+struct Pair {
+    std::string from;
+    std::string to;
+};
+
+// ---- Strings to a file
+
+TEST(AppendString, DoublesApostrophesAndBackslashes) {
+    const Pair table[] = {
+        {"", "''"},
+        {"plain text", "'plain text'"},
+        {"it's", "'it''s'"},
+        {"''", "''''''"},
+        {"C:\\dir\\", "'C:\\\\dir\\\\'"},
+        {"\\", "'\\\\'"},
+        {"\"quoted\"", "'\"quoted\"'"},
+        {"/* no comment */", "'/* no comment */'"},
+        {" ~", "' ~'"},  // the first and the last printable character
+    };
+    for (const Pair& pair : table) EXPECT_EQ(StringLiteral(pair.from), pair.to);
+}
+
+TEST(AppendString, WritesOtherBytesAsDirectives) {
+    const Pair table[] = {
+        {"\xE9", "'\\X\\E9'"},        {"a\xFF\x80z", "'a\\X\\FF\\X\\80z'"}, {"\n", "'\\X\\0A'"},
+        {"\t\r", "'\\X\\09\\X\\0D'"}, {"\x1F \x7F", "'\\X\\1F \\X\\7F'"},   {"\0"s, "'\\X\\00'"},
+    };
+    for (const Pair& pair : table) EXPECT_EQ(StringLiteral(pair.from), pair.to);
+}
+
+TEST(AppendString, PassesDirectivesForOtherCharactersThrough) {
+    const Pair table[] = {
+        {"\\X2\\03B1\\X0\\", "'\\X2\\03B1\\X0\\'"},
+        {"a\\X2\\03B103B2\\X0\\'b", "'a\\X2\\03B103B2\\X0\\''b'"},
+        {"\\X4\\0001F600\\X0\\\xE9", "'\\X4\\0001F600\\X0\\\\X\\E9'"},
+        {"\\\\X2\\03B1\\X0\\", "'\\\\\\X2\\03B1\\X0\\'"},  // a backslash before the directive
+        // What only looks like one is text.
+        {"\\X2\\03B1", "'\\\\X2\\\\03B1'"},
+        {"\\X2\\03B\\X0\\", "'\\\\X2\\\\03B\\\\X0\\\\'"},
+        {"\\X4\\03B1\\X0\\", "'\\\\X4\\\\03B1\\\\X0\\\\'"},
+        {"\\X\\E9", "'\\\\X\\\\E9'"},
+        {"\\S\\i", "'\\\\S\\\\i'"},
+        {"\\X0\\", "'\\\\X0\\\\'"},
+    };
+    for (const Pair& pair : table) EXPECT_EQ(StringLiteral(pair.from), pair.to);
+}
+
+TEST(DirectiveLength, IsThatOfADirectiveAtTheStart) {
+    struct Case {
+        const char* text;
+        std::size_t length;
+    };
+    const Case table[] = {
+        {"", 0},
+        {"x", 0},
+        {"\\", 0},
+        {"\\X2\\", 0},
+        {"\\X2\\03B1\\X0\\", 12},
+        {"\\X2\\03B1\\X0\\\\X2\\03B1\\X0\\", 12},
+        {"\\X2\\03B103B2\\X0\\rest", 16},
+        {"\\X4\\0001F600\\X0\\", 16},
+        {"\\X4\\0001F6000001F601\\X0\\", 24},
+        {"\\X4\\0001F6\\X0\\", 0},
+        {"\\X2\\03B\\X0\\", 0},
+        {"\\X2\\03G1\\X0\\", 0},
+        {"\\X2\\03B1\\X0", 0},
+        {"\\X2\\03B1", 0},
+        {" \\X2\\03B1\\X0\\", 0},
+        {"\\X\\E9", 0},
+        {"\\X0\\", 0},
+        {"\\X3\\03B1\\X0\\", 0},
+    };
+    for (const Case& tested : table) {
+        EXPECT_EQ(exchange::DirectiveLength(tested.text), tested.length) << tested.text;
+    }
+}
+
+// ---- Other values to a file
+
+TEST(AppendInteger, WritesDecimals) {
+    EXPECT_EQ(Appended(exchange::AppendInteger, 0L), "0");
+    EXPECT_EQ(Appended(exchange::AppendInteger, -7L), "-7");
+    EXPECT_EQ(Appended(exchange::AppendInteger, LONG_MAX), "9223372036854775807");
+    EXPECT_EQ(Appended(exchange::AppendInteger, LONG_MIN), "-9223372036854775808");
+}
+
+TEST(AppendLogical, WritesTheThreeValues) {
+    EXPECT_EQ(Appended(exchange::AppendLogical, SdaiLogical(sdaiTRUE)), ".T.");
+    EXPECT_EQ(Appended(exchange::AppendLogical, SdaiLogical(sdaiFALSE)), ".F.");
+    EXPECT_EQ(Appended(exchange::AppendLogical, SdaiLogical()), ".U.");
+}
+
+TEST(AppendEnumeration, WritesTheNameBetweenPoints) {
+    EXPECT_EQ(Appended(exchange::AppendEnumeration, "NOT_KNOWN"), ".NOT_KNOWN.");
+}
+
+TEST(AppendBinary, WritesTheDigitsBetweenDoubleQuotes) {
+    EXPECT_EQ(Appended(exchange::AppendBinary, "3F0A"), "\"3F0A\"");
+    EXPECT_EQ(Appended(exchange::AppendBinary, "0"), "\"0\"");
+}
+
+TEST(AppendReal, WritesTheShortestDecimalsWithAPoint) {
+    EXPECT_EQ(RealLiteral(0.0), "0.");
+    EXPECT_EQ(RealLiteral(1.0), "1.");
+    EXPECT_EQ(RealLiteral(1.5), "1.5");
+    EXPECT_EQ(RealLiteral(-0.5), "-0.5");
+    EXPECT_EQ(RealLiteral(0.1), "0.1");
+    EXPECT_EQ(RealLiteral(1e-7), "1.E-07");
+}
+
+TEST(AppendReal, WritesWhatIsNotFiniteByName) {
+    EXPECT_EQ(RealLiteral(std::nan("")), "nan");
+    EXPECT_EQ(RealLiteral(std::numeric_limits<double>::infinity()), "inf");
+    EXPECT_EQ(RealLiteral(-std::numeric_limits<double>::infinity()), "-inf");
+}
+
+// The length of the value with its fewest digits and an exponent: 1.5E-07.
+std::size_t ShortestWithExponent(double value) {
+    char text[64];
+    for (int digits = 1;; ++digits) {
+        const int length = std::snprintf(text, sizeof text, "%.*e", digits - 1, value);
+        // One digit comes without a point, which an exchange file wants.
+        if (std::strtod(text, nullptr) == value) {
+            return static_cast<std::size_t>(length + (digits == 1 ? 1 : 0));
+        }
+    }
+}
+
+void ExpectGoodReal(double value) {
+    // A real has digits before the point, and its exponent an upper-case E.
+    static const std::regex form("-?[0-9]+\\.[0-9]*(E[+-]?[0-9]+)?");
+    const std::string literal = RealLiteral(value);
+    EXPECT_TRUE(std::regex_match(literal, form)) << literal;
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(std::strtod(literal.c_str(), nullptr)),
+              std::bit_cast<std::uint64_t>(value))
+        << literal;
+    // The point of a whole number may make it one longer.
+    EXPECT_LE(literal.size(), ShortestWithExponent(value) + 1) << literal;
+}
+
+TEST(AppendReal, ReadsBackExactlyAtTheLimits) {
+    using Limits = std::numeric_limits<double>;
+    for (const double value : {0.0,
+                               Limits::min(),
+                               Limits::max(),
+                               Limits::denorm_min(),
+                               Limits::epsilon(),
+                               0.1 + 0.2,
+                               1e5,
+                               1e15,
+                               1e16,
+                               1e17,
+                               1e21,
+                               1e22,
+                               1e23,
+                               123456789012345678.0,
+                               9007199254740993.0,
+                               1e-4,
+                               1e-5,
+                               1e100,
+                               1e-100,
+                               5e-324,
+                               2.2250738585072011e-308}) {
+        ExpectGoodReal(value);
+        ExpectGoodReal(-value);
+    }
+}
+
+TEST(AppendReal, ReadsBackExactlyWhateverTheValue) {
+    std::mt19937_64 random(20240607);
+    for (int i = 0; i < 5000; ++i) {
+        const double value = std::bit_cast<double>(random());
+        if (std::isfinite(value)) ExpectGoodReal(value);
+        ExpectGoodReal(static_cast<double>(static_cast<long>(random() % 2000001) - 1000000) / 1000);
+    }
+}
+
+// ---- UTF-8
+
+TEST(ToUtf8, EncodesCharactersAndDirectives) {
+    const Pair table[] = {
+        {"", ""},
+        {"plain 'text' \\", "plain 'text' \\"},
+        {"\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},
+        {"\x80\xBF\xC0\xFF", "\xC2\x80\xC2\xBF\xC3\x80\xC3\xBF"},
+        {"a\\X2\\03B103B2\\X0\\b",
+         "a\xCE\xB1\xCE\xB2"
+         "b"},
+        {"\\X2\\4E2D\\X0\\", "\xE4\xB8\xAD"},
+        {"\\X4\\0001F600\\X0\\\\X4\\000003B1\\X0\\", "\xF0\x9F\x98\x80\xCE\xB1"},
+        {"\\X2\\03B", "\\X2\\03B"},  // no directive
+    };
+    for (const Pair& pair : table) EXPECT_EQ(exchange::ToUtf8(pair.from), pair.to) << pair.from;
+}
+
+// ---- Strings from a file
+
+std::string Decoded(std::string_view encoded) {
+    const DecodedString decoded = DecodeString(encoded);
+    EXPECT_EQ(decoded.error, nullptr) << encoded << ": " << decoded.error;
+    return decoded.text;
+}
+
+TEST(DecodeString, UndoublesApostrophesAndBackslashes) {
+    const Pair table[] = {
+        {"", ""},
+        {"plain", "plain"},
+        {"it''s", "it's"},
+        {"''''", "''"},
+        {"C:\\\\dir\\\\", "C:\\dir\\"},
+        {"\\\\X\\\\E9", "\\X\\E9"},  // text, no directive
+        {"\\\\\\\\", "\\\\"},
+    };
+    for (const Pair& pair : table) EXPECT_EQ(Decoded(pair.from), pair.to);
+}
+
+TEST(DecodeString, DecodesSingleCharacters) {
+    const Pair table[] = {
+        {"\\X\\E9", "\xE9"},
+        {"caf\\X\\E9!", "caf\xE9!"},
+        {"\\X\\0A\\X\\FF\\X\\27\\X\\5C", "\n\xFF'\\"},
+        {"\\S\\i", "\xE9"},  // 69 and 80 hexadecimal
+        {"\\S\\ \\S\\~", "\xA0\xFE"},
+        {"\\X\\E9\\S\\i", "\xE9\xE9"},
+    };
+    for (const Pair& pair : table) EXPECT_EQ(Decoded(pair.from), pair.to) << pair.from;
+}
+
+TEST(DecodeString, DecodesRunsOfCharacters) {
+    const Pair table[] = {
+        {"\\X2\\00E9\\X0\\", "\xE9"},
+        {"a\\X2\\00E900E80041\\X0\\b",
+         "a\xE9\xE8"
+         "Ab"},
+        {"\\X4\\000000E9\\X0\\", "\xE9"},
+        {"\\X4\\000000E900000041\\X0\\",
+         "\xE9"
+         "A"},
+    };
+    for (const Pair& pair : table) EXPECT_EQ(Decoded(pair.from), pair.to) << pair.from;
+}
+
+TEST(DecodeString, KeepsOtherCharactersAsDirectives) {
+    for (const char* encoded :
+         {"\\X2\\03B1\\X0\\", "a\\X2\\03B103B2\\X0\\b", "\\X4\\0001F600\\X0\\",
+          "\\X2\\03B1\\X0\\ \\X2\\03B2\\X0\\", "\\X2\\0100\\X0\\", "\\X2\\FFFD\\X0\\"}) {
+        EXPECT_EQ(Decoded(encoded), encoded);
+    }
+}
+
+// Whatever way the characters are kept, they are these.
+TEST(DecodeString, MixesBothKindsOfCharacters) {
+    const Pair table[] = {
+        {"\\X2\\00E903B100E8\\X0\\", "\xC3\xA9\xCE\xB1\xC3\xA8"},
+        {"\\X2\\03B1\\X0\\\\X2\\03B2\\X0\\", "\xCE\xB1\xCE\xB2"},
+        {"\\X4\\000003B10001F600000000E9\\X0\\", "\xCE\xB1\xF0\x9F\x98\x80\xC3\xA9"},
+        {"\\X2\\03B1\\X0\\\\X\\E9\\X4\\0001F600\\X0\\", "\xCE\xB1\xC3\xA9\xF0\x9F\x98\x80"},
+    };
+    for (const Pair& pair : table) {
+        const std::string text = Decoded(pair.from);
+        EXPECT_EQ(exchange::ToUtf8(text), pair.to) << pair.from;
+        // ... and stay these when they are written and read again.
+        const std::string literal = StringLiteral(text);
+        EXPECT_EQ(Decoded(literal.substr(1, literal.size() - 2)), text) << literal;
+    }
+    EXPECT_EQ(Decoded("\\X2\\00E903B1\\X0\\"), "\xE9\\X2\\03B1\\X0\\");
+}
+
+TEST(DecodeString, KnowsTheCodePages) {
+    struct Case {
+        const char* encoded;
+        const char* utf8;
+    };
+    const Case table[] = {
+        {"\\PA\\\\S\\i", "\xC3\xA9"},  // 8859-1: E9 is U+00E9
+        {"\\PB\\\\S\\3", "\xC5\x82"},  // 8859-2: B3 is U+0142
+        {"\\PB\\\\S\\i", "\xC3\xA9"},  // 8859-2: E9 is U+00E9
+        {"\\PC\\\\S\\!", "\xC4\xA6"},  // 8859-3: A1 is U+0126
+        {"\\PD\\\\S\\!", "\xC4\x84"},  // 8859-4: A1 is U+0104
+        {"\\PE\\\\S\\P", "\xD0\xB0"},  // 8859-5: D0 is U+0430
+        {"\\PF\\\\S\\G", "\xD8\xA7"},  // 8859-6: C7 is U+0627
+        {"\\PG\\\\S\\a", "\xCE\xB1"},  // 8859-7: E1 is U+03B1
+        {"\\PH\\\\S\\`", "\xD7\x90"},  // 8859-8: E0 is U+05D0
+        {"\\PI\\\\S\\p", "\xC4\x9F"},  // 8859-9: F0 is U+011F
+        // A page lasts until the next one; it has no say in \X\.
+        {"\\PG\\\\S\\a\\S\\b-\\PA\\\\S\\i", "\xCE\xB1\xCE\xB2-\xC3\xA9"},
+        {"\\PG\\\\X\\E9", "\xC3\xA9"},
+        {"\\PG\\text", "text"},
+    };
+    for (const Case& tested : table) {
+        EXPECT_EQ(exchange::ToUtf8(Decoded(tested.encoded)), tested.utf8) << tested.encoded;
+    }
+    EXPECT_EQ(Decoded("\\PB\\\\S\\i"), "\xE9");
+    EXPECT_EQ(Decoded("\\PG\\\\S\\a"), "\\X2\\03B1\\X0\\");
+    EXPECT_EQ(Decoded("\\S\\i"), "\xE9") << "each string begins with page A";
+}
+
+TEST(DecodeString, DecodesUtf8) {
+    EXPECT_EQ(Decoded("caf\xC3\xA9"), "caf\xE9");
+    EXPECT_EQ(Decoded("\xC2\x80\xC3\xBF"), "\x80\xFF");
+    EXPECT_EQ(Decoded("\xCE\xB1"), "\\X2\\03B1\\X0\\");
+    EXPECT_EQ(Decoded("\xE4\xB8\xAD"), "\\X2\\4E2D\\X0\\");
+    EXPECT_EQ(Decoded("\xF0\x9F\x98\x80"), "\\X4\\0001F600\\X0\\");
+    EXPECT_EQ(exchange::ToUtf8(Decoded("\xCE\xB1\xC3\xA9\xCE\xB2\xCE\xB3")),
+              "\xCE\xB1\xC3\xA9\xCE\xB2\xCE\xB3");
+}
+
+TEST(DecodeString, KeepsBytesThatAreNoUtf8) {
+    for (const char* text : {"\xE9", "caf\xE9", "\xE9\xE8",
+                             "a\xFF"
+                             "b",
+                             "\x80", "\xC3", "\xC3(", "\xE4\xB8", "\xF0\x9F\x98"}) {
+        EXPECT_EQ(Decoded(text), text);
+    }
+    // An overlong form and half a surrogate pair are no UTF-8 either.
+    EXPECT_EQ(Decoded("\xC0\xAF"), "\xC0\xAF");
+    EXPECT_EQ(Decoded("\xED\xA0\x80"), "\xED\xA0\x80");
+}
+
+TEST(DecodeString, DropsLineBreaks) {
+    EXPECT_EQ(Decoded("a\nb"), "ab");
+    EXPECT_EQ(Decoded("a\r\nb\n\nc\r"), "abc");
+    EXPECT_EQ(Decoded("\\X2\\03B1\\X0\\\n''"), "\\X2\\03B1\\X0\\'");
+}
+
+TEST(DecodeString, TellsTheFirstPlaceThatCannotBeDecodedAndKeepsIt) {
+    struct Case {
+        const char* encoded;
+        std::size_t errorAt;
+    };
+    const Case table[] = {
+        {"\\", 0},
+        {"ab\\", 2},
+        {"ab\\Q", 2},
+        {"a\\X\\G1", 1},
+        {"\\X\\E", 0},
+        {"\\X\\", 0},
+        {"it\\X2\\00E9", 2},
+        {"\\X2\\00E\\X0\\", 0},
+        {"\\X2\\00G9\\X0\\", 0},
+        {"\\X4\\000E9\\X0\\", 0},
+        {"\\S\\", 0},
+        {"\\S", 0},
+        {"ab\\PZ\\", 2},
+        {"\\P", 0},
+        {"\\X3\\00E9\\X0\\", 0},
+        {"\\n", 0},
+    };
+    for (const Case& tested : table) {
+        const DecodedString decoded = DecodeString(tested.encoded);
+        EXPECT_NE(decoded.error, nullptr) << tested.encoded;
+        EXPECT_EQ(decoded.errorAt, tested.errorAt) << tested.encoded;
+        EXPECT_EQ(decoded.text, tested.encoded);
+    }
+}
+
+TEST(DecodeString, GoesOnAfterWhatCannotBeDecoded) {
+    const DecodedString decoded = DecodeString("\\Q \\X\\E9 it''s \\Z");
+    EXPECT_NE(decoded.error, nullptr);
+    EXPECT_EQ(decoded.errorAt, 0U);
+    EXPECT_EQ(decoded.text, "\\Q \xE9 it's \\Z");
+}
+
+TEST(DecodeString, SurvivesWhateverItIsGiven) {
+    const std::string alphabet = "\\\\\\\\XSP024'ABE9i\n\xC3\xA9\xE4";
+    std::mt19937 random(7);
+    for (int i = 0; i < 50000; ++i) {
+        std::string encoded;
+        for (std::size_t length = random() % 24; length > 0; --length) {
+            encoded += alphabet[random() % alphabet.size()];
+        }
+        const DecodedString decoded = DecodeString(encoded);
+        if (decoded.error != nullptr) {
+            EXPECT_LT(decoded.errorAt, encoded.size()) << encoded;
+        }
+        StringLiteral(decoded.text);
+        exchange::ToUtf8(decoded.text);
+    }
+}
+
+TEST(DecodeString, GivesBackWhatAppendStringWrote) {
+    std::mt19937 random(11);
+    for (int i = 0; i < 20000; ++i) {
+        std::string text;
+        for (std::size_t length = random() % 40; length > 0; --length) {
+            text += random() % 4 == 0 ? "'\\X2"[random() % 4] : static_cast<char>(random() % 256);
+        }
+        const std::string literal = StringLiteral(text);
+        ASSERT_GE(literal.size(), 2U);
+        EXPECT_EQ(literal.front(), '\'');
+        EXPECT_EQ(literal.back(), '\'');
+        EXPECT_TRUE(std::all_of(literal.begin(), literal.end(), [](char c) {
+            return c >= ' ' && c <= '~';
+        })) << literal;
+        EXPECT_EQ(Decoded(literal.substr(1, literal.size() - 2)), text);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,287 @@
+// What orx says of statements that cannot be evaluated.
+
+#include "HostTest.h"
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
+
+namespace {
+
+class Errors : public HostTest {
+  protected:
+    // Two models: the first is "db", the second "parts".
+    OrxResult CallOnBoth(const std::string& expression) const {
+        return Call({"-m", "db.stp", "-m", "parts.stp", "--", expression});
+    }
+    OrxResult RunOnBoth(const std::string& script) const {
+        return Run(script, {"-m", "db.stp", "-m", "parts.stp"});
+    }
+};
+
+}  // namespace
+
+// ---- Where
+
+TEST_F(Errors, TellFileLineAndColumn) {
+    const struct {
+        std::string script;
+        std::string place;
+    } cases[] = {
+        {"NoFunction(1)\n", "1:1"},
+        {"  NoFunction(1)\n", "1:3"},
+        {"1\n\n-- a remark\n NoFunction(1)\n", "4:2"},
+        {"GetMemberCount(NoFunction(1))\n", "1:16"},
+        {"IsFree(#1, NoFunction(1))\n", "1:12"},
+        {"nobody\n", "1:1"},
+        {"(1, nobody)\n", "1:5"},
+        {"LET x = nobody\n", "1:9"},
+        {"SET #1.S_DESC = nobody\n", "1:17"},
+        {"EACH p IN NO_TYPE: p\n", "1:11"},
+        {"EACH p IN @nomodel.PRODUCT: p\n", "1:11"},
+        {"EACH p IN PART_OBJECT WHERE nobody: p\n", "1:29"},
+        {"EACH p IN PART_OBJECT: p; nobody\n", "1:27"},
+        {"@nomodel#1\n", "1:1"},
+        // In a statement of several lines, the line of the place itself.
+        {"EACH p IN PART_OBJECT:\n  p.S_DESC;\n  NoFunction(p)\n", "3:3"},
+        {"1\nIsFree(\n  #1,\n     nobody)\n", "4:6"},
+        {"GetMemberCount( -- a remark\n  nobody)\n", "2:3"},
+    };
+    for (const auto& [script, place] : cases) {
+        const OrxResult result = RunOnBoth(script);
+        EXPECT_EQ(result.status, 1) << script;
+        EXPECT_THAT(result.err, StartsWith("orx: script.orx:" + place + ": ")) << script;
+        EXPECT_EQ(Lines(result.err).size(), 1U) << result.err;
+    }
+}
+
+TEST_F(Errors, NameTheScriptAsItWasGiven) {
+    folder.Write("other.orx", "NoFunction(1)\n");
+    const std::string path = folder / "other.orx";
+    EXPECT_THAT(Orx({"run", path}).err, StartsWith("orx: " + path + ":1:1: "));
+    EXPECT_THAT(Orx({"run", "./other.orx"}).err, StartsWith("orx: ./other.orx:1:1: "));
+    EXPECT_THAT(Orx({"run", "-"}, "1\nNoFunction(1)\n").err, ContainsRegex("^orx: .+:2:1: .+\n$"));
+}
+
+TEST_F(Errors, CountTheArgumentsOfACallAsLines) {
+    EXPECT_THAT(Call({"NoFunction(1)"}).err, StartsWith("orx: <command line>:1:1: "));
+    EXPECT_THAT(Call({"1", "'a'", "  NoFunction(1)"}).err, StartsWith("orx: <command line>:3:3: "));
+    // Options are no lines.
+    EXPECT_THAT(Call({"-m", "parts.stp", "1", "(1, nobody)"}).err,
+                StartsWith("orx: <command line>:2:5: "));
+}
+
+// ---- What
+
+TEST_F(Errors, StopTheRun) {
+    const OrxResult result = Run("1\nNoFunction(1)\n3\n");
+    EXPECT_EQ(result.out, "1\n");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(Lines(result.err).size(), 1U);
+}
+
+TEST_F(Errors, AreAllThatTheDesignOfTheLanguageRulesOut) {
+    const std::string cases[] = {
+        // A number of arguments that the table does not allow.
+        "IsFree(#1)",
+        "IsFree(#1, 'S_DESC', 1)",
+        "IsFree()",
+        "GetMemberCount()",
+        "RemoveValueVersion(1)",
+        "ComputeABSPlacement(#1, #1)",
+        "GetPlacement0(#1, 'REP_1')",
+        "BuildDatedEff('12312099235959')",
+        // Unknown names.
+        "nobody",
+        "NoFunction(1)",
+        "NEW @db.NO_TYPE()",
+        "NEW @nomodel.PART_OBJECT()",
+        "EACH p IN NO_TYPE: p",
+        "EACH p IN @parts.PART_OBJECT: p",
+        "EACH p IN @nomodel.PRODUCT: p",
+        "@nomodel",
+        "@nomodel#1",
+        "#99",
+        "@parts#99",
+        "IsFree(#99, 'S_DESC')",
+        // A model where a value is due, or the reverse.
+        "@",
+        "@parts",
+        "IsFree(@, 'S_DESC')",
+        "GetMemberCount(@parts)",
+        "(1, @parts)",
+        "SET #1.S_DESC = @parts",
+        "NEW @db.PART_OBJECT(S_DESC = @parts)",
+        "EACH p IN PART_OBJECT WHERE @parts: p",
+        "BuildDatedEff('12312099235959', 7)",
+        "BuildDatedEff('12312099235959', 'parts')",
+        "BuildDatedEff('12312099235959', #1)",
+        "BuildDatedEff('12312099235959', $)",
+        "BuildDatedEff(@parts, @parts)",
+        // An attribute asked of a value that is neither an instance nor unset.
+        "'text'.NAME",
+        ".T..NAME",
+        "().NAME",
+        "(1, 2).NAME",
+        "#1.S_DESC.NAME",
+        "@parts#3.FRAME_OF_REFERENCE.NAME",
+        "GetMemberCount(()).NAME",
+        "EACH p IN PART_OBJECT: p.S_PART_NUMBER.NAME",
+        "SET 'text'.NAME = 1",
+        "SET #1.S_DESC.NAME = 1",
+    };
+    for (const std::string& expression : cases) {
+        const OrxResult result = RunOnBoth(expression + "\n");
+        EXPECT_EQ(result.status, 1) << expression;
+        EXPECT_EQ(result.out, "") << expression;
+        EXPECT_THAT(result.err, MatchesRegex("orx: script\\.orx:1:[0-9]+: .+\n")) << expression;
+        const OrxResult called = CallOnBoth(expression);
+        EXPECT_EQ(called.status, 1) << expression;
+        EXPECT_THAT(called.err, MatchesRegex("orx: <command line>:1:[0-9]+: .+\n")) << expression;
+    }
+}
+
+TEST_F(Errors, NameWhatIsUnknown) {
+    EXPECT_THAT(CallOnBoth("NoFunction(1)").err, HasSubstr("NoFunction"));
+    EXPECT_THAT(CallOnBoth("nobody").err, HasSubstr("nobody"));
+    EXPECT_THAT(CallOnBoth("@nomodel#1").err, HasSubstr("nomodel"));
+    EXPECT_THAT(CallOnBoth("@parts#99").err, HasSubstr("99"));
+    EXPECT_THAT(RunOnBoth("EACH p IN NO_TYPE: p\n").err, HasSubstr("NO_TYPE"));
+    EXPECT_THAT(CallOnBoth("IsFree(#1)").err, HasSubstr("IsFree"));
+}
+
+TEST_F(Errors, SuggestWhatMayBeMeant) {
+    EXPECT_THAT(CallOnBoth("IsEncodedKy('x')").err, HasSubstr("IsEncodedKey"));
+    EXPECT_THAT(CallOnBoth("GetMembrCount(())").err, HasSubstr("GetMemberCount"));
+    EXPECT_THAT(CallOnBoth("isencodedkey('x')").err, HasSubstr("IsEncodedKey"));
+    EXPECT_THAT(RunOnBoth("EACH p IN @parts.PRODUKT: p\n").err, ContainsRegex("PRODUKT.*PRODUCT"));
+    EXPECT_THAT(RunOnBoth("EACH p IN PART_OBJEKT: p\n").err,
+                ContainsRegex("PART_OBJEKT.*(PART_OBJECT|part_object)"));
+    EXPECT_THAT(CallOnBoth("@part#3").err, HasSubstr("parts"));
+}
+
+TEST_F(Errors, SuggestNothingFarFetched) {
+    EXPECT_THAT(CallOnBoth("Xyzzy(1)").err, testing::Not(ContainsRegex("[Dd]id you mean")));
+}
+
+// ---- Damaged statements
+
+TEST_F(Errors, AreStatementsThatCannotBeRead) {
+    for (const std::string statement : {"(",
+                                        "(1,",
+                                        "1,",
+                                        ")",
+                                        "1 2",
+                                        "'unterminated",
+                                        "'",
+                                        "\"0F",
+                                        "\"0G\"",
+                                        "#",
+                                        "@#",
+                                        "# 1",
+                                        "#1.",
+                                        "#1..S_DESC",
+                                        ".T",
+                                        ".",
+                                        "+",
+                                        "-",
+                                        "1e",
+                                        "1.5.2",
+                                        "*",
+                                        "=",
+                                        "!",
+                                        "{",
+                                        "GetMemberCount(",
+                                        "GetMemberCount(()",
+                                        "GetMemberCount(,)",
+                                        "GetMemberCount((),)",
+                                        "LET",
+                                        "LET x",
+                                        "LET x =",
+                                        "LET = 1",
+                                        "LET 1 = 1",
+                                        "LET x 1",
+                                        "LET x = 1 2",
+                                        "SET",
+                                        "SET #1.S_DESC",
+                                        "SET #1 = 1",
+                                        "SET 5 = 6",
+                                        "SET #1.S_DESC =",
+                                        "NEW",
+                                        "NEW PART_OBJECT",
+                                        "NEW @db.PART_OBJECT",
+                                        "NEW @db.PART_OBJECT(",
+                                        "NEW @db.PART_OBJECT('x')",
+                                        "NEW @db.PART_OBJECT(S_DESC)",
+                                        "NEW @db.PART_OBJECT(S_DESC = )",
+                                        "EACH",
+                                        "EACH p",
+                                        "EACH p IN",
+                                        "EACH p IN PART_OBJECT",
+                                        "EACH p IN PART_OBJECT:",
+                                        "EACH p IN PART_OBJECT: ;",
+                                        "EACH IN PART_OBJECT: 1",
+                                        "EACH p PART_OBJECT: 1",
+                                        "EACH p IN PART_OBJECT WHERE: 1",
+                                        "EACH p IN PART_OBJECT: EACH q IN PART_OBJECT: 1",
+                                        "EACH p IN 7: p",
+                                        "EACH p IN 'text': p",
+                                        "EACH p IN #1: p",
+                                        "99999999999999999999999999",
+                                        "#99999999999999999999999999",
+                                        "'\\X2\\00'",
+                                        "\x01",
+                                        "\xFF"}) {
+        const OrxResult result = RunOnBoth(statement + "\n");
+        EXPECT_EQ(result.out, "") << statement;
+        EXPECT_EQ(result.status, 1) << statement;
+        EXPECT_THAT(result.err, ContainsRegex("^orx: script\\.orx:[0-9]+:[0-9]+: .+\n$"))
+            << statement;
+    }
+}
+
+TEST_F(Errors, TellTheColumnOfWhatCannotBeRead) {
+    EXPECT_THAT(Run("1 2\n").err, StartsWith("orx: script.orx:1:3: "));
+    EXPECT_THAT(Run("(1, *)\n").err, StartsWith("orx: script.orx:1:5: "));
+    EXPECT_THAT(Run("LET x 1\n").err, StartsWith("orx: script.orx:1:7: "));
+    EXPECT_THAT(Run("GetMemberCount((), )\n").err, StartsWith("orx: script.orx:1:20: "));
+}
+
+// An engine may get any text; it must not go down with it.
+TEST_F(Errors, ComeFromDeepNestingToo) {
+    const std::string open(200'000, '(');
+    const OrxResult unclosed = Run(open + "\n");
+    EXPECT_EQ(unclosed.status, 1);
+    EXPECT_THAT(unclosed.err, StartsWith("orx: script.orx:1:"));
+    const OrxResult closed = Run(open + "1" + std::string(200'000, ')') + "\n");
+    EXPECT_TRUE(closed.status == 0 || closed.status == 1) << closed.status;
+    // Long chains of attributes, too.
+    std::string path = "#1";
+    for (int i = 0; i < 100'000; ++i) path += ".S_NEXT";
+    const OrxResult attributes = RunOnBoth(path + "\n");
+    EXPECT_TRUE(attributes.status == 0 || attributes.status == 1) << attributes.status;
+}
+
+// ---- Going on
+
+TEST_F(Errors, DoNotStopARunThatKeepsGoing) {
+    const OrxResult result = Run("1\nNoFunction(1)\n3\n  nobody\nLET x = 5\nx\n", {"--keep-going"});
+    EXPECT_EQ(result.out, "1\n3\n5\n");
+    EXPECT_EQ(result.status, 1);
+    const std::vector<std::string> errors = Lines(result.err);
+    ASSERT_EQ(errors.size(), 2U) << result.err;
+    EXPECT_THAT(errors[0], StartsWith("orx: script.orx:2:1: "));
+    EXPECT_THAT(errors[1], StartsWith("orx: script.orx:4:3: "));
+}
+
+TEST_F(Errors, DoNotStopACallThatKeepsGoing) {
+    const OrxResult result = Call({"--keep-going", "NoFunction(1)", "2", "(", "4"});
+    EXPECT_EQ(result.out, "2\n4\n");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(Lines(result.err).size(), 2U) << result.err;
+}
+
+TEST_F(Errors, LeaveNothingToTellWhereARunKeepsGoingAndAllIsWell) {
+    ExpectPrints(Run("1\n2\n", {"--keep-going"}), "1\n2\n");
+}

@@ -1,0 +1,458 @@
+// The identifier strings of effectivities and configuration items, and the test of their form.
+
+#include <gmock/gmock.h>
+
+#include "ORXExUtilities.h"
+#include "TestModel.h"
+#include "TraceCapture.h"
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+namespace {
+
+constexpr char kIsSame0[] = "SdaiPrimitiveH IsSame0->";
+constexpr char kMissing[] = "KO : At least one of the entities doesn't exist";
+constexpr char kItemsFound[] = "Get the configuration_item entities in schema cdma : OK ";
+constexpr char kHandlersFound[] = "Get the configuration_handelr entities in schema cdma : OK ";
+constexpr char kNoDesign[] = "NO design on the current configuration_item";
+constexpr char kRetrieved[] = " The same Part has just been retrieved : OK ";
+constexpr char kEffectivityExists[] = "Effectivity exists : OK ";
+
+std::string Returned(const std::string& value) {
+    return ">> la valeur retournee est : " + value + " <<";
+}
+
+// The number of comparisons of instances that a trace shows.
+std::size_t Comparisons(const TraceCapture& trace) { return trace.Messages(kIsSame0).size() / 3; }
+
+// ---- ORXIdEff
+
+constexpr char kORXIdEff[] = "SdaiPrimitiveH ORXIdEff ->";
+constexpr char kBothExist[] = "Part & Effectivity exist : OK ";
+
+// Part #1 is designed by CFG1, #2 by the third item, #3 by none; the last item has no design.
+constexpr char kItems[] = R"(
+    #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
+    #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
+    #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$);
+    #11=CONFIGURATION_ITEM('CFG1',$,#1);
+    #12=CONFIGURATION_ITEM('without',$,$);
+    #13=CONFIGURATION_ITEM('CFG-3',$,#2);
+    #14=CONFIGURATION_ITEM('CFG-4',$,#2);
+    #15=CONFIGURATION_ITEM('last',$,$);
+    #21=DATE_EFFECTIVITY('D',$,$,$);
+    #22=RANGE_EFFECTIVITY('R',$,1,5);)";
+
+TEST(ORXIdEff, NamesTheFirstItemThatDesignsThePart) {
+    const TestModel model("cdma", kItems);
+    const struct {
+        unsigned long part;
+        const char* identifier;
+        std::vector<std::string> messages;
+        std::size_t comparisons;
+    } cases[] = {
+        {1, "S0003ORXS0004CFG1S0016date_effectivity", {kRetrieved}, 1},
+        {2, "S0003ORXS0005CFG-3S0016date_effectivity", {kNoDesign, kRetrieved}, 2},
+        // The last item visited stands in where none matches.
+        {3, "S0003ORXS0004lastS0016date_effectivity", {kNoDesign, kNoDesign}, 3},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(TextIn(ORXIdEff(model[c.part], model[21])), c.identifier);
+        TraceCapture trace;
+        EXPECT_EQ(TextIn(ORXIdEff(model[c.part], model[21])), c.identifier);
+        std::vector<std::string> messages{kBothExist, kItemsFound};
+        messages.insert(messages.end(), c.messages.begin(), c.messages.end());
+        messages.push_back(Returned(c.identifier));
+        EXPECT_THAT(trace.Messages(kORXIdEff), ElementsAreArray(messages));
+        EXPECT_EQ(Comparisons(trace), c.comparisons);
+    }
+}
+
+TEST(ORXIdEff, FallsBackOnTheItemThatIsLastInTheModelNotByNumber) {
+    const TestModel model("cdma", R"(
+        #30=CONFIGURATION_ITEM('first',$,#2);
+        #20=CONFIGURATION_ITEM('second',$,$);
+        #10=CONFIGURATION_ITEM('third',$,#2);
+        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
+        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
+        #21=RANGE_EFFECTIVITY('R',$,1,5);)");
+    EXPECT_EQ(TextIn(ORXIdEff(model[1], model[21])), "S0003ORXS0005thirdS0017range_effectivity");
+    EXPECT_EQ(TextIn(ORXIdEff(model[2], model[21])), "S0003ORXS0005firstS0017range_effectivity");
+}
+
+TEST(ORXIdEff, LeavesTheItemEmptyInAModelWithoutItems) {
+    const TestModel model("cdma",
+                          "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$);#2=RANGE_EFFECTIVITY('R',$,1,5);");
+    const char identifier[] = "S0003ORXS0000S0017range_effectivity";
+    EXPECT_EQ(TextIn(ORXIdEff(model[1], model[2])), identifier);
+    TraceCapture trace;
+    EXPECT_EQ(TextIn(ORXIdEff(model[1], model[2])), identifier);
+    EXPECT_THAT(trace.Messages(kORXIdEff),
+                ElementsAre(kBothExist, kItemsFound, Returned(identifier)));
+}
+
+TEST(ORXIdEff, AsksTheModelOfThePart) {
+    const TestModel parts("cdma", kItems);
+    const TestModel others("cdma",
+                           "#1=CONFIGURATION_ITEM('other',$,$);#2=RANGE_EFFECTIVITY('R',$,1,5);");
+    EXPECT_EQ(TextIn(ORXIdEff(parts[1], others[2])), "S0003ORXS0004CFG1S0017range_effectivity");
+}
+
+TEST(ORXIdEff, NamesTheTypeOfTheEffectivity) {
+    const struct {
+        const char* effectivity;
+        const char* field;
+    } cases[] = {
+        {"RANGE_EFFECTIVITY($,$,$,$)", "S0017range_effectivity"},
+        {"DATE_EFFECTIVITY($,$,$,$)", "S0016date_effectivity"},
+        {"OPTION_EFFECTIVITY($,$,'option_range',$,$,$,$,$)", "S0012option_range"},
+        {"OPTION_EFFECTIVITY($,$,'option_date',$,$,$,$,$)", "S0011option_date"},
+        // Any other text goes out as it is.
+        {"OPTION_EFFECTIVITY($,$,'Some other type',$,$,$,$,$)", "S0015Some other type"},
+        {"OPTION_EFFECTIVITY($,$,'',$,$,$,$,$)", "S0000"},
+        {"OPTION_EFFECTIVITY('E',$,$,'O',$,$,$,$)", "S0009UNDEFINED"},
+        {"CONFIGURATION_HANDLER('H',$)", "S0009UNDEFINED"},
+        // The kinds are tried in the order option, range, date.
+        {"(EFFECTIVITY_OBJECT($,$)OPTION_EFFECTIVITY('option_date',$,$,$,$,$)"
+         "RANGE_EFFECTIVITY(1,5))",
+         "S0011option_date"},
+        {"(EFFECTIVITY_OBJECT($,$)OPTION_EFFECTIVITY($,$,$,$,$,$)RANGE_EFFECTIVITY(1,5))",
+         "S0009UNDEFINED"},
+        {"(DATE_EFFECTIVITY($,$)EFFECTIVITY_OBJECT($,$)RANGE_EFFECTIVITY(1,5))",
+         "S0017range_effectivity"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.effectivity);
+        const TestModel model("cdma",
+                              "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$);"
+                              "#2=CONFIGURATION_ITEM('C',$,#1);#3=" +
+                                  std::string(c.effectivity) + ";");
+        EXPECT_EQ(TextIn(ORXIdEff(model[1], model[3])), std::string("S0003ORXS0001C") + c.field);
+    }
+}
+
+TEST(ORXIdEff, TakesAnEffectivityThatIsNoInstanceForOneOfNoKind) {
+    const TestModel model("cdma", kItems);
+    EXPECT_EQ(TextIn(ORXIdEff(model[1], "R"_h)), "S0003ORXS0004CFG1S0009UNDEFINED");
+}
+
+TEST(ORXIdEff, SurvivesAPartThatIsNoInstance) {
+    const TestModel model("cdma", kItems);
+    EXPECT_EQ(TextIn(ORXIdEff("P1"_h, model[21])).find("S0003ORX"), 0U);
+}
+
+TEST(ORXIdEff, IsEmptyValueForAMissingArgument) {
+    const TestModel model("cdma", kItems);
+    const SdaiPrimitiveH unset;
+    const std::pair<SdaiPrimitiveH, SdaiPrimitiveH> cases[] = {
+        {unset, model[21]}, {model[1], unset}, {unset, unset}};
+    for (const auto& [part, effectivity] : cases) {
+        EXPECT_EQ(TextIn(ORXIdEff(part, effectivity)), "EMPTY VALUE");
+        TraceCapture trace;
+        EXPECT_EQ(TextIn(ORXIdEff(part, effectivity)), "EMPTY VALUE");
+        EXPECT_THAT(trace.Messages(kORXIdEff), ElementsAre(kMissing, Returned("EMPTY VALUE")));
+    }
+}
+
+// ---- ORXIdCfg
+
+constexpr char kORXIdCfg[] = "SdaiPrimitiveH ORXIdCfg ->";
+constexpr char kItemExists[] = "Configuration Item exists : OK ";
+
+TEST(ORXIdCfg, AppendsTheFirstHandlerThatAppliesToTheDesign) {
+    const TestModel model("cdma", R"(
+        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
+        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
+        #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$);
+        #11=CONFIGURATION_ITEM('CFG1',$,#1);
+        #12=CONFIGURATION_ITEM('CFG2',$,#2);
+        #13=CONFIGURATION_ITEM('CFG3',$,#3);
+        #21=CONFIGURATION_HANDLER('H7',#1);
+        #22=CONFIGURATION_HANDLER('without',$);
+        #23=CONFIGURATION_HANDLER('handler 2',#2);
+        #24=CONFIGURATION_HANDLER('H9',#2);
+        #25=CONFIGURATION_HANDLER('last',$);)");
+    const struct {
+        unsigned long item;
+        const char* identifier;
+        std::vector<std::string> messages;
+        std::size_t comparisons;
+    } cases[] = {
+        {11, "S0003ORXS0004CFG1S0002H7", {kRetrieved}, 1},
+        {12, "S0003ORXS0004CFG2S0009handler 2", {kNoDesign, kRetrieved}, 2},
+        // No fall-back here.
+        {13, "S0003ORXS0004CFG3", {kNoDesign, kNoDesign}, 3},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(TextIn(ORXIdCfg(model[c.item])), c.identifier);
+        TraceCapture trace;
+        EXPECT_EQ(TextIn(ORXIdCfg(model[c.item])), c.identifier);
+        std::vector<std::string> messages{kItemExists, kHandlersFound};
+        messages.insert(messages.end(), c.messages.begin(), c.messages.end());
+        messages.push_back(Returned(c.identifier));
+        EXPECT_THAT(trace.Messages(kORXIdCfg), ElementsAreArray(messages));
+        EXPECT_EQ(Comparisons(trace), c.comparisons);
+    }
+}
+
+TEST(ORXIdCfg, HasNoThirdFieldInAModelWithoutHandlers) {
+    const TestModel model(
+        "cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$);#2=CONFIGURATION_ITEM('CFG1',$,#1);");
+    TraceCapture trace;
+    EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORXS0004CFG1");
+    EXPECT_THAT(trace.Messages(kORXIdCfg),
+                ElementsAre(kItemExists, kHandlersFound, Returned("S0003ORXS0004CFG1")));
+}
+
+TEST(ORXIdCfg, HasNoThirdFieldForAnItemWithoutDesign) {
+    const TestModel model("cdma", R"(
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #2=CONFIGURATION_ITEM('CFG1',$,$);
+        #3=CONFIGURATION_HANDLER('H1',$);
+        #4=CONFIGURATION_HANDLER('H2',#1);)");
+    EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORXS0004CFG1");
+}
+
+TEST(ORXIdCfg, WritesLengthsInFourDigits) {
+    const struct {
+        std::string id;
+        const char* length;
+    } cases[] = {
+        {"", "0000"},
+        {"C", "0001"},
+        {std::string(12, 'C'), "0012"},
+        {std::string(999, 'C'), "0999"},
+        {std::string(9999, 'C'), "9999"},
+        // What four digits cannot hold takes more.
+        {std::string(10000, 'C'), "10000"},
+        // Characters count, not bytes of an encoding.
+        {"\xE9t\xE9", "0003"},
+        // A text may look like fields.
+        {"S0003ORXS0000", "0013"},
+    };
+    const TestModel model("cdma", R"(
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #2=CONFIGURATION_ITEM('C',$,#1);
+        #3=CONFIGURATION_HANDLER('H',#1);)");
+    auto* item = static_cast<SdaiAppInstance*>(InstanceIn(model[2]));
+    auto* handler = static_cast<SdaiAppInstance*>(InstanceIn(model[3]));
+    for (const auto& c : cases) {
+        item->PutAttr("id", Handle(c.id));
+        handler->PutAttr("id", Handle(c.id));
+        const std::string field = std::string("S") + c.length + c.id;
+        EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORX" + field + field);
+    }
+}
+
+TEST(ORXIdCfg, TakesAnUnsetIdForAnEmptyOne) {
+    const TestModel model("cdma", R"(
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #2=CONFIGURATION_ITEM('C',$,#1);
+        #3=CONFIGURATION_HANDLER('H',#1);)");
+    static_cast<SdaiAppInstance*>(InstanceIn(model[2]))->PutAttr("id", SdaiPrimitiveH());
+    EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORXS0000S0001H");
+    static_cast<SdaiAppInstance*>(InstanceIn(model[3]))->PutAttr("id", SdaiPrimitiveH());
+    EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORXS0000S0000");
+}
+
+TEST(ORXIdCfg, IsEmptyValueForAMissingItem) {
+    EXPECT_EQ(TextIn(ORXIdCfg(SdaiPrimitiveH())), "EMPTY VALUE");
+    TraceCapture trace;
+    EXPECT_EQ(TextIn(ORXIdCfg(SdaiPrimitiveH())), "EMPTY VALUE");
+    EXPECT_THAT(trace.Messages(kORXIdCfg), ElementsAre("KO : Configuration Item doesn't exist"));
+}
+
+TEST(ORXIdCfg, TakesAValueThatIsNoInstanceForAnItemOfNothing) {
+    EXPECT_EQ(TextIn(ORXIdCfg("CFG1"_h)), "S0003ORXS0000");
+}
+
+// ---- ConcatEffAtb
+
+constexpr char kConcatEffAtb[] = "SdaiPrimitiveH ConcatEffAtb ->";
+
+TEST(ConcatEffAtb, PacksTypeOptionAndId) {
+    const struct {
+        const char* effectivity;
+        const char* attributes;
+    } cases[] = {
+        {"RANGE_EFFECTIVITY('R12',$,1,5)", "S0005rangeS0003R12"},
+        {"RANGE_EFFECTIVITY($,$,1,5)", "S0005rangeS0000"},
+        {"RANGE_EFFECTIVITY('',$,1,5)", "S0005rangeS0000"},
+        {"DATE_EFFECTIVITY('D 1',$,$,$)", "S0004dateS0003D 1"},
+        {"DATE_EFFECTIVITY($,$,$,$)", "S0004dateS0000"},
+        {"OPTION_EFFECTIVITY('E07',$,'option_date','O1',$,$,$,$)",
+         "S0011option_dateS0002O1S0003E07"},
+        {"OPTION_EFFECTIVITY('E07',$,'option_range','O1',$,$,$,$)",
+         "S0012option_rangeS0002O1S0003E07"},
+        {"OPTION_EFFECTIVITY('E07',$,$,'O1',$,$,$,$)", "S0000S0002O1S0003E07"},
+        {"OPTION_EFFECTIVITY('E07',$,'option_range',$,$,$,$,$)", "S0012option_rangeS0000S0003E07"},
+        {"OPTION_EFFECTIVITY($,$,'option_range','O1',$,$,$,$)", "S0012option_rangeS0002O1S0000"},
+        {"OPTION_EFFECTIVITY($,$,$,$,$,$,$,$)", "S0000S0000S0000"},
+        {"OPTION_EFFECTIVITY('E',$,'anything','O',$,$,$,$)", "S0008anythingS0001OS0001E"},
+        // The kinds are tried in the order option, range, date.
+        {"(EFFECTIVITY_OBJECT('E',$)OPTION_EFFECTIVITY($,'O',$,$,$,$)RANGE_EFFECTIVITY(1,5))",
+         "S0000S0001OS0001E"},
+        {"(DATE_EFFECTIVITY($,$)EFFECTIVITY_OBJECT('E',$)RANGE_EFFECTIVITY(1,5))",
+         "S0005rangeS0001E"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.effectivity);
+        const TestModel model("cdma", std::string("#1=") + c.effectivity + ";");
+        EXPECT_EQ(TextIn(ConcatEffAtb(model[1])), c.attributes);
+        TraceCapture trace;
+        EXPECT_EQ(TextIn(ConcatEffAtb(model[1])), c.attributes);
+        EXPECT_THAT(trace.Messages(kConcatEffAtb),
+                    ElementsAre(kEffectivityExists, Returned(c.attributes)));
+    }
+}
+
+TEST(ConcatEffAtb, IsEmptyValueForAnotherType) {
+    const TestModel model("cdma", "#1=CONFIGURATION_ITEM('C',$,$);");
+    for (const SdaiPrimitiveH& other : {model[1], "R12"_h, 12_h}) {
+        EXPECT_EQ(TextIn(ConcatEffAtb(other)), "EMPTY VALUE");
+        TraceCapture trace;
+        EXPECT_EQ(TextIn(ConcatEffAtb(other)), "EMPTY VALUE");
+        EXPECT_THAT(trace.Messages(kConcatEffAtb),
+                    ElementsAre(kEffectivityExists, "UNKNOWN EffectivityEMPTY VALUE <<"));
+    }
+}
+
+TEST(ConcatEffAtb, IsEmptyValueForAnotherTypeWithTheAttributes) {
+    const TestModel model(
+        "SCHEMA small; ENTITY effectivity; id, option_type, option_id : STRING; END_ENTITY;"
+        "END_SCHEMA;",
+        "#1=EFFECTIVITY('E','option_range','O');");
+    EXPECT_EQ(TextIn(ConcatEffAtb(model[1])), "EMPTY VALUE");
+}
+
+TEST(ConcatEffAtb, IsEmptyValueForAMissingEffectivity) {
+    EXPECT_EQ(TextIn(ConcatEffAtb(SdaiPrimitiveH())), "EMPTY VALUE");
+    TraceCapture trace;
+    EXPECT_EQ(TextIn(ConcatEffAtb(SdaiPrimitiveH())), "EMPTY VALUE");
+    EXPECT_THAT(trace.Messages(kConcatEffAtb), ElementsAre("KO : Effectivity doesn't exist"));
+}
+
+// ---- HasAORXValue
+
+constexpr char kHasAORXValue[] = "SdaiPrimitiveH HasAORXValue ->";
+constexpr char kStepItemExists[] = "CONFIGURATION_ITEM exists : OK ";
+constexpr char kOrx[] = ">> ORX DESCRIPTION OK <<";
+constexpr char kNoOrx[] = ">> NO ORX DESCRIPTION <<";
+constexpr char kBadFormat[] = "NOT a good format";
+constexpr char kPastTheEnd[] = "On se moque";
+constexpr char kNoLength[] = "On se moque encore";
+constexpr char kSomethingElse[] = "j'abandonne";
+
+TEST(HasAORXValue, AcceptsThreeFieldsAndNothingElse) {
+    const TestModel model("CONFIG_CONTROL_DESIGN", "#1=CONFIGURATION_ITEM('C','',$,$,$);");
+    auto* item = static_cast<SdaiAppInstance*>(InstanceIn(model[1]));
+    const struct {
+        const char* description;
+        const char* last;  // what is traced last, kOrx for those that are accepted
+    } cases[] = {
+        {"S0003ORXS0004CFG1S0002H7", kOrx},
+        // What the fields say does not matter.
+        {"S0003orxS0004CFG1S0002H7", kOrx},
+        {"S0000S0000S0000", kOrx},
+        {"S0005rangeS0000S0000", kOrx},
+        {"S0003ORXS0005S0001S0000", kOrx},
+        {"S0003ORXS0000S0005S0000", kOrx},
+        // Nor do blanks around a length.
+        {"S  3 ORXS4   CFG1S   2H7", kOrx},
+        // Too short for a field with the tag.
+        {"", "NOT a ORX DESCRIPTION : length = 0"},
+        {"S", "NOT a ORX DESCRIPTION : length = 1"},
+        {"S0003OR", "NOT a ORX DESCRIPTION : length = 7"},
+        // One field, two fields: the next marker is not there.
+        {"S0003ORX", kBadFormat},
+        {"S0003ORXS0004CFG1", kBadFormat},
+        {"s0003ORXS0004CFG1S0002H7", kBadFormat},
+        {"S0003ORXI0004CFG1S0002H7", kBadFormat},
+        {"S0003ORXS0004CFG1R0002H7", kBadFormat},
+        {"S0004ORXS0004CFG1S0002H7", kBadFormat},
+        {"        ", kBadFormat},
+        // The first or second field goes on past the end.
+        {"S0009ORX", kPastTheEnd},
+        {"S9999ORXS0004CFG1S0002H7", kPastTheEnd},
+        {"S0003ORXS0099CFG1S0002H7", kPastTheEnd},
+        {"S0003ORXS0005CFG1", kPastTheEnd},
+        // No number where the length should stand, or nothing at all.
+        {"S000xORXS0004CFG1S0002H7", kNoLength},
+        {"SxxxxORXS0004CFG1S0002H7", kNoLength},
+        {"S    ORXS0004CFG1S0002H7", kNoLength},
+        {"S0003ORXS0004CFG1S 2 H7", kNoLength},
+        {"S0003ORXSabcdCFG1S0002H7", kNoLength},
+        {"S0003ORXS0004CFG1SORX2H7", kNoLength},
+        {"S0003ORXS", kNoLength},
+        {"S0003ORXS0004CFG1S", kNoLength},
+        // The third field ends before the text does, or after it.
+        {"S0003ORXS0004CFG1S0002H7x", kSomethingElse},
+        {"S0003ORXS0004CFG1S0002H7S0000", kSomethingElse},
+        {"S0003ORXS0004CFG1S0003H7", kSomethingElse},
+        {"S0003ORXS0004CFG1S0001H7", kSomethingElse},
+        {"S0003ORXS0004CFG1S0000H7", kSomethingElse},
+        {"S0003ORXS0004CFG1S9999H7", kSomethingElse},
+        // A length of fewer digits at the very end is a number, too.
+        {"S0003ORXS0004CFG1S00", kSomethingElse},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.description);
+        item->PutAttr("DESCRIPTION", Handle(c.description));
+        const bool accepted = c.last == kOrx;
+        EXPECT_EQ(IsTrue(HasAORXValue(model[1])), accepted);
+        TraceCapture trace;
+        const SdaiPrimitiveH result = HasAORXValue(model[1]);
+        EXPECT_EQ(IsTrue(result), accepted);
+        EXPECT_EQ(IsFalse(result), !accepted);
+        EXPECT_THAT(trace.Messages(kHasAORXValue), ElementsAre(kStepItemExists, c.last));
+    }
+}
+
+TEST(HasAORXValue, IsFalseWithoutADescription) {
+    const TestModel model("CONFIG_CONTROL_DESIGN",
+                          "#1=CONFIGURATION_ITEM('C','',$,$,$);#2=DIRECTION('',(0.,0.,1.));");
+    for (const SdaiPrimitiveH& item : {model[1], model[2], "S0003ORXS0004CFG1S0002H7"_h}) {
+        EXPECT_TRUE(IsFalse(HasAORXValue(item)));
+        TraceCapture trace;
+        EXPECT_TRUE(IsFalse(HasAORXValue(item)));
+        EXPECT_THAT(
+            trace.Messages(kHasAORXValue),
+            ElementsAre(kStepItemExists, "NO DESCRIPTION attribute on CONFIGURATION_ITEM", kNoOrx));
+    }
+}
+
+TEST(HasAORXValue, IsFalseForAMissingItem) {
+    EXPECT_TRUE(IsFalse(HasAORXValue(SdaiPrimitiveH())));
+    TraceCapture trace;
+    EXPECT_TRUE(IsFalse(HasAORXValue(SdaiPrimitiveH())));
+    EXPECT_THAT(trace.Messages(kHasAORXValue),
+                ElementsAre("KO : CONFIGURATION_ITEM doesn't exist", kNoOrx));
+}
+
+TEST(HasAORXValue, TakesADescriptionThatIsNoTextForAnEmptyOne) {
+    const TestModel model(
+        "SCHEMA small; ENTITY configuration_item; description : INTEGER; END_ENTITY; END_SCHEMA;",
+        "#1=CONFIGURATION_ITEM(12345678);");
+    TraceCapture trace;
+    EXPECT_TRUE(IsFalse(HasAORXValue(model[1])));
+    EXPECT_THAT(trace.Messages(kHasAORXValue),
+                ElementsAre(kStepItemExists, "NOT a ORX DESCRIPTION : length = 0"));
+}
+
+TEST(HasAORXValue, AcceptsWhatORXIdCfgWritesForAnItemWithAHandler) {
+    const TestModel database("cdma", R"(
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #2=CONFIGURATION_ITEM('CFG1',$,#1);
+        #3=CONFIGURATION_HANDLER('H7',#1);)");
+    const TestModel step("CONFIG_CONTROL_DESIGN", "#1=CONFIGURATION_ITEM('C','',$,$,$);");
+    auto* item = static_cast<SdaiAppInstance*>(InstanceIn(step[1]));
+    item->PutAttr("DESCRIPTION", ORXIdCfg(database[2]));
+    EXPECT_TRUE(IsTrue(HasAORXValue(step[1])));
+    // Without a handler there are only two fields.
+    static_cast<SdaiAppInstance*>(InstanceIn(database[3]))->PutAttr("apply", SdaiPrimitiveH());
+    item->PutAttr("DESCRIPTION", ORXIdCfg(database[2]));
+    EXPECT_TRUE(IsFalse(HasAORXValue(step[1])));
+}
+
+}  // namespace
