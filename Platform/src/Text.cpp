@@ -145,6 +145,7 @@ KORUnicodeString& KORUnicodeString::Append(const KORUnicodeString& text) {
 }
 
 KORUnicodeString& KORUnicodeString::Append(std::string_view text) {
+    if (text.empty()) return *this;
     const std::size_t length = size_ + text.size();
     if (!shared_ && length <= kSmall) {
         std::memmove(small_ + size_, text.data(), text.size());

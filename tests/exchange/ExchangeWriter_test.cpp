@@ -134,7 +134,7 @@ TEST(ExchangeWriter, WritesTypeNamesOfTheDatabaseSchemaInUpperCase) {
     const DataSet dataSet = exchange::NewDataSet(exchange::BuiltInSchema("cdma"), "new");
     New(dataSet, "part_object")->PutAttr("S_PART_NUMBER", SdaiString("P1"));
     const std::string text = exchange::ToExchangeText(dataSet);
-    EXPECT_THAT(text, HasSubstr("#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);"));
+    EXPECT_THAT(text, HasSubstr("#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);"));
     Messages messages;
     const DataSet again =
         exchange::ParseDataSet(text, "again", exchange::SchemaCatalog(), {}, messages);

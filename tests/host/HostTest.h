@@ -55,8 +55,8 @@ inline std::string Assembly() {
 // Two parts and an effectivity of the database.
 inline std::string Database() {
     return ExchangeFile("cdma",
-                        "#1=PART_OBJECT('P-1',$,$,$,'Bolt M6',$,$,$,$);\n"
-                        "#2=PART_OBJECT('P-2',$,$,$,$,$,$,$,$);\n"
+                        "#1=PART_OBJECT('P-1',$,$,$,'Bolt M6',$,$,$,$,$);\n"
+                        "#2=PART_OBJECT('P-2',$,$,$,$,$,$,$,$,$);\n"
                         "#5=DATE_EFFECTIVITY('E1',$,'12312099235959',$);\n");
 }
 

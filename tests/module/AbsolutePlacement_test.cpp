@@ -420,7 +420,7 @@ TEST(GetAbsPlacement, GivesTheIdentityForAnInstanceThatIsNoLink) {
 }
 
 TEST(GetAbsPlacement, GivesTheIdentityInASchemaWithoutContexts) {
-    const TestModel model("cdma", "#3=part_link('1',$,$);");
+    const TestModel model("cdma", "#3=part_link('1',$,$,$,$,$,$);");
     const Call call(model[3]);
     EXPECT_EQ(call.placement, kIdentity);
     EXPECT_THAT(call.messages,

@@ -21,16 +21,16 @@ namespace {
 // A car #1 with two axles #2 and a body #3, an axle with two wheels #4, and a wheel #5 that looks
 // like #4 and is in no assembly.
 constexpr char kCar[] = R"(
-    #1=part_object('CAR',$,$,$,$,(#11,#12,#13),$,$,$);
-    #2=part_object('AXLE',$,$,$,$,(#14,#15),$,$,$);
-    #3=part_object('BODY',$,$,$,$,$,$,$,$);
-    #4=part_object('WHEEL',$,$,$,$,(),$,$,$);
-    #5=part_object('WHEEL',$,$,$,$,(),$,$,$);
-    #11=part_link('1',#2,$);
-    #12=part_link('2',#3,$);
-    #13=part_link('3',#2,$);
-    #14=part_link('4',#4,$);
-    #15=part_link('5',#4,$);)";
+    #1=part_object('CAR',$,$,$,$,(#11,#12,#13),$,$,$,$);
+    #2=part_object('AXLE',$,$,$,$,(#14,#15),$,$,$,$);
+    #3=part_object('BODY',$,$,$,$,$,$,$,$,$);
+    #4=part_object('WHEEL',$,$,$,$,(),$,$,$,$);
+    #5=part_object('WHEEL',$,$,$,$,(),$,$,$,$);
+    #11=part_link('1',$,#2,$,$,$,$);
+    #12=part_link('2',$,#3,$,$,$,$);
+    #13=part_link('3',$,#2,$,$,$,$);
+    #14=part_link('4',$,#4,$,$,$,$);
+    #15=part_link('5',$,#4,$,$,$,$);)";
 
 // A result and its trace, with the same result untraced.
 struct Traced {
@@ -182,7 +182,7 @@ TEST(IsInAssembly, NamesThePartsInTheTrace) {
 }
 
 TEST(IsInAssembly, KeepsTheBracketsOfPartsWithoutNumbers) {
-    const TestModel model("cdma", "#1=part_object($,$,$,$,$,(#2),$,$,$);#2=part_link('1',#1,$);");
+    const TestModel model("cdma", "#1=part_object($,$,$,$,$,(#2),$,$,$,$);#2=part_link('1',$,#1,$,$,$,$);");
     EXPECT_THAT(TraceIsInAssembly(model[1], model[1]).messages,
                 ElementsAre("iRootPart: []", "iLeafPart: []", "KORASS ok pour []",
                             "Valeur de retour: [TRUE]"));
@@ -230,17 +230,17 @@ TEST(UseOfAPart, IsNoneForValuesThatAreNoInstances) {
 }
 
 TEST(UseOfAPart, IncludesThePartItselfWhenItListsItself) {
-    const TestModel model("cdma", "#1=part_object('P',$,$,$,$,(#2),$,$,$);#2=part_link('1',#1,$);");
+    const TestModel model("cdma", "#1=part_object('P',$,$,$,$,(#2),$,$,$,$);#2=part_link('1',$,#1,$,$,$,$);");
     EXPECT_TRUE(IsTrue(IsInAssembly(model[1], model[1])));
     EXPECT_EQ(RealIn(QuantifyRef(model[1], model[1])), 1);
 }
 
 TEST(UseOfAPart, IsPassedOverByLinksThatLeadNowhere) {
     const TestModel model("cdma", R"(
-        #1=part_object('P',$,$,$,$,(#3,#4,#3),$,$,$);
-        #2=part_object('Q',$,$,$,$,$,$,$,$);
-        #3=part_link('1',$,$);
-        #4=part_link('2',#2,$);)");
+        #1=part_object('P',$,$,$,$,(#3,#4,#3),$,$,$,$);
+        #2=part_object('Q',$,$,$,$,$,$,$,$,$);
+        #3=part_link('1',$,$,$,$,$,$);
+        #4=part_link('2',$,#2,$,$,$,$);)");
     const Traced isIn = TraceIsInAssembly(model[1], model[2]);
     EXPECT_TRUE(IsTrue(isIn.result));
     EXPECT_EQ(isIn.comparisons, 2);
@@ -252,9 +252,9 @@ TEST(UseOfAPart, IsPassedOverByLinksThatLeadNowhere) {
 // The same link twice in a list is two uses.
 TEST(QuantifyRef, CountsALinkAsOftenAsItIsListed) {
     const TestModel model("cdma", R"(
-        #1=part_object('P',$,$,$,$,(#3,#3,#3),$,$,$);
-        #2=part_object('Q',$,$,$,$,$,$,$,$);
-        #3=part_link('1',#2,$);)");
+        #1=part_object('P',$,$,$,$,(#3,#3,#3),$,$,$,$);
+        #2=part_object('Q',$,$,$,$,$,$,$,$,$);
+        #3=part_link('1',$,#2,$,$,$,$);)");
     EXPECT_EQ(RealIn(QuantifyRef(model[1], model[2])), 3);
 }
 
@@ -264,10 +264,10 @@ TEST(QuantifyRef, CountsManyLinks) {
     for (int id = 10; id < 1010; ++id) {
         const std::string link = "#" + std::to_string(id);
         list += (list.empty() ? "" : ",") + link;
-        links += link + "=part_link(''," + (id % 2 == 0 ? "#1" : "#2") + ",$);";
+        links += link + "=part_link('',$," + (id % 2 == 0 ? "#1" : "#2") + ",$,$,$,$);";
     }
     const TestModel model("cdma", "#1=part_object('P',$,$,$,$,(" + list +
-                                      "),$,$,$);#2=part_object('Q',$,$,$,$,$,$,$,$);" + links);
+                                      "),$,$,$,$);#2=part_object('Q',$,$,$,$,$,$,$,$,$);" + links);
     EXPECT_EQ(RealIn(QuantifyRef(model[1], model[2])), 500);
     EXPECT_EQ(RealIn(QuantifyRef(model[1], model[1])), 500);
 }
@@ -374,12 +374,12 @@ TEST_P(ModelDocLink, IsNoneOfAnInstanceOfAnotherType) {
 
 TEST(IsModelDocLinked, ReadsTheDocumentsOfTheDatabase) {
     const TestModel model("cdma", R"(
-        #1=part_object('P',$,$,$,$,$,(),(),(#3));
-        #2=part_object('Q',$,$,$,$,$,(#4),$,$);
+        #1=part_object('P',$,$,$,$,$,(),(),(#3),$);
+        #2=part_object('Q',$,$,$,$,$,(#4),$,$,$);
         #3=CDM_DOCUMENT($,$,$,$);
         #4=model_object('m',$,$,$,$,$);
-        #5=part_object('R',$,$,$,$,(#6),$,$,$);
-        #6=part_link('1',#1,$);)");
+        #5=part_object('R',$,$,$,$,(#6),$,$,$,$);
+        #6=part_link('1',$,#1,$,$,$,$);)");
     EXPECT_TRUE(IsTrue(IsModelDocLinked(model[1])));
     EXPECT_TRUE(IsTrue(IsModelDocLinked(model[2])));
     EXPECT_TRUE(IsFalse(IsModelDocLinked(model[5]))) << "links to components are no documents";

@@ -104,14 +104,14 @@ TEST(ConcatModelAtb, TracesTheKey) {
 // ---- ConcatPartAtb
 
 TEST(ConcatPartAtb, WritesNumberChangeVersionAndType) {
-    ExpectKeys(ConcatPartAtb, {{"PART_OBJECT('W-1','A',3,'wheel','a description',$,$,$,$)",
+    ExpectKeys(ConcatPartAtb, {{"PART_OBJECT('W-1','A',3,'wheel','a description',$,$,$,$,$)",
                                 "S0003W-1S0001AI00013S0005wheel"},
-                               {"PART_OBJECT('','',-1,'','',$,$,$,$)", "S0000S0000I0002-1S0000"}});
+                               {"PART_OBJECT('','',-1,'','',$,$,$,$,$)", "S0000S0000I0002-1S0000"}});
 }
 
 TEST(ConcatPartAtb, WritesAnUnsetAttributeAsAnEmptyField) {
-    ExpectKeys(ConcatPartAtb, {{"PART_OBJECT($,$,$,$,$,$,$,$,$)", "S0000S0000I0000S0000"},
-                               {"PART_OBJECT('W-1',$,3,$,$,$,$,$,$)", "S0003W-1S0000I00013S0000"}});
+    ExpectKeys(ConcatPartAtb, {{"PART_OBJECT($,$,$,$,$,$,$,$,$,$)", "S0000S0000I0000S0000"},
+                               {"PART_OBJECT('W-1',$,3,$,$,$,$,$,$,$)", "S0003W-1S0000I00013S0000"}});
 }
 
 TEST(ConcatPartAtb, HasNoValueWhenThePartIsMissing) {
@@ -122,7 +122,7 @@ TEST(ConcatPartAtb, HasNoValueWhenThePartIsMissing) {
 
 TEST(ConcatPartAtb, TracesTheKey) {
     TraceCapture trace;
-    KeyOf(ConcatPartAtb, "PART_OBJECT('W-1','A',3,'wheel',$,$,$,$,$)");
+    KeyOf(ConcatPartAtb, "PART_OBJECT('W-1','A',3,'wheel',$,$,$,$,$,$)");
     EXPECT_THAT(trace.Messages(kConcatPartAtb),
                 ElementsAre("the ORXPart existe",
                             "la valeur retournee est S0003W-1S0001AI00013S0005wheel"));
@@ -229,7 +229,7 @@ TEST(ConcatDocAtb, TracesTheTableAndTheKey) {
 TEST(ConcatAtb, WritesKeysThatDecodeFieldByField) {
     const TestModel model("cdma", R"(
         #1=MODEL_OBJECT('Wheel','S0001X',-7,'','a nickname',$);
-        #2=PART_OBJECT('W 1','I0',12,$,$,$,$,$,$);
+        #2=PART_OBJECT('W 1','I0',12,$,$,$,$,$,$,$);
         #3=CDM_DOCUMENT('TXT','Manual','','A4');
         #4=CDM_DOCCAD('CAD','Wheel','note');
         #5=CDM_DOCNOTE('NOTE','Wheel','note');)");

@@ -33,9 +33,9 @@ constexpr char kBothExist[] = "Part & Effectivity exist : OK ";
 
 // Part #1 is designed by CFG1, #2 by the third item, #3 by none; the last item has no design.
 constexpr char kItems[] = R"(
-    #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
-    #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
-    #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$);
+    #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
+    #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
+    #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$,$);
     #11=CONFIGURATION_ITEM('CFG1',$,#1);
     #12=CONFIGURATION_ITEM('without',$,$);
     #13=CONFIGURATION_ITEM('CFG-3',$,#2);
@@ -74,8 +74,8 @@ TEST(ORXIdEff, FallsBackOnTheItemThatIsLastInTheModelNotByNumber) {
         #30=CONFIGURATION_ITEM('first',$,#2);
         #20=CONFIGURATION_ITEM('second',$,$);
         #10=CONFIGURATION_ITEM('third',$,#2);
-        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
-        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
+        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
+        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
         #21=RANGE_EFFECTIVITY('R',$,1,5);)");
     EXPECT_EQ(TextIn(ORXIdEff(model[1], model[21])), "S0003ORXS0005thirdS0017range_effectivity");
     EXPECT_EQ(TextIn(ORXIdEff(model[2], model[21])), "S0003ORXS0005firstS0017range_effectivity");
@@ -83,7 +83,7 @@ TEST(ORXIdEff, FallsBackOnTheItemThatIsLastInTheModelNotByNumber) {
 
 TEST(ORXIdEff, LeavesTheItemEmptyInAModelWithoutItems) {
     const TestModel model("cdma",
-                          "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$);#2=RANGE_EFFECTIVITY('R',$,1,5);");
+                          "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);#2=RANGE_EFFECTIVITY('R',$,1,5);");
     const char identifier[] = "S0003ORXS0000S0017range_effectivity";
     EXPECT_EQ(TextIn(ORXIdEff(model[1], model[2])), identifier);
     TraceCapture trace;
@@ -125,7 +125,7 @@ TEST(ORXIdEff, NamesTheTypeOfTheEffectivity) {
     for (const auto& c : cases) {
         SCOPED_TRACE(c.effectivity);
         const TestModel model("cdma",
-                              "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$);"
+                              "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);"
                               "#2=CONFIGURATION_ITEM('C',$,#1);#3=" +
                                   std::string(c.effectivity) + ";");
         EXPECT_EQ(TextIn(ORXIdEff(model[1], model[3])), std::string("S0003ORXS0001C") + c.field);
@@ -162,9 +162,9 @@ constexpr char kItemExists[] = "Configuration Item exists : OK ";
 
 TEST(ORXIdCfg, AppendsTheFirstHandlerThatAppliesToTheDesign) {
     const TestModel model("cdma", R"(
-        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
-        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
-        #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$);
+        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
+        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
+        #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$,$);
         #11=CONFIGURATION_ITEM('CFG1',$,#1);
         #12=CONFIGURATION_ITEM('CFG2',$,#2);
         #13=CONFIGURATION_ITEM('CFG3',$,#3);
@@ -198,7 +198,7 @@ TEST(ORXIdCfg, AppendsTheFirstHandlerThatAppliesToTheDesign) {
 
 TEST(ORXIdCfg, HasNoThirdFieldInAModelWithoutHandlers) {
     const TestModel model(
-        "cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$);#2=CONFIGURATION_ITEM('CFG1',$,#1);");
+        "cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);#2=CONFIGURATION_ITEM('CFG1',$,#1);");
     TraceCapture trace;
     EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORXS0004CFG1");
     EXPECT_THAT(trace.Messages(kORXIdCfg),
@@ -207,7 +207,7 @@ TEST(ORXIdCfg, HasNoThirdFieldInAModelWithoutHandlers) {
 
 TEST(ORXIdCfg, HasNoThirdFieldForAnItemWithoutDesign) {
     const TestModel model("cdma", R"(
-        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
         #2=CONFIGURATION_ITEM('CFG1',$,$);
         #3=CONFIGURATION_HANDLER('H1',$);
         #4=CONFIGURATION_HANDLER('H2',#1);)");
@@ -232,7 +232,7 @@ TEST(ORXIdCfg, WritesLengthsInFourDigits) {
         {"S0003ORXS0000", "0013"},
     };
     const TestModel model("cdma", R"(
-        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
         #2=CONFIGURATION_ITEM('C',$,#1);
         #3=CONFIGURATION_HANDLER('H',#1);)");
     auto* item = static_cast<SdaiAppInstance*>(InstanceIn(model[2]));
@@ -247,7 +247,7 @@ TEST(ORXIdCfg, WritesLengthsInFourDigits) {
 
 TEST(ORXIdCfg, TakesAnUnsetIdForAnEmptyOne) {
     const TestModel model("cdma", R"(
-        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
         #2=CONFIGURATION_ITEM('C',$,#1);
         #3=CONFIGURATION_HANDLER('H',#1);)");
     static_cast<SdaiAppInstance*>(InstanceIn(model[2]))->PutAttr("id", SdaiPrimitiveH());
@@ -442,7 +442,7 @@ TEST(HasAORXValue, TakesADescriptionThatIsNoTextForAnEmptyOne) {
 
 TEST(HasAORXValue, AcceptsWhatORXIdCfgWritesForAnItemWithAHandler) {
     const TestModel database("cdma", R"(
-        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
         #2=CONFIGURATION_ITEM('CFG1',$,#1);
         #3=CONFIGURATION_HANDLER('H7',#1);)");
     const TestModel step("CONFIG_CONTROL_DESIGN", "#1=CONFIGURATION_ITEM('C','',$,$,$);");

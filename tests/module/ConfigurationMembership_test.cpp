@@ -34,8 +34,8 @@ constexpr char kIn[] = ">> Part IS IN CfgItem <<";
 
 // Two parts with equal values, and items that design the first one, the second one and none.
 constexpr char kItems[] = R"(
-    #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
-    #2=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+    #1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
+    #2=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
     #11=CONFIGURATION_ITEM('C1',$,#1);
     #12=CONFIGURATION_ITEM('C2',$,#2);
     #13=CONFIGURATION_ITEM('C3',$,$);)";
@@ -112,10 +112,10 @@ constexpr char kNotConfigurated[] = ">> Part IS NOT configurated <<";
 
 // Five items; the second has no design, and the last but one has that of the third.
 constexpr char kFiveItems[] = R"(
-    #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
-    #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
-    #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$);
-    #4=PART_OBJECT('P4',$,$,$,$,$,$,$,$);
+    #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
+    #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
+    #3=PART_OBJECT('P3',$,$,$,$,$,$,$,$,$);
+    #4=PART_OBJECT('P4',$,$,$,$,$,$,$,$,$);
     #11=CONFIGURATION_ITEM('C1',$,#1);
     #12=CONFIGURATION_ITEM('C2',$,$);
     #13=CONFIGURATION_ITEM('C3',$,#3);
@@ -158,7 +158,7 @@ TEST(IsPartConfigurated, IsFalseForAPartThatNoItemDesigns) {
 }
 
 TEST(IsPartConfigurated, IsFalseInAModelWithoutItems) {
-    const TestModel model("cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$);");
+    const TestModel model("cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);");
     TraceCapture trace;
     EXPECT_TRUE(IsFalse(IsPartConfigurated(model[1])));
     EXPECT_THAT(trace.Messages(kIsPartConfigurated),
@@ -170,8 +170,8 @@ TEST(IsPartConfigurated, FollowsTheModelsOrderWhateverTheNumbers) {
         #30=CONFIGURATION_ITEM('C1',$,#1);
         #20=CONFIGURATION_ITEM('C2',$,$);
         #10=CONFIGURATION_ITEM('C3',$,#2);
-        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);
-        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);)");
+        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
+        #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);)");
     TraceCapture trace;
     EXPECT_TRUE(IsTrue(IsPartConfigurated(model[1])));
     EXPECT_THAT(trace.Messages(kIsPartConfigurated),
@@ -180,7 +180,7 @@ TEST(IsPartConfigurated, FollowsTheModelsOrderWhateverTheNumbers) {
 
 TEST(IsPartConfigurated, AsksTheModelOfThePart) {
     const TestModel other("cdma", kFiveItems);
-    const TestModel model("cdma", "#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);");
+    const TestModel model("cdma", "#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);");
     EXPECT_TRUE(IsFalse(IsPartConfigurated(model[1])));
     EXPECT_TRUE(IsTrue(IsPartConfigurated(other[1])));
 }
@@ -217,16 +217,16 @@ constexpr char kUsed[] = ">> Effectivity USED by Part<<";
 
 // Parts #1 to #5 are configured, #6 is not; #11 to #13 are links of #1, #14 is one of #6.
 constexpr char kLinks[] = R"(
-    #1=PART_OBJECT('P1',$,$,$,$,(#11,#12,#13),$,$,$);
-    #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$);
-    #3=PART_OBJECT('P3',$,$,$,$,(),$,$,$);
-    #4=PART_OBJECT('P4',$,$,$,$,(#12,#12),$,$,$);
-    #5=PART_OBJECT('P5',$,$,$,$,(#13),$,$,$);
-    #6=PART_OBJECT('P6',$,$,$,$,(#14),$,$,$);
-    #11=PART_LINK('L',#2,$);
-    #12=PART_LINK('L',#2,$);
-    #13=PART_LINK('L',#3,$);
-    #14=PART_LINK('L',#2,$);
+    #1=PART_OBJECT('P1',$,$,$,$,(#11,#12,#13),$,$,$,$);
+    #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
+    #3=PART_OBJECT('P3',$,$,$,$,(),$,$,$,$);
+    #4=PART_OBJECT('P4',$,$,$,$,(#12,#12),$,$,$,$);
+    #5=PART_OBJECT('P5',$,$,$,$,(#13),$,$,$,$);
+    #6=PART_OBJECT('P6',$,$,$,$,(#14),$,$,$,$);
+    #11=PART_LINK('L',$,#2,$,$,$,$);
+    #12=PART_LINK('L',$,#2,$,$,$,$);
+    #13=PART_LINK('L',$,#3,$,$,$,$);
+    #14=PART_LINK('L',$,#2,$,$,$,$);
     #21=CONFIGURATION_ITEM('C1',$,#1);
     #22=CONFIGURATION_ITEM('C2',$,#2);
     #23=CONFIGURATION_ITEM('C3',$,#3);
@@ -384,10 +384,10 @@ TEST(IsUsedByPart, IsFalseForLinksThatAreNoAggregates) {
 
 TEST(IsUsedByPart, FindsNoLinkAmongMembersThatAreUnset) {
     const TestModel model("cdma", R"(
-        #1=PART_OBJECT('P1',$,$,$,$,($,#2),$,$,$);
-        #2=PART_LINK('L',#1,$);
+        #1=PART_OBJECT('P1',$,$,$,$,($,#2),$,$,$,$);
+        #2=PART_LINK('L',$,#1,$,$,$,$);
         #3=CONFIGURATION_ITEM('C1',$,#1);
-        #4=PART_LINK('L',#1,$);
+        #4=PART_LINK('L',$,#1,$,$,$,$);
         #5=RANGE_EFFECTIVITY('E',($,#4),1,5);)");
     TraceCapture trace;
     EXPECT_TRUE(IsFalse(IsUsedByPart(model[1], model[5])));

@@ -400,7 +400,7 @@ TEST(EffectivityStrings, AreReadAsTheyWereWritten) {
 
 TEST(ConfigurationStrings, AreReadAsTheyWereWritten) {
     const TestModel database("cdma", R"(
-        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+        #1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
         #2=CONFIGURATION_ITEM('C',$,#1);
         #3=CONFIGURATION_HANDLER('H',#1);
         #11=RANGE_EFFECTIVITY('E',$,1,5);

@@ -396,9 +396,9 @@ constexpr char kStepData[] = R"(
 )";
 
 constexpr char kDatabaseData[] = R"(
-    #1=PART_OBJECT('ROOT','A',1,'t','d',(#3,#13),(#4),(),(#5));
-    #2=PART_OBJECT($,$,$,$,$,$,$,$,$);
-    #3=PART_LINK('l',#2,$);
+    #1=PART_OBJECT('ROOT','A',1,'t','d',(#3,#13),(#4),(),(#5),$);
+    #2=PART_OBJECT($,$,$,$,$,$,$,$,$,$);
+    #3=PART_LINK('l',$,#2,$,$,$,$);
     #4=MODEL_OBJECT('Wheel','3D',7,'A','','V5');
     #5=CDM_DOCUMENT('T','N','O','F');
     #6=RANGE_EFFECTIVITY('R',(#3),1,5);
@@ -408,9 +408,9 @@ constexpr char kDatabaseData[] = R"(
     #10=CONFIGURATION_HANDLER('H',#1);
     #11=CDMA_ID(#1,'1A','2B','ENV','TAB');
     #12=CDMA_ID(#2,$,'no number',7,(1));
-    #13=PART_LINK(5,'text',$);
+    #13=PART_LINK(5,$,'text',$,$,$,$);
     #14=CDMA_REVISION_HISTORY((#11));
-    #15=PART_OBJECT(1,2.5,'text',.T.,$,'text',5,#1,(1.,2.));
+    #15=PART_OBJECT(1,2.5,'text',.T.,$,'text',5,#1,(1.,2.),$);
     #16=RANGE_EFFECTIVITY(5,'text','text',.T.);
     #17=DATE_EFFECTIVITY(5,#3,5,(1,2));
 )";

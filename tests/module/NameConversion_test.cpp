@@ -476,7 +476,7 @@ TEST(ORX_GetModelId_Exp, IsMadeOfTheSoftwareVersionAlone) {
 TEST(ORX_GetModelId_Exp, TakesTheModelsOfTheDatabase) {
     const TestModel model("cdma", R"(
 #1=MODEL_OBJECT('n','a b',3,$,$,'R 1');
-#2=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+#2=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
 )");
     EXPECT_EQ(TextIn(ORX_GetModelId_Exp(model[1])),
               "R\xB1"

@@ -25,9 +25,9 @@ const SdaiPrimitiveH kMissing;
 // A part with a link, a configuration and effectivities; an assembly link with its shapes.
 const TestModel& Database() {
     static const TestModel data("cdma", R"(
-        #1=PART_OBJECT('ROOT','A',1,'t',$,(#3),$,$,$);
-        #2=PART_OBJECT('LEAF','A',1,'t',$,$,$,$,$);
-        #3=PART_LINK('l',#2,$);
+        #1=PART_OBJECT('ROOT','A',1,'t',$,(#3),$,$,$,$);
+        #2=PART_OBJECT('LEAF','A',1,'t',$,$,$,$,$,$);
+        #3=PART_LINK('l',$,#2,$,$,$,$);
         #4=CONFIGURATION_ITEM('C','',#1);
         #5=RANGE_EFFECTIVITY('R',(#3),1,5);
         #6=DATE_EFFECTIVITY('D',(#3),'01012000000000','00000000000000');

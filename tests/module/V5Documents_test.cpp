@@ -29,7 +29,7 @@ const TestModel& Documents() {
 #3=CDM_DOCNOTE('TXT','unread','S0001X');
 #4=CDM_DOCUMENT($,$,$,$);
 #5=CDM_DOCUMENT('','','','');
-#6=PART_OBJECT('P',$,$,$,$,$,$,$,$);
+#6=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
 )");
     return model;
 }

@@ -30,7 +30,7 @@ const char* const kRemoveLabel = "SdaiPrimitiveH RemoveValueVersion ->";
 
 // Rows of a data set: a part, and a record of its identity, which is as good as its Coid.
 std::string Part(long id) {
-    return "#" + std::to_string(id) + "=PART_OBJECT('P',$,$,$,$,$,$,$,$);\n";
+    return "#" + std::to_string(id) + "=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);\n";
 }
 std::string Record(long id, long part, const std::string& coid) {
     return "#" + std::to_string(id) + "=CDMA_ID(#" + std::to_string(part) + ",'" + coid +

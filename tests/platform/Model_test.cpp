@@ -127,7 +127,7 @@ TEST(Dictionary, NamesTypesAndAttributesInUpperCase) {
 }
 
 TEST(Dictionary, NamesWhatIsInTheDatabaseAsTheSchemaSpellsIt) {
-    const TestModel model("cdma", "#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$);#2=CDM_DOCCAD($,$,$);");
+    const TestModel model("cdma", "#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);#2=CDM_DOCCAD($,$,$);");
     EXPECT_EQ(model.Model().SchemaName().View(), "cdma");
     EXPECT_EQ(model.Model().Underlying_schema()->Name().View(), "cdma");
     EXPECT_EQ(model[1].GetInstanceType()->Name().View(), "part_object");
