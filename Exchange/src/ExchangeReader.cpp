@@ -456,6 +456,7 @@ class Reader {
 
     // A value with the name of its type: KEYWORD(value).
     Cell TypedValue(const Domain* domain, int depth) {
+        CheckDepth(depth);
         const Place place = Here();
         const std::string name(Keyword());
         const Domain* choice = nullptr;
@@ -477,10 +478,14 @@ class Reader {
         return Model().NewTyped(SdaiString(name), value.Take());
     }
 
-    Cell List(const Domain* domain, int depth) {
+    void CheckDepth(int depth) {
         if (depth > kDeepestNesting) {
             FailHere("values nested more than " + std::to_string(kDeepestNesting) + " deep");
         }
+    }
+
+    Cell List(const Domain* domain, int depth) {
+        CheckDepth(depth);
         const Domain* element = domain != nullptr && domain->base == Domain::Base::Aggregate
                                     ? domain->element
                                     : nullptr;
@@ -670,8 +675,8 @@ class Reader {
         current_ = id;
         Expect('=');
         const EntityType& entity = TakeIf('(') ? ComplexInstance() : SimpleInstance();
-        Expect(';');
         if (Model().Find(id) != nullptr) Fail(place, "a second instance #" + std::to_string(id));
+        Expect(';');
         Model().Create(*Model().TypeOf(entity), id, cells_);
         cells_.clear();
         current_.reset();
@@ -691,9 +696,8 @@ class Reader {
             const char c = *in_.at++;
             if (c == '\n') in_.NewLine(in_.at);
             if (c != ';') continue;
-            const char* next = in_.at;
-            while (Is(*next, kSpace) || *next == '\n') ++next;
-            if (*next == '#' || *next == 'E' || next == in_.end) return;
+            Skip();
+            if (*in_.at == '#' || *in_.at == 'E') return;
         }
     }
 

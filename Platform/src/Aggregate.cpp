@@ -10,6 +10,8 @@ using kor::Tag;
 
 namespace {
 
+constexpr std::size_t kMostMembers = std::numeric_limits<std::uint32_t>::max();
+
 // The layout in which a single value could stand.
 KORAggregateAccess::Layout LayoutFor(Tag tag) {
     switch (tag) {
@@ -89,14 +91,13 @@ SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
 // ---- Growing and shrinking
 
 void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
-    constexpr std::size_t kMost = std::numeric_limits<std::uint32_t>::max();
-    if (count > kMost) throw std::length_error("an aggregate of more than 4,294,967,295 members");
+    if (count > kMostMembers) throw std::length_error("an aggregate of more than 4,294,967,295 members");
     // Where the members stand in memory of the model's (capacity 0), growing moves them out of it.
     if (count <= aggregate.capacity_ || (count <= aggregate.count_ && aggregate.capacity_ == 0)) {
         return;
     }
     const std::size_t capacity =
-        std::min(kMost, std::max({count, std::size_t{2} * aggregate.count_, std::size_t{4}}));
+        std::min(kMostMembers, std::max({count, std::size_t{2} * aggregate.count_, std::size_t{4}}));
     void* members = ::operator new(capacity* MemberSize(aggregate.layout_));
     if (aggregate.count_ != 0) {
         std::memcpy(members, aggregate.members_, aggregate.count_ * MemberSize(aggregate.layout_));
@@ -129,10 +130,9 @@ void SdaiAggrInstance::Append(const SdaiPrimitiveH& value) {
     kor::CellHolder cell(kor::ToCell(value, nullptr));
     const Layout layout = LayoutFor(cell.Get().GetTag());
     if (count_ == 0 && layout != layout_ && !realList_) {
-        // The first member decides how the members stand.
-        if (capacity_ != 0) ::operator delete(members_);
-        members_ = nullptr;
-        capacity_ = 0;
+        // The first member decides how the members stand, in the room that may be reserved.
+        const std::size_t room = capacity_ * MemberSize(layout_) / MemberSize(layout);
+        capacity_ = static_cast<std::uint32_t>(std::min(room, kMostMembers));
         layout_ = layout;
     } else if (layout != layout_) {
         KORAggregateAccess::MakeCells(*this);

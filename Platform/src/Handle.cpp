@@ -90,8 +90,11 @@ SdaiSelectH::SdaiSelectH(const SdaiPrimitiveH& value) : SdaiSelectH(value.value_
 }
 
 SdaiSelectH::SdaiSelectH(const SdaiString& definedType, const SdaiPrimitiveH& value)
-    : kind_(Kind::Typed), select_(true) {
+    : SdaiSelectH() {
+    if (!value.exists()) return;
     typed_ = new KORTypedValue{{1}, definedType, value};
+    kind_ = Kind::Typed;
+    select_ = true;
 }
 
 SdaiPrimitiveH SdaiSelectH::getValue() const {
@@ -297,18 +300,32 @@ SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
     }
 }
 
+namespace {
+
+// Exactly: not every integer has a real.
+bool IsEqual(long integer, double real) {
+    constexpr double kBeyond = 9223372036854775808.0;  // 2 to the power 63
+    return real >= -kBeyond && real < kBeyond && static_cast<double>(integer) == real &&
+           integer == static_cast<long>(real);
+}
+
+}  // namespace
+
 SdaiLogical SdaiPrimitiveH::operator==(const SdaiPrimitiveH& other) const {
     using Kind = SdaiSelectH::Kind;
     const SdaiSelectH& a = value_.Held();
     const SdaiSelectH& b = other.value_.Held();
     if (a.kind_ == Kind::Unset || b.kind_ == Kind::Unset) return {};
-    const auto isNumber = [](Kind kind) { return kind == Kind::Integer || kind == Kind::Real; };
     const auto isTruth = [](Kind kind) { return kind == Kind::Logical || kind == Kind::Boolean; };
     if (a.kind_ == Kind::Integer && b.kind_ == Kind::Integer) {
         return SdaiBoolean(a.integer_ == b.integer_);
     }
-    if (isNumber(a.kind_) && isNumber(b.kind_)) {
-        return SdaiBoolean(static_cast<double>(*this) == static_cast<double>(other));
+    if (a.kind_ == Kind::Real && b.kind_ == Kind::Real) return SdaiBoolean(a.real_ == b.real_);
+    if (a.kind_ == Kind::Integer && b.kind_ == Kind::Real) {
+        return SdaiBoolean(IsEqual(a.integer_, b.real_));
+    }
+    if (a.kind_ == Kind::Real && b.kind_ == Kind::Integer) {
+        return SdaiBoolean(IsEqual(b.integer_, a.real_));
     }
     if (isTruth(a.kind_) && isTruth(b.kind_)) return a.logical_ == b.logical_;
     const SdaiAggrInstance* members = *this;

@@ -107,8 +107,11 @@ void KORPSNTrace::Open() {
 }
 
 void KORPSNTrace::Close() {
-    GetLigne().GetStream() << Indent(GetIndent()) << label_ << " }\n";
-    Out();
+    // The trace may have been switched off since.
+    if (LevelIsActive(level_) != 0) {
+        GetLigne().GetStream() << Indent(GetIndent()) << label_ << " }\n";
+        Out();
+    }
     --depth;
 }
 

@@ -311,12 +311,15 @@ Walk WalkTo(Trace& trace, SdaiEntityInstance* part, const SdaiName& entity,
     while (instance.Next()) {
         walk.last = instance.GetCurrentMember();
         SdaiEntityInstance* referred = reference(walk.last);
-        if (referred == nullptr) {
-            trace.Line("NO design on the current configuration_item");
-        } else if (IsSame0Of(part, referred)) {
+        if (referred != nullptr) {
+            if (!IsSame0Of(part, referred)) continue;
             trace.Line(" The same Part has just been retrieved : OK ");
             walk.match = walk.last;
             break;
+        }
+        // What is set but no instance is a design all the same.
+        if (trace.IsActive() && !SdaiPrimitiveH(walk.last).TestAttr(attribute)) {
+            trace.Line("NO design on the current configuration_item");
         }
     }
     return walk;

@@ -13,6 +13,8 @@ SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH
                 trace.Line("Nom de model en base: ", given);
                 trace.Line("On remplace les blancs par des ", kFileBlank);
                 result = ToFileName(given, kModelExtension);
+                // Without the extension.
+                trace.Line("Nom de model traite : ", result.View().substr(0, given.View().size()));
             } else {
                 trace.Line("Conversion file name - >NARVO name ");
                 trace.Line("Nom du fichier: ", given);
@@ -27,8 +29,8 @@ SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH
                 trace.Line("Longueur: ", shortened.GetLengthInChar());
                 trace.Line("On remplace les ", kFileBlank, " par des blancs");
                 result = ToDatabaseName(shortened);
+                trace.Line("Nom de model traite : ", result);
             }
-            trace.Line("Nom de model traite : ", result);
         }
         trace.Line("le nom du modele retourne: >", result, "<");
     });
