@@ -341,7 +341,7 @@ class Reader {
             }
             return Cell::Of(Tag::Real, negative ? -value : value);
         }
-        return Cell::Of(Tag::Real, Real(start, at, scale + count > 0));
+        return Cell::Of(Tag::Real, Real(start, at));
     }
 
     void TooLong(const char* start, const char* at) {
@@ -353,7 +353,7 @@ class Reader {
     Cell Integer(const char* start, const char* end, bool realExpected) {
         TooLong(start, end);
         // A number without a point where a real is declared is a real.
-        if (realExpected) return Cell::Of(Tag::Real, Real(start, end, true));
+        if (realExpected) return Cell::Of(Tag::Real, Real(start, end));
         long value = 0;
         const char* digits = start + (*start == '+' ? 1 : 0);
         if (std::from_chars(digits, end, value).ec != std::errc()) {
@@ -363,15 +363,34 @@ class Reader {
         return Cell::Of(Tag::Integer, value);
     }
 
-    double Real(const char* start, const char* end, bool large) {
+    double Real(const char* start, const char* end) {
         const char* digits = start + (*start == '+' ? 1 : 0);
         double value = 0;
         if (std::from_chars(digits, end, value).ec != std::errc::result_out_of_range) return value;
-        if (large) {
+        if (IsLarge(digits, end)) {
             Fail(in_.PlaceOf(start),
                  "a real out of range: " + Quoted({start, static_cast<std::size_t>(end - start)}));
         }
         return *start == '-' ? -0.0 : 0.0;  // too small for a double
+    }
+
+    // Whether a number that no double holds is too large rather than too small: whether its first
+    // digit that is not 0 stands before the point, once the exponent has moved the point.
+    static bool IsLarge(const char* start, const char* end) {
+        const char* const exponentSign =
+            std::find_if(start, end, [](char c) { return c == 'E' || c == 'e'; });
+        const char* const point = std::find(start, exponentSign, '.');
+        const char* const first =
+            std::find_if(start, exponentSign, [](char c) { return c >= '1' && c <= '9'; });
+        long exponent = 0;
+        if (exponentSign != end) {
+            const char* digits = exponentSign + (exponentSign[1] == '+' ? 2 : 1);
+            // More digits than an exponent can have say no more than that it is large.
+            if (std::from_chars(digits, end, exponent).ec == std::errc::result_out_of_range) {
+                exponent = std::numeric_limits<int>::max() * (*digits == '-' ? -1L : 1L);
+            }
+        }
+        return point - first + exponent > 0;
     }
 
     // A string, its opening apostrophe taken.
@@ -669,17 +688,35 @@ class Reader {
     }
 
     // A statement of the data section; its "#" has been taken.
-    void Instance() {
+    void Instance(int depth = 0) {
         const Place place = in_.PlaceOf(in_.at - 1);
         const std::uint64_t id = InstanceName();
         current_ = id;
         Expect('=');
+        if (TakeIf('&')) Scope(id, depth);
         const EntityType& entity = TakeIf('(') ? ComplexInstance() : SimpleInstance();
         if (Model().Find(id) != nullptr) Fail(place, "a second instance #" + std::to_string(id));
         Expect(';');
         Model().Create(*Model().TypeOf(entity), id, cells_);
         cells_.clear();
         current_.reset();
+    }
+
+    // &SCOPE #2=...; ENDSCOPE /#2/: the instances that belong to instance `id`, which itself
+    // follows, and those of them that others may use (first edition only). In a model they are like
+    // others.
+    void Scope(std::uint64_t id, int depth) {
+        CheckDepth(depth);
+        if (!TakeWord("SCOPE")) FailHere("SCOPE expected, found " + Found());
+        while (TakeIf('#')) Instance(depth + 1);
+        if (!TakeWord("ENDSCOPE")) FailHere("ENDSCOPE expected, found " + Found());
+        current_ = id;
+        if (!TakeIf('/')) return;
+        do {
+            Expect('#');
+            InstanceName();
+        } while (TakeIf(','));
+        Expect('/');
     }
 
     void ReleaseCells() {
@@ -737,16 +774,33 @@ class Reader {
         for (;;) {
             Skip();
             if (in_.AtEnd()) Fail(start, "a section without ENDSEC;");
-            if (*in_.at == '\'') {
-                ++in_.at;
-                ReleaseCell(String());
-            } else if (Is(*in_.at, kLetter)) {
-                const std::string_view word = Word();
-                if (word == "ENDSEC" && TakeIf(';')) return;
+            const char c = *in_.at;
+            if (c == '\'') {
+                SkipPast('\'');
+            } else if (c == '<') {
+                SkipPast('>');  // an address
+            } else if (TakeWord("ENDSEC")) {
+                if (TakeIf(';')) return;
+            } else if (Is(c, kLetter | kDigit)) {
+                for (; Is(*in_.at, kLetter | kDigit); in_.Ahead()) ++in_.at;
             } else {
                 ++in_.at;
             }
         }
+    }
+
+    // Past what stands between this character and the next one that is `end`. A doubled apostrophe
+    // in a string ends one string and begins another, for all that matters.
+    void SkipPast(char end) {
+        const Place start = Here();
+        for (;;) {
+            ++in_.at;
+            in_.Ahead();
+            if (in_.AtEnd()) Fail(start, std::string("there is no ") + end + " to this");
+            if (*in_.at == '\n') in_.NewLine(in_.at + 1);
+            if (*in_.at == end) break;
+        }
+        ++in_.at;
     }
 
     void Header() {
@@ -821,7 +875,8 @@ class Reader {
     void SettleReferences() {
         std::vector<std::uint64_t> missing = Model().SettleReferences();
         // What refers to a broken instance is sound itself.
-        if (!options_.lenient) std::erase_if(missing, [&](auto id) { return broken_.contains(id); });
+        if (!options_.lenient)
+            std::erase_if(missing, [&](auto id) { return broken_.contains(id); });
         if (missing.empty()) return;
         // Where they stand is not kept while reading: sound files need not pay for it.
         in_.progress = nullptr;
@@ -835,8 +890,7 @@ class Reader {
                 Skip();
                 if (in_.AtEnd()) return;
                 if (*in_.at == '\'') {
-                    ++in_.at;
-                    ReleaseCell(String());
+                    SkipPast('\'');
                 } else if (*in_.at == '#') {
                     const Place place = Here();
                     ++in_.at;

@@ -224,7 +224,7 @@ class Parser {
         for (const Simple& simple : kSimple) {
             if (!TakeWord(simple.word)) continue;
             type.simple = simple.type;
-            if (TakeSymbol('(')) SkipTo(')');  // the width of a string, the precision of a real
+            if (IsSymbol('(')) SkipParentheses();  // the width of a string, the precision of a real
             TakeWord("FIXED");
             if (type.simple == kor::SimpleType::Generic) SkipLabel();
             return type;

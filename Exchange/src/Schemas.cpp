@@ -32,12 +32,13 @@ struct BuiltIn {
 
 const std::vector<BuiltIn>& BuiltIns() {
     static const std::vector<BuiltIn> kBuiltIns{
-        {"CONFIG_CONTROL_DESIGN", {k_resources, k_config_control_design}},
-        {"AUTOMOTIVE_DESIGN", {k_resources, k_later_editions}},
-        {"PDM_SCHEMA", {k_resources, k_later_editions}},
+        {"CONFIG_CONTROL_DESIGN", {k_resources, k_config_control_design, k_named_area_units}},
+        {"AUTOMOTIVE_DESIGN", {k_resources, k_later_editions, k_derived_area_units}},
+        {"PDM_SCHEMA", {k_resources, k_later_editions, k_named_area_units}},
         {"AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF",
-         {k_resources, k_later_editions}},
-        {"AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF", {k_resources, k_later_editions}},
+         {k_resources, k_later_editions, k_derived_area_units}},
+        {"AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF",
+         {k_resources, k_later_editions, k_derived_area_units}},
         {"cdma", {k_cdma}},
     };
     return kBuiltIns;

@@ -66,7 +66,7 @@ void Evaluator::RunEach(const Statement& statement) {
         variables_[statement.variable] = member;
         if (statement.where != nullptr) {
             const SdaiPrimitiveH holds = Evaluate(*statement.where);
-            if (!static_cast<const SdaiLogical&>(holds)) continue;
+            if (static_cast<const SdaiLogical&>(holds) != sdaiLTRUE) continue;
         }
         values.clear();
         for (const Item& item : statement.items) {
@@ -124,8 +124,8 @@ void Evaluator::Add(const Item& item) const {
     if (SdaiAggrInstance* members = present) {
         members->Append(value);
     } else if (present.exists()) {
-        throw ScriptError(item.position, "'" + item.name + "' is no aggregate but " +
-                                             ToText(present, session_));
+        throw ScriptError(item.position,
+                          "'" + item.name + "' is no aggregate but " + ToText(present, session_));
     } else {
         SdaiAggrInstance first;
         first.Append(value);

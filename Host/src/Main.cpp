@@ -1,5 +1,6 @@
 // orx: calls the mapping functions on data sets. See `orx --help`.
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -357,22 +358,23 @@ int CallOrRun(const Options& options) {
 
 // ---- The command line
 
-void AddSchemaAndModelOptions(CLI::App& command, Options& options) {
+CLI::Option* AddSchemaAndModelOptions(CLI::App& command, Options& options) {
     command.add_option("-s,--schema", options.schemas, "an EXPRESS schema (again for more)")
         ->type_name("FILE")
-        ->expected(1)
-        ->take_all();
-    command
-        .add_option_function<std::string>(
-            "-m,--model",
-            [&options](const std::string& argument) {
-                options.models.push_back({false, argument});
-            },
-            "a data set (again for more); NAME is the file's stem unless given")
-        ->type_name("[NAME=]FILE")
-        ->trigger_on_parse();
+        ->allow_extra_args(false);
+    CLI::Option* model =
+        command
+            .add_option_function<std::string>(
+                "-m,--model",
+                [&options](const std::string& argument) {
+                    options.models.push_back({false, argument});
+                },
+                "a data set (again for more); NAME is the file's stem unless given")
+            ->type_name("[NAME=]FILE")
+            ->trigger_on_parse();
     command.add_flag("--lenient", options.lenient, "read damaged files as far as they go");
     command.add_flag("--json", options.json, "one JSON object a result (UTF-8)");
+    return model;
 }
 
 void AddEvaluationOptions(CLI::App& command, Options& options) {
@@ -393,14 +395,27 @@ void AddEvaluationOptions(CLI::App& command, Options& options) {
         .add_option("-o,--save", options.saves,
                     "write a model after the last statement (again for more)")
         ->type_name("NAME=FILE")
-        ->expected(1)
-        ->take_all();
+        ->allow_extra_args(false);
     command.add_flag("--keep-going", options.keepGoing, "go on after a statement that fails");
     command.add_option("--module", options.module, "another build of the module")
         ->type_name("FILE");
 }
 
+// Gives the standard streams that are closed a place that cannot be used, lest a file that is
+// opened takes it.
+void HoldStandardStreams() {
+    for (;;) {
+        const int descriptor = open("/dev/null", O_RDONLY);
+        if (descriptor < 0) return;
+        if (descriptor > STDERR_FILENO) {
+            close(descriptor);
+            return;
+        }
+    }
+}
+
 int Main(int argc, char** argv) {
+    HoldStandardStreams();
     Options options;
     CLI::App app("Calls the mapping functions of ORXExUtilities on data sets.", "orx");
     app.set_version_flag("--version", "orx " ORX_VERSION);
@@ -410,7 +425,7 @@ int Main(int argc, char** argv) {
     functions->add_flag("--json", options.json, "one JSON object a function");
     CLI::App* describe =
         app.add_subcommand("describe", "schema, instance counts by type, undeclared types");
-    AddSchemaAndModelOptions(*describe, options);
+    AddSchemaAndModelOptions(*describe, options)->required();
     CLI::App* call = app.add_subcommand("call", "evaluate expressions, one result a line");
     AddEvaluationOptions(*call, options);
     call->add_option("EXPRESSION", options.expressions, "expressions or statements")->required();

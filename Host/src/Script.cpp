@@ -1,5 +1,6 @@
 #include "Script.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -13,7 +14,23 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool IsWordCharacter(char c) { return IsLetter(c) || IsDigit(c); }
 
+// Expressions are read, evaluated and destroyed recursively.
+constexpr int kDeepestNesting = 1000;
+
+void CheckNesting(int depth, Position position) {
+    if (depth > kDeepestNesting) {
+        throw ScriptError(
+            position, "expressions nested more than " + std::to_string(kDeepestNesting) + " deep");
+    }
+}
+
 ExpressionPtr Make(Expression&& expression) {
+    const auto grow = [&expression](const ExpressionPtr& below) {
+        expression.height = std::max(expression.height, below->height + 1);
+    };
+    for (const ExpressionPtr& operand : expression.operands) grow(operand);
+    for (const Assignment& assignment : expression.assignments) grow(assignment.value);
+    CheckNesting(expression.height, expression.position);
     return std::make_unique<Expression>(std::move(expression));
 }
 
@@ -43,8 +60,6 @@ class ScriptReader::Parser {
     }
 
   private:
-    static constexpr int kDeepestNesting = 200;
-
     // ---- Statements
 
     Statement ParseStatement() {
@@ -134,10 +149,7 @@ class ScriptReader::Parser {
     // ---- Expressions
 
     ExpressionPtr ParseExpression() {
-        if (++depth_ > kDeepestNesting) {
-            throw ScriptError(Here(), "expressions nested more than " +
-                                          std::to_string(kDeepestNesting) + " deep");
-        }
+        CheckNesting(++depth_, Here());
         SkipToItem();
         ExpressionPtr expression = ParsePrimary();
         for (;;) {

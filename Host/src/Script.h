@@ -78,6 +78,7 @@ struct Expression {
     std::uint64_t id = 0;
     std::vector<ExpressionPtr> operands{};
     std::vector<Assignment> assignments{};
+    int height = 1;  // of the tree of expressions under this one
 };
 
 struct Item {

@@ -91,13 +91,14 @@ SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
 // ---- Growing and shrinking
 
 void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
-    if (count > kMostMembers) throw std::length_error("an aggregate of more than 4,294,967,295 members");
+    if (count > kMostMembers)
+        throw std::length_error("an aggregate of more than 4,294,967,295 members");
     // Where the members stand in memory of the model's (capacity 0), growing moves them out of it.
     if (count <= aggregate.capacity_ || (count <= aggregate.count_ && aggregate.capacity_ == 0)) {
         return;
     }
-    const std::size_t capacity =
-        std::min(kMostMembers, std::max({count, std::size_t{2} * aggregate.count_, std::size_t{4}}));
+    const std::size_t capacity = std::min(
+        kMostMembers, std::max({count, std::size_t{2} * aggregate.count_, std::size_t{4}}));
     void* members = ::operator new(capacity* MemberSize(aggregate.layout_));
     if (aggregate.count_ != 0) {
         std::memcpy(members, aggregate.members_, aggregate.count_ * MemberSize(aggregate.layout_));

@@ -54,7 +54,25 @@ void EntityType::InheritFrom(const EntityType& supertype) {
             known->domain = inherited.domain;
         }
     }
+    renamed_.insert(renamed_.end(), supertype.renamed_.begin(), supertype.renamed_.end());
     for (const EntityType* kind : supertype.lineage_) AddKind(*kind);
+}
+
+// Makes the slots known by the names of their attributes, where a name is not taken yet.
+void EntityType::AddNames() {
+    const auto slotOf = [this](const Attribute* attribute) {
+        return std::find_if(slots_.begin(), slots_.end(),
+                            [=](const Slot& slot) { return slot.attribute == attribute; });
+    };
+    for (const Slot& slot : slots_) {
+        if (slot.attribute == nullptr) continue;
+        attributes_.Add(slot.attribute->folded, static_cast<int>(&slot - slots_.data()));
+    }
+    for (const Renamed& renamed : renamed_) {
+        const auto slot = slotOf(renamed.attribute);
+        if (slot == slots_.end()) continue;
+        attributes_.Add(renamed.name, static_cast<int>(slot - slots_.begin()));
+    }
 }
 
 std::vector<std::string> EntityType::AttributeNames() const {
@@ -92,16 +110,13 @@ std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const Enti
         const std::span<const Slot> own = part->OwnSlots();
         type->slots_.insert(type->slots_.end(), own.begin(), own.end());
         type->parts_.push_back({part->folded_, first, type->slots_.size() - first});
-        for (std::size_t i = first; i < type->slots_.size(); ++i) {
-            const Attribute* attribute = type->slots_[i].attribute;
-            if (attribute != nullptr) type->attributes_.Add(attribute->folded, static_cast<int>(i));
-        }
     }
     // One part may narrow or derive what another one declares. A supertype that is not among the
     // parts has no values here.
     const std::size_t slotCount = type->slots_.size();
     for (const EntityType* part : parts) type->InheritFrom(*part);
     type->slots_.resize(slotCount);
+    type->AddNames();
     return type;
 }
 
@@ -240,8 +255,15 @@ class Schema::Resolver {
         }
     }
 
-    // Lists what each select may hold, with the selects among its members replaced by theirs.
+    // Lists what each select may hold, with the selects among its members replaced by theirs, and
+    // with what those add that extend it.
     void ResolveSelects() {
+        std::multimap<std::string, const TypeDeclaration*> extensions;
+        for (const auto& [domain, declaration] : selects_) {
+            if (!declaration->basedOn.empty()) {
+                extensions.emplace(Folded(declaration->basedOn), declaration);
+            }
+        }
         for (const auto& [domain, declaration] : selects_) {
             std::set<std::string> seen;
             std::vector<const TypeDeclaration*> open{declaration};
@@ -250,6 +272,10 @@ class Schema::Resolver {
                 open.pop_back();
                 std::vector<std::string> members = select.members;
                 if (!select.basedOn.empty()) members.push_back(select.basedOn);
+                const auto [first, last] = extensions.equal_range(Folded(select.name));
+                for (auto extension = first; extension != last; ++extension) {
+                    members.push_back(extension->second->name);
+                }
                 for (const std::string& member : members) {
                     if (seen.insert(Folded(member)).second)
                         AddChoice(*domain, member, select, open);
@@ -326,9 +352,7 @@ class Schema::Resolver {
                 Declare(type, attribute);
             }
         }
-        for (std::size_t i = 0; i < type.slots_.size(); ++i) {
-            type.attributes_.Add(type.slots_[i].attribute->folded, static_cast<int>(i));
-        }
+        type.AddNames();
         type.parts_.push_back({type.folded_, 0, type.slots_.size()});
     }
 
@@ -363,9 +387,7 @@ class Schema::Resolver {
         slot->derived |= declaration.derived;
         slot->domain = DomainOf(declaration.type);
         if (!declaration.name.empty()) {
-            type.renamed_.push_back(Folded(declaration.name));
-            type.attributes_.Add(type.renamed_.back(),
-                                 static_cast<int>(slot - type.slots_.begin()));
+            type.renamed_.push_back({Folded(declaration.name), attribute});
         }
     }
 

@@ -219,7 +219,14 @@ class KOR_API EntityType final : public SdaiEntity {
     EntityType(SdaiString name, bool declared)
         : SdaiEntity(std::move(name)), folded_(Folded(Name().View())), declared_(declared) {}
 
+    // A name that an attribute has been given beside its own.
+    struct Renamed {
+        std::string name;  // in upper case
+        const Attribute* attribute;
+    };
+
     void AddKind(const EntityType& kind);
+    void AddNames();
     void InheritFrom(const EntityType& supertype);
 
     std::string folded_;
@@ -232,7 +239,7 @@ class KOR_API EntityType final : public SdaiEntity {
     std::vector<const EntityType*> lineage_;
     NameTable attributes_;
     NameTable kinds_;
-    std::deque<std::string> renamed_;  // names that only the attribute table knows
+    std::deque<Renamed> renamed_;
 };
 
 class KOR_API Schema final : public SdaiSchema {
