@@ -539,6 +539,7 @@ class Reader {
                 ++in_.at;
                 return String();
             case '#':
+                if (!inData_) FailHere("a reference to an instance in the header");
                 Check(start, domain, Tag::Instance);
                 ++in_.at;
                 return Model().Reference(InstanceName());

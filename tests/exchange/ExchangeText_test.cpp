@@ -13,7 +13,6 @@
 #include <cstdlib>
 #include <limits>
 #include <random>
-#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -166,9 +165,8 @@ std::size_t ShortestWithExponent(double value) {
 
 void ExpectGoodReal(double value) {
     // A real has digits before the point, and its exponent an upper-case E.
-    static const std::regex form("-?[0-9]+\\.[0-9]*(E[+-]?[0-9]+)?");
     const std::string literal = RealLiteral(value);
-    EXPECT_TRUE(std::regex_match(literal, form)) << literal;
+    EXPECT_THAT(literal, testing::MatchesRegex("-?[0-9]+\\.[0-9]*(E[+-]?[0-9]+)?"));
     EXPECT_EQ(std::bit_cast<std::uint64_t>(std::strtod(literal.c_str(), nullptr)),
               std::bit_cast<std::uint64_t>(value))
         << literal;
