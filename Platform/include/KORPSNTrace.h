@@ -73,8 +73,9 @@ class KOR_API KORPSNTrace {
     static bool Configure(int level, const char* file);
 
   private:
-    void Open();
-    void Close();
+    void Open() noexcept;
+    void Close() noexcept;
+    void WriteMark(const char* mark) noexcept;
 
     const char* label_;
     int level_;

@@ -99,20 +99,26 @@ KORPSNTrace::KORPSNTrace(const char* label, int level, int) : label_(label), lev
     if (LevelIsActive(level_) != 0) Open();
 }
 
-void KORPSNTrace::Open() {
+void KORPSNTrace::Open() noexcept {
     open_ = true;
     ++depth;
-    GetLigne().GetStream() << Indent(GetIndent()) << label_ << " {\n";
-    Out();
+    WriteMark(" {\n");
 }
 
-void KORPSNTrace::Close() {
+void KORPSNTrace::Close() noexcept {
     // The trace may have been switched off since.
-    if (LevelIsActive(level_) != 0) {
-        GetLigne().GetStream() << Indent(GetIndent()) << label_ << " }\n";
-        Out();
-    }
+    if (LevelIsActive(level_) != 0) WriteMark(" }\n");
     --depth;
+}
+
+// Writes the line that opens or closes the scope. A line that cannot be written is lost: the trace
+// never fails a call.
+void KORPSNTrace::WriteMark(const char* mark) noexcept {
+    try {
+        GetLigne().GetStream() << Indent(GetIndent()) << label_ << mark;
+        Out();
+    } catch (...) {
+    }
 }
 
 KORPSNLigne KORPSNTrace::GetLigne() {

@@ -410,6 +410,9 @@ TEST_F(Versions, IsNewerCountsTheRecordsOfEachPartByItsWeights) {
         {{1, 1, 2}, false},
         {{1, 1, 2, 2, 2}, false},
         {{2, 2, 2, 1}, false},
+        // The weights add up, but the other part's record was passed over.
+        {{2, 2, 1, 2, 2}, false},
+        {{1, 1, 2, 1, 1}, false},
         {{1}, false},
         {{2, 2}, false},
         {{}, false},
@@ -423,6 +426,20 @@ TEST_F(Versions, IsNewerCountsTheRecordsOfEachPartByItsWeights) {
         EXPECT_EQ(Newer(model[2], model[1]), found) << rows;
         EXPECT_FALSE(Newer(model[1], model[2])) << rows;
     }
+}
+
+// Five records of one part around one of the other reach the score of 10 (2, 3, 7, 8, 9 and 1 more)
+// without ever reading the other's. Its identity stays empty, which stands nowhere in the lists,
+// and position 1 follows position 0.
+TEST_F(Versions, IsNewerTakesAnIdentityThatWasNotReadForNone) {
+    AddFamily({"1A", "2A"});
+    const TestModel model("cdma", Parts(1, 2) + Record(11, 1, "1A") + Record(12, 1, "1A") +
+                                      Record(13, 2, "2A") + Record(14, 1, "1A") +
+                                      Record(15, 1, "1A"));
+    EXPECT_FALSE(Newer(model[1], model[2]));
+    Representative(model[1]);
+    EXPECT_TRUE(Newer(model[1], model[2]));
+    EXPECT_FALSE(Newer(model[2], model[1]));
 }
 
 TEST_F(Versions, IsNewerComparesTheIdentitiesOfTheRecordsThatItsWeightsPick) {

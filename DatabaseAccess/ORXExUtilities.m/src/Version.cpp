@@ -47,6 +47,13 @@ struct SeenFamilies {
 
 SeenFamilies seen;
 
+KORDMInstance Identity(const SdaiString& coid, const SdaiString& compid, const SdaiString& caenv,
+                       const SdaiString& catab) {
+    return {
+        "KORCON", caenv,   catab, KORDMNarvo::HexaToDouble(coid), KORDMNarvo::HexaToDouble(compid),
+        nullptr,  nullptr, 0};
+}
+
 // The identity that a `cdma_id` instance records for its part.
 KORDMInstance IdentityIn(Trace& trace, const SdaiPrimitiveH& record) {
     const SdaiString coid = TextOf(record, "Coid"_name);
@@ -57,9 +64,7 @@ KORDMInstance IdentityIn(Trace& trace, const SdaiPrimitiveH& record) {
     trace.Line("    CATAB  = ", catab);
     trace.Line("    COID   = ", coid);
     trace.Line("    COMPID = ", compid);
-    return {
-        "KORCON", caenv,   catab, KORDMNarvo::HexaToDouble(coid), KORDMNarvo::HexaToDouble(compid),
-        nullptr,  nullptr, 0};
+    return Identity(coid, compid, caenv, catab);
 }
 
 // Whether `newer` follows `older` directly in a list of revisions.
@@ -115,8 +120,8 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
 
         // A counts 1 and B 4, and as much again when it is met first: 10 when both are found. A
         // record met later for a part that is found already leaves a score that asks for nothing.
-        std::optional<KORDMInstance> identityA;
-        std::optional<KORDMInstance> identityB;
+        KORDMInstance identityA = Identity({}, {}, {}, {});
+        KORDMInstance identityB = identityA;  // may stay so: 5 records of A and 1 of B make 10, too
         int score = 0;
         SdaiInstanceReader object("CdmaObject"_name);
         const SdaiModel* model = partA.FindEntityInstanceModel();
@@ -145,11 +150,11 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
         trace.Line(" Create the DM Instance #1");
         trace.Line(" Create the DM Instance #2");
         if (seen.revisions.Size() == 0) {
-            const std::optional<bool> follows = FollowsInHistory(trace, *identityA, *identityB);
+            const std::optional<bool> follows = FollowsInHistory(trace, identityA, identityB);
             if (!follows.has_value()) return;
             result = SdaiBoolean(*follows);
         } else {
-            result = SdaiBoolean(FollowsInSeen(trace, *identityA, *identityB));
+            result = SdaiBoolean(FollowsInSeen(trace, identityA, identityB));
         }
         trace.Line(" Valeur retournee : ", result);
     });
