@@ -1,0 +1,120 @@
+// Reads an exchange file and writes it again, and prints what that took as a line of numbers:
+//
+//     measure-file FILE COPY
+//
+//     bytes of the file, instances, seconds to read it, seconds to classify its bytes, bytes of
+//     memory at the most while it was read, seconds to write COPY, seconds to write the same bytes
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "Exchange.h"
+
+namespace {
+
+// The seconds that it takes; of several runs the fastest.
+template <class Work>
+double Seconds(int runs, Work work) {
+    double fastest = 1e9;
+    for (int i = 0; i < runs; ++i) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+        fastest = std::min(fastest, seconds.count());
+    }
+    return fastest;
+}
+
+// The floor of reading: each byte is classified, and the places where the class changes, the bounds
+// of what an exchange file consists of, are counted.
+std::uint64_t CountBounds(const std::string& text) {
+    static const auto kClasses = [] {
+        std::array<unsigned char, 256> classes{};
+        const auto mark = [&classes](const char* characters, unsigned char with) {
+            for (; *characters != '\0'; ++characters) {
+                classes[static_cast<unsigned char>(*characters)] = with;
+            }
+        };
+        mark(" \t\r\n", 1);
+        mark("0123456789+-.", 2);
+        mark("ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz", 3);
+        mark("'", 4);
+        mark("(),;=", 5);
+        mark("#$*", 6);
+        return classes;
+    }();
+    std::uint64_t bounds = 0;
+    unsigned char before = 0;
+    for (const char c : text) {
+        const unsigned char now = kClasses[static_cast<unsigned char>(c)];
+        bounds += now != before;
+        before = now;
+    }
+    return bounds;
+}
+
+std::string Content(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return std::move(text).str();
+}
+
+// The most memory that the process has had so far.
+double PeakBytes() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return 1024.0 * static_cast<double>(usage.ru_maxrss);
+}
+
+void WritePlainly(const std::string& path, const std::string& text) {
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fflush(file);
+    fsync(fileno(file));
+    std::fclose(file);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: measure-file FILE COPY\n");
+        return 2;
+    }
+    const std::string path = argv[1];
+    const std::string copy = argv[2];
+    const exchange::SchemaCatalog schemas;
+    exchange::Messages messages;
+
+    const double before = PeakBytes();
+    exchange::DataSet dataSet;
+    double reading = Seconds(1, [&] { dataSet = ReadDataSet(path, schemas, {}, messages); });
+    if (dataSet.model == nullptr) {
+        std::fprintf(stderr, "%s\n", messages.Errors().front().ToString().c_str());
+        return 1;
+    }
+    const double memory = PeakBytes() - before;
+    reading = std::min(
+        reading, Seconds(2, [&] { const auto again = ReadDataSet(path, schemas, {}, messages); }));
+
+    std::string text = Content(path);
+    volatile std::uint64_t bounds = 0;
+    const double classifying = Seconds(3, [&] { bounds = CountBounds(text); });
+    const double size = static_cast<double>(text.size());
+
+    const double writing = Seconds(2, [&] { WriteDataSet(dataSet, copy, messages); });
+    text = Content(copy);
+    const double plainWriting = Seconds(2, [&] { WritePlainly(copy, text); });
+
+    std::printf("%.0f %lu %.9f %.9f %.0f %.9f %.9f\n", size, dataSet.model->InstanceCount(),
+                reading, classifying, memory, writing, plainWriting);
+}
