@@ -20,6 +20,7 @@
 #ifndef KORPSNTRACE_H
 #define KORPSNTRACE_H
 
+#include <atomic>
 #include <iosfwd>
 
 #include "KORExport.h"
@@ -39,7 +40,9 @@ class KOR_API KORPSNLigne {
 class KOR_API KORPSNTrace {
   public:
     // Opens a scope. The label must outlive it. The third argument is reserved; pass 0.
-    KORPSNTrace(const char* label, int level, int reserved);
+    KORPSNTrace(const char* label, int level, int /*reserved*/) : label_(label), level_(level) {
+        if (LevelIsActive(level)) Open();
+    }
     KORPSNTrace(const KORPSNTrace&) = delete;
     KORPSNTrace& operator=(const KORPSNTrace&) = delete;
     // Closes it.
@@ -51,7 +54,9 @@ class KOR_API KORPSNTrace {
     int GetLevel() const { return level_; }
 
     // Whether lines of that level are written at all; non-zero for yes.
-    static int LevelIsActive(int level);
+    static int LevelIsActive(int level) {
+        return level <= activeLevel_.load(std::memory_order_relaxed) ? 1 : 0;
+    }
 
     // The indentation of the scope's first and last line: 3 times the number of scopes around it.
     static int GetIndent();
@@ -76,6 +81,9 @@ class KOR_API KORPSNTrace {
     void Open() noexcept;
     void Close() noexcept;
     void WriteMark(const char* mark) noexcept;
+
+    // The level that is set. Read on every call, by any thread.
+    static std::atomic<int> activeLevel_;
 
     const char* label_;
     int level_;

@@ -34,7 +34,12 @@ class KOR_API SdaiAggrInstance {
     // The member at a position counted from 0; unset outside the aggregate.
     SdaiPrimitiveH GetMember(long position) const;
     // The same for a member that is an instance or a number: null or 0.0 for any other.
-    SdaiEntityInstance* GetInstanceMember(long position) const;
+    SdaiEntityInstance* GetInstanceMember(long position) const {
+        if (layout_ == Layout::Instances && position >= 0 && position < GetMemberCount()) {
+            return static_cast<SdaiEntityInstance**>(members_)[position];
+        }
+        return GetMember(position);
+    }
     double GetRealMember(long position) const;
 
     // Adds a member at the end. An extent takes none: it grows as instances are created.

@@ -54,14 +54,6 @@ SdaiPrimitiveH SdaiAggrInstance::GetMember(long position) const {
                          selects_);
 }
 
-SdaiEntityInstance* SdaiAggrInstance::GetInstanceMember(long position) const {
-    if (position < 0 || position >= GetMemberCount()) return nullptr;
-    if (layout_ == Layout::Instances) {
-        return static_cast<SdaiEntityInstance**>(members_)[position];
-    }
-    return GetMember(position);
-}
-
 double SdaiAggrInstance::GetRealMember(long position) const {
     if (position < 0 || position >= GetMemberCount()) return 0.0;
     if (layout_ == Layout::Reals) return static_cast<double*>(members_)[position];

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <charconv>
 #include <fstream>
 #include <iostream>
@@ -49,9 +48,6 @@ Sink& TheSink() {
     return sink;
 }
 
-// The level that is set. Read on every call, by any thread.
-std::atomic<int> activeLevel{0};
-
 // Reads KOR_TRACE and KOR_TRACE_FILE when the library is loaded.
 const bool configuredFromEnvironment = [] {
     const char* level = KORGetEnv("KOR_TRACE");
@@ -85,18 +81,12 @@ constexpr auto kBlanks = [] {
 
 }  // namespace
 
-int KORPSNTrace::LevelIsActive(int level) {
-    return level <= activeLevel.load(std::memory_order_relaxed) ? 1 : 0;
-}
+constinit std::atomic<int> KORPSNTrace::activeLevel_{0};
 
 int KORPSNTrace::GetIndent() { return 3 * std::max(depth - 1, 0); }
 
 KORString KORPSNTrace::Indent(int count) {
     return KORString(kBlanks.data() + kWidestIndent - std::clamp(count, 0, kWidestIndent));
-}
-
-KORPSNTrace::KORPSNTrace(const char* label, int level, int) : label_(label), level_(level) {
-    if (LevelIsActive(level_) != 0) Open();
 }
 
 void KORPSNTrace::Open() noexcept {
@@ -132,6 +122,6 @@ void KORPSNTrace::Out() { TheSink().Write(Line().view()); }
 
 bool KORPSNTrace::Configure(int level, const char* file) {
     const bool opened = TheSink().Open(file);
-    activeLevel.store(opened ? level : 0, std::memory_order_relaxed);
+    activeLevel_.store(opened ? level : 0, std::memory_order_relaxed);
     return opened;
 }
