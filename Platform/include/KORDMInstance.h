@@ -7,6 +7,7 @@
 #ifndef KORDMINSTANCE_H
 #define KORDMINSTANCE_H
 
+#include <memory>
 #include <vector>
 
 #include "KORDMMappingText.h"
@@ -47,12 +48,13 @@ class KOR_API KORDMInstance {
     double compid_;
 };
 
-// A list of identities. A plain value; positions count from 1.
+// A list of identities. A plain value; positions count from 1. Copies share their members until one
+// of them is written, so that a long history is handed out without copying it.
 class KOR_API KORListValKORDMInstance {
   public:
-    int Size() const { return static_cast<int>(members_.size()); }
+    int Size() const { return members_ != nullptr ? static_cast<int>(members_->size()) : 0; }
 
-    void Append(const KORDMInstance& instance) { members_.push_back(instance); }
+    void Append(const KORDMInstance& instance);
 
     // Appends every member of another list, in its order.
     void Append(const KORListValKORDMInstance& list);
@@ -61,15 +63,17 @@ class KOR_API KORListValKORDMInstance {
     // below 1 counts as 1.
     int Locate(const KORDMInstance& instance, int from) const;
 
-    void RemoveAll() { members_.clear(); }
+    void RemoveAll() { members_ = nullptr; }
 
     // The member at a position from 1 to Size().
     const KORDMInstance& operator[](int position) const {
-        return members_[static_cast<std::size_t>(position - 1)];
+        return (*members_)[static_cast<std::size_t>(position - 1)];
     }
 
   private:
-    std::vector<KORDMInstance> members_;
+    std::vector<KORDMInstance>& Own();  // the members, no longer shared
+
+    std::shared_ptr<std::vector<KORDMInstance>> members_;  // null for an empty list
 };
 
 class SdaiModel;

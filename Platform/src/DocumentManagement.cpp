@@ -80,9 +80,22 @@ int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int, int, int) 
 
 // ---- Lists
 
+std::vector<KORDMInstance>& KORListValKORDMInstance::Own() {
+    if (members_ == nullptr) {
+        members_ = std::make_shared<std::vector<KORDMInstance>>();
+    } else if (members_.use_count() > 1) {
+        members_ = std::make_shared<std::vector<KORDMInstance>>(*members_);
+    }
+    return *members_;
+}
+
+void KORListValKORDMInstance::Append(const KORDMInstance& instance) { Own().push_back(instance); }
+
 void KORListValKORDMInstance::Append(const KORListValKORDMInstance& list) {
-    members_.reserve(members_.size() + list.members_.size());
-    for (int i = 1, size = list.Size(); i <= size; ++i) members_.push_back(list[i]);
+    const KORListValKORDMInstance added = list;  // which may be this list
+    std::vector<KORDMInstance>& members = Own();
+    if (added.Size() != 0)
+        members.insert(members.end(), added.members_->begin(), added.members_->end());
 }
 
 int KORListValKORDMInstance::Locate(const KORDMInstance& instance, int from) const {

@@ -159,6 +159,10 @@ TEST(KORListValKORDMInstanceTest, RemovesAll) {
 TEST(KORListValKORDMInstanceTest, IsAValue) {
     KORListValKORDMInstance list = ListOf({1, 2});
     const KORListValKORDMInstance copy = list;
+    KORListValKORDMInstance longer = list;
+    longer.Append(Identity(3));
+    EXPECT_THAT(CoidsIn(longer), ElementsAre(1, 2, 3));
+    EXPECT_THAT(CoidsIn(list), ElementsAre(1, 2));
     list.RemoveAll();
     EXPECT_THAT(CoidsIn(copy), ElementsAre(1, 2));
 }

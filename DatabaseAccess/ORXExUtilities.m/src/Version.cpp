@@ -27,11 +27,17 @@ struct SeenFamilies {
 
     void Add(const KORListValKORDMInstance& family, SdaiEntityInstance* part) {
         // All three grow, or none.
-        representatives.reserve(representatives.size() + 1);
-        ends.reserve(ends.size() + 1);
+        MakeRoom(representatives);
+        MakeRoom(ends);
         revisions.Append(family);
         representatives.push_back(part);
         ends.push_back(revisions.Size());
+    }
+
+    // Room for one more, growing by doubling.
+    template <class Member>
+    static void MakeRoom(std::vector<Member>& members) {
+        if (members.size() == members.capacity()) members.reserve(2 * members.size() + 1);
     }
 
     // The first family whose end is at or behind a position.
