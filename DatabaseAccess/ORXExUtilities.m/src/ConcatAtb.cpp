@@ -4,6 +4,7 @@
 #include "Fields.h"
 #include "Function.h"
 #include "KORLocale.h"
+#include "Keys.h"
 
 using namespace orx;
 using namespace sdai_names;
@@ -13,15 +14,15 @@ using namespace sdai_names;
 SdaiPrimitiveH IsEncodedKey(const SdaiPrimitiveH& key) {
     return Function<"IsEncodedKey">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (key.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(key);
-            const long end = text.GetLengthInChar();
+            const std::string_view text = static_cast<const SdaiString&>(key).View();
+            const long end = std::ssize(text);
             result = SdaiBoolean(end > 0);
             // A last field that runs past the end of the key is well formed.
             for (long position = 0; result && position < end;) {
-                const KORUnicodeString letter = TextAt(text, position, 1);
+                const std::string_view letter = TextAt(text, position, 1);
                 ++position;
                 trace.Line("StartIndex", " = ", position);
-                trace.Line("Type a lire: ", letter);
+                trace.Line("Type a lire: ", Characters{letter});
                 if (letter == "S" || letter == "I" || letter == "R") {
                     const std::optional<long> length = LengthAt(text, position);
                     result = SdaiBoolean(length.has_value() && *length >= 0);
@@ -39,17 +40,17 @@ namespace {
 
 // The number that a text is, or the one given when it is none.
 template <class Number>
-Number NumberIn(const KORUnicodeString& text, Number otherwise) {
+Number NumberIn(std::string_view text, Number otherwise) {
     Number number;
-    return KORLocale::sConvertStringToNum(text, &number) == 1 ? number : otherwise;
+    return KORLocale::sConvertStringToNum(KORUnicodeString(text), &number) == 1 ? number
+                                                                                : otherwise;
 }
 
 // The value of the requested field.
-SdaiPrimitiveH DecodeField(Trace& trace, const KORUnicodeString& letter,
-                           const KORUnicodeString& value) {
+SdaiPrimitiveH DecodeField(Trace& trace, std::string_view letter, std::string_view value) {
     trace.Line("on a trouve a priori le bon placement");
     if (letter == "S") {
-        trace.Line("Lecture de la chaine de caracteres: [", value, "]");
+        trace.Line("Lecture de la chaine de caracteres: [", Characters{value}, "]");
         return SdaiString(value);
     }
     if (letter == "I") {
@@ -69,20 +70,24 @@ SdaiPrimitiveH DecodeField(Trace& trace, const KORUnicodeString& letter,
 }  // namespace
 
 SdaiPrimitiveH DecodeKey(const SdaiPrimitiveH& key, const SdaiPrimitiveH& place) {
+    if (key.exists()) return orx::DecodeKey(static_cast<const SdaiString&>(key).View(), place);
+    return Function<"DecodeKey">(SdaiPrimitiveH(), [](Trace&, SdaiPrimitiveH&) {});
+}
+
+SdaiPrimitiveH orx::DecodeKey(std::string_view text, const SdaiPrimitiveH& place) {
     return Function<"DecodeKey">(SdaiPrimitiveH(), [&](Trace& trace, SdaiPrimitiveH& result) {
-        if (!key.exists() || !place.exists()) return;
-        const KORUnicodeString& text = static_cast<const SdaiString&>(key);
-        const long end = text.GetLengthInChar();
+        if (!place.exists()) return;
+        const long end = std::ssize(text);
         const long requested = place;
-        trace.Line("TheEncodedKey", " = ", text);
+        trace.Line("TheEncodedKey", " = ", Characters{text});
         trace.Line("ThePlacement", " = ", requested);
         long position = 0;
         for (long current = 1; current <= requested; ++current) {
             trace.Line("CurrPlacement", " = ", current);
-            const KORUnicodeString letter = TextAt(text, position, 1);
+            const std::string_view letter = TextAt(text, position, 1);
             const long length = LengthAt(text, position + 1).value_or(0);
             position += kFieldHead;
-            trace.Line("Type a lire: ", letter);
+            trace.Line("Type a lire: ", Characters{letter});
             trace.Line("Index de debut : ", position);
             trace.Line("Longueur a lire: ", length);
             const bool readable = length >= 0;  // else the key ends here
@@ -140,15 +145,18 @@ SdaiPrimitiveH ConcatPartAtb(const SdaiPrimitiveH& part) {
     });
 }
 
-SdaiPrimitiveH ConcatDocAtb(const SdaiPrimitiveH& document) {
+SdaiPrimitiveH ConcatDocAtb(const SdaiPrimitiveH& document) { return DocumentKey(document, {}); }
+
+SdaiPrimitiveH orx::DocumentKey(const SdaiPrimitiveH& document, std::string_view prefix) {
     return Function<"ConcatDocAtb">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
+        std::string_view key = result.View();
         if (document.exists()) {
             trace.Line("document existe");
             // The type is named after the storage and the table: STORAGE_TABLE.
             const SdaiNamedType* type = document.GetInstanceType();
-            const KORUnicodeString storage = type != nullptr ? type->Name() : SdaiString();
-            const KORUnicodeString table = storage.SubString(
-                storage.SearchSubString("_", 0, KORSearchForward) + 1, storage.GetLengthInChar());
+            const std::string_view storage =
+                type != nullptr ? type->Name().View() : std::string_view();
+            const std::string_view table = storage.substr(storage.find('_') + 1);
             trace.Line("storage : ", storage);
             trace.Line("table   : ", table);
 
@@ -161,14 +169,16 @@ SdaiPrimitiveH ConcatDocAtb(const SdaiPrimitiveH& document) {
                 result = EncodeFields({first,
                                        {'S', TextOf(document, "S_NAME"_name).View()},
                                        third,
-                                       {'S', TextOf(document, "S_FORMAT"_name).View()}});
+                                       {'S', TextOf(document, "S_FORMAT"_name).View()}},
+                                      prefix);
             } else if (table == "DOCCAD") {
-                result =
-                    EncodeFields({first, {'S', TextOf(document, "S_NAME"_name).View()}, third});
+                result = EncodeFields({first, {'S', TextOf(document, "S_NAME"_name).View()}, third},
+                                      prefix);
             } else {
-                result = EncodeFields({first, third});
+                result = EncodeFields({first, third}, prefix);
             }
+            key = result.View().substr(prefix.size());
         }
-        trace.Line("la valeur retournee est ", result);
+        trace.Line("la valeur retournee est ", Characters{key});
     });
 }

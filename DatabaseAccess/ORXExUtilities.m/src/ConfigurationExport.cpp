@@ -103,7 +103,7 @@ SdaiPrimitiveH ExtractCFGType(const SdaiPrimitiveH& identifier, const SdaiPrimit
     return Function<"ExtractCFGType">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (identifier.exists() && mode.exists()) {
             trace.Line("The ATTRIBUTE VALUE exists : OK ");
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
             const long flag = mode;
             trace.Line(" -> InputFlag = ", flag);
             static constexpr std::array kAccepted{"range_effectivity", "date_effectivity",
@@ -116,7 +116,7 @@ SdaiPrimitiveH ExtractCFGType(const SdaiPrimitiveH& identifier, const SdaiPrimit
             const FieldAt type = ReadField(text, item.next);
             const char* accepted = kAccepted[static_cast<std::size_t>(flag - 1)];
             // Not only identity: one text beginning the other is enough.
-            result = SdaiBoolean(type.value.Compare(accepted) != 0);
+            result = SdaiBoolean(OneBeginsOther(type.value, accepted));
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
         }
@@ -484,8 +484,8 @@ SdaiPrimitiveH HasAORXValue(const SdaiPrimitiveH& item) {
     return Function<"HasAORXValue">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         const SdaiPrimitiveH description = DescriptionOf(trace, item);
         if (description.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(description);
-            const long end = text.GetLengthInChar();
+            const std::string_view text = static_cast<const SdaiString&>(description).View();
+            const long end = std::ssize(text);
             if (end < kOrxTagLength) return trace.Line("NOT a ORX DESCRIPTION : length = ", end);
             long position = 0;
             for (int field = 0; field < 3; ++field) {

@@ -102,7 +102,7 @@ SdaiPrimitiveH ExtractEFFType(const SdaiPrimitiveH& text, const SdaiPrimitiveH& 
     return Function<"ExtractEFFType">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (text.exists() && mode.exists()) {
             trace.Line("The attibute ID & InputFlag exist : OK ");
-            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
+            const std::string_view encoded = static_cast<const SdaiString&>(text).View();
             const long flag = mode;
             static constexpr std::array kAccepted{"range", "date", "option_range", "option_date"};
             if (flag < 1 || flag > static_cast<long>(kAccepted.size())) {
@@ -111,7 +111,7 @@ SdaiPrimitiveH ExtractEFFType(const SdaiPrimitiveH& text, const SdaiPrimitiveH& 
             }
             if (TextAt(encoded, 0, 1) == "S") {
                 const char* accepted = kAccepted[static_cast<std::size_t>(flag - 1)];
-                result = SdaiBoolean(ReadField(encoded, 0).value.Compare(accepted) == 2);
+                result = SdaiBoolean(ReadField(encoded, 0).value == accepted);
             }
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
@@ -124,7 +124,7 @@ SdaiPrimitiveH DecodeEFF(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode)
     return Function<"DecodeEFF">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (text.exists() && mode.exists()) {
             trace.Line("The attibute ID & InputFlag exist : OK ");
-            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
+            const std::string_view encoded = static_cast<const SdaiString&>(text).View();
             const long flag = mode;
             trace.Line(" -> InputFlag = ", flag);
             if (flag != 1 && flag != 2) return trace.Line(" >> Invalid search mode << ");
@@ -133,11 +133,10 @@ SdaiPrimitiveH DecodeEFF(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode)
             };
             if (isField(0)) {
                 const FieldAt type = ReadField(encoded, 0);
-                const bool isOption =
-                    type.value.Compare("range") != 2 && type.value.Compare("date") != 2;
+                const bool isOption = type.value != "range" && type.value != "date";
                 if (!isOption && flag == 2) {
                     trace.Line(" >> Incompatible search mode with Input Value << ");
-                    return trace.Line(" >> Eff type : ", encoded, " << ");
+                    return trace.Line(" >> Eff type : ", Characters{encoded}, " << ");
                 }
                 if (!isField(type.next)) return trace.Line(" >> Incorrect encoded string << ");
                 FieldAt field = ReadField(encoded, type.next);
@@ -146,7 +145,7 @@ SdaiPrimitiveH DecodeEFF(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode)
                     if (!isField(field.next)) return trace.Line(" >> Incorrect encoded string << ");
                     field = ReadField(encoded, field.next);
                 }
-                result = field.value;
+                result = SdaiString(field.value);
             }
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
@@ -159,13 +158,13 @@ SdaiPrimitiveH IsAORXCfg(const SdaiPrimitiveH& item) {
     return Function<"IsAORXCfg">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         const SdaiPrimitiveH description = DescriptionOf(trace, item);
         if (description.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(description);
-            const int length = text.GetLengthInChar();
+            const std::string_view text = static_cast<const SdaiString&>(description).View();
+            const long length = std::ssize(text);
             if (length < kOrxTagLength) {
                 return trace.Line("NOT a ORX DESCRIPTION : length = ", length);
             }
             result = SdaiBoolean(TextAt(text, 0, 1) == "S" && LengthAt(text, 1) == 3 &&
-                                 TextAt(text, kFieldHead, 3).Compare("ORX") == 2);
+                                 TextAt(text, kFieldHead, 3) == "ORX");
         }
         trace.Line(result ? ">> ORX DESCRIPTION OK <<" : ">> NO ORX DESCRIPTION <<");
     });

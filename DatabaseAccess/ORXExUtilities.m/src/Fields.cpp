@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <climits>
 
 #include "KORLocale.h"
 
@@ -30,9 +29,6 @@ struct Head {
     std::size_t size;
 };
 
-// A position as a place in a text: one that no text reaches stays so.
-int Clamped(long number) { return static_cast<int>(std::clamp<long>(number, INT_MIN, INT_MAX)); }
-
 }  // namespace
 
 SdaiString EncodeFields(std::initializer_list<Field> fields, std::string_view prefix) {
@@ -48,20 +44,23 @@ SdaiString EncodeFields(std::initializer_list<Field> fields, std::string_view pr
     return SdaiString(std::move(text));
 }
 
-std::optional<long> LengthAt(const KORUnicodeString& text, long position) {
+std::optional<long> LengthAt(std::string_view text, long position) {
+    const std::string_view characters = TextAt(text, position, kFieldLength);
+    // Nearly always four digits.
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     long length = 0;
-    if (KORLocale::sConvertStringToNum(TextAt(text, position, kFieldLength), &length) != 1) {
+    if (std::all_of(characters.begin(), characters.end(), isDigit)) {
+        if (characters.empty()) return std::nullopt;
+        for (const char c : characters) length = 10 * length + (c - '0');
+        return length;
+    }
+    if (KORLocale::sConvertStringToNum(KORUnicodeString(characters), &length) != 1) {
         return std::nullopt;
     }
     return length;
 }
 
-KORUnicodeString TextAt(const KORUnicodeString& text, long position, long length) {
-    if (position < 0) return {};
-    return text.SubString(Clamped(position), Clamped(length));
-}
-
-FieldAt ReadField(const KORUnicodeString& text, long position) {
+FieldAt ReadField(std::string_view text, long position) {
     const long length = LengthAt(text, position + 1).value_or(0);
     return {TextAt(text, position + kFieldHead, length), position + kFieldHead + length};
 }

@@ -34,15 +34,13 @@ SdaiString Convert(std::string_view name, std::string_view ending, Routine routi
 
 }  // namespace
 
-SdaiString ToFileName(const KORUnicodeString& name, std::string_view ending) {
-    return Convert(name.View(), ending, [](const char* input, char* output) {
+SdaiString ToFileName(std::string_view name, std::string_view ending) {
+    return Convert(name, ending, [](const char* input, char* output) {
         int status = 0;
         cmbflmd(input, output, &status);
     });
 }
 
-SdaiString ToDatabaseName(const KORUnicodeString& fileName) {
-    return Convert(fileName.View(), {}, cmbrcmd);
-}
+SdaiString ToDatabaseName(std::string_view fileName) { return Convert(fileName, {}, cmbrcmd); }
 
 }  // namespace orx

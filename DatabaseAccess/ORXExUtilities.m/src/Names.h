@@ -5,7 +5,6 @@
 
 #include <string_view>
 
-#include "KORUnicodeString.h"
 #include "SdaiString.h"
 
 namespace orx {
@@ -17,8 +16,8 @@ inline constexpr std::string_view kModelExtension = ".model";
 
 // The name in file form, with an ending; and in database form. A name of any length and of any
 // bytes is converted whole.
-SdaiString ToFileName(const KORUnicodeString& name, std::string_view ending = {});
-SdaiString ToDatabaseName(const KORUnicodeString& fileName);
+SdaiString ToFileName(std::string_view name, std::string_view ending = {});
+SdaiString ToDatabaseName(std::string_view fileName);
 
 }  // namespace orx
 

@@ -14,20 +14,20 @@ constexpr std::string_view kTag = "_ORXExchangedRep_";
 constexpr std::string_view kTag2 = "_ORXExchangedRep2_";
 
 // The position of a tag; a tag at the very start counts as absent, as does one that is not there.
-constexpr int kNoTag = 0;
-int PositionOf(std::string_view tag, const KORUnicodeString& identifier) {
-    return std::max(identifier.SearchSubString(KORUnicodeString(tag), 0, KORSearchForward), kNoTag);
+constexpr std::size_t kNoTag = 0;
+std::size_t PositionOf(std::string_view tag, std::string_view identifier) {
+    const std::size_t position = identifier.find(tag);
+    return position != std::string_view::npos ? position : kNoTag;
 }
 
 // What follows a tag.
-KORUnicodeString After(const KORUnicodeString& identifier, int position, std::string_view tag) {
-    const int start = position + static_cast<int>(tag.size());
-    return identifier.SubString(start, identifier.GetLengthInChar() - start);
+std::string_view After(std::string_view identifier, std::size_t position, std::string_view tag) {
+    return identifier.substr(position + tag.size());
 }
 
-void TraceReading(Trace& trace, const KORUnicodeString& identifier, const char* what) {
+void TraceReading(Trace& trace, std::string_view identifier, const char* what) {
     trace.Line("Conversion file name -> NARVO name ");
-    trace.Line("Nom du fichier: ", identifier);
+    trace.Line("Nom du fichier: ", Characters{identifier});
     trace.Line(what);
 }
 
@@ -53,9 +53,9 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
                 has("C_SOFT_VER"_name) ? TextOf(model, "C_SOFT_VER"_name) : kEmptyValue;
             trace.Line("ON REMPLACE LES BLANCS PAR DES ", kFileBlank);
             trace.Line("CREATION DE LA CHAINE POUR LA SORTIE");
-            const KORUnicodeString& name = version;
+            const std::string_view name = version.View();
             KORUnicodeString identifier;
-            identifier.Reserve(2 * name.View().size() + kTag2.size());
+            identifier.Reserve(2 * name.size() + kTag2.size());
             identifier.Append(ToFileName(name).View()).Append(kTag2).Append(name);
             result = identifier;
         }
@@ -66,9 +66,9 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
 SdaiPrimitiveH ORX_GetModelId_Imp1(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp1">(SdaiString(), [&](Trace& trace, SdaiString& result) {
         if (identifier.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
             TraceReading(trace, text, "ON RECUPERE LA CHAINE AVANT LE TAG ORX_TAG");
-            const KORUnicodeString field = text.SubString(0, PositionOf(kTag, text));
+            const std::string_view field = text.substr(0, PositionOf(kTag, text));
             trace.Line("ON REMPLACE LES ", kFileBlank, " PAR DES BLANCS");
             result = ToDatabaseName(field);
         }
@@ -79,16 +79,16 @@ SdaiPrimitiveH ORX_GetModelId_Imp1(const SdaiPrimitiveH& identifier) {
 SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp2">(-999L, [&](Trace& trace, long& result) {
         if (identifier.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
             TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG");
-            const int position = PositionOf(kTag, text);
+            const std::size_t position = PositionOf(kTag, text);
             if (position != kNoTag) {
-                const KORUnicodeString rest = After(text, position, kTag);
+                const std::string_view rest = After(text, position, kTag);
                 trace.Line("il faut garder la chaine avant le tag ORX_TAG2");
-                const int end = PositionOf(kTag2, rest);
-                const KORUnicodeString field = end != kNoTag ? rest.SubString(0, end) : rest;
+                const std::size_t end = PositionOf(kTag2, rest);
+                const std::string_view field = end != kNoTag ? rest.substr(0, end) : rest;
                 trace.Line("on a la chaine desiree on peut la convertir");
-                KORLocale::sConvertStringToNum(field, &result);
+                KORLocale::sConvertStringToNum(KORUnicodeString(field), &result);
             }
         }
         trace.Line("on retourne la cle : >", result, "<");
@@ -98,9 +98,9 @@ SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
 SdaiPrimitiveH ORX_GetModelId_Imp3(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp3">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (identifier.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
             TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG2");
-            const int position = PositionOf(kTag2, text);
+            const std::size_t position = PositionOf(kTag2, text);
             if (position != kNoTag) {
                 trace.Line("on remplace les ", kFileBlank, " par des blancs");
                 result = ToDatabaseName(After(text, position, kTag2));

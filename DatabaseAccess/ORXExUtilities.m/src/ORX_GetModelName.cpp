@@ -12,7 +12,7 @@ SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH
                 trace.Line("Conversion NARVO name -> file name");
                 trace.Line("Nom de model en base: ", given);
                 trace.Line("On remplace les blancs par des ", kFileBlank);
-                result = ToFileName(given, kModelExtension);
+                result = ToFileName(given.View(), kModelExtension);
                 // Without the extension.
                 trace.Line("Nom de model traite : ", result.View().substr(0, given.View().size()));
             } else {
@@ -22,11 +22,10 @@ SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH
                 trace.Line("Longueur: ", given.length());
                 // The last six characters go, whatever they are: the caller passes names of model
                 // files only.
-                const KORUnicodeString& fileName = given;
-                const KORUnicodeString shortened = fileName.SubString(
-                    0, fileName.GetLengthInChar() - static_cast<int>(kModelExtension.size()));
-                trace.Line("Nom du fichier SANS extension: ", shortened);
-                trace.Line("Longueur: ", shortened.GetLengthInChar());
+                std::string_view shortened = given.View();
+                shortened.remove_suffix(std::min(shortened.size(), kModelExtension.size()));
+                trace.Line("Nom du fichier SANS extension: ", Characters{shortened});
+                trace.Line("Longueur: ", shortened.size());
                 trace.Line("On remplace les ", kFileBlank, " par des blancs");
                 result = ToDatabaseName(shortened);
                 trace.Line("Nom de model traite : ", result);

@@ -1,13 +1,13 @@
 // Keys of V5 documents: the document's encoded key behind a marker.
 
 #include "Function.h"
+#include "Keys.h"
 
 using namespace orx;
 
 namespace {
 
-constexpr const char* kMarker = "_ORX_";
-constexpr int kMarkerLength = 5;
+constexpr std::string_view kMarker = "_ORX_";
 
 }  // namespace
 
@@ -15,8 +15,8 @@ SdaiPrimitiveH EncodeNARVOV5Doc(const SdaiPrimitiveH& document) {
     return Function<"EncodeNARVOV5Doc">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (document.exists()) {
             trace.Line("the Document exists");
-            const SdaiPrimitiveH key = ConcatDocAtb(document);
-            result = SdaiString(kMarker) + static_cast<const SdaiString&>(key);
+            const SdaiPrimitiveH key = DocumentKey(document, kMarker);
+            result = static_cast<const SdaiString&>(key);
         }
         trace.Line("la valeur retournee est ", result);
     });
@@ -26,10 +26,12 @@ SdaiPrimitiveH IsEncodedNARVOV5(const SdaiPrimitiveH& value) {
     return Function<"IsEncodedNARVOV5">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (value.exists()) {
             trace.Line("the input value exists");
-            if (static_cast<const SdaiString&>(value).length() >= kMarkerLength) {
-                const SdaiPrimitiveH start = ORXTrunc(value, SdaiPrimitiveH(kMarkerLength));
-                result = static_cast<const SdaiString&>(start) == kMarker;
+            const std::string_view text = static_cast<const SdaiString&>(value).View();
+            // The marker is looked for with ORXTrunc; untraced, where it stands.
+            if (trace.IsActive() && text.size() >= kMarker.size()) {
+                ORXTrunc(value, SdaiPrimitiveH(static_cast<long>(kMarker.size())));
             }
+            result = SdaiBoolean(text.starts_with(kMarker));
         }
         trace.Line(" Valeur retournee : ", result);
     });
@@ -43,9 +45,7 @@ SdaiPrimitiveH DecodeNARVOV5(const SdaiPrimitiveH& key, const SdaiPrimitiveH& pl
         }
         trace.Line("everything ok : go ahead");
         if (!static_cast<const SdaiLogical&>(IsEncodedNARVOV5(key))) return;
-        const KORUnicodeString& text = static_cast<const SdaiString&>(key);
-        const KORUnicodeString body =
-            text.SubString(kMarkerLength, text.GetLengthInChar() - kMarkerLength);
-        result = DecodeKey(SdaiPrimitiveH(SdaiString(body)), place);
+        result = orx::DecodeKey(static_cast<const SdaiString&>(key).View().substr(kMarker.size()),
+                                place);
     });
 }

@@ -1,0 +1,64 @@
+// What a call on typical data allocates while tracing is off: nothing for a function that tests,
+// counts or reads, at most the text itself for one that gives a text.
+
+#include "Allocations.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ORXExUtilities.h"
+#include "TestModel.h"
+#include "TypicalCalls.h"
+
+namespace {
+
+// The most characters that a text holds without a buffer of its own.
+constexpr std::size_t kInPlace = 15;
+
+// What a function may allocate for what it gives.
+long MostAllocations(const orx::Export& function, const SdaiPrimitiveH& result) {
+    if (static_cast<const SdaiString&>(result).length() > kInPlace) return 1;
+    // A list, and the room for its members.
+    if (function.result == orx::Aggregate) return 2;
+    return 0;
+}
+
+// All functions but those that create instances, for which their model takes memory.
+std::vector<std::string_view> Names() {
+    std::vector<std::string_view> names;
+    for (const orx::Export& function : orx::kExports) {
+        const bool creates = function.name == "GetStartDate" || function.name == "GetEndDate" ||
+                             function.name == "BuildDatedEff";
+        if (!creates) names.push_back(function.name);
+    }
+    return names;
+}
+
+class TypicalCall : public testing::TestWithParam<std::string_view> {};
+
+INSTANTIATE_TEST_SUITE_P(ExportTable, TypicalCall, testing::ValuesIn(Names()),
+                         [](const auto& name) { return std::string(name.param); });
+
+}  // namespace
+
+TEST_P(TypicalCall, AllocatesNoMoreThanItsResult) {
+    const orx::Export& function = *orx::FindExport(GetParam());
+    void* address = dlsym(RTLD_DEFAULT, std::string(GetParam()).c_str());
+    ASSERT_NE(address, nullptr);
+    const TypicalData data;
+    const TypicalArguments arguments = ArgumentsOf(function, data);
+    RemoveValueVersion();
+    WithCall(function, address, arguments, [&](auto call) {
+        // Extents are listed on the first call, and IsVersion remembers what it sees.
+        call();
+        const AllocationCounter allocations;
+        const SdaiPrimitiveH result = call();
+        const long count = allocations.Count();
+        EXPECT_LE(count, MostAllocations(function, result));
+    });
+    RemoveValueVersion();
+}
