@@ -37,9 +37,8 @@ class Table::Reporter final : public benchmark::BenchmarkReporter {
 };
 
 void Table::Run() {
-    std::vector<std::string> arguments = {"orx-bench", "--benchmark_min_time=0.01",
-                                          "--benchmark_repetitions=7",
-                                          "--benchmark_enable_random_interleaving=true"};
+    std::vector<std::string> arguments = {"orx-bench", "--benchmark_min_time=0.02",
+                                          "--benchmark_repetitions=5"};
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     int argc = static_cast<int>(argv.size());

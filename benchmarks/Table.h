@@ -49,8 +49,8 @@ class Table {
     // Adds a row that is measured already.
     void Add(Row row) { rows_.push_back(std::move(row)); }
 
-    // Takes the times: several runs of each in random order, of which the fastest counts, the one
-    // that other work on the machine disturbed least.
+    // Takes the times: of several runs of each the fastest counts, the one that other work on the
+    // machine disturbed least.
     void Run();
 
     // The table as Markdown, and as JSON.
