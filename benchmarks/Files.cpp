@@ -66,7 +66,7 @@ void AddFiles(Table& table, const std::string& directory) {
                    {},
                    {{}, 3.0}});
         table.Add(
-            {section, "Memory for each of its instances", "bytes", m.memory / m.instances, {}, {}});
+            {section, "Memory for each instance" + of, "bytes", m.memory / m.instances, {}, {}});
         table.Add({section,
                    "Writing a file" + of + speed(m.writing),
                    "ns/byte",
