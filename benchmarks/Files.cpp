@@ -65,8 +65,12 @@ void AddFiles(Table& table, const std::string& directory) {
                    m.memory / m.bytes,
                    {},
                    {{}, 3.0}});
-        table.Add(
-            {section, "Memory for each instance" + of, "bytes", m.memory / m.instances, {}, {}});
+        table.Add({section,
+                   "Memory for each instance, file" + of,
+                   "bytes",
+                   m.memory / m.instances,
+                   {},
+                   {}});
         table.Add({section,
                    "Writing a file" + of + speed(m.writing),
                    "ns/byte",
