@@ -99,8 +99,10 @@ struct HeaderRecord {
     std::string parameters;
 };
 
+using Header = std::vector<HeaderRecord>;
+
 struct DataSet {
-    std::vector<HeaderRecord> header;
+    Header header;
     std::unique_ptr<kor::Model> model;
 };
 
@@ -119,6 +121,9 @@ DataSet ReadDataSet(const std::string& path, const SchemaCatalog& schemas,
 DataSet ParseDataSet(std::string_view text, const std::string& name, const SchemaCatalog& schemas,
                      const ReadOptions& options, Messages& messages);
 
+// The header of a new file.
+Header NewHeader(const kor::Schema& schema, const std::string& name);
+
 // An empty data set of a schema, with the header of a new file.
 DataSet NewDataSet(SchemaPtr schema, const std::string& name);
 
@@ -128,6 +133,8 @@ std::string ToExchangeText(const DataSet& dataSet);
 // Writes it: to a temporary file beside the target, which takes the target's place at the end. On
 // failure, which is told, the target is as it was.
 bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages);
+bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
+                  Messages& messages);
 
 }  // namespace exchange
 

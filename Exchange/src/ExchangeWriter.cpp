@@ -118,15 +118,15 @@ class Writer {
 // Writes the exchange file, handing the text over piece by piece: flush(text) empties it. Gives
 // what cannot be written, empty when there is nothing of it.
 template <class Flush>
-std::string Write(const DataSet& dataSet, Flush flush) {
+std::string Write(const Header& header, const kor::Model& model, Flush flush) {
     constexpr std::size_t kPiece = std::size_t{1} << 16;
     Writer writer;
     writer.text = "ISO-10303-21;\nHEADER;\n";
-    for (const HeaderRecord& record : dataSet.header) {
+    for (const HeaderRecord& record : header) {
         writer.text += record.keyword + record.parameters + ";\n";
     }
     writer.text += "ENDSEC;\nDATA;\n";
-    dataSet.model->ForEachInstance([&](const kor::Instance& instance) {
+    model.ForEachInstance([&](const kor::Instance& instance) {
         writer.Instance(instance);
         if (writer.text.size() >= kPiece) flush(writer.text);
     });
@@ -204,14 +204,14 @@ std::string Reason(int error) { return error != 0 ? std::strerror(error) : ""; }
 
 // Writes to a device or pipe as it is, to a file through a temporary one. Gives the reason of a
 // failure.
-std::string WriteFile(const DataSet& dataSet, const std::string& path) {
+std::string WriteFile(const Header& header, const kor::Model& model, const std::string& path) {
     struct stat status {};
     const bool exists = stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) return Reason(EISDIR);
     if (exists && !S_ISREG(status.st_mode)) {
         Output output(open(path.c_str(), O_WRONLY | O_CLOEXEC));
         const std::string problem =
-            Write(dataSet, [&output](std::string& text) { output.Append(text); });
+            Write(header, model, [&output](std::string& text) { output.Append(text); });
         output.Close();
         return output.Error() != 0 ? Reason(output.Error()) : problem;
     }
@@ -227,7 +227,7 @@ std::string WriteFile(const DataSet& dataSet, const std::string& path) {
     umask(mask);
     output.SetMode(exists ? status.st_mode & 0777 : 0666 & ~mask);
     const std::string problem =
-        Write(dataSet, [&output](std::string& text) { output.Append(text); });
+        Write(header, model, [&output](std::string& text) { output.Append(text); });
     output.Sync();
     output.Close();
     if (output.Error() != 0) return Reason(output.Error());
@@ -258,7 +258,7 @@ std::string ParametersText(std::span<const Cell> cells) {
 
 std::string ToExchangeText(const DataSet& dataSet) {
     std::string whole;
-    Write(dataSet, [&whole](std::string& text) {
+    Write(dataSet.header, *dataSet.model, [&whole](std::string& text) {
         whole += text;
         text.clear();
     });
@@ -266,26 +266,32 @@ std::string ToExchangeText(const DataSet& dataSet) {
 }
 
 bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages) {
-    const std::string reason = WriteFile(dataSet, path);
+    return WriteDataSet(dataSet.header, *dataSet.model, path, messages);
+}
+
+bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
+                  Messages& messages) {
+    const std::string reason = WriteFile(header, model, path);
     if (!reason.empty()) messages.AddError({path, 0, 0, "cannot be written: " + reason});
     return reason.empty();
 }
 
-DataSet NewDataSet(SchemaPtr schema, const std::string& name) {
+Header NewHeader(const kor::Schema& schema, const std::string& name) {
     std::string fileName = "(";
     AppendString(fileName, name);
     fileName += ',';
     AppendString(fileName, TimeStamp());
     fileName += ",(''),(''),'orx','ORXExUtilities','')";
     std::string fileSchema = "((";
-    AppendString(fileSchema, kor::Folded(schema->Name().View()));
+    AppendString(fileSchema, kor::Folded(schema.Name().View()));
     fileSchema += "))";
-    DataSet dataSet;
-    dataSet.header = {{"FILE_DESCRIPTION", "((''),'2;1')"},
-                      {"FILE_NAME", std::move(fileName)},
-                      {"FILE_SCHEMA", std::move(fileSchema)}};
-    dataSet.model = std::make_unique<kor::Model>(std::move(schema));
-    return dataSet;
+    return {{"FILE_DESCRIPTION", "((''),'2;1')"},
+            {"FILE_NAME", std::move(fileName)},
+            {"FILE_SCHEMA", std::move(fileSchema)}};
+}
+
+DataSet NewDataSet(SchemaPtr schema, const std::string& name) {
+    return {NewHeader(*schema, name), std::make_unique<kor::Model>(schema)};
 }
 
 }  // namespace exchange
