@@ -70,7 +70,7 @@ class KOR_API KORPSNTrace {
     // The line to write into; what was written into it and not handed over is dropped.
     KORPSNLigne GetLigne();
 
-    // Hands the finished line over.
+    // Hands the finished line over, with the line break that was written into it.
     void Out();
 
     // Sets the level and the sink: the path of a file, which is emptied, or null or "" for the
