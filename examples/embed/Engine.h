@@ -1,0 +1,62 @@
+// The smallest engine: the module loaded by name, its functions found in the export table.
+
+#ifndef ENGINE_H
+#define ENGINE_H
+
+#include <dlfcn.h>
+
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+
+#include "ORXExportTable.h"
+#include "SdaiPrimitiveH.h"
+
+class Engine {
+  public:
+    // Loads the module and binds every function of the export table. Throws std::runtime_error with
+    // the reason when a part of it is missing.
+    explicit Engine(const char* module = "libORXExUtilities.so.0")
+        : module_(dlopen(module, RTLD_NOW | RTLD_LOCAL)) {
+        if (module_ == nullptr) throw std::runtime_error(dlerror());
+        for (const orx::Export& row : orx::kExports) {
+            void* symbol = dlsym(module_, std::string(row.name).c_str());
+            if (symbol == nullptr) throw std::runtime_error(dlerror());
+            symbols_.emplace(row.name, symbol);
+        }
+    }
+    // The module stays loaded: handles that it gave may outlive the engine.
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
+
+    // Calls a function that takes handles and gives one, as all but three of those with arguments
+    // do (ORXExportTable.h). Throws for a name that is none, another number of arguments than the
+    // function's, or one of the three.
+    template <class... Handles>
+    SdaiPrimitiveH Call(std::string_view name, const Handles&... arguments) const {
+        const orx::Export* row = orx::FindExport(name);
+        if (row == nullptr || row->ArgumentCount() != sizeof...(arguments) || !TakesHandles(*row)) {
+            throw std::runtime_error("no function " + std::string(name) + " of these arguments");
+        }
+        return As<SdaiPrimitiveH(AsHandle<Handles>...)>(name)(arguments...);
+    }
+
+    // A function as the type that it has.
+    template <class Signature>
+    Signature* As(std::string_view name) const {
+        return reinterpret_cast<Signature*>(symbols_.at(name));
+    }
+
+  private:
+    static bool TakesHandles(const orx::Export& row) {
+        return row.result != orx::Nothing && row.arguments[1] != orx::Model;
+    }
+
+    template <class>
+    using AsHandle = const SdaiPrimitiveH&;
+
+    void* module_;
+    std::unordered_map<std::string_view, void*> symbols_;
+};
+
+#endif
