@@ -18,7 +18,7 @@ constexpr const char* kLibrary = "libORXExUtilities.so." ORX_SOVERSION;
 std::string DefaultFile() {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    for (const char* directory : {"../" ORX_LIBDIR, "../lib", "."}) {
+    for (const char* directory : {ORX_LIBDIR, "../lib", "."}) {
         const std::filesystem::path file = program.parent_path() / directory / kLibrary;
         if (std::filesystem::exists(file, error)) return file.string();
     }

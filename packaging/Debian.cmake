@@ -1,0 +1,82 @@
+# Debian packages: `scripts/package`, or `cpack -G DEB` in a build tree whose prefix is /usr.
+#
+#   liborxexutilities0     the two shared libraries
+#   liborxexutilities-dev  what a program is built with
+#   orx                    the tool
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_VENDOR ORXExUtilities)
+set(CPACK_PACKAGE_CONTACT
+    "maintainers <maintainers@users.noreply.c-seed-66cb09f8.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "mapping functions for product data exchange with STEP")
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_COMPONENTS_ALL library development tool)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+# The libraries that a package needs are read from its programs. Those of this project are looked
+# for in the tree of the packages themselves and are named outright.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+
+set(library liborxexutilities${PROJECT_VERSION_MAJOR})
+set(of_this_version "${library} (= ${PROJECT_VERSION})")
+set(description "The functions turn parts, effectivities, configurations, placements and
+names of a product database into STEP (ISO 10303) exchange data and back. An
+exchange engine calls them by name.")
+
+# What a program that is linked with the libraries depends on, and that the loader is to learn of
+# them.
+set(control ${CMAKE_CURRENT_BINARY_DIR}/control)
+file(WRITE ${control}/shlibs "libORXExUtilities ${PROJECT_VERSION_MAJOR} ${of_this_version}
+libKORPlatform ${PROJECT_VERSION_MAJOR} ${of_this_version}
+")
+file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${control}/shlibs ${control}/triggers)
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "${description}
+.
+This package holds the module and its stand-alone platform.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborxexutilities-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${of_this_version}")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${description}
+.
+This package holds the headers, the CMake package and the documents.")
+
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME orx)
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${of_this_version}")
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "${description}
+.
+This package holds orx, which calls them on exchange files.")
+
+include(CPack)
+
+# ---- The documents that every package carries, and no other installation
+
+set(changelog ${CMAKE_CURRENT_BINARY_DIR}/changelog)
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+file(WRITE ${changelog} "orxexutilities (${PROJECT_VERSION}) unstable; urgency=medium
+
+  * See CHANGELOG.md of the sources.
+
+ -- ${CPACK_PACKAGE_CONTACT}  ${date}
+")
+execute_process(COMMAND ${GZIP} -9nc ${changelog} OUTPUT_FILE ${changelog}.gz
+    COMMAND_ERROR_IS_FATAL ANY)
+foreach(component library development tool)
+    string(TOUPPER ${component} name)
+    install(FILES copyright ${changelog}.gz
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${name}_PACKAGE_NAME}
+        COMPONENT ${component} EXCLUDE_FROM_ALL)
+endforeach()
