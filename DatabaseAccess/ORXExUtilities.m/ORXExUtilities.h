@@ -16,9 +16,9 @@
 //   that neither create instances nor keep versions may run from several threads over models that
 //   no thread writes.
 //
-// With each function stand its arguments, its default, and what it reads: attributes, and extents of
-// entity types. An entity instance is a "part", "model", "document" or "effectivity" of the database
-// when it stands in a model of schema "cdma"; STEP entity types are written in upper case.
+// With each function stand its arguments, its default, and what it reads: attributes, and extents
+// of entity types. An entity instance is a "part", "model", "document" or "effectivity" of the
+// database when it stands in a model of schema "cdma"; STEP entity types are written in upper case.
 
 #ifndef ORXEXUTILITIES_H
 #define ORXEXUTILITIES_H

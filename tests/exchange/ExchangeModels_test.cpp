@@ -1,0 +1,86 @@
+// Models for programs that embed the platform.
+
+#include "ExchangeModels.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "SdaiAggrInstance.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr char kTools[] = "SCHEMA tools; ENTITY tool; name : STRING; END_ENTITY; END_SCHEMA;";
+
+class ExchangeModels : public testing::Test {
+  protected:
+    ~ExchangeModels() override { std::remove(path_.c_str()); }
+
+    std::vector<std::string> messages_;
+    const std::string path_ = testing::TempDir() + "exchange_models.stp";
+};
+
+TEST_F(ExchangeModels, AreMadeOfBuiltInSchemasInAnyCase) {
+    const auto model = exchange::NewModel("automotive_design", messages_);
+    ASSERT_NE(model, nullptr);
+    EXPECT_EQ(std::string(model->SchemaName().View()), "AUTOMOTIVE_DESIGN");
+    EXPECT_EQ(model->GetEntityExtent("PRODUCT")->GetMemberCount(), 0);
+    EXPECT_THAT(messages_, IsEmpty());
+}
+
+TEST_F(ExchangeModels, AreMadeOfTheCallersSchemas) {
+    const auto model = exchange::NewModel("tools", messages_, kTools);
+    ASSERT_NE(model, nullptr);
+    EXPECT_NE(model->GetEntityDefinition("TOOL"), nullptr);
+}
+
+TEST_F(ExchangeModels, OfAnUnknownSchemaAreNone) {
+    EXPECT_EQ(exchange::NewModel("AUTOMOTIVE_DESING", messages_), nullptr);
+    EXPECT_THAT(messages_, ElementsAre("unknown schema 'AUTOMOTIVE_DESING'; did you mean "
+                                       "'AUTOMOTIVE_DESIGN'?"));
+}
+
+TEST_F(ExchangeModels, OfASchemaThatCannotBeReadAreNone) {
+    EXPECT_EQ(exchange::NewModel("cdma", messages_, "SCHEMA tools; ENTITY"), nullptr);
+    ASSERT_FALSE(messages_.empty());
+    EXPECT_THAT(messages_.front(), HasSubstr("<schema>:1:"));
+}
+
+TEST_F(ExchangeModels, AreReadAsTheyWereWritten) {
+    const auto written = exchange::NewModel("tools", messages_, kTools);
+    written->GetEntityDefinition("TOOL")
+        ->CreateEntityInstance(written.get())
+        ->PutAttr("NAME", SdaiString("drill"));
+    ASSERT_TRUE(exchange::WriteModel(*written, path_, messages_));
+    const auto read = exchange::ReadModel(path_, messages_, kTools);
+    ASSERT_NE(read, nullptr);
+    const SdaiPrimitiveH tool = read->GetEntityExtent("TOOL")->GetMember(0);
+    EXPECT_EQ(std::string(static_cast<const SdaiString&>(tool.GetAttr("NAME")).View()), "drill");
+    EXPECT_THAT(messages_, IsEmpty());
+}
+
+TEST_F(ExchangeModels, OfAFileThatCannotBeReadAreNone) {
+    EXPECT_EQ(exchange::ReadModel("no/such/file.stp", messages_), nullptr);
+    std::ofstream(path_) << "ISO-10303-21;HEADER;FILE_SCHEMA(('cdma'));ENDSEC;DATA;\n#1=;";
+    EXPECT_EQ(exchange::ReadModel(path_, messages_), nullptr);
+    ASSERT_GE(messages_.size(), 2U);
+    EXPECT_THAT(messages_[0], HasSubstr("no/such/file.stp: "));
+    EXPECT_THAT(messages_[1], HasSubstr(path_ + ":2:4: "));
+}
+
+TEST_F(ExchangeModels, AreNotWrittenWhereNothingCanBe) {
+    const auto model = exchange::NewModel("cdma", messages_);
+    EXPECT_FALSE(exchange::WriteModel(*model, "no/such/directory/file.stp", messages_));
+    ASSERT_EQ(messages_.size(), 1U);
+    EXPECT_THAT(messages_[0], HasSubstr("no/such/directory/file.stp: cannot be written: "));
+}
+
+}  // namespace
