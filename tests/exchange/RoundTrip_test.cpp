@@ -141,12 +141,8 @@ class RandomModel {
         const auto entity = [&model](std::string_view name) { return model.FindEntity(name); };
         const kor::EntityType* type = nullptr;
         switch (Below(8)) {
-            case 0:
-                type = model.UndeclaredEntity("CURVE", Below(5));
-                break;
-            case 1:
-                type = model.UndeclaredEntity("!USER_DEFINED", 2);
-                break;
+            case 0: type = model.UndeclaredEntity("CURVE", Below(5)); break;
+            case 1: type = model.UndeclaredEntity("!USER_DEFINED", 2); break;
             case 2:
                 type = &model.ComplexEntity(
                     {entity("BIG_NODE"), entity("NODE"), entity("ROUND_NODE")});
@@ -168,20 +164,13 @@ class RandomModel {
         // Around the length of 14 characters that a model keeps in place, and longer.
         for (std::size_t length = Below(3) == 0 ? Below(200) : Below(18); length > 0; --length) {
             switch (Below(12)) {
-                case 0:
-                    text += static_cast<char>(1 + Below(255));
-                    break;
-                case 1:
-                    text += '\'';
-                    break;
-                case 2:
-                    text += '\\';
-                    break;
+                case 0: text += static_cast<char>(1 + Below(255)); break;
+                case 1: text += '\''; break;
+                case 2: text += '\\'; break;
                 case 3:
                     text += Below(2) == 0 ? "\\X2\\03B1\\X0\\." : "\\X4\\0001F600\\X0\\.";
                     break;
-                default:
-                    text += static_cast<char>('a' + Below(26));
+                default: text += static_cast<char>('a' + Below(26));
             }
         }
         return text;
@@ -234,43 +223,27 @@ class RandomModel {
             return SdaiPrimitiveH(SdaiSelectH(type, value));
         };
         switch (Below(8)) {
-            case 0:
-                return select("LABEL", SdaiString(std::string_view(Text())));
-            case 1:
-                return select("LENGTH_MEASURE", Real());
-            case 2:
-                return select("COUNT_MEASURE", Integer());
-            case 3:
-                return select("AMOUNT", Number());
-            case 4:
-                return select("COLOUR", Colour());
-            case 5:
-                return select("TRUTH", Logical());
-            case 6:
-                return select("NUMBERS", List([this] { return Real(); }));
-            default:
-                return Node();
+            case 0: return select("LABEL", SdaiString(std::string_view(Text())));
+            case 1: return select("LENGTH_MEASURE", Real());
+            case 2: return select("COUNT_MEASURE", Integer());
+            case 3: return select("AMOUNT", Number());
+            case 4: return select("COLOUR", Colour());
+            case 5: return select("TRUTH", Logical());
+            case 6: return select("NUMBERS", List([this] { return Real(); }));
+            default: return Node();
         }
     }
     // A value as the types that no schema declares hold it.
     SdaiPrimitiveH Any(int depth = 0) {
         switch (Below(depth < 3 ? 8 : 6)) {
-            case 0:
-                return SdaiString(std::string_view(Text()));
-            case 1:
-                return Integer();
-            case 2:
-                return Real();
-            case 3:
-                return Binary();
-            case 4:
-                return instances_[Below(instances_.size())];
-            case 5:
-                return Colour();
-            case 6:
-                return List([this, depth] { return Any(depth + 1); });
-            default:
-                return {};
+            case 0: return SdaiString(std::string_view(Text()));
+            case 1: return Integer();
+            case 2: return Real();
+            case 3: return Binary();
+            case 4: return instances_[Below(instances_.size())];
+            case 5: return Colour();
+            case 6: return List([this, depth] { return Any(depth + 1); });
+            default: return {};
         }
     }
 

@@ -182,7 +182,8 @@ TEST(IsInAssembly, NamesThePartsInTheTrace) {
 }
 
 TEST(IsInAssembly, KeepsTheBracketsOfPartsWithoutNumbers) {
-    const TestModel model("cdma", "#1=part_object($,$,$,$,$,(#2),$,$,$,$);#2=part_link('1',$,#1,$,$,$,$);");
+    const TestModel model("cdma",
+                          "#1=part_object($,$,$,$,$,(#2),$,$,$,$);#2=part_link('1',$,#1,$,$,$,$);");
     EXPECT_THAT(TraceIsInAssembly(model[1], model[1]).messages,
                 ElementsAre("iRootPart: []", "iLeafPart: []", "KORASS ok pour []",
                             "Valeur de retour: [TRUE]"));
@@ -230,7 +231,8 @@ TEST(UseOfAPart, IsNoneForValuesThatAreNoInstances) {
 }
 
 TEST(UseOfAPart, IncludesThePartItselfWhenItListsItself) {
-    const TestModel model("cdma", "#1=part_object('P',$,$,$,$,(#2),$,$,$,$);#2=part_link('1',$,#1,$,$,$,$);");
+    const TestModel model(
+        "cdma", "#1=part_object('P',$,$,$,$,(#2),$,$,$,$);#2=part_link('1',$,#1,$,$,$,$);");
     EXPECT_TRUE(IsTrue(IsInAssembly(model[1], model[1])));
     EXPECT_EQ(RealIn(QuantifyRef(model[1], model[1])), 1);
 }

@@ -104,14 +104,16 @@ TEST(ConcatModelAtb, TracesTheKey) {
 // ---- ConcatPartAtb
 
 TEST(ConcatPartAtb, WritesNumberChangeVersionAndType) {
-    ExpectKeys(ConcatPartAtb, {{"PART_OBJECT('W-1','A',3,'wheel','a description',$,$,$,$,$)",
-                                "S0003W-1S0001AI00013S0005wheel"},
-                               {"PART_OBJECT('','',-1,'','',$,$,$,$,$)", "S0000S0000I0002-1S0000"}});
+    ExpectKeys(ConcatPartAtb,
+               {{"PART_OBJECT('W-1','A',3,'wheel','a description',$,$,$,$,$)",
+                 "S0003W-1S0001AI00013S0005wheel"},
+                {"PART_OBJECT('','',-1,'','',$,$,$,$,$)", "S0000S0000I0002-1S0000"}});
 }
 
 TEST(ConcatPartAtb, WritesAnUnsetAttributeAsAnEmptyField) {
-    ExpectKeys(ConcatPartAtb, {{"PART_OBJECT($,$,$,$,$,$,$,$,$,$)", "S0000S0000I0000S0000"},
-                               {"PART_OBJECT('W-1',$,3,$,$,$,$,$,$,$)", "S0003W-1S0000I00013S0000"}});
+    ExpectKeys(ConcatPartAtb,
+               {{"PART_OBJECT($,$,$,$,$,$,$,$,$,$)", "S0000S0000I0000S0000"},
+                {"PART_OBJECT('W-1',$,3,$,$,$,$,$,$,$)", "S0003W-1S0000I00013S0000"}});
 }
 
 TEST(ConcatPartAtb, HasNoValueWhenThePartIsMissing) {

@@ -221,11 +221,16 @@ TEST(DecodeKey, ReadsAFieldOfAnyOtherLetterAsAnInteger) {
         long place;
         long value;
     } kCases[] = {
-        {"X000242", 1, 42}, {"X0002AB", 1, -1},         {"X0000", 1, -1}, {"s0002AB", 1, -1},
-        {"i000242", 1, 42}, {"S0001AX0003-42", 2, -42}, {"hello", 1, -1},  // no key at all: the
-                                                                           // letter h, a length
-                                                                           // that is no number, no
-                                                                           // value
+        {"X000242", 1, 42},
+        {"X0002AB", 1, -1},
+        {"X0000", 1, -1},
+        {"s0002AB", 1, -1},
+        {"i000242", 1, 42},
+        {"S0001AX0003-42", 2, -42},
+        {"hello", 1, -1},  // no key at all: the
+                           // letter h, a length
+                           // that is no number, no
+                           // value
         {"", 1, -1},
     };
     for (const auto& [key, place, value] : kCases) {

@@ -272,12 +272,9 @@ SdaiPrimitiveH Call(const Row& row, const SdaiPrimitiveH& a = {}, const SdaiPrim
                     const SdaiPrimitiveH& c = {}) {
     using Handle = const SdaiPrimitiveH&;
     switch (row.signature) {
-        case NoHandle:
-            return Find<SdaiPrimitiveH()>(row)();
-        case OneHandle:
-            return Find<SdaiPrimitiveH(Handle)>(row)(a);
-        case TwoHandles:
-            return Find<SdaiPrimitiveH(Handle, Handle)>(row)(a, b);
+        case NoHandle: return Find<SdaiPrimitiveH()>(row)();
+        case OneHandle: return Find<SdaiPrimitiveH(Handle)>(row)(a);
+        case TwoHandles: return Find<SdaiPrimitiveH(Handle, Handle)>(row)(a, b);
         case TextAndModel:
             return Find<SdaiEntityInstance*(SdaiString, SdaiModel*)>(row)(
                 static_cast<const SdaiString&>(a), b.FindEntityInstanceModel());
