@@ -147,7 +147,7 @@ TEST_F(Functions, GivesTheTableAsJson) {
 
 TEST_F(Functions, TellsTheTraceLabels) {
     const std::vector<nlohmann::json> objects = Objects(Orx({"functions", "--json"}).out);
-    const Row labels[] = {
+    const std::pair<std::string, std::string> labels[] = {
         {"GetItem", "SdaiPrimitiveH GetItem ->"},
         // Labels that are not formed as the others are.
         {"IsEncodedKey", "SdaiPrimitiveH IsEncodeKey ->"},
@@ -155,10 +155,10 @@ TEST_F(Functions, TellsTheTraceLabels) {
         {"GetAbsPlacement", "SdaiPrimitiveH GetAbsPlacement->"},
         {"IsSameIDT", "IsSameIDT->"},
     };
-    for (const auto& [name, label] : labels) {
-        EXPECT_TRUE(std::any_of(objects.begin(), objects.end(), [&](const nlohmann::json& one) {
-            return Has(one, name) && Has(one, label);
-        })) << name;
+    for (const auto& row : labels) {
+        EXPECT_TRUE(std::any_of(objects.begin(), objects.end(), [&row](const auto& one) {
+            return Has(one, row.first) && Has(one, row.second);
+        })) << row.first;
     }
 }
 
