@@ -32,6 +32,7 @@ struct Message {
     std::uint64_t line = 0;    // 0: about the file as a whole
     std::uint64_t column = 0;  // in bytes
     std::string text;
+    bool mendable = false;  // a lenient reading goes on behind it
 
     // FILE:LINE:COLUMN: text, or FILE: text
     std::string ToString() const;
@@ -135,6 +136,9 @@ std::string ToExchangeText(const DataSet& dataSet);
 bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages);
 bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
                   Messages& messages);
+
+// Writes any other text in the same way.
+bool WriteText(std::string_view text, const std::string& path, Messages& messages);
 
 }  // namespace exchange
 

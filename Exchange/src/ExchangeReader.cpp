@@ -148,7 +148,7 @@ class Reader {
         if (options_.lenient && inData_) {
             Warn(place, std::move(text));
         } else {
-            messages_.AddError({name_, place.line, place.column, std::move(text)});
+            messages_.AddError({name_, place.line, place.column, std::move(text), inData_});
         }
     }
     [[noreturn, gnu::cold]] void Fail(Place place, std::string text) {

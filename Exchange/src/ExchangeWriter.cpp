@@ -128,7 +128,9 @@ std::string Write(const Header& header, const kor::Model& model, Flush flush) {
     writer.text += "ENDSEC;\nDATA;\n";
     model.ForEachInstance([&](const kor::Instance& instance) {
         writer.Instance(instance);
-        if (writer.text.size() >= kPiece) flush(writer.text);
+        if (writer.text.size() < kPiece) return;
+        flush(writer.text);
+        writer.text.clear();
     });
     writer.text += "ENDSEC;\nEND-ISO-10303-21;\n";
     flush(writer.text);
@@ -148,8 +150,7 @@ class Output {
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
-    void Append(std::string& text) {
-        std::string_view rest = text;
+    void Append(std::string_view rest) {
         while (error_ == 0 && !rest.empty()) {
             const ssize_t count = write(descriptor_, rest.data(), rest.size());
             if (count >= 0) {
@@ -158,7 +159,6 @@ class Output {
                 error_ = errno;
             }
         }
-        text.clear();
     }
 
     void Sync() {
@@ -202,16 +202,16 @@ struct TemporaryFile {
 // Why writing failed; empty when it did not.
 std::string Reason(int error) { return error != 0 ? std::strerror(error) : ""; }
 
-// Writes to a device or pipe as it is, to a file through a temporary one. Gives the reason of a
-// failure.
-std::string WriteFile(const Header& header, const kor::Model& model, const std::string& path) {
+// Lets write(output) write to a device or pipe as it is, to a file through a temporary one. Gives
+// the reason of a failure, which may be one that `write` gives.
+template <class Write>
+std::string WriteFile(const std::string& path, Write write) {
     struct stat status {};
     const bool exists = stat(path.c_str(), &status) == 0;
     if (exists && S_ISDIR(status.st_mode)) return Reason(EISDIR);
     if (exists && !S_ISREG(status.st_mode)) {
         Output output(open(path.c_str(), O_WRONLY | O_CLOEXEC));
-        const std::string problem =
-            Write(header, model, [&output](std::string& text) { output.Append(text); });
+        const std::string problem = write(output);
         output.Close();
         return output.Error() != 0 ? Reason(output.Error()) : problem;
     }
@@ -226,13 +226,18 @@ std::string WriteFile(const Header& header, const kor::Model& model, const std::
     const mode_t mask = umask(0);
     umask(mask);
     output.SetMode(exists ? status.st_mode & 0777 : 0666 & ~mask);
-    const std::string problem =
-        Write(header, model, [&output](std::string& text) { output.Append(text); });
+    const std::string problem = write(output);
     output.Sync();
     output.Close();
     if (output.Error() != 0) return Reason(output.Error());
     if (!problem.empty()) return problem;
     return Reason(temporary.Replace(target));
+}
+
+// Whether writing went well; tells the reason when it did not.
+bool Told(Messages& messages, const std::string& path, const std::string& reason) {
+    if (!reason.empty()) messages.AddError({path, 0, 0, "cannot be written: " + reason});
+    return reason.empty();
 }
 
 // The time now, as an exchange file writes it; that of SOURCE_DATE_EPOCH where it is set, so that
@@ -258,10 +263,7 @@ std::string ParametersText(std::span<const Cell> cells) {
 
 std::string ToExchangeText(const DataSet& dataSet) {
     std::string whole;
-    Write(dataSet.header, *dataSet.model, [&whole](std::string& text) {
-        whole += text;
-        text.clear();
-    });
+    Write(dataSet.header, *dataSet.model, [&whole](std::string_view text) { whole += text; });
     return whole;
 }
 
@@ -271,9 +273,17 @@ bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& mes
 
 bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
                   Messages& messages) {
-    const std::string reason = WriteFile(header, model, path);
-    if (!reason.empty()) messages.AddError({path, 0, 0, "cannot be written: " + reason});
-    return reason.empty();
+    return Told(messages, path, WriteFile(path, [&](Output& output) {
+                    return Write(header, model,
+                                 [&](std::string_view text) { output.Append(text); });
+                }));
+}
+
+bool WriteText(std::string_view text, const std::string& path, Messages& messages) {
+    return Told(messages, path, WriteFile(path, [text](Output& output) {
+                    output.Append(text);
+                    return std::string();
+                }));
 }
 
 Header NewHeader(const kor::Schema& schema, const std::string& name) {

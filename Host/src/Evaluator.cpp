@@ -309,7 +309,9 @@ const NamedModel& Evaluator::ModelNamed(const std::optional<std::string>& name,
         return session_.Models().front();
     }
     const NamedModel* model = session_.Find(*name);
-    if (model == nullptr) Unknown(position, "model", *name, session_.ModelNames());
+    if (model == nullptr) {
+        throw ScriptError(position, "unknown model '" + *name + "'" + session_.KnownModels());
+    }
     return *model;
 }
 

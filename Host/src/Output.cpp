@@ -61,13 +61,7 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
 Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
     switch (KindOf(value)) {
         case Kind::Integer: return static_cast<long>(value);
-        case Kind::Real: {
-            const double real = value;
-            if (std::isfinite(real)) return real;
-            std::string name;
-            exchange::AppendReal(name, real);
-            return name;
-        }
+        case Kind::Real: return RealToJson(value);
         case Kind::Logical:
         case Kind::Boolean: {
             const SdaiLogical& logical = value;
@@ -106,6 +100,34 @@ std::string ToText(const SdaiPrimitiveH& value, const Session& session) {
     std::string text;
     AppendValue(text, value, session);
     return text;
+}
+
+Json RealToJson(double value) {
+    if (std::isfinite(value)) return value;
+    std::string name;
+    exchange::AppendReal(name, value);
+    return name;
+}
+
+std::string Readable(std::string_view text) {
+    const std::string utf8 = exchange::ToUtf8(text);
+    std::string readable;
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+        const std::string_view rest = std::string_view(utf8).substr(i);
+        const auto first = static_cast<unsigned char>(rest[0]);
+        const auto second = static_cast<unsigned char>(rest.size() > 1 ? rest[1] : '\0');
+        std::size_t length = 0;  // of a character that is shown as another
+        if (first < 0x20 || first == 0x7F) length = 1;
+        if (first == 0xC2 && second < 0xA0) length = 2;  // U+0080 to U+009F
+        if (rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF")) length = 3;
+        if (length == 0) {
+            readable += rest[0];
+        } else {
+            readable += "\uFFFD";
+            i += length - 1;
+        }
+    }
+    return readable;
 }
 
 void Printer::Print(Position position, const SdaiPrimitiveH& value) const {

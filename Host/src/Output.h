@@ -3,8 +3,10 @@
 #ifndef HOST_OUTPUT_H
 #define HOST_OUTPUT_H
 
+#include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "Script.h"
 #include "SdaiPrimitiveH.h"
@@ -15,6 +17,13 @@ namespace host {
 // The value as text: 'text' 12 1.5 .T. #12 (1.,0.,0.) $; an instance of another than the first
 // model as @name#12.
 std::string ToText(const SdaiPrimitiveH& value, const Session& session);
+
+// A real; one that is not finite as the text nan, inf or -inf.
+nlohmann::ordered_json RealToJson(double value);
+
+// A text of the data for a reader: UTF-8, each control character and each character that is none
+// replaced by U+FFFD.
+std::string Readable(std::string_view text);
 
 // Prints results to the standard output, one line each.
 class Printer {

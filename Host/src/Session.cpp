@@ -17,6 +17,13 @@ std::vector<std::string> Session::ModelNames() const {
     return names;
 }
 
+std::string Session::KnownModels() const {
+    std::string known;
+    for (const NamedModel& model : models_)
+        known += (known.empty() ? "; known: " : ", ") + model.name;
+    return known.empty() ? " (give one with --model)" : known;
+}
+
 const NamedModel* Session::Find(std::string_view name) const {
     const auto found = std::find_if(models_.begin(), models_.end(),
                                     [&](const NamedModel& model) { return model.name == name; });

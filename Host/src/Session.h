@@ -33,6 +33,9 @@ class Session {
     const std::vector<NamedModel>& Models() const { return models_; }
     std::vector<std::string> ModelNames() const;
 
+    // "; known: a, b", for messages.
+    std::string KnownModels() const;
+
     // Null when there is none of that name.
     const NamedModel* Find(std::string_view name) const;
     const NamedModel* Holding(const SdaiModel* model) const;

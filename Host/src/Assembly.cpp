@@ -1,0 +1,234 @@
+#include "Assembly.h"
+
+#include <algorithm>
+
+#include "KORMath.h"
+#include "SdaiIterator.h"
+
+namespace host {
+
+using namespace sdai_names;
+
+namespace {
+
+std::string TextOf(const SdaiPrimitiveH& value) {
+    return std::string(static_cast<const SdaiString&>(value).View());
+}
+
+// The occurrences of one part side by side, in the order of the first of each part; the number of
+// occurrences of each.
+void Group(std::vector<Occurrence>& occurrences) {
+    std::unordered_map<const Part*, std::size_t> ranks;
+    for (const Occurrence& occurrence : occurrences) {
+        ranks.emplace(occurrence.part, ranks.size());
+    }
+    std::stable_sort(occurrences.begin(), occurrences.end(),
+                     [&](const Occurrence& a, const Occurrence& b) {
+                         return ranks.at(a.part) < ranks.at(b.part);
+                     });
+}
+
+}  // namespace
+
+Assembly::Assembly(const kor::Model& model)
+    : isDatabase_(model.GetSchema().FindEntity("part_object"_name) != nullptr) {
+    if (isDatabase_) {
+        ReadDatabase(model);
+    } else {
+        ReadExchangeData(model);
+    }
+    for (Part& part : parts_) Group(part.occurrences);
+    FindRoots();
+}
+
+const Part* Assembly::Find(const SdaiEntityInstance* instance) const {
+    const auto found = partNumbers_.find(instance);
+    return found != partNumbers_.end() ? &parts_[found->second] : nullptr;
+}
+
+void Assembly::ReadExchangeData(const kor::Model& model) {
+    SdaiIterator_Of_SdaiEntityInstanceH definitions(model.Extent("PRODUCT_DEFINITION"_name));
+    while (definitions.Next()) AddPart(definitions.GetCurrentMember());
+    SdaiInstanceReader relating("RELATING_PRODUCT_DEFINITION"_name);
+    SdaiInstanceReader related("RELATED_PRODUCT_DEFINITION"_name);
+    SdaiIterator_Of_SdaiEntityInstanceH links(model.Extent("NEXT_ASSEMBLY_USAGE_OCCURRENCE"_name));
+    while (links.Next()) {
+        SdaiEntityInstance* link = links.GetCurrentMember();
+        AddOccurrence(link, relating(link), related(link));
+    }
+}
+
+void Assembly::ReadDatabase(const kor::Model& model) {
+    SdaiIterator_Of_SdaiEntityInstanceH parts(model.Extent("part_object"_name));
+    while (parts.Next()) AddPart(parts.GetCurrentMember());
+    SdaiInstanceReader component("ref"_name);
+    parts.Beginning();
+    while (parts.Next()) {
+        const SdaiPrimitiveH owned = parts.GetCurrentMember()->GetAttr("KORASS"_name);
+        SdaiIterator_Of_SdaiEntityInstanceH links(owned);
+        while (links.Next()) {
+            SdaiEntityInstance* link = links.GetCurrentMember();
+            AddOccurrence(link, parts.GetCurrentMember(), component(link));
+        }
+    }
+}
+
+void Assembly::AddPart(SdaiEntityInstance* instance) {
+    const SdaiPrimitiveH part(instance);
+    const SdaiPrimitiveH product = part.GetAttr("FORMATION"_name).GetAttr("OF_PRODUCT"_name);
+    std::string id =
+        TextOf(isDatabase_ ? part.GetAttr("S_PART_NUMBER"_name) : product.GetAttr("ID"_name));
+    std::string name =
+        TextOf(isDatabase_ ? part.GetAttr("S_DESC"_name) : product.GetAttr("NAME"_name));
+    if (name.empty()) name = id;
+    if (name.empty()) name = '#' + std::to_string(instance->GetInstanceNameId());
+    partNumbers_.emplace(instance, parts_.size());
+    parts_.push_back({instance, std::move(id), std::move(name), {}});
+}
+
+// A link that lacks one of its ends says nothing.
+void Assembly::AddOccurrence(SdaiEntityInstance* link, const SdaiEntityInstance* parent,
+                             const SdaiEntityInstance* component) {
+    const auto owner = partNumbers_.find(parent);
+    const auto used = partNumbers_.find(component);
+    if (owner == partNumbers_.end() || used == partNumbers_.end()) return;
+    Part& part = parts_[used->second];
+    part.isUsed = true;
+    parts_[owner->second].occurrences.push_back({link, &part});
+    ++linkCount_;
+}
+
+void Assembly::FindRoots() {
+    std::vector<bool> reached(parts_.size());
+    const auto numberOf = [&](const Part* part) {
+        return static_cast<std::size_t>(part - parts_.data());
+    };
+    const auto addRoot = [&](const Part& root) {
+        roots_.push_back(&root);
+        std::vector<const Part*> waiting{&root};
+        reached[numberOf(&root)] = true;
+        while (!waiting.empty()) {
+            const Part& part = *waiting.back();
+            waiting.pop_back();
+            for (const Occurrence& occurrence : part.occurrences) {
+                if (reached[numberOf(occurrence.part)]) continue;
+                reached[numberOf(occurrence.part)] = true;
+                waiting.push_back(occurrence.part);
+            }
+        }
+    };
+    for (const Part& part : parts_) {
+        if (!part.isUsed) addRoot(part);
+    }
+    for (const Part& part : parts_) {
+        if (!reached[numberOf(&part)]) addRoot(part);
+    }
+}
+
+void Assembly::Walk(std::size_t depth, bool single,
+                    const std::function<bool(const Node&)>& visit) const {
+    // A part on the way from the root, and its occurrences that are yet to be walked.
+    struct Step {
+        const Part* part;
+        std::span<const Occurrence> rest;
+    };
+    std::vector<Step> way;
+    std::vector<bool> isOnWay(parts_.size());
+    const auto mark = [&](const Part* part, bool on) {
+        isOnWay[static_cast<std::size_t>(part - parts_.data())] = on;
+    };
+    // Visits a place and stands on it, if there is something below.
+    const auto enter = [&](Node node) {
+        const bool hasComponents = !node.part->occurrences.empty();
+        node.isCycle = isOnWay[static_cast<std::size_t>(node.part - parts_.data())];
+        node.isCut = !node.isCycle && hasComponents && node.level >= depth;
+        if (!visit(node)) return false;
+        if (hasComponents && !node.isCycle && !node.isCut) {
+            way.push_back({node.part, node.part->occurrences});
+            mark(node.part, true);
+        }
+        return true;
+    };
+    for (const Part* root : roots_) {
+        if (!enter({root, nullptr, {}, 0, root == roots_.back()})) return;
+        while (!way.empty()) {
+            Step& step = way.back();
+            if (step.rest.empty()) {
+                mark(step.part, false);
+                way.pop_back();
+                continue;
+            }
+            std::size_t count = 1;
+            while (!single && count < step.rest.size() &&
+                   step.rest[count].part == step.rest[0].part) {
+                ++count;
+            }
+            const std::span<const Occurrence> occurrences = step.rest.first(count);
+            step.rest = step.rest.subspan(count);
+            if (!enter(
+                    {occurrences[0].part, step.part, occurrences, way.size(), step.rest.empty()})) {
+                return;
+            }
+        }
+    }
+}
+
+// ---- Placements
+
+namespace {
+
+KORMathVector VectorOf(const SdaiPrimitiveH& value, const KORMathVector& byDefault) {
+    const SdaiAggrInstance* members = value;
+    if (members == nullptr) return byDefault;
+    return {members->GetRealMember(0), members->GetRealMember(1), members->GetRealMember(2)};
+}
+
+// As of an AXIS2_PLACEMENT_3D; directions that are none give values that are not finite.
+Placement PlacementOfLink(const SdaiEntityInstance& link) {
+    const KORMathVector origin = VectorOf(link.GetAttr("origin"_name), {0, 0, 0});
+    const KORMathVector axis = VectorOf(link.GetAttr("axis"_name), {0, 0, 1});
+    const KORMathVector z = axis / axis.Norm();
+    const bool zAlongX = z[1] == 0 && z[2] == 0;
+    const KORMathVector reference =
+        VectorOf(link.GetAttr("ref_direction"_name),
+                 zAlongX ? KORMathVector(0, 1, 0) : KORMathVector(1, 0, 0));
+    const KORMathVector across = reference - Dot(reference, z) * z;
+    const KORMathVector x = across / across.Norm();
+    const KORMathVector y = Cross(z, x);
+    Placement placement;
+    auto* to = placement.data();
+    for (const KORMathVector& column : {x, y, z, origin}) {
+        // Adding 0.0 turns -0.0 into 0.0.
+        for (int i = 0; i < 3; ++i) *to++ = column[i] + 0.0;
+    }
+    return placement;
+}
+
+}  // namespace
+
+Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
+                      const Module& module) {
+    if (assembly.IsDatabase()) return PlacementOfLink(*occurrence.link);
+    static const orx::Export& getAbsPlacement = *orx::FindExport("GetAbsPlacement");
+    const Value argument{occurrence.link};
+    const SdaiPrimitiveH list = module.Call(getAbsPlacement, std::span(&argument, 1));
+    const SdaiAggrInstance* values = list;
+    Placement placement = kIdentity;
+    if (values == nullptr || values->GetMemberCount() != 12) return placement;
+    for (long i = 0; i < 12; ++i) placement[static_cast<std::size_t>(i)] = values->GetRealMember(i);
+    return placement;
+}
+
+Placement Compose(const Placement& outer, const Placement& inner) {
+    Placement result;
+    for (std::size_t column = 0; column < 4; ++column) {
+        for (std::size_t row = 0; row < 3; ++row) {
+            double sum = column == 3 ? outer[9 + row] : 0.0;
+            for (std::size_t i = 0; i < 3; ++i) sum += outer[3 * i + row] * inner[3 * column + i];
+            result[3 * column + row] = sum;
+        }
+    }
+    return result;
+}
+
+}  // namespace host

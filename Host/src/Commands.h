@@ -1,0 +1,19 @@
+// The commands of orx. Each gives the exit status, or throws Unusable.
+
+#ifndef HOST_COMMANDS_H
+#define HOST_COMMANDS_H
+
+#include "Options.h"
+
+namespace host {
+
+int Functions(const Options& options);
+int Describe(const Options& options);
+int Tree(const Options& options);
+int Report(const Options& options);
+int CallOrRun(const Options& options);
+int Shell(const Options& options);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,82 @@
+// orx call and orx run.
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "Commands.h"
+#include "Console.h"
+#include "Evaluator.h"
+#include "Loading.h"
+
+namespace host {
+
+namespace {
+
+// A script, or an expression of the command line.
+struct Source {
+    std::string name;
+    std::string text;
+    Position start;
+};
+
+std::vector<Source> Sources(const Options& options) {
+    std::vector<Source> sources;
+    for (const std::string& expression : options.expressions) {
+        sources.push_back({"<command line>", expression, {sources.size() + 1, 1}});
+    }
+    if (options.script.empty()) return sources;
+    std::ostringstream text;
+    if (options.script == "-") {
+        text << std::cin.rdbuf();
+        sources.push_back({"<standard input>", text.str(), {}});
+        return sources;
+    }
+    std::ifstream file(options.script, std::ios::binary);
+    if (!file || std::filesystem::is_directory(options.script)) {
+        Refuse(options.script + ": cannot be read");
+    }
+    text << file.rdbuf();
+    sources.push_back({options.script, text.str(), {}});
+    return sources;
+}
+
+int Evaluate(Session& session, const Options& options, const Module& module) {
+    const Printer printer(session, options.json);
+    Evaluator evaluator(module, session, printer);
+    int status = kDone;
+    for (const Source& source : Sources(options)) {
+        ScriptReader reader(source.text, source.start, session.ModelNames());
+        for (;;) {
+            try {
+                const std::optional<Statement> statement = reader.Next();
+                if (!statement.has_value()) break;
+                evaluator.Run(*statement);
+            } catch (const ScriptError& error) {
+                std::cout.flush();
+                Complain(source.name + ':' + std::to_string(error.Where().line) + ':' +
+                         std::to_string(error.Where().column) + ": " + error.what());
+                status = kStatementFailed;
+                if (!options.keepGoing) return Flush() ? status : kUnusable;
+            }
+        }
+    }
+    return Flush() ? status : kUnusable;
+}
+
+}  // namespace
+
+int CallOrRun(const Options& options) {
+    StartTrace(options);
+    Session session;
+    Load(session, options);
+    CheckSaves(session, options);
+    const std::unique_ptr<Module> module = LoadModule(options);
+    const int status = Evaluate(session, options, *module);
+    // A script that was left halfway leaves its models unsaved.
+    if (status == kDone || options.keepGoing) Save(session, options);
+    return status;
+}
+
+}  // namespace host

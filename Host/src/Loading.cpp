@@ -1,0 +1,147 @@
+#include "Loading.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <iostream>
+
+#include "Console.h"
+#include "KORPSNTrace.h"
+#include "Names.h"
+
+namespace host {
+
+namespace {
+
+// NAME=VALUE, in two parts.
+struct Named {
+    std::string name;
+    std::string value;
+};
+
+// A name may be left out where the value says it.
+Named Split(const std::string& option) {
+    const std::size_t sign = option.find('=');
+    if (sign == std::string::npos || option.find('/') < sign) return {"", option};
+    return {option.substr(0, sign), option.substr(sign + 1)};
+}
+
+// Shows on the standard error stream how far a file has been read, when that takes longer than a
+// second and the stream is a terminal.
+class Progress {
+  public:
+    explicit Progress(const std::string& file) : file_(file), isTerminal_(isatty(STDERR_FILENO)) {
+        std::error_code error;
+        size_ = std::filesystem::file_size(file, error);
+        if (error) size_ = 0;
+    }
+    ~Progress() {
+        if (shown_) std::cerr << "\r\033[K" << std::flush;
+    }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void Show(std::uint64_t read) {
+        if (!isTerminal_ || std::chrono::steady_clock::now() < next_) return;
+        next_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
+        shown_ = true;
+        std::cerr << "\rreading " << file_ << ": " << read / 1'000'000 << " MB";
+        if (size_ != 0)
+            std::cerr << " (" << std::min<std::uint64_t>(100, 100 * read / size_) << "%)";
+        std::cerr << std::flush;
+    }
+
+  private:
+    const std::string& file_;
+    const bool isTerminal_;
+    std::uint64_t size_;
+    bool shown_ = false;
+    std::chrono::steady_clock::time_point next_ =
+        std::chrono::steady_clock::now() + std::chrono::seconds(1);
+};
+
+NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient) {
+    NamedModel model;
+    const Named named = Split(argument);
+    model.file = named.value;
+    model.name =
+        named.name.empty() ? std::filesystem::path(named.value).stem().string() : named.name;
+    Progress progress(model.file);
+    exchange::ReadOptions options;
+    options.lenient = lenient;
+    options.progress = [&progress](std::uint64_t read) { progress.Show(read); };
+    exchange::Messages messages;
+    model.dataSet = exchange::ReadDataSet(model.file, session.schemas, options, messages);
+    Tell(messages);
+    return model;
+}
+
+NamedModel NewModel(const Session& session, const std::string& argument) {
+    const Named named = Split(argument);
+    if (named.name.empty()) Refuse("--new takes NAME=SCHEMA, found '" + argument + "'");
+    const exchange::SchemaPtr schema = session.schemas.Find(named.value);
+    if (schema == nullptr) {
+        Refuse("unknown schema '" + named.value + "'" +
+               kor::DidYouMean(named.value, session.schemas.Names()) +
+               " (give its EXPRESS file with --schema)");
+    }
+    return {named.name, "", exchange::NewDataSet(schema, named.name)};
+}
+
+}  // namespace
+
+void Load(Session& session, const Options& options) {
+    for (const std::string& file : options.schemas) {
+        exchange::Messages messages;
+        for (exchange::SchemaPtr& schema : exchange::ReadSchemas(file, messages)) {
+            session.schemas.Add(std::move(schema));
+        }
+        Tell(messages);
+    }
+    for (const Options::Model& model : options.models) {
+        NamedModel loaded = model.isNew ? NewModel(session, model.argument)
+                                        : ReadModel(session, model.argument, options.lenient);
+        if (session.Find(loaded.name) != nullptr) {
+            Refuse("two models are named '" + loaded.name + "' (name one with NAME=...)");
+        }
+        session.Add(std::move(loaded));
+    }
+}
+
+void StartTrace(const Options& options) {
+    if (options.trace.empty()) return;
+    if (!KORPSNTrace::Configure(12, options.trace == "-" ? nullptr : options.trace.c_str())) {
+        Refuse(options.trace + ": the trace cannot be written");
+    }
+}
+
+std::unique_ptr<Module> LoadModule(const Options& options) {
+    try {
+        return std::make_unique<Module>(options.module);
+    } catch (const std::runtime_error& error) {
+        Refuse(std::string("the module cannot be loaded: ") + error.what());
+    }
+}
+
+void CheckSaves(const Session& session, const Options& options) {
+    for (const std::string& save : options.saves) {
+        const Named named = Split(save);
+        if (named.name.empty()) Refuse("--save takes NAME=FILE, found '" + save + "'");
+        if (session.Find(named.name) == nullptr) {
+            Refuse("unknown model '" + named.name + "'" + session.KnownModels());
+        }
+    }
+}
+
+void Save(const Session& session, const Options& options) {
+    for (const std::string& save : options.saves) {
+        const Named named = Split(save);
+        exchange::Messages messages;
+        exchange::WriteDataSet(session.Find(named.name)->dataSet, named.value, messages);
+        Tell(messages);
+    }
+}
+
+}  // namespace host

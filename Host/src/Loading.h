@@ -1,0 +1,29 @@
+// Data sets and the module, as the command line names them. What cannot be loaded or saved is told,
+// and Unusable thrown.
+
+#ifndef HOST_LOADING_H
+#define HOST_LOADING_H
+
+#include <memory>
+
+#include "Module.h"
+#include "Options.h"
+#include "Session.h"
+
+namespace host {
+
+// Reads the schemas and the data sets.
+void Load(Session& session, const Options& options);
+
+// Switches the trace on where it is asked for.
+void StartTrace(const Options& options);
+
+std::unique_ptr<Module> LoadModule(const Options& options);
+
+// Whether the models that are to be saved are there; to be asked before anything runs.
+void CheckSaves(const Session& session, const Options& options);
+void Save(const Session& session, const Options& options);
+
+}  // namespace host
+
+#endif

@@ -1,0 +1,41 @@
+// What the command line asks for.
+
+#ifndef HOST_OPTIONS_H
+#define HOST_OPTIONS_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct Options {
+    // A data set to read or to make, in the order of the command line.
+    struct Model {
+        bool isNew;
+        std::string argument;
+    };
+    std::vector<Model> models;
+    std::vector<std::string> schemas;
+    bool json = false;
+    bool lenient = false;
+    std::string module;
+
+    // Of tree.
+    bool placements = false;
+    std::size_t depth = 100;  // deeper than assemblies go; only damaged data do
+
+    // Of report.
+    std::string output;
+
+    // Of call, run and shell.
+    std::string trace;
+    std::vector<std::string> saves;
+    bool keepGoing = false;
+    std::string script;
+    std::vector<std::string> expressions;
+};
+
+}  // namespace host
+
+#endif
