@@ -209,9 +209,7 @@ Placement PlacementOfLink(const SdaiEntityInstance& link) {
 Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
                       const Module& module) {
     if (assembly.IsDatabase()) return PlacementOfLink(*occurrence.link);
-    static const orx::Export& getAbsPlacement = *orx::FindExport("GetAbsPlacement");
-    const Value argument{occurrence.link};
-    const SdaiPrimitiveH list = module.Call(getAbsPlacement, std::span(&argument, 1));
+    const SdaiPrimitiveH list = module.Call("GetAbsPlacement", {occurrence.link});
     const SdaiAggrInstance* values = list;
     Placement placement = kIdentity;
     if (values == nullptr || values->GetMemberCount() != 12) return placement;

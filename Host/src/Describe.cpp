@@ -6,6 +6,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Loading.h"
+#include "Output.h"
 
 namespace host {
 
@@ -39,8 +40,8 @@ int Describe(const Options& options) {
         const TypeCounts counts(model.Model());
         const std::string schema(model.Model().SchemaName().View());
         if (options.json) {
-            std::cout << nlohmann::ordered_json{{"model", model.name},
-                                                {"file", model.file},
+            std::cout << nlohmann::ordered_json{{"model", ReadableName(model.name)},
+                                                {"file", ReadableName(model.file)},
                                                 {"schema", schema},
                                                 {"instances", model.Model().InstanceCount()},
                                                 {"declared", counts.declared},

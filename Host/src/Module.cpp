@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <vector>
 
 #include "SdaiAggrInstance.h"
 
@@ -75,6 +76,13 @@ SdaiPrimitiveH Module::Call(const orx::Export& function, std::span<const Value> 
             }
             return handle(2);
     }
+}
+
+SdaiPrimitiveH Module::Call(std::string_view name,
+                            std::initializer_list<SdaiPrimitiveH> arguments) const {
+    std::vector<Value> values;
+    for (const SdaiPrimitiveH& argument : arguments) values.push_back({argument});
+    return Call(*orx::FindExport(name), values);
 }
 
 }  // namespace host

@@ -3,6 +3,7 @@
 #ifndef HOST_MODULE_H
 #define HOST_MODULE_H
 
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,6 +34,10 @@ class Module {
     // a model and a value elsewhere, and a list of reals (SdaiListClassOfSdaiReal) where it takes
     // one. A function that returns nothing gives its list argument.
     SdaiPrimitiveH Call(const orx::Export& function, std::span<const Value> arguments) const;
+
+    // The same for a function that takes values alone, by its name, which must be in the table.
+    SdaiPrimitiveH Call(std::string_view name,
+                        std::initializer_list<SdaiPrimitiveH> arguments) const;
 
   private:
     void* library_;

@@ -72,9 +72,9 @@ Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
         case Kind::Enumeration: return Json{{"enumeration", TextOf(value)}};
         case Kind::Binary: return Json{{"binary", TextOf(value)}};
         case Kind::Instance:
-            return Json{
-                {"instance", InstanceName(*static_cast<SdaiEntityInstance*>(value), session)},
-                {"type", exchange::ToUtf8(value.GetInstanceType()->Name().View())}};
+            return Json{{"instance", ReadableName(InstanceName(
+                                         *static_cast<SdaiEntityInstance*>(value), session))},
+                        {"type", exchange::ToUtf8(value.GetInstanceType()->Name().View())}};
         case Kind::ModelAggregate:
         case Kind::SharedAggregate: {
             const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
@@ -128,6 +128,15 @@ std::string Readable(std::string_view text) {
         }
     }
     return readable;
+}
+
+std::string ReadableName(std::string_view name) {
+    std::string encoded;
+    for (const char c : name) {
+        encoded += c;
+        if (c == '\'' || c == '\\') encoded += c;
+    }
+    return Readable(exchange::DecodeString(encoded).text);
 }
 
 void Printer::Print(Position position, const SdaiPrimitiveH& value) const {

@@ -25,6 +25,9 @@ nlohmann::ordered_json RealToJson(double value);
 // replaced by U+FFFD.
 std::string Readable(std::string_view text);
 
+// The same for the name of a file or of a model, which is as the system has it: UTF-8 as a rule.
+std::string ReadableName(std::string_view name);
+
 // Prints results to the standard output, one line each.
 class Printer {
   public:

@@ -46,7 +46,7 @@ class TreePrinter {
 
     void Print() {
         if (assembly_.Parts().empty() && !options_.json) {
-            std::cout << "no parts: model " << model_.name << " holds no "
+            std::cout << "no parts: model " << ReadableName(model_.name) << " holds no "
                       << (assembly_.IsDatabase() ? "part_object" : "PRODUCT_DEFINITION") << '\n';
         }
         assembly_.Walk(options_.depth, options_.placements, [this](const Node& node) {
@@ -97,7 +97,7 @@ class TreePrinter {
     void PrintJson(const Node& node) const {
         const Part& part = *node.part;
         Json line{
-            {"model", exchange::ToUtf8(model_.name)},
+            {"model", ReadableName(model_.name)},
             {"level", node.level},
             {"part", NameOf(*part.instance)},
             {"parent", node.parent != nullptr ? Json(NameOf(*node.parent->instance)) : Json()},
@@ -131,7 +131,7 @@ int Tree(const Options& options) {
     const std::unique_ptr<Module> module = LoadModule(options);
     for (const NamedModel& model : session.Models()) {
         if (session.Models().size() > 1 && !options.json)
-            std::cout << "model " << model.name << '\n';
+            std::cout << "model " << ReadableName(model.name) << '\n';
         TreePrinter(model, *module, options).Print();
     }
     return Flush() ? kDone : kUnusable;
