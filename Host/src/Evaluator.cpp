@@ -5,6 +5,7 @@
 #include "Aggregate.h"
 #include "Names.h"
 #include "SdaiIterator.h"
+#include "Signature.h"
 
 namespace host {
 
@@ -15,21 +16,6 @@ namespace {
                           const std::vector<std::string>& known) {
     throw ScriptError(position,
                       "unknown " + what + " '" + name + "'" + kor::DidYouMean(name, known));
-}
-
-std::vector<std::string> FunctionNames() {
-    std::vector<std::string> names;
-    for (const orx::Export& row : orx::kExports) names.emplace_back(row.name);
-    return names;
-}
-
-// The names of the entity types of a schema, and of those that a model holds without it.
-std::vector<std::string> EntityNames(const kor::Model& model) {
-    std::vector<std::string> names = model.GetSchema().EntityNames();
-    for (const kor::ModelType& type : model.Types()) {
-        if (!type.entity->IsDeclared()) names.emplace_back(type.entity->Name().View());
-    }
-    return names;
 }
 
 }  // namespace
@@ -146,6 +132,12 @@ SdaiEntityInstance& Evaluator::TargetOf(const Item& item) const {
 
 // ---- Expressions
 
+std::vector<std::string> Evaluator::VariableNames() const {
+    std::vector<std::string> names;
+    for (const auto& [name, value] : variables_) names.push_back(name);
+    return names;
+}
+
 SdaiPrimitiveH Evaluator::Evaluate(const Expression& expression) const {
     switch (expression.kind) {
         case Expression::Kind::Literal: return expression.value;
@@ -190,7 +182,7 @@ SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {
     const auto found = variables_.find(expression.name);
     if (found != variables_.end()) return found->second;
     std::vector<std::string> known = FunctionNames();
-    for (const auto& [name, value] : variables_) known.push_back(name);
+    for (std::string& name : VariableNames()) known.push_back(std::move(name));
     Unknown(expression.position, "name", expression.name, known);
 }
 

@@ -21,6 +21,12 @@ class Evaluator {
     // Throws ScriptError when the statement fails; what it did before that stays done.
     void Run(const Statement& statement);
 
+    // A value; a model is an error.
+    SdaiPrimitiveH Evaluate(const Expression& expression) const;
+
+    // What LET has named.
+    std::vector<std::string> VariableNames() const;
+
   private:
     using Variables = std::map<std::string, SdaiPrimitiveH, std::less<>>;
 
@@ -32,8 +38,6 @@ class Evaluator {
     void Add(const Item& item) const;
     SdaiEntityInstance& TargetOf(const Item& item) const;
 
-    // A value; a model is an error.
-    SdaiPrimitiveH Evaluate(const Expression& expression) const;
     Value EvaluateArgument(const Expression& expression) const;
 
     SdaiPrimitiveH MakeList(const Expression& expression) const;

@@ -36,6 +36,22 @@ ExpressionPtr Make(Expression&& expression) {
 
 }  // namespace
 
+bool GoesOn(std::string_view statement) {
+    char last = '\0';
+    for (std::size_t i = 0; i < statement.size(); ++i) {
+        if (statement.substr(i).starts_with("--")) {
+            i = std::min(statement.find('\n', i), statement.size());
+        } else if (statement[i] == '\'') {
+            // Past a string, which has its end in the same line.
+            last = '\'';
+            i = std::min(statement.find_first_of("'\n", i + 1), statement.size());
+        } else if (static_cast<unsigned char>(statement[i]) > ' ') {
+            last = statement[i];
+        }
+    }
+    return last == ':' || last == ';' || last == ',' || last == '(';
+}
+
 class ScriptReader::Parser {
   public:
     Parser(std::string_view text, Position start, std::vector<std::string> modelNames)

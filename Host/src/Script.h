@@ -104,6 +104,11 @@ struct Statement {
     ExpressionPtr where;
 };
 
+// Whether a statement, as far as it is there, goes on in a next line: what it ends in is a `:`,
+// `;`,
+// `,` or `(`.
+bool GoesOn(std::string_view statement);
+
 // Reads statements one after the other. The names of models are needed to tell where one ends: they
 // may hold any character.
 class ScriptReader {

@@ -6,6 +6,14 @@
 
 namespace host {
 
+std::vector<std::string> EntityNames(const kor::Model& model) {
+    std::vector<std::string> names = model.GetSchema().EntityNames();
+    for (const kor::ModelType& type : model.Types()) {
+        if (!type.entity->IsDeclared()) names.emplace_back(type.entity->Name().View());
+    }
+    return names;
+}
+
 void Session::Add(NamedModel model) {
     KORDMStore::AddFamilies(model.Model());
     models_.push_back(std::move(model));

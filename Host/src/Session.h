@@ -22,6 +22,9 @@ struct NamedModel {
     kor::Model& Model() const { return *dataSet.model; }
 };
 
+// The names of the entity types of a model's schema, and of those that it holds without it.
+std::vector<std::string> EntityNames(const kor::Model& model);
+
 // The models, in the order of the command line.
 class Session {
   public:

@@ -1,4 +1,195 @@
+// orx shell: statements as they are typed.
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <iostream>
+
 #include "Commands.h"
+#include "Console.h"
+#include "Evaluator.h"
+#include "Html.h"
+#include "LineEditor.h"
+#include "Loading.h"
+#include "Names.h"
+#include "Signature.h"
+
 namespace host {
-int Shell(const Options&) { return 0; }
+
+namespace {
+
+constexpr const char* kHelp =
+    "Type a statement; it is carried out at once. A line that ends in : ; , or ( goes on.\n"
+    "\n"
+    "  #12  @model#12  #12.NAME.NAME             an instance, an attribute of it\n"
+    "  'text'  7  1.5  .T.  (1.,2.)  $           values, as exchange files write them\n"
+    "  GetAbsPlacement(#12)                      a function\n"
+    "  LET name = expression                     names a value\n"
+    "  SET #12.NAME = expression                 sets an attribute\n"
+    "  ADD expression TO #12.ITEMS               adds to an aggregate\n"
+    "  NEW @model.ENTITY_TYPE(NAME = expression) makes an instance\n"
+    "  EACH p IN ENTITY_TYPE [WHERE condition]: p.NAME; p.ID\n"
+    "\n"
+    "  help NAME    what a function takes and gives; the attributes of an entity type\n"
+    "  quit         leaves, as Ctrl-D does; Ctrl-C cancels a line, Tab completes a name\n";
+
+std::string Trimmed(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(" \t\r");
+    if (first == std::string_view::npos) return "";
+    return std::string(text.substr(first, text.find_last_not_of(" \t\r") - first + 1));
+}
+
+class ShellSession {
+  public:
+    ShellSession(Session& session, const Module& module, bool json)
+        : session_(session),
+          printer_(session, json),
+          evaluator_(module, session, printer_),
+          editor_([this](std::string_view line) { return CompleteLine(line); }) {}
+
+    // Carries out what is typed, to the end. On a terminal an error is a matter of the moment.
+    int Run() {
+        if (editor_.IsInteractive()) Greet();
+        for (;;) {
+            std::string line;
+            const LineEditor::Result result =
+                editor_.Read(statement_.empty() ? "orx> " : "...> ", line);
+            if (result == LineEditor::Result::Cancelled) {
+                statement_.clear();
+                continue;
+            }
+            const bool isEnd = result == LineEditor::Result::End;
+            if (isEnd && statement_.empty()) break;
+            if (!isEnd) {
+                ++lineNumber_;
+                if (statement_.empty()) {
+                    if (const std::string command = Trimmed(line);
+                        command == "quit" || command == "exit") {
+                        break;
+                    }
+                    if (Help(Trimmed(line))) continue;
+                    firstLine_ = lineNumber_;
+                }
+                statement_ += line + '\n';
+                if (GoesOn(statement_)) continue;
+            }
+            CarryOut();
+            statement_.clear();
+            if (isEnd) break;
+        }
+        return failed_ && !editor_.IsInteractive() ? kStatementFailed : kDone;
+    }
+
+  private:
+    void Greet() const {
+        std::cout << "orx " ORX_VERSION "; `help` says what can be typed, Ctrl-D leaves\n";
+        for (const NamedModel& model : session_.Models()) {
+            std::cout << "model " << model.name << ": " << model.Model().SchemaName().View() << ", "
+                      << model.Model().InstanceCount() << " instances\n";
+        }
+    }
+
+    void CarryOut() {
+        ScriptReader reader(statement_, {firstLine_, 1}, session_.ModelNames());
+        try {
+            while (const auto statement = reader.Next()) evaluator_.Run(*statement);
+        } catch (const ScriptError& error) {
+            std::cout.flush();
+            failed_ = true;
+            Complain(std::to_string(error.Where().line) + ':' +
+                     std::to_string(error.Where().column) + ": " + error.what());
+            Point(error.Where());
+        }
+        std::cout.flush();
+    }
+
+    // Shows the line and a caret under the column.
+    void Point(Position position) const {
+        std::string_view rest = statement_;
+        for (std::uint64_t line = firstLine_; line < position.line; ++line) {
+            rest.remove_prefix(std::min(rest.find('\n') + 1, rest.size()));
+        }
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        if (line.empty()) return;
+        std::string blanks(line.substr(0, position.column - 1));
+        // A tab stays one; a character of several bytes has one column.
+        std::erase_if(blanks,
+                      [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; });
+        std::replace_if(
+            blanks.begin(), blanks.end(), [](char c) { return c != '\t'; }, ' ');
+        std::cerr << "    " << line << "\n    " << blanks
+                  << Coloured("^", Colour::Red, HasColours(STDERR_FILENO)) << '\n';
+    }
+
+    // Whether a line asks for help, which is then given.
+    bool Help(const std::string& line) {
+        if (line == "help") {
+            std::cout << kHelp << std::flush;
+            return true;
+        }
+        if (!line.starts_with("help ")) return false;
+        const std::string name = Trimmed(std::string_view(line).substr(5));
+        std::vector<std::string> known = FunctionNames();
+        const auto function = std::find_if(known.begin(), known.end(), [&](const auto& candidate) {
+            return kor::Folded(candidate) == kor::Folded(name);
+        });
+        if (function != known.end()) {
+            const orx::Export& row = *orx::FindExport(*function);
+            std::cout << Signature(row) << " gives " << KindNames(row.result) << "\nsource unit "
+                      << row.unit << ", trace label \"" << row.label << '"' << std::endl;
+            return true;
+        }
+        for (const NamedModel& model : session_.Models()) {
+            if (const kor::EntityType* entity = model.Model().FindEntity(std::string_view(name))) {
+                HelpOn(*entity);
+                return true;
+            }
+            for (std::string& entity : EntityNames(model.Model())) known.push_back(entity);
+        }
+        failed_ = true;
+        Complain("no function and no entity type is named '" + name + "'" +
+                 kor::DidYouMean(name, known));
+        return true;
+    }
+
+    static void HelpOn(const kor::EntityType& entity) {
+        std::cout << entity.Name().View();
+        if (!entity.IsDeclared()) {
+            std::cout << ": the schema does not declare it";
+        }
+        for (const std::string& attribute : entity.AttributeNames()) {
+            std::cout << "\n  " << attribute;
+        }
+        std::cout << std::endl;
+    }
+
+    Completion CompleteLine(std::string_view line) const {
+        Completion completion = Complete(statement_ + std::string(line), session_, evaluator_);
+        completion.start -= std::min(completion.start, statement_.size());
+        return completion;
+    }
+
+    Session& session_;
+    const Printer printer_;
+    Evaluator evaluator_;
+    LineEditor editor_;
+    std::string statement_;  // as far as it is typed
+    std::uint64_t lineNumber_ = 0;
+    std::uint64_t firstLine_ = 1;  // of the statement
+    bool failed_ = false;
+};
+
+}  // namespace
+
+int Shell(const Options& options) {
+    StartTrace(options);
+    Session session;
+    Load(session, options);
+    CheckSaves(session, options);
+    const std::unique_ptr<Module> module = LoadModule(options);
+    const int status = ShellSession(session, *module, options.json).Run();
+    Save(session, options);
+    return Flush() ? status : kUnusable;
+}
+
 }  // namespace host

@@ -2,6 +2,12 @@
 
 namespace host {
 
+std::vector<std::string> FunctionNames() {
+    std::vector<std::string> names;
+    for (const orx::Export& row : orx::kExports) names.emplace_back(row.name);
+    return names;
+}
+
 std::string KindNames(orx::Kind kinds) {
     struct Name {
         orx::Kind kind;

@@ -10,6 +10,8 @@
 
 namespace host {
 
+std::vector<std::string> FunctionNames();
+
 // "string | integer", of all kinds in the set.
 std::string KindNames(orx::Kind kinds);
 
