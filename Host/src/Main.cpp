@@ -115,6 +115,7 @@ int Main(int argc, char** argv) {
                    "columns of a rotation, then a translation");
     tree->add_option("--depth", options.depth, "how many levels are shown below a root")
         ->type_name("N")
+        ->check(CLI::NonNegativeNumber.description(""))
         ->capture_default_str();
     AddModuleOption(*tree, options);
     tree->add_flag("--json", options.json, "one JSON object a line of the tree (UTF-8)");

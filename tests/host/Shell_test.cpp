@@ -1,0 +1,232 @@
+// `orx shell`: plain where the standard input is no terminal, and edited on one.
+
+#include <poll.h>
+#include <pty.h>
+
+#include <chrono>
+#include <filesystem>
+
+#include "HostTest.h"
+
+using testing::ContainsRegex;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+class Shell : public HostTest {
+  protected:
+    OrxResult Type(const std::string& input, std::vector<std::string> options = {}) const {
+        options.insert(options.begin(), {"shell", "-m", "parts.stp"});
+        return Orx(options, input);
+    }
+};
+
+}  // namespace
+
+// ---- Plain
+
+TEST_F(Shell, CarriesOutStatements) {
+    ExpectPrints(Type("1\n'text'\n#3.ID\nLET x = #3\nx.NAME\n"), "1\n'text'\n'P1'\n'Bolt'\n");
+    ExpectPrints(Type(""), "");
+    ExpectPrints(Type("7"), "7\n");
+}
+
+TEST_F(Shell, GoesOnInTheNextLine) {
+    ExpectPrints(Type("EACH p IN PRODUCT:\n  -- a remark\n\n  p.ID;\n  p.NAME -- another,\n1\n"),
+                 "#3\t'P1'\t'Bolt'\n#4\t'P2'\t'Nut'\n1\n");
+    ExpectPrints(Type("GetMemberCount(\n(1.,\n2.))\n"), "2\n");
+    // Not for what stands in a string.
+    ExpectPrints(Type("'a,'\n'it''s: ('\n"), "'a,'\n'it''s: ('\n");
+}
+
+TEST_F(Shell, GoesOnAfterAnErrorAndPointsAtIt) {
+    const OrxResult result = Type("1\nGetMembrCount(#3)\n(1, nobody)\n2\n");
+    EXPECT_EQ(result.out, "1\n2\n");
+    EXPECT_EQ(result.err,
+              "orx: 2:1: unknown function 'GetMembrCount'; did you mean 'GetMemberCount'?\n"
+              "    GetMembrCount(#3)\n"
+              "    ^\n"
+              "orx: 3:5: unknown name 'nobody'\n"
+              "    (1, nobody)\n"
+              "        ^\n");
+    EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(Shell, PointsIntoTheLineOfAStatementAndCountsCharacters) {
+    // The second character takes two bytes, and counts as two in the column.
+    EXPECT_EQ(Type("(1,\n'\u00E9', zz)\n").err,
+              "orx: 2:7: unknown name 'zz'\n    '\u00E9', zz)\n         ^\n");
+    EXPECT_EQ(Type("\t zz\n").err, "orx: 1:3: unknown name 'zz'\n    \t zz\n    \t ^\n");
+}
+
+TEST_F(Shell, TellsAStatementWithoutAnEnd) {
+    const OrxResult result = Type("1\nGetMemberCount((1.,\n");
+    EXPECT_EQ(result.out, "1\n");
+    EXPECT_THAT(result.err, ContainsRegex("orx: [23]:[0-9]+: "));
+    EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(Shell, Helps) {
+    const OrxResult result = Type("help\n");
+    EXPECT_EQ(result.status, 0);
+    for (const char* word : {"EACH", "LET", "SET", "NEW", "help NAME", "quit"}) {
+        EXPECT_THAT(result.out, HasSubstr(word));
+    }
+    ExpectPrints(Type("help DecodeKey\n  help isencodedkey \n"),
+                 "DecodeKey(string, integer) gives string | integer | real | unset\n"
+                 "source unit ConcatAtb, trace label \"SdaiPrimitiveH DecodeKey ->\"\n"
+                 "IsEncodedKey(string) gives logical\n"
+                 "source unit ConcatAtb, trace label \"SdaiPrimitiveH IsEncodeKey ->\"\n");
+    ExpectPrints(Type("help product\n"),
+                 "PRODUCT\n  ID\n  NAME\n  DESCRIPTION\n  FRAME_OF_REFERENCE\n");
+    const OrxResult unknown = Type("help DecodKey\n2\n");
+    EXPECT_EQ(unknown.out, "2\n");
+    EXPECT_THAT(unknown.err, HasSubstr("did you mean 'DecodeKey'?"));
+}
+
+TEST_F(Shell, LeavesWhenItIsTold) {
+    ExpectPrints(Type("1\nquit\n2\n"), "1\n");
+    ExpectPrints(Type("1\nexit\n2\n"), "1\n");
+}
+
+TEST_F(Shell, SavesWhenItLeaves) {
+    ExpectPrints(Type("SET #3.NAME = 'Screw'\nquit\n", {"-o", "parts=out.stp"}), "");
+    ExpectPrints(Orx({"call", "-m", "out.stp", "#3.NAME"}), "'Screw'\n");
+    EXPECT_EQ(Type("1\n", {"-o", "nomodel=out.stp"}).status, 2);
+}
+
+TEST_F(Shell, WritesJson) {
+    ExpectPrints(Type("7\n", {"--json"}), "{\"line\":1,\"kind\":\"INTEGER\",\"value\":7}\n");
+}
+
+TEST_F(Shell, NamesTheModelsThatThereAre) {
+    EXPECT_THAT(Type("@part#3\n").err, HasSubstr("unknown model 'part'; known: parts"));
+}
+
+// ---- On a terminal
+
+namespace {
+
+// orx shell on a terminal of its own, 200 columns wide.
+class Terminal {
+  public:
+    explicit Terminal(const std::string& directory) {
+        winsize size{};
+        size.ws_col = 200;
+        size.ws_row = 50;
+        process_ = forkpty(&descriptor_, nullptr, nullptr, &size);
+        if (process_ != 0) return;
+        setenv("TERM", "xterm", 1);
+        setenv("XDG_STATE_HOME", directory.c_str(), 1);
+        setenv("HOME", directory.c_str(), 1);
+        if (chdir(directory.c_str()) == 0) {
+            execl(ORX_PROGRAM, "orx", "shell", "-m", "parts.stp", nullptr);
+        }
+        _exit(127);
+    }
+    ~Terminal() {
+        close(descriptor_);
+        if (!ended_) {
+            kill(process_, SIGKILL);
+            waitpid(process_, nullptr, 0);
+        }
+    }
+    Terminal(const Terminal&) = delete;
+    Terminal& operator=(const Terminal&) = delete;
+
+    void Press(const std::string& keys) const {
+        EXPECT_EQ(write(descriptor_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
+
+    // What is shown behind what was read before, up to a text; all there is when that does not
+    // come.
+    std::string ReadUpTo(const std::string& text) {
+        using std::chrono::steady_clock;
+        const auto end = steady_clock::now() + std::chrono::seconds(20);
+        while (unread_.find(text) == std::string::npos && steady_clock::now() < end) {
+            pollfd waiting{descriptor_, POLLIN, 0};
+            if (poll(&waiting, 1, 200) <= 0) continue;
+            char piece[4096];
+            const ssize_t count = read(descriptor_, piece, sizeof piece);
+            if (count <= 0) break;
+            unread_.append(piece, static_cast<std::size_t>(count));
+        }
+        const std::size_t at = unread_.find(text);
+        const std::size_t length = at != std::string::npos ? at + text.size() : unread_.size();
+        std::string shown = unread_.substr(0, length);
+        unread_.erase(0, length);
+        return shown;
+    }
+
+    int ExitStatus() {
+        int status = 0;
+        waitpid(process_, &status, 0);
+        ended_ = true;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    }
+
+  private:
+    int descriptor_ = -1;
+    pid_t process_ = -1;
+    bool ended_ = false;
+    std::string unread_;
+};
+
+}  // namespace
+
+TEST_F(Shell, EditsAndCompletesOnATerminal) {
+    Terminal terminal(folder.Path());
+    EXPECT_THAT(terminal.ReadUpTo("orx> "), HasSubstr("AUTOMOTIVE_DESIGN, 5 instances"));
+    // A function.
+    terminal.Press("GetMemb\t(1.,2.,3.))\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n3\r\n"), HasSubstr("\n3\r\n"));
+    // An attribute of the instance, in any case; a model's name.
+    terminal.Press("@\t#5.of\t.NAM\t\r");
+    EXPECT_THAT(terminal.ReadUpTo("'Bolt'"), HasSubstr("'Bolt'"));
+    // An entity type, and an attribute of what the variable will stand for.
+    terminal.Press("EACH f IN PRODUCT_DEFINITION_FORM\t: f.I\t\r");
+    EXPECT_THAT(terminal.ReadUpTo("#5\t'A'"), Not(HasSubstr("orx:")));
+    // A variable.
+    terminal.Press("LET thread = 'M6'\rthr\t\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n'M6'"), HasSubstr("\n'M6'"));
+    // What there is to choose from.
+    terminal.Press("#3.\t");
+    const std::string shown = terminal.ReadUpTo("NAME");
+    for (const char* name : {"DESCRIPTION", "FRAME_OF_REFERENCE", "ID"}) {
+        EXPECT_THAT(shown, HasSubstr(name));
+    }
+    // The line is cancelled, and so is a statement that goes on; the shell stays.
+    terminal.Press("\x03");
+    EXPECT_THAT(terminal.ReadUpTo("^C"), HasSubstr("^C"));
+    terminal.Press("EACH p IN PRODUCT:\r");
+    terminal.ReadUpTo("...> ");
+    terminal.Press("\x03");
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("'still there'\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n'still there'"), HasSubstr("\n'still there'"));
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("\x04");
+    EXPECT_EQ(terminal.ExitStatus(), 0);
+}
+
+TEST_F(Shell, RemembersLines) {
+    {
+        Terminal terminal(folder.Path());
+        terminal.ReadUpTo("orx> ");
+        terminal.Press("'remembered'\r");
+        terminal.ReadUpTo("\n'remembered'");
+        terminal.ReadUpTo("orx> ");
+        terminal.Press("\x04");
+        EXPECT_EQ(terminal.ExitStatus(), 0);
+    }
+    const std::filesystem::path file = folder / "orx/history";
+    ASSERT_TRUE(std::filesystem::exists(file));
+    EXPECT_EQ(std::filesystem::status(file).permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    Terminal again(folder.Path());
+    again.ReadUpTo("orx> ");
+    again.Press("\x1b[A\r");  // upwards
+    EXPECT_THAT(again.ReadUpTo("\n'remembered'"), HasSubstr("\n'remembered'"));
+}
