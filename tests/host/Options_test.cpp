@@ -72,7 +72,8 @@ TEST_F(Options, HelpIsGiven) {
     const OrxResult result = Orx({"--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
-    for (const char* word : {"functions", "describe", "call", "run", "--help", "--version"}) {
+    for (const char* word : {"functions", "describe", "tree", "report", "call", "run", "shell",
+                             "--help", "--version"}) {
         EXPECT_THAT(result.out, HasSubstr(word));
     }
     for (const char* command : {"call", "run"}) {
@@ -85,7 +86,7 @@ TEST_F(Options, HelpIsGiven) {
             EXPECT_THAT(help.out, HasSubstr(option)) << command;
         }
     }
-    for (const char* command : {"functions", "describe"}) {
+    for (const char* command : {"functions", "describe", "tree", "report", "shell"}) {
         EXPECT_EQ(Orx({command, "--help"}).status, 0) << command;
     }
 }
@@ -99,6 +100,13 @@ TEST_F(Options, BadUsageIsRefused) {
     ExpectRefused(Call({"--nonsense", "1"}), "--nonsense");
     ExpectRefused(Call({"-m"}));
     ExpectRefused(Orx({"run", "a.orx", "b.orx"}));
+}
+
+TEST_F(Options, NothingAtAllIsAnsweredWithWhatToDoNext) {
+    const OrxResult result = Orx({});
+    ExpectRefused(result, "orx tree -m FILE.stp");
+    EXPECT_THAT(result.err, HasSubstr("orx --help"));
+    EXPECT_LE(Lines(result.err).size(), 10U);
 }
 
 TEST_F(Options, EndAtTwoDashes) { ExpectPrints(Call({"--", "-12", "-1.5"}), "-12\n-1.5\n"); }
@@ -226,6 +234,29 @@ TEST_F(Options, LenientReadsDamagedFilesAsFarAsTheyGo) {
     EXPECT_EQ(dangling.out, "'p'\n$\n's'\n");
     EXPECT_EQ(dangling.status, 0);
     EXPECT_THAT(dangling.err, ContainsRegex("damaged\\.stp:8:"));
+}
+
+TEST_F(Options, MessagesNameTheRemedy) {
+    const auto damaged = [this](const std::string& data) {
+        folder.Write("damaged.stp", ExchangeFile("AUTOMOTIVE_DESIGN", data));
+        return Call({"-m", "damaged.stp", "1"});
+    };
+    ExpectRefused(damaged("#1=PRODUCT('p','',#7,());\n"), "--lenient");
+    // Once, and where it helps.
+    const std::string twice = damaged("#1=PRODUCT(;\n#2=PRODUCT(;\n").err;
+    EXPECT_EQ(Lines(twice).size(), 2U);
+    EXPECT_EQ(twice.find("--lenient"), twice.rfind("--lenient"));
+    folder.Write("text.stp", "this is no exchange file\n");
+    EXPECT_THAT(Call({"-m", "text.stp", "1"}).err, Not(HasSubstr("--lenient")));
+    EXPECT_THAT(Call({"-m", "missing.stp", "1"}).err, Not(HasSubstr("--lenient")));
+    folder.Write("plant.stp", ExchangeFile("PLANT", ""));
+    ExpectRefused(Call({"-m", "plant.stp", "1"}), "--schema");
+    EXPECT_THAT(Call({"-m", "plant.stp", "1"}).err, Not(HasSubstr("--lenient")));
+    ExpectRefused(Call({"-n", "a=PLANT", "1"}), "--schema");
+    EXPECT_THAT(Call({"-m", "db.stp", "-m", "parts.stp", "@step#1"}).err,
+                HasSubstr("known: db, parts"));
+    EXPECT_THAT(Call({"@step#1"}).err, HasSubstr("--model"));
+    ExpectRefused(Call({"-m", "db.stp", "-o", "step=out.stp", "1"}), "known: db");
 }
 
 TEST_F(Options, LenientLeavesOutNothingButWhatIsBroken) {
@@ -385,6 +416,19 @@ TEST_F(Options, JsonStaysReadableForEveryByte) {
     EXPECT_EQ(result.status, 0);
     ASSERT_EQ(Lines(result.out).size(), 1U);
     EXPECT_TRUE(nlohmann::json::accept(result.out)) << result.out;
+}
+
+TEST_F(Options, JsonIsUtf8WhateverAFileIsNamed) {
+    folder.Write("caf\xE9.stp", Parts());
+    folder.Write("caf\u00E9.stp", Parts());
+    for (const std::string& file : {"caf\xE9.stp", "caf\u00E9.stp"}) {
+        const OrxResult described = Orx({"describe", "--json", "-m", file});
+        EXPECT_EQ(described.status, 0);
+        EXPECT_EQ(nlohmann::json::parse(described.out)["model"], "caf\u00E9");
+        const std::string stem = file.substr(0, file.size() - 4);
+        const OrxResult called = Call({"--json", "-m", "db.stp", "-m", file, "@" + stem + "#3"});
+        EXPECT_TRUE(Holds(nlohmann::json::parse(called.out), "@caf\u00E9#3")) << called.out;
+    }
 }
 
 // ---- Trace
