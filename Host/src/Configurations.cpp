@@ -210,12 +210,18 @@ std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assemb
             family.versions.push_back({TextOf(part, "S_CHG_NUM"_name), PartName(part, assembly)});
         }
     });
-    std::unordered_map<const SdaiEntityInstance*, std::size_t> places;
+    // Products of one id are versions of one part, as formations of one product are.
+    std::unordered_map<std::string, std::size_t> places;
     ForEach(model, "PRODUCT_DEFINITION_FORMATION"_name, [&](const SdaiPrimitiveH& formation) {
         const SdaiPrimitiveH product = formation.GetAttr("OF_PRODUCT"_name);
         if (!product.exists()) return;
-        const auto [place, isNew] = places.emplace(product, families.size());
-        if (isNew) families.push_back({TextOf(product, "ID"_name), {}});
+        std::string id = TextOf(product, "ID"_name);
+        if (id.empty()) {
+            const SdaiEntityInstance& instance = *static_cast<SdaiEntityInstance*>(product);
+            id = '#' + std::to_string(instance.GetInstanceNameId());
+        }
+        const auto [place, isNew] = places.emplace(id, families.size());
+        if (isNew) families.push_back({id, {}});
         families[place->second].versions.push_back(
             {TextOf(formation, "ID"_name), TextOf(product, "NAME"_name)});
     });

@@ -55,7 +55,7 @@ std::vector<ConfigurationItem> ConfigurationItems(const kor::Model& model,
 std::vector<Effectivity> Effectivities(const kor::Model& model, const Assembly& assembly,
                                        const Module& module);
 
-// Of exchange data, the products with more than one version.
+// Of exchange data, those with more than one version.
 std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assembly& assembly);
 
 }  // namespace host

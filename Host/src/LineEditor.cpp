@@ -117,6 +117,8 @@ class LineEditor::Terminal {
         std::cout.flush();
         int count = 0;
         const KeyAsAnyOther interrupt(VINTR);
+        // Before the prompt invites to press a key, keys have their meaning.
+        el_set(editor_, EL_PREP_TERM, 1);
         const char* text = el_gets(editor_, &count);
         if (cancelled_) {
             std::cout << "^C" << std::endl;

@@ -26,6 +26,7 @@ figcaption { font-size: .85rem; }
 figure { margin: 0; padding: .75rem 1rem; background: var(--panel); border: 1px solid var(--line);
   border-radius: 6px; break-inside: avoid; }
 figure + figure, .scroll + figure { margin-top: 1rem; }
+section + p { margin-top: 2rem; }
 figure + details { margin-top: .75rem; }
 header ~ header { margin-top: 4rem; }
 .tree, .tree ul { list-style: none; margin: 0; padding: 0; }
@@ -38,9 +39,9 @@ header ~ header { margin-top: 4rem; }
 .scroll { overflow-x: auto; }
 table { border-collapse: collapse; width: 100%; font-variant-numeric: tabular-nums; }
 th, td { text-align: left; vertical-align: top; padding: .3rem .9rem .3rem 0;
-  border-bottom: 1px solid var(--line); overflow-wrap: anywhere; }
-th { font-size: .85rem; font-weight: 600; color: var(--faint); }
-td.number, th.number { text-align: right; white-space: nowrap; overflow-wrap: normal; }
+  border-bottom: 1px solid var(--line); overflow-wrap: break-word; }
+th { white-space: nowrap; font-size: .85rem; font-weight: 600; color: var(--faint); }
+td.number, th.number { text-align: right; white-space: nowrap; }
 tr { break-inside: avoid; }
 summary { cursor: pointer; }
 .versions { list-style: none; display: flex; flex-wrap: wrap; gap: .4rem 1.6rem; margin: .2rem 0 1rem;

@@ -421,7 +421,7 @@ TEST_F(Options, JsonStaysReadableForEveryByte) {
 TEST_F(Options, JsonIsUtf8WhateverAFileIsNamed) {
     folder.Write("caf\xE9.stp", Parts());
     folder.Write("caf\u00E9.stp", Parts());
-    for (const std::string& file : {"caf\xE9.stp", "caf\u00E9.stp"}) {
+    for (const std::string file : {"caf\xE9.stp", "caf\u00E9.stp"}) {
         const OrxResult described = Orx({"describe", "--json", "-m", file});
         EXPECT_EQ(described.status, 0);
         EXPECT_EQ(nlohmann::json::parse(described.out)["model"], "caf\u00E9");

@@ -257,12 +257,17 @@ TEST_F(Report, ShowsVersionFamilies) {
     EXPECT_THAT(families[1]->Texts("li"), ElementsAre("02 Frame"));
     const XmlElement step = PageOfData("AUTOMOTIVE_DESIGN",
                                        "#1=PRODUCT('P','Bolt','',());\n#2=PRODUCT('Q','','',());\n"
+                                       "#6=PRODUCT('P','Bolt, long','',());\n"
+                                       "#7=PRODUCT('','','',());\n#8=PRODUCT('','','',());\n"
+                                       "#9=PRODUCT_DEFINITION_FORMATION('A','',#7);\n"
+                                       "#10=PRODUCT_DEFINITION_FORMATION('A','',#8);\n"
                                        "#3=PRODUCT_DEFINITION_FORMATION('A','',#1);\n"
                                        "#4=PRODUCT_DEFINITION_FORMATION('A','',#2);\n"
-                                       "#5=PRODUCT_DEFINITION_FORMATION('B','',#1);\n");
+                                       "#5=PRODUCT_DEFINITION_FORMATION('B','',#1);\n"
+                                       "#11=PRODUCT_DEFINITION_FORMATION('C','',#6);\n");
     const auto products = step.All("ol", "versions");
     ASSERT_EQ(products.size(), 1U);
-    EXPECT_THAT(products[0]->Texts("li"), ElementsAre("A Bolt", "B Bolt"));
+    EXPECT_THAT(products[0]->Texts("li"), ElementsAre("A Bolt", "B Bolt", "C Bolt, long"));
 }
 
 TEST_F(Report, SaysInOneLineWhatTheDataDoNotHold) {

@@ -160,10 +160,16 @@ class Terminal {
         return shown;
     }
 
+    // -1 when the shell does not end.
     int ExitStatus() {
+        using std::chrono::steady_clock;
         int status = 0;
-        waitpid(process_, &status, 0);
-        ended_ = true;
+        const auto end = steady_clock::now() + std::chrono::seconds(20);
+        while (!ended_) {
+            ended_ = waitpid(process_, &status, WNOHANG) == process_;
+            if (!ended_ && steady_clock::now() > end) return -1;
+            usleep(10'000);
+        }
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 
