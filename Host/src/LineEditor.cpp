@@ -98,8 +98,9 @@ class LineEditor::Terminal {
         el_set(editor_, EL_SIGNAL, 1);
         el_set(editor_, EL_HIST, history, history_);
         el_source(editor_, nullptr);
-        el_set(editor_, EL_ADDFN, "orx-complete", "completes a name", &CompleteName);
-        el_set(editor_, EL_ADDFN, "orx-cancel", "cancels the line", &Cancel);
+        // The names stay where they are: the other call would keep copies that nobody frees.
+        el_wset(editor_, EL_ADDFN, L"orx-complete", L"completes a name", &CompleteName);
+        el_wset(editor_, EL_ADDFN, L"orx-cancel", L"cancels the line", &Cancel);
         el_set(editor_, EL_BIND, "^I", "orx-complete", nullptr);
         el_set(editor_, EL_BIND, "^C", "orx-cancel", nullptr);
         el_set(editor_, EL_BIND, "^R", "em-inc-search-prev", nullptr);
