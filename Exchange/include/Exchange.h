@@ -131,8 +131,8 @@ DataSet NewDataSet(SchemaPtr schema, const std::string& name);
 // The data set as an exchange file.
 std::string ToExchangeText(const DataSet& dataSet);
 
-// Writes it: to a temporary file beside the target, which takes the target's place at the end. On
-// failure, which is told, the target is as it was.
+// Writes it: to a file of its own, which takes the target's place at the end. On failure, which is
+// told, and when the program is ended meanwhile, the target is as it was.
 bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages);
 bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
                   Messages& messages);

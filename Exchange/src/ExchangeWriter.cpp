@@ -178,25 +178,53 @@ class Output {
     int error_ = 0;
 };
 
-// A file beside the target, which takes its place or goes.
-struct TemporaryFile {
-    explicit TemporaryFile(const std::string& target)
-        : path(target + ".XXXXXX"), descriptor(mkostemp(path.data(), O_CLOEXEC)) {}
-    ~TemporaryFile() {
-        if (descriptor >= 0 && !replaced) unlink(path.c_str());
+// A file that takes the target's place once it is whole. Where the file system allows it the file
+// has no name until then, so that nothing is left behind however the program ends.
+class Replacement {
+  public:
+    explicit Replacement(std::string target)
+        : target_(std::move(target)),
+          descriptor_(open(std::filesystem::path(target_).parent_path().c_str(),
+                           O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600)) {
+        if (descriptor_ >= 0) return;
+        name_ = target_ + ".XXXXXX";
+        descriptor_ = mkostemp(name_.data(), O_CLOEXEC);
+        if (descriptor_ < 0) name_.clear();
     }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~Replacement() {
+        if (!name_.empty()) unlink(name_.c_str());
+    }
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
 
-    // Gives 0 or the error.
-    int Replace(const std::string& target) {
-        replaced = rename(path.c_str(), target.c_str()) == 0;
-        return replaced ? 0 : errno;
+    // -1 when the file cannot be made; the reason is in errno.
+    int Descriptor() const { return descriptor_; }
+
+    // To be called while the descriptor is open. Gives 0 or the error.
+    int Replace() {
+        if (name_.empty() && !GiveName()) return errno;
+        if (rename(name_.c_str(), target_.c_str()) != 0) return errno;
+        name_.clear();
+        return 0;
     }
 
-    std::string path;
-    int descriptor;
-    bool replaced = false;
+  private:
+    // A link cannot take the place of a file, only a rename can.
+    bool GiveName() {
+        const std::string file = "/proc/self/fd/" + std::to_string(descriptor_);
+        for (int number = getpid();; ++number) {
+            std::string name = target_ + '.' + std::to_string(number);
+            if (linkat(AT_FDCWD, file.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+                name_ = std::move(name);
+                return true;
+            }
+            if (errno != EEXIST) return false;
+        }
+    }
+
+    std::string target_;
+    int descriptor_;
+    std::string name_;  // of the file now; empty while it has none
 };
 
 // Why writing failed; empty when it did not.
@@ -220,18 +248,16 @@ std::string WriteFile(const std::string& path, Write write) {
     const std::filesystem::path canonical = std::filesystem::weakly_canonical(path, ignored);
     const std::string target = canonical.empty() ? path : canonical.string();
     if (exists && access(target.c_str(), W_OK) != 0) return Reason(errno);
-    TemporaryFile temporary(target);
-    Output output(temporary.descriptor);
+    Replacement replacement(target);
+    Output output(replacement.Descriptor());
     if (output.Error() != 0) return Reason(output.Error());
     const mode_t mask = umask(0);
     umask(mask);
     output.SetMode(exists ? status.st_mode & 0777 : 0666 & ~mask);
     const std::string problem = write(output);
     output.Sync();
-    output.Close();
     if (output.Error() != 0) return Reason(output.Error());
-    if (!problem.empty()) return problem;
-    return Reason(temporary.Replace(target));
+    return problem.empty() ? Reason(replacement.Replace()) : problem;
 }
 
 // Whether writing went well; tells the reason when it did not.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <iostream>
 #include <new>
 
@@ -93,6 +94,8 @@ void HoldStandardStreams() {
 
 int Main(int argc, char** argv) {
     HoldStandardStreams();
+    // A file that may not grow further is told like any other that cannot be written.
+    std::signal(SIGXFSZ, SIG_IGN);
     if (argc < 2) {
         std::cerr << kFirstSteps;
         return kUnusable;
