@@ -217,9 +217,10 @@ SdaiPrimitiveH RandomWorld::Argument(orx::Kind kind) {
         case orx::Instance: return InstanceOf(nullptr);
         case orx::Aggregate: {
             // Of instances or of numbers.
-            static const kor::Domain reals{.base = kor::Domain::Base::Real};
-            static const kor::Domain instances{.base = kor::Domain::Base::Entity};
-            return List(choices_.Below(2) == 0 ? &reals : &instances, 0);
+            kor::Domain element;
+            element.base =
+                choices_.Below(2) == 0 ? kor::Domain::Base::Real : kor::Domain::Base::Entity;
+            return List(&element, 0);
         }
         case orx::Select: return Seldom() ? SdaiPrimitiveH(SdaiSelectH()) : InstanceOf(nullptr);
         default: return {};

@@ -1,0 +1,80 @@
+// Long runs. This program loads the module by name, as an engine does, and is not linked with it.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+
+#include "SeededChoices.h"
+
+namespace {
+
+// The bytes of memory that are in use; 0 where the allocator does not tell.
+std::size_t MemoryInUse() { return mallinfo2().uordblks + mallinfo2().hblkhd; }
+
+// The pages of memory that the process has.
+long ResidentPages() {
+    long all = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident;
+}
+
+long CallCount() {
+    const char* count = std::getenv("ORX_SOAK_CALLS");
+    return count != nullptr ? std::atol(count) : 200'000;
+}
+
+// Makes a world, calls on it, and lets it go.
+void CallOnAWorld(const host::Module& module, std::uint64_t seed, long calls) {
+    SeededChoices choices(seed);
+    RandomWorld world(choices, 40);
+    for (long i = 0; i < calls; ++i) {
+        const RandomCall call = world.AnyCall();
+        module.Call(*call.function, call.arguments);
+    }
+    module.Call(*orx::FindExport("RemoveValueVersion"), {});
+}
+
+}  // namespace
+
+TEST(Soak, MemoryStaysWhereItWas) {
+    constexpr long kCallsOnAWorld = 1'000;
+    constexpr int kStages = 10;
+    const long worlds = CallCount() / kCallsOnAWorld / kStages;
+    ASSERT_GT(worlds, 0);
+    const host::Module module("");
+    std::uint64_t seed = 0;
+    const auto stage = [&] {
+        for (long i = 0; i < worlds; ++i) CallOnAWorld(module, ++seed, kCallsOnAWorld);
+    };
+    stage();
+    const std::size_t memory = MemoryInUse();
+    const long pages = ResidentPages();
+    for (int i = 1; i < kStages; ++i) {
+        stage();
+        std::cout << (i + 1) * worlds * kCallsOnAWorld << " calls, " << MemoryInUse()
+                  << " bytes in use, " << ResidentPages() << " pages resident\n";
+    }
+    // What document management and the caches of the runtime keep for their next use.
+    constexpr std::size_t kAllowedBytes = 64 * 1024;
+    constexpr long kAllowedPages = 2'048;
+    EXPECT_LE(MemoryInUse(), memory + kAllowedBytes);
+    EXPECT_LE(ResidentPages(), pages + kAllowedPages);
+}
+
+TEST(Soak, TheModuleIsLoadedAndUnloadedAgainAndAgain) {
+    const auto loadCallUnload = [](std::uint64_t seed) {
+        const host::Module module("");
+        CallOnAWorld(module, seed, 10);
+    };
+    for (std::uint64_t seed = 1; seed <= 100; ++seed) loadCallUnload(seed);
+    const std::size_t memory = MemoryInUse();
+    for (std::uint64_t seed = 1; seed <= 1'000; ++seed) loadCallUnload(seed);
+    EXPECT_LE(MemoryInUse(), memory + 64 * 1024);
+    EXPECT_EQ(dlopen("libORXExUtilities.so.0", RTLD_NOW | RTLD_NOLOAD), nullptr)
+        << "the module is still loaded";
+}
