@@ -621,12 +621,16 @@ class Reader {
         cells_.resize(first + expected);
     }
 
-    const EntityType& Undeclared(Place place, std::string_view keyword, std::size_t count) {
-        const EntityType* entity = Model().UndeclaredEntity(keyword, count);
+    // A type that the model made for itself, if it would.
+    const EntityType& Own(Place place, const EntityType* entity) {
         if (entity == nullptr) {
             Fail(place, "more entity types that the schema does not declare than any schema has");
         }
         return *entity;
+    }
+
+    const EntityType& Undeclared(Place place, std::string_view keyword, std::size_t count) {
+        return Own(place, Model().UndeclaredEntity(keyword, count));
     }
 
     const EntityType& SimpleInstance() {
@@ -685,7 +689,7 @@ class Reader {
             ordered.insert(ordered.end(), values, values + static_cast<long>(part.count));
         }
         cells_.swap(ordered);
-        return Model().ComplexEntity(entities);
+        return Own(start, Model().ComplexEntity(entities));
     }
 
     // A statement of the data section; its "#" has been taken.

@@ -276,7 +276,11 @@ const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
     std::sort(parts.begin(), parts.end(),
               [](const auto* a, const auto* b) { return a->FoldedName() < b->FoldedName(); });
     parts.erase(std::unique(parts.begin(), parts.end()), parts.end());
-    return model.ComplexEntity(parts);
+    const kor::EntityType* entity = model.ComplexEntity(parts);
+    if (entity == nullptr) {
+        throw ScriptError(expression.position, "too many combinations of entity types");
+    }
+    return *entity;
 }
 
 void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,

@@ -21,8 +21,9 @@ void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* ins
     }
 }
 
-// More undeclared entity types than any schema declares: the file is no data set.
-constexpr std::size_t kMostUndeclared = 65'536;
+// More entity types that no schema declares, and combinations of types, than any data set has. What
+// a type takes is many times what it says in a file.
+constexpr std::size_t kMostOwn = 65'536;
 
 }  // namespace
 
@@ -51,11 +52,9 @@ void Model::AddExtent(const EntityType& entity) {
 
 ModelType& Model::AddType(const EntityType& entity) {
     ModelType& type = types_.emplace_back(this, entity, types_.size());
-    for (std::size_t i = 0; i < extents_.size(); ++i) {
-        SdaiAggrInstance* extent = extents_[i].load(std::memory_order_relaxed);
-        if (extent != nullptr &&
-            entity.IsKindOf(std::string_view(extentEntities_[i]->FoldedName()))) {
-            type.extents.push_back(extent);
+    for (const std::size_t number : madeExtents_) {
+        if (entity.IsKindOf(std::string_view(extentEntities_[number]->FoldedName()))) {
+            type.extents.push_back(extents_[number].load(std::memory_order_relaxed));
         }
     }
     return type;
@@ -75,39 +74,40 @@ const ModelType* Model::TypeOf(const EntityType& entity) {
     return *type;
 }
 
-const EntityType& Model::AddOwn(std::unique_ptr<EntityType> entity) {
+bool Model::MayAddOwn() const { return ownEntities_.size() < kMostOwn; }
+
+const EntityType* Model::AddOwn(std::unique_ptr<EntityType> entity) {
     ownTypes_.push_back(nullptr);
     ownEntities_.push_back(std::move(entity));
-    return *ownEntities_.back();
+    return ownEntities_.back().get();
 }
 
 const EntityType* Model::UndeclaredEntity(std::string_view foldedName, std::size_t valueCount) {
     const int extent = extentNumbers_.Find(foldedName);
     const std::size_t declaredCount = declaredTypes_.size();
-    if (extent == NameTable::kAbsent && undeclared_.size() == kMostUndeclared) return nullptr;
     if (extent != NameTable::kAbsent) {
         for (const EntityType* entity :
              undeclared_[static_cast<std::size_t>(extent) - declaredCount]) {
             if (entity->Slots().size() == valueCount) return entity;
         }
     }
-    const EntityType& entity =
+    if (!MayAddOwn()) return nullptr;
+    const EntityType* entity =
         AddOwn(EntityType::MakeUndeclared(foldedName, valueCount, ownEntities_.size()));
     if (extent == NameTable::kAbsent) {
-        AddExtent(entity);
-        undeclared_.push_back({&entity});
+        AddExtent(*entity);
+        undeclared_.push_back({entity});
     } else {
-        undeclared_[static_cast<std::size_t>(extent) - declaredCount].push_back(&entity);
+        undeclared_[static_cast<std::size_t>(extent) - declaredCount].push_back(entity);
     }
-    return &entity;
+    return entity;
 }
 
-const EntityType& Model::ComplexEntity(const std::vector<const EntityType*>& parts) {
-    const EntityType*& entity = complex_[parts];
-    if (entity == nullptr) {
-        entity = &AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
-    }
-    return *entity;
+const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& parts) {
+    const auto found = complex_.find(parts);
+    if (found != complex_.end()) return found->second;
+    if (!MayAddOwn()) return nullptr;
+    return complex_[parts] = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
 }
 
 // ---- Instances
@@ -276,6 +276,7 @@ const SdaiAggrInstance* Model::ExtentByNumber(std::size_t number) const {
     }
     auto extent = std::make_unique<SdaiAggrInstance>();
     KORAggregateAccess::MakeExtent(*extent);
+    madeExtents_.reserve(madeExtents_.size() + 1);
     KORAggregateAccess::ReserveExtent(*extent, count);
     if (count != 0) {
         ForEachInstance([&](Instance& instance) {
@@ -287,6 +288,7 @@ const SdaiAggrInstance* Model::ExtentByNumber(std::size_t number) const {
     for (const ModelType& type : types_) {
         if (belongs[type.number]) type.extents.push_back(extent.get());
     }
+    madeExtents_.push_back(number);
     extents_[number].store(extent.get(), std::memory_order_release);
     return extent.release();
 }

@@ -98,11 +98,12 @@ class KOR_API Model final : public SdaiModel {
     // The type of instances of an entity type of the schema or of this model; null for any other.
     const ModelType* TypeOf(const EntityType& entity);
     // A type that the schema does not declare, whose instances have that many values. Null when the
-    // model has too many such types.
+    // model has too many types of its own.
     const EntityType* UndeclaredEntity(std::string_view foldedName, std::size_t valueCount);
     // The type of instances that are of several types at once: declared ones and ones that the
     // schema does not declare, in alphabetical order.
-    const EntityType& ComplexEntity(const std::vector<const EntityType*>& parts);
+    // Null when the model has too many types of its own.
+    const EntityType* ComplexEntity(const std::vector<const EntityType*>& parts);
 
     // ---- Instances
 
@@ -160,7 +161,8 @@ class KOR_API Model final : public SdaiModel {
     }
     const SdaiAggrInstance* ExtentByNumber(std::size_t number) const;
     ModelType& AddType(const EntityType& entity);
-    const EntityType& AddOwn(std::unique_ptr<EntityType> entity);
+    bool MayAddOwn() const;
+    const EntityType* AddOwn(std::unique_ptr<EntityType> entity);
     void AddExtent(const EntityType& entity);
     void ConnectReference(std::byte* place, std::uintptr_t kind);
     void Connect(std::uintptr_t chain, SdaiEntityInstance* instance);
@@ -180,7 +182,8 @@ class KOR_API Model final : public SdaiModel {
     NameTable extentNumbers_;
     std::vector<const EntityType*> extentEntities_;
     mutable std::deque<std::atomic<SdaiAggrInstance*>> extents_;
-    mutable std::mutex extentMutex_;  // held while an extent is made
+    mutable std::vector<std::size_t> madeExtents_;  // the numbers of those that are there
+    mutable std::mutex extentMutex_;                // held while an extent is made
     SdaiAggrInstance noInstances_;
 
     std::deque<Instance*> instances_;  // in the order of creation

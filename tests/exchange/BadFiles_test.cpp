@@ -611,6 +611,31 @@ TEST(BadFiles, EveryPrefixIsRefused) {
     }
 }
 
+// A type takes many times what it says in a file.
+TEST(BadFiles, MoreTypesThanAnySchemaHasAreRefused) {
+    std::string data;
+    for (int id = 1; id <= 70'000; ++id) {
+        data += '#' + std::to_string(id) + "=T" + std::to_string(id) + "();";
+    }
+    const File file(FileOf(data));
+    file.ExpectRefused();
+    EXPECT_THAT(file.FirstError().text, HasSubstr("more entity types"));
+}
+
+TEST(BadFiles, MoreCombinationsOfTypesThanAnySchemaHasAreRefused) {
+    std::string data;
+    int id = 0;
+    for (int first = 1; first < 400; ++first) {
+        for (int second = 0; second < first; ++second) {
+            data += '#' + std::to_string(++id) + "=(T" + std::to_string(first) + "()T" +
+                    std::to_string(second) + "());";
+        }
+    }
+    const File file(FileOf(data));
+    file.ExpectRefused();
+    EXPECT_THAT(file.FirstError().text, HasSubstr("more entity types"));
+}
+
 TEST(BadFiles, EveryPrefixOfAFileOnDiskIsRefused) {
     const TemporaryDirectory directory;
     const std::string& text = kSmall;

@@ -144,12 +144,12 @@ class RandomModel {
             case 0: type = model.UndeclaredEntity("CURVE", Below(5)); break;
             case 1: type = model.UndeclaredEntity("!USER_DEFINED", 2); break;
             case 2:
-                type = &model.ComplexEntity(
-                    {entity("BIG_NODE"), entity("NODE"), entity("ROUND_NODE")});
+                type =
+                    model.ComplexEntity({entity("BIG_NODE"), entity("NODE"), entity("ROUND_NODE")});
                 break;
             case 3:
-                type = &model.ComplexEntity({entity("BIG_NODE"), entity("NODE"), entity("RED_NODE"),
-                                             model.UndeclaredEntity("ZED", Below(3))});
+                type = model.ComplexEntity({entity("BIG_NODE"), entity("NODE"), entity("RED_NODE"),
+                                            model.UndeclaredEntity("ZED", Below(3))});
                 break;
             default: {
                 const char* const names[] = {"NODE", "ROUND_NODE", "RED_NODE", "BIG_NODE"};
