@@ -1,10 +1,11 @@
 // Long runs. This program loads the module by name, as an engine does, and is not linked with it.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <link.h>
 #include <malloc.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 
@@ -21,6 +22,17 @@ long ResidentPages() {
     long resident = 0;
     std::ifstream("/proc/self/statm") >> all >> resident;
     return resident;
+}
+
+bool ModuleIsLoaded() {
+    bool loaded = false;
+    const auto visit = [](dl_phdr_info* library, std::size_t, void* found) {
+        const bool isModule = std::strstr(library->dlpi_name, "libORXExUtilities") != nullptr;
+        *static_cast<bool*>(found) |= isModule;
+        return 0;
+    };
+    dl_iterate_phdr(visit, &loaded);
+    return loaded;
 }
 
 long CallCount() {
@@ -59,22 +71,26 @@ TEST(Soak, MemoryStaysWhereItWas) {
         std::cout << (i + 1) * worlds * kCallsOnAWorld << " calls, " << MemoryInUse()
                   << " bytes in use, " << ResidentPages() << " pages resident\n";
     }
-    // What document management and the caches of the runtime keep for their next use.
+    // What is kept for its next use: the tables of document management, the trace's line.
     constexpr std::size_t kAllowedBytes = 64 * 1024;
     constexpr long kAllowedPages = 2'048;
     EXPECT_LE(MemoryInUse(), memory + kAllowedBytes);
+#if !defined(__SANITIZE_ADDRESS__)  // which keeps memory that was freed, to see that nobody uses it
     EXPECT_LE(ResidentPages(), pages + kAllowedPages);
+#endif
 }
 
 TEST(Soak, TheModuleIsLoadedAndUnloadedAgainAndAgain) {
     const auto loadCallUnload = [](std::uint64_t seed) {
-        const host::Module module("");
-        CallOnAWorld(module, seed, 10);
+        {
+            const host::Module module("");
+            EXPECT_TRUE(ModuleIsLoaded());
+            CallOnAWorld(module, seed, 10);
+        }
+        EXPECT_FALSE(ModuleIsLoaded());
     };
     for (std::uint64_t seed = 1; seed <= 100; ++seed) loadCallUnload(seed);
     const std::size_t memory = MemoryInUse();
     for (std::uint64_t seed = 1; seed <= 1'000; ++seed) loadCallUnload(seed);
     EXPECT_LE(MemoryInUse(), memory + 64 * 1024);
-    EXPECT_EQ(dlopen("libORXExUtilities.so.0", RTLD_NOW | RTLD_NOLOAD), nullptr)
-        << "the module is still loaded";
 }
