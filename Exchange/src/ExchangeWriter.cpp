@@ -178,14 +178,16 @@ class Output {
     int error_ = 0;
 };
 
-// A file that takes the target's place once it is whole. Where the file system allows it the file
-// has no name until then, so that nothing is left behind however the program ends.
+// A file that takes the target's place once it is whole. Where the system allows it the file has no
+// name until then, so that nothing is left behind however the program ends.
 class Replacement {
   public:
-    explicit Replacement(std::string target)
-        : target_(std::move(target)),
-          descriptor_(open(std::filesystem::path(target_).parent_path().c_str(),
-                           O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600)) {
+    explicit Replacement(std::string target) : target_(std::move(target)) {
+        const std::string folder = std::filesystem::path(target_).parent_path().string();
+        // The name is given through /proc.
+        if (access(kDescriptors, X_OK) == 0) {
+            descriptor_ = open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
+        }
         if (descriptor_ >= 0) return;
         name_ = target_ + ".XXXXXX";
         descriptor_ = mkostemp(name_.data(), O_CLOEXEC);
@@ -209,9 +211,11 @@ class Replacement {
     }
 
   private:
+    static constexpr const char* kDescriptors = "/proc/self/fd/";
+
     // A link cannot take the place of a file, only a rename can.
     bool GiveName() {
-        const std::string file = "/proc/self/fd/" + std::to_string(descriptor_);
+        const std::string file = kDescriptors + std::to_string(descriptor_);
         for (int number = getpid();; ++number) {
             std::string name = target_ + '.' + std::to_string(number);
             if (linkat(AT_FDCWD, file.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
@@ -223,7 +227,7 @@ class Replacement {
     }
 
     std::string target_;
-    int descriptor_;
+    int descriptor_ = -1;
     std::string name_;  // of the file now; empty while it has none
 };
 
