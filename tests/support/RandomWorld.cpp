@@ -107,6 +107,7 @@ RandomWorld::~RandomWorld() { KORDMStore::RemoveAll(); }
 void RandomWorld::AddModel(const char* name, const char* schema, std::span<const char* const> types,
                            std::size_t instanceCount) {
     exchange::DataSet dataSet = exchange::NewDataSet(exchange::BuiltInSchema(schema), name);
+    dataSet.header.clear();  // it tells the time
     kor::Model& model = *dataSet.model;
     const std::size_t first = instances_.size();
     for (std::size_t i = 0; i < instanceCount; ++i) {
