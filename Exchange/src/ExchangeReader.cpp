@@ -70,8 +70,9 @@ constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,
 // Deeper than any schema nests aggregates.
 constexpr int kDeepestNesting = 100;
 
-// Names larger than this have no successor to number a new instance by.
-constexpr std::uint64_t kLargestId = 999'999'999'999'999'999;
+// The digits of an instance name: a number of more may have no successor to number a new instance
+// by.
+constexpr std::ptrdiff_t kMostDigits = 18;
 
 constexpr std::size_t kLongestString = std::size_t{1} << 30;
 
@@ -267,17 +268,20 @@ class Reader {
         return true;
     }
 
+    // An instance name of many digits may begin with zeros.
+    void CheckDigits(const char* end) {
+        const char* first = in_.at;
+        while (*first == '0') ++first;
+        if (end - first > kMostDigits) FailHere("an instance name of more than 18 digits");
+    }
+
     // The number behind a "#".
     std::uint64_t InstanceName() {
         const char* at = in_.at;
         std::uint64_t id = 0;
-        for (; IsDigit(*at); ++at) {
-            id = 10 * id + static_cast<unsigned>(*at - '0');
-            if (id > kLargestId / 10 && IsDigit(at[1])) {
-                FailHere("an instance name of more than 18 digits");
-            }
-        }
+        for (; IsDigit(*at); ++at) id = 10 * id + static_cast<unsigned>(*at - '0');
         if (at == in_.at) FailHere("a number expected after '#', found " + Found());
+        if (at - in_.at > kMostDigits) CheckDigits(at);
         in_.at = at;
         return id;
     }

@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <span>
 
 #include "SdaiLogical.h"
 #include "SdaiPrimitiveH.h"
@@ -41,6 +42,13 @@ class KOR_API SdaiAggrInstance {
         return GetMember(position);
     }
     double GetRealMember(long position) const;
+
+    // The members of an extent, side by side; none of any other aggregate. To be used until the
+    // next instance is created in the model.
+    std::span<SdaiEntityInstance* const> ExtentMembers() const {
+        if (!extent_) return {};
+        return {static_cast<SdaiEntityInstance* const*>(members_), count_};
+    }
 
     // Adds a member at the end. An extent takes none: it grows as instances are created.
     void Append(const SdaiPrimitiveH& value);

@@ -11,6 +11,9 @@
 #ifndef SDAIENTITYINSTANCE_H
 #define SDAIENTITYINSTANCE_H
 
+#include <cstddef>
+#include <cstring>
+
 #include "SdaiLogical.h"
 #include "SdaiName.h"
 #include "SdaiPrimitiveH.h"
@@ -48,8 +51,15 @@ class KOR_API SdaiEntityInstance {
     bool IsSameInstance(const SdaiEntityInstance* other) const { return this == other; }
 
   protected:
-    SdaiEntityInstance() = default;
+    explicit SdaiEntityInstance(const void* type) : type_(type) {}
     ~SdaiEntityInstance() = default;
+
+    const void* Type() const { return type_; }
+
+  private:
+    friend class SdaiInstanceReader;
+
+    const void* type_;  // the in-memory model's
 };
 
 // An application instance: one whose attributes can be written. Every instance of a stand-alone
@@ -63,7 +73,7 @@ class KOR_API SdaiAppInstance : public SdaiEntityInstance {
     void PutAttr(const SdaiName& name, const SdaiPrimitiveH& value);
 
   protected:
-    SdaiAppInstance() = default;
+    using SdaiEntityInstance::SdaiEntityInstance;
     ~SdaiAppInstance() = default;
 };
 
@@ -78,16 +88,29 @@ class KOR_API SdaiInstanceReader {
 
     // The instance that the attribute of `instance` refers to; null for a null `instance`.
     SdaiEntityInstance* operator()(const SdaiEntityInstance* instance) {
-        return instance != nullptr ? Read(*instance) : nullptr;
+        if (instance == nullptr) return nullptr;
+        if (instance->type_ != type_) Find(*instance);
+        if (offset_ == kNowhere) return nullptr;
+        const char* value = reinterpret_cast<const char*>(instance) + offset_;
+        if (value[kKindOffset] != kInstanceKind) return ReadOther(value);
+        SdaiEntityInstance* referred;
+        std::memcpy(&referred, value, sizeof referred);
+        return referred;
     }
 
   private:
-    SdaiEntityInstance* Read(const SdaiEntityInstance& instance);
+    // How the in-memory model keeps a value that refers to an instance: the reference, and its kind
+    // as the last of 16 bytes.
+    static constexpr std::size_t kKindOffset = 15;
+    static constexpr char kInstanceKind = 9;
+    static constexpr std::size_t kNowhere = 0;
+
     [[gnu::noinline]] void Find(const SdaiEntityInstance& instance);
+    [[gnu::noinline]] static SdaiEntityInstance* ReadOther(const void* value);
 
     const SdaiName& attribute_;
-    const void* type_ = nullptr;  // the type met last
-    int slot_ = -1;               // where its instances keep the attribute; -1: nowhere
+    const void* type_ = nullptr;     // the type met last
+    std::size_t offset_ = kNowhere;  // where its instances keep the attribute
 };
 
 #endif

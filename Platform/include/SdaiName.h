@@ -22,10 +22,18 @@
 // Names match without regard to the case of the letters A to Z, as in EXPRESS (ISO 10303-11).
 constexpr char SdaiFoldCase(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
 
+// Eight characters at once: takes 32 from each byte between 'a' and 'z'.
+constexpr std::uint64_t SdaiFoldCase(std::uint64_t characters) {
+    constexpr std::uint64_t kBytes = 0x0101010101010101U;
+    const std::uint64_t low = characters & 0x7F * kBytes;
+    const std::uint64_t fromA = low + (0x80 - 'a') * kBytes;
+    const std::uint64_t afterZ = low + (0x7F - 'z') * kBytes;
+    return characters - ((fromA & ~afterZ & ~characters & 0x80 * kBytes) >> 2);
+}
+
 // The hash of a name without regard to case: of its characters eight at a time, the last eight
 // overlapping those before them.
 constexpr std::uint32_t SdaiNameHash(std::string_view name) {
-    constexpr std::uint64_t kBytes = 0x0101010101010101U;
     const auto word = [name](std::size_t from, std::size_t length) {
         std::uint64_t characters = 0;
         if (std::is_constant_evaluated() || length < 8) {
@@ -35,11 +43,7 @@ constexpr std::uint32_t SdaiNameHash(std::string_view name) {
         } else {
             std::memcpy(&characters, name.data() + from, sizeof characters);
         }
-        // Takes 32 from each byte between 'a' and 'z', all eight at once.
-        const std::uint64_t low = characters & 0x7F * kBytes;
-        const std::uint64_t fromA = low + (0x80 - 'a') * kBytes;
-        const std::uint64_t afterZ = low + (0x7F - 'z') * kBytes;
-        return characters - ((fromA & ~afterZ & ~characters & 0x80 * kBytes) >> 2);
+        return SdaiFoldCase(characters);
     };
     std::uint64_t hash = name.size();
     const auto mix = [&hash](std::uint64_t characters) {

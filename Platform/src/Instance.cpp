@@ -10,11 +10,6 @@ using kor::NameTable;
 // The dictionary never changes; the interface gives its types without `const`.
 static SdaiEntity* Definition(const EntityType* entity) { return const_cast<EntityType*>(entity); }
 
-// The instance that a typed value holds.
-[[gnu::noinline]] static SdaiEntityInstance* InstanceIn(const kor::Cell& cell) {
-    return kor::ToHandle(cell, true);
-}
-
 // ---- Instances
 
 unsigned long SdaiEntityInstance::GetInstanceNameId() const { return Instance::Of(*this).Id(); }
@@ -65,22 +60,22 @@ void SdaiAppInstance::PutAttr(const SdaiName& name, const SdaiPrimitiveH& value)
     instance.Write(instance.SlotOf(name), value);
 }
 
-SdaiEntityInstance* SdaiInstanceReader::Read(const SdaiEntityInstance& from) {
+void SdaiInstanceReader::Find(const SdaiEntityInstance& from) {
+    static_assert(kInstanceKind == static_cast<char>(kor::Tag::Instance));
+    static_assert(kKindOffset == kor::Cell::kTagOffset);
     const Instance& instance = Instance::Of(from);
-    if (type_ != &instance.Type()) [[unlikely]] {
-        Find(from);
-    }
-    if (slot_ == NameTable::kAbsent) return nullptr;
-    const kor::Cell& cell = instance.Cells()[slot_];
-    if (cell.GetTag() == kor::Tag::Instance) [[likely]] {
-        return cell.Get<SdaiEntityInstance*>();
-    }
-    return cell.GetTag() == kor::Tag::Typed ? InstanceIn(cell) : nullptr;
+    const int slot = instance.SlotOf(attribute_);
+    type_ = &instance.Type();
+    offset_ = slot == NameTable::kAbsent
+                  ? kNowhere
+                  : sizeof instance + static_cast<std::size_t>(slot) * sizeof(kor::Cell);
 }
 
-void SdaiInstanceReader::Find(const SdaiEntityInstance& from) {
-    type_ = &Instance::Of(from).Type();
-    slot_ = Instance::Of(from).SlotOf(attribute_);
+// The instance that a typed value holds; any other value is no instance.
+SdaiEntityInstance* SdaiInstanceReader::ReadOther(const void* value) {
+    const auto& cell = *static_cast<const kor::Cell*>(value);
+    if (cell.GetTag() != kor::Tag::Typed) return nullptr;
+    return kor::ToHandle(cell, true);
 }
 
 // ---- Entity types

@@ -115,19 +115,19 @@ const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& par
 SdaiPrimitiveH Instance::Read(int slot) const {
     if (slot == NameTable::kAbsent) return {};
     const auto index = static_cast<std::size_t>(slot);
-    return ToHandle(Cells()[index], type_->entity->Slots()[index].IsSelect());
+    return ToHandle(Cells()[index], Type().entity->Slots()[index].IsSelect());
 }
 
 void Instance::Write(int slot, const SdaiPrimitiveH& value) {
     if (slot == NameTable::kAbsent) return;
     const auto index = static_cast<std::size_t>(slot);
-    const Slot& definition = type_->entity->Slots()[index];
+    const Slot& definition = Type().entity->Slots()[index];
     if (definition.derived) return;
     CellHolder cell(ToCell(value, definition.domain));
     Cell& place = Cells()[index];
     if (place.GetTag() == Tag::Aggregate &&
         !KORAggregateAccess::HasOwners(*place.Get<SdaiAggrInstance*>())) {
-        type_->model->Retire(place);
+        Type().model->Retire(place);
     } else {
         ReleaseCell(place);
     }

@@ -43,13 +43,15 @@ struct ModelType {
 // An instance; its cells follow it, one for each slot of its type.
 class Instance final : public SdaiAppInstance {
   public:
-    Instance(const ModelType& type, std::uint64_t id) : type_(&type), id_(id) {}
+    Instance(const ModelType& type, std::uint64_t id) : SdaiAppInstance(&type), id_(id) {}
 
-    const ModelType& Type() const { return *type_; }
+    const ModelType& Type() const {
+        return *static_cast<const ModelType*>(SdaiEntityInstance::Type());
+    }
     std::uint64_t Id() const { return id_; }
     Cell* Cells() { return reinterpret_cast<Cell*>(this + 1); }
     const Cell* Cells() const { return reinterpret_cast<const Cell*>(this + 1); }
-    std::span<const Cell> Values() const { return {Cells(), type_->slotCount}; }
+    std::span<const Cell> Values() const { return {Cells(), Type().slotCount}; }
     static std::size_t Size(const ModelType& type) {
         return sizeof(Instance) + type.slotCount * sizeof(Cell);
     }
@@ -57,7 +59,7 @@ class Instance final : public SdaiAppInstance {
     // The slot of an attribute, or NameTable::kAbsent.
     template <class Name>
     int SlotOf(const Name& attribute) const {
-        return type_->entity->SlotOf(attribute);
+        return Type().entity->SlotOf(attribute);
     }
     SdaiPrimitiveH Read(int slot) const;
     bool HasValue(int slot) const {
@@ -71,7 +73,6 @@ class Instance final : public SdaiAppInstance {
     static Instance& Of(SdaiEntityInstance& instance) { return static_cast<Instance&>(instance); }
 
   private:
-    const ModelType* type_;
     std::uint64_t id_;
 };
 

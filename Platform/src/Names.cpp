@@ -11,11 +11,6 @@ std::string Folded(std::string_view name) {
     return folded;
 }
 
-bool MatchesFolded(std::string_view name, std::string_view folded) {
-    return std::equal(name.begin(), name.end(), folded.begin(), folded.end(),
-                      [](char a, char b) { return SdaiFoldCase(a) == b; });
-}
-
 bool NameTable::Add(std::string_view folded, int value) {
     if (Find(folded) != kAbsent) return false;
     if (2 * (size_ + 1) > entries_.size()) {
@@ -42,8 +37,7 @@ int NameTable::Find(std::string_view name) const {
     for (std::size_t i = hash & mask_;; i = (i + 1) & mask_) {
         const Entry& entry = entries_[i];
         if (entry.value == kAbsent) return kAbsent;
-        if (entry.hash != hash) continue;
-        if (entry.name == name || MatchesFolded(name, entry.name)) return entry.value;
+        if (entry.hash == hash && MatchesFolded(name, entry.name)) return entry.value;
     }
 }
 

@@ -3,7 +3,9 @@
 #ifndef KOR_NAMES_H
 #define KOR_NAMES_H
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +18,27 @@ namespace kor {
 // The name in upper case.
 KOR_API std::string Folded(std::string_view name);
 
-// Whether `name` is `folded` when its case is folded.
-KOR_API bool MatchesFolded(std::string_view name, std::string_view folded);
+// Whether `name` is `folded` when its case is folded. Compared eight characters at a time, the last
+// eight overlapping those before them.
+inline bool MatchesFolded(std::string_view name, std::string_view folded) {
+    const std::size_t size = name.size();
+    if (size != folded.size()) return false;
+    const auto matches = [&](std::size_t at) {
+        std::uint64_t a;
+        std::uint64_t b;
+        std::memcpy(&a, name.data() + at, sizeof a);
+        std::memcpy(&b, folded.data() + at, sizeof b);
+        return SdaiFoldCase(a) == b;
+    };
+    if (size < 8) {
+        return std::equal(name.begin(), name.end(), folded.begin(),
+                          [](char a, char b) { return SdaiFoldCase(a) == b; });
+    }
+    for (std::size_t at = 0; at + 8 < size; at += 8) {
+        if (!matches(at)) return false;
+    }
+    return matches(size - 8);
+}
 
 // Finds numbers by names: an open-addressed table that is at most half full. The names must be in
 // upper case and outlive the table. Once built it may be read by any number of threads.

@@ -3,9 +3,20 @@
 #ifndef ORX_ACCESS_H
 #define ORX_ACCESS_H
 
+#include <span>
+
 #include "ORXExUtilities.h"
+#include "SdaiAggrInstance.h"
+#include "SdaiModel.h"
 
 namespace orx {
+
+// The instances of an entity type in a model, in the model's order; none without a model. For loops
+// that may visit many: none of them creates an instance.
+inline std::span<SdaiEntityInstance* const> ExtentOf(const SdaiModel* model, const SdaiName& type) {
+    if (model == nullptr) return {};
+    return model->GetEntityExtent(type)->ExtentMembers();
+}
 
 // The text of an attribute; empty when it is not set.
 inline SdaiString TextOf(const SdaiPrimitiveH& instance, const SdaiName& attribute) {

@@ -306,10 +306,8 @@ Walk WalkTo(Trace& trace, SdaiEntityInstance* part, const SdaiName& entity,
     Walk walk;
     if (part == nullptr) return walk;
     SdaiInstanceReader reference(attribute);
-    SdaiIterator_Of_SdaiEntityInstanceH instance(
-        part->FindEntityInstanceModel()->GetEntityExtent(entity));
-    while (instance.Next()) {
-        walk.last = instance.GetCurrentMember();
+    for (SdaiEntityInstance* instance : ExtentOf(part->FindEntityInstanceModel(), entity)) {
+        walk.last = instance;
         SdaiEntityInstance* referred = reference(walk.last);
         if (referred != nullptr) {
             if (!IsSame0Of(part, referred)) continue;

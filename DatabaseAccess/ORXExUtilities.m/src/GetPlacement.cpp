@@ -242,11 +242,9 @@ SdaiEntityInstance* ContextOf(SdaiEntityInstance* link) {
     // context on every call.
     SdaiInstanceReader productRelation("REPRESENTED_PRODUCT_RELATION"_name);
     SdaiInstanceReader definition("DEFINITION"_name);
-    SdaiIterator_Of_SdaiEntityInstanceH context(link->FindEntityInstanceModel()->GetEntityExtent(
-        "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION"_name));
-    while (context.Next()) {
-        SdaiEntityInstance* current = context.GetCurrentMember();
-        if (IsSame0Of(link, definition(productRelation(current)))) return current;
+    for (SdaiEntityInstance* context :
+         ExtentOf(link->FindEntityInstanceModel(), "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION"_name)) {
+        if (IsSame0Of(link, definition(productRelation(context)))) return context;
     }
     return nullptr;
 }
@@ -265,11 +263,9 @@ Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relati
     // instance in both.
     SdaiInstanceReader shapeDefinition("DEFINITION"_name);
     SdaiInstanceReader productDefinition("DEFINITION"_name);
-    SdaiIterator_Of_SdaiEntityInstanceH shape(
-        model.GetEntityExtent("SHAPE_DEFINITION_REPRESENTATION"_name));
     trace.Line(" -> SHAPE_DEFINITION_REPRESENTATION OK ");
-    while ((shapes.relating == nullptr || shapes.related == nullptr) && shape.Next()) {
-        SdaiEntityInstance* current = shape.GetCurrentMember();
+    for (SdaiEntityInstance* current : ExtentOf(&model, "SHAPE_DEFINITION_REPRESENTATION"_name)) {
+        if (shapes.relating != nullptr && shapes.related != nullptr) break;
         SdaiEntityInstance* productShape = shapeDefinition(current);
         SdaiEntityInstance* definition = productDefinition(productShape);
         trace.Line(" - CurrShapeDefRep : #", NumberAndType{current});

@@ -9,7 +9,7 @@ namespace orx {
 
 // Whether both are there and are the same instance.
 inline bool AreSame(const SdaiEntityInstance* a, const SdaiEntityInstance* b) {
-    return a != nullptr && b != nullptr && a->IsSameInstance(b);
+    return a != nullptr && a->IsSameInstance(b);
 }
 
 // What IsSame0 answers for two instances. The functions that search a whole extent ask it for every

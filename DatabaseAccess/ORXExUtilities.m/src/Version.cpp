@@ -10,7 +10,6 @@
 #include "KORDMInstance.h"
 #include "KORDMNarvo.h"
 #include "Same.h"
-#include "SdaiIterator.h"
 
 using namespace orx;
 using namespace sdai_names;
@@ -130,26 +129,24 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
         KORDMInstance identityB = identityA;  // may stay so: 5 records of A and 1 of B make 10, too
         int score = 0;
         SdaiInstanceReader object("CdmaObject"_name);
-        const SdaiModel* model = partA.FindEntityInstanceModel();
-        SdaiIterator_Of_SdaiEntityInstanceH record(
-            model != nullptr ? model->GetEntityExtent("cdma_id"_name) : nullptr);
-        while (score != 10 && record.Next()) {
-            SdaiEntityInstance* current = record.GetCurrentMember();
-            const SdaiEntityInstance* part = object(current);
+        for (SdaiEntityInstance* record :
+             ExtentOf(partA.FindEntityInstanceModel(), "cdma_id"_name)) {
+            const SdaiEntityInstance* part = object(record);
             if (AreSame(part, a)) score += 1;
             if (AreSame(part, b)) score += 4;
             if (score == 1 || score == 9) {
                 trace.Line(" -> OUI sur #1 ");
-                identityA = IdentityIn(trace, current);
+                identityA = IdentityIn(trace, record);
                 trace.Line("    ind= ", score);
                 score += 1;
             }
             if (score == 4 || score == 6) {
                 trace.Line(" -> OUI sur #2 ");
-                identityB = IdentityIn(trace, current);
+                identityB = IdentityIn(trace, record);
                 trace.Line("    ind= ", score);
                 score += 4;
             }
+            if (score == 10) break;
         }
         if (score != 10) return;
 
@@ -194,15 +191,12 @@ SdaiPrimitiveH IsVersion(const SdaiPrimitiveH& part, const SdaiPrimitiveH& flag)
 
         SdaiEntityInstance* sought = part;
         SdaiInstanceReader object("CdmaObject"_name);
-        const SdaiModel* model = part.FindEntityInstanceModel();
-        SdaiIterator_Of_SdaiEntityInstanceH record(
-            model != nullptr ? model->GetEntityExtent("cdma_id"_name) : nullptr);
         // The walk goes on after a match.
-        while (record.Next()) {
-            SdaiEntityInstance* current = record.GetCurrentMember();
-            if (!AreSame(object(current), sought)) continue;
+        for (SdaiEntityInstance* record :
+             ExtentOf(part.FindEntityInstanceModel(), "cdma_id"_name)) {
+            if (!AreSame(object(record), sought)) continue;
             trace.Line(" On a trouve la Part");
-            const KORDMInstance identity = IdentityIn(trace, current);
+            const KORDMInstance identity = IdentityIn(trace, record);
             trace.Line(" Create the DM Instance ");
             trace.Line(" >> TAILLE DE LISTE : ", seen.revisions.Size(), " << ");
             const bool first = seen.revisions.Size() == 0;
