@@ -42,15 +42,16 @@ enum CharacterClass : unsigned char {
 
 constexpr auto kClasses = [] {
     std::array<unsigned char, 256> classes{};
-    for (const char c : {' ', '\t', '\r', '\f', '\v'})
-        classes[static_cast<std::size_t>(c)] |= kSpace;
+    for (const char c : {' ', '\t', '\r', '\f', '\v'}) {
+        classes[static_cast<unsigned char>(c)] |= kSpace;
+    }
     for (unsigned c = '0'; c <= '9'; ++c) classes[c] |= kDigit | kHex;
     for (unsigned c = 'A'; c <= 'F'; ++c) classes[c] |= kHex;
     for (unsigned c = 'A'; c <= 'Z'; ++c) classes[c] |= kLetter;
     for (unsigned c = 'a'; c <= 'z'; ++c) classes[c] |= kLetter | kLower;
     classes['_'] |= kLetter;
     for (const char c : {' ', '\t', '\r', '\f', '\v', '\n', '/', '\\', '\0'}) {
-        classes[static_cast<std::size_t>(c)] |= kNoToken;
+        classes[static_cast<unsigned char>(c)] |= kNoToken;
     }
     for (unsigned c = ' '; c <= '~'; ++c) classes[c] |= c != '\'' && c != '\\' ? kQuiet : 0;
     return classes;

@@ -331,7 +331,8 @@ Header NewHeader(const kor::Schema& schema, const std::string& name) {
 }
 
 DataSet NewDataSet(SchemaPtr schema, const std::string& name) {
-    return {NewHeader(*schema, name), std::make_unique<kor::Model>(schema)};
+    Header header = NewHeader(*schema, name);
+    return {std::move(header), std::make_unique<kor::Model>(std::move(schema))};
 }
 
 }  // namespace exchange

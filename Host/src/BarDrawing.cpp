@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <limits>
 
 #include "Drawing.h"
 #include "Html.h"
@@ -71,8 +72,8 @@ std::string Number(double value) { return std::string("\"").append(Pixels(value)
 
 std::string DrawBars(std::span<const Effectivity* const> effectivities, Scale scale) {
     std::vector<const Effectivity*> rows;
-    double least = INFINITY;
-    double most = -INFINITY;
+    double least = std::numeric_limits<double>::infinity();
+    double most = -least;
     for (const Effectivity* effectivity : effectivities) {
         const auto isOnScale = [](const Bound& bound) {
             return bound.value.has_value() || bound.text.empty();
@@ -113,9 +114,10 @@ std::string DrawBars(std::span<const Effectivity* const> effectivities, Scale sc
         "</title>\n";
     for (const Tick& tick : scale == Scale::Dates ? DateTicks(from, to) : RankTicks(from, to)) {
         const std::string x = Number(place(tick.value));
-        svg += "<line class=\"tick\" x1=" + x + " x2=" + x + " y1=" + Number(kTop - 6) +
-               " y2=" + Number(bottom) + "/>\n<text class=\"note middle\" x=" + x +
-               " y=" + Number(kTop - 12) + ">" + tick.text + "</text>\n";
+        svg += "<line class=\"tick\" x1=";
+        svg += x + " x2=" + x + " y1=" + Number(kTop - 6) + " y2=" + Number(bottom);
+        svg += "/>\n<text class=\"note middle\" x=";
+        svg += x + " y=" + Number(kTop - 12) + ">" + tick.text + "</text>\n";
     }
     double top = kTop;
     for (const Effectivity* effectivity : rows) {

@@ -168,12 +168,12 @@ SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
     });
     if (numbers) {
         auto* reals = new SdaiListClassOfSdaiReal(0, 0);
-        const SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(reals);
+        SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(reals);
         for (const SdaiPrimitiveH& member : members) reals->Append(static_cast<double>(member));
         return list;
     }
     auto* aggregate = new SdaiAggrInstance;
-    const SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(aggregate);
+    SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(aggregate);
     for (const SdaiPrimitiveH& member : members) aggregate->Append(member);
     return list;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 
 #include "Drawing.h"
@@ -88,8 +89,9 @@ class FrameDrawing {
   private:
     // Makes all origins fit.
     void FindScale() {
-        Point least{INFINITY, INFINITY};
-        Point most{-INFINITY, -INFINITY};
+        constexpr double kInfinity = std::numeric_limits<double>::infinity();
+        Point least{kInfinity, kInfinity};
+        Point most{-kInfinity, -kInfinity};
         for (const Frame& frame : frames_) {
             if (!IsDrawable(frame)) continue;
             const Point origin = Project(&frame.placement[9]);

@@ -4,6 +4,7 @@ namespace host {
 
 std::vector<std::string> FunctionNames() {
     std::vector<std::string> names;
+    names.reserve(orx::kExports.size());
     for (const orx::Export& row : orx::kExports) names.emplace_back(row.name);
     return names;
 }

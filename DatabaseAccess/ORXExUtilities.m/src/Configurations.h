@@ -38,7 +38,7 @@ inline SdaiPrimitiveH DescriptionOf(Trace& trace, const SdaiPrimitiveH& item) {
         return {};
     }
     trace.Line("CONFIGURATION_ITEM exists : OK ");
-    const SdaiPrimitiveH description = item.GetAttr("DESCRIPTION"_name);
+    SdaiPrimitiveH description = item.GetAttr("DESCRIPTION"_name);
     if (!description.exists()) trace.Line("NO DESCRIPTION attribute on CONFIGURATION_ITEM");
     return description;
 }
