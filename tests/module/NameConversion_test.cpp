@@ -366,6 +366,14 @@ TEST(ORX_GetModelName, TracesTheWayToTheFile) {
                     "Door.model<"));
 }
 
+// A text goes into a line as characters that a NUL ends.
+TEST(ORX_GetModelName, TracesANameUpToItsFirstNul) {
+    const TraceCapture trace;
+    const SdaiPrimitiveH name(SdaiString(std::string_view("a\0b", 3)));
+    ORX_GetModelName(name, 1_h);
+    EXPECT_EQ(trace.Messages(kModelLabel).at(4), "Nom de model traite : a");
+}
+
 TEST(ORX_GetModelName, TracesTheWayBack) {
     const TraceCapture trace;
     ORX_GetModelName(

@@ -14,7 +14,8 @@ SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH
                 trace.Line("On remplace les blancs par des ", kFileBlank);
                 result = ToFileName(given.View(), kModelExtension);
                 // Without the extension.
-                trace.Line("Nom de model traite : ", result.View().substr(0, given.View().size()));
+                trace.Line("Nom de model traite : ",
+                           Characters{result.View().substr(0, given.View().size())});
             } else {
                 trace.Line("Conversion file name - >NARVO name ");
                 trace.Line("Nom du fichier: ", given);
