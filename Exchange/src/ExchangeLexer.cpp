@@ -1,0 +1,350 @@
+#include "ExchangeLexer.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "ExchangeText.h"
+#include "Quoted.h"
+
+namespace exchange {
+
+using kor::Cell;
+using kor::Domain;
+using kor::Tag;
+
+namespace {
+
+// The digits of an instance name: a number of more may have no successor to number a new instance
+// by.
+constexpr std::ptrdiff_t kMostDigits = 18;
+
+constexpr std::size_t kLongestString = std::size_t{1} << 30;
+
+// Powers of ten that a double holds exactly.
+constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                              1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                              1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
+// Whether a number that no double holds is too large rather than too small: whether its first
+// digit that is not 0 stands before the point, once the exponent has moved the point.
+bool IsLarge(const char* start, const char* end) {
+    const char* const exponentSign =
+        std::find_if(start, end, [](char c) { return c == 'E' || c == 'e'; });
+    const char* const point = std::find(start, exponentSign, '.');
+    const char* const first =
+        std::find_if(start, exponentSign, [](char c) { return c >= '1' && c <= '9'; });
+    long exponent = 0;
+    if (exponentSign != end) {
+        const char* digits = exponentSign + (exponentSign[1] == '+' ? 2 : 1);
+        // More digits than an exponent can have say no more than that it is large.
+        if (std::from_chars(digits, end, exponent).ec == std::errc::result_out_of_range) {
+            exponent = std::numeric_limits<int>::max() * (*digits == '-' ? -1L : 1L);
+        }
+    }
+    return point - first + exponent > 0;
+}
+
+}  // namespace
+
+std::string ExchangeLexer::Found() {
+    if (in_.AtEnd()) return "the end of the file";
+    const char c = *in_.at;
+    if (!Is(c, kLetter)) return Quoted(std::string_view(in_.at, 1));
+    const char* end = in_.at;
+    while (Is(*end, kLetter | kDigit)) ++end;
+    return Quoted(std::string_view(in_.at, static_cast<std::size_t>(end - in_.at)));
+}
+
+void ExchangeLexer::SkipByteOrderMark() {
+    if (std::string_view(in_.at, static_cast<std::size_t>(in_.end - in_.at))
+            .starts_with("\xEF\xBB\xBF")) {
+        in_.at += 3;
+    }
+}
+
+// ---- Between tokens
+
+void ExchangeLexer::SkipNoTokens() {
+    for (;;) {
+        const char c = *in_.at;
+        if (Is(c, kSpace)) {
+            ++in_.at;
+        } else if (c == '\n') {
+            in_.NewLine(++in_.at);
+        } else if (c == '/' || c == '\\') {
+            if (!SkipOther()) break;
+        } else if (c != '\0' || in_.at != in_.end || in_.AtEnd()) {
+            break;
+        }
+    }
+}
+
+bool ExchangeLexer::SkipOther() {
+    in_.Ahead();
+    const char* at = in_.at;
+    if (at[0] == '/' && at[1] == '*') {
+        SkipComment();
+        return true;
+    }
+    if (at[0] == '\\' && (at[1] == 'N' || at[1] == 'F') && at[2] == '\\') {
+        in_.at += 3;
+        return true;
+    }
+    return false;
+}
+
+void ExchangeLexer::SkipComment() {
+    const Place start = Here();
+    in_.at += 2;
+    for (;;) {
+        in_.Ahead();
+        if (in_.at == in_.end) Fail(start, "a comment without an end");
+        if (in_.at[0] == '*' && in_.at[1] == '/') break;
+        if (*in_.at++ == '\n') in_.NewLine(in_.at);
+    }
+    in_.at += 2;
+}
+
+void ExchangeLexer::SkipPast(char end) {
+    const Place start = Here();
+    for (;;) {
+        ++in_.at;
+        in_.Ahead();
+        if (in_.AtEnd()) Fail(start, std::string("there is no ") + end + " to this");
+        if (*in_.at == '\n') in_.NewLine(in_.at + 1);
+        if (*in_.at == end) break;
+    }
+    ++in_.at;
+}
+
+void ExchangeLexer::SkipWord() {
+    for (; Is(*in_.at, kLetter | kDigit); in_.Ahead()) ++in_.at;
+}
+
+void ExchangeLexer::SkipStatement() {
+    while (!in_.AtEnd()) {
+        in_.Ahead();
+        const char c = *in_.at++;
+        if (c == '\n') in_.NewLine(in_.at);
+        if (c != ';') continue;
+        Skip();
+        if (*in_.at == '#' || *in_.at == 'E') return;
+    }
+}
+
+// ---- Tokens
+
+void ExchangeLexer::FailExpecting(char c) {
+    FailHere(std::string("'") + c + "' expected, found " + Found());
+}
+
+// A word of letters and digits; it stays in the window until the next token is asked for.
+std::string_view ExchangeLexer::Word() {
+    const char* start = in_.at;
+    const char* at = start;
+    while (Is(*at, kLetter | kDigit)) ++at;
+    if (static_cast<std::size_t>(at - start) >= Input::kAhead / 2) FailHere("a word too long");
+    in_.at = at;
+    return {start, static_cast<std::size_t>(at - start)};
+}
+
+std::string_view ExchangeLexer::Keyword() {
+    Skip();
+    const char* start = in_.at;
+    const char* at = start + (*start == '!' ? 1 : 0);
+    if (!Is(*at, kLetter)) FailHere("a keyword expected, found " + Found());
+    unsigned char classes = 0;
+    for (; Is(*at, kLetter | kDigit); ++at) classes |= kClasses[static_cast<unsigned char>(*at)];
+    const std::string_view keyword(start, static_cast<std::size_t>(at - start));
+    if (keyword.size() >= Input::kAhead / 2) FailHere("a word too long");
+    in_.at = at;
+    if ((classes & kLower) == 0) return keyword;
+    keyword_ = kor::Folded(keyword);
+    return keyword_;
+}
+
+bool ExchangeLexer::TakeWord(std::string_view word) {
+    Skip();
+    const std::string_view ahead(in_.at, static_cast<std::size_t>(in_.end - in_.at));
+    if (!ahead.starts_with(word)) return false;
+    if (Is(in_.at[word.size()], kLetter | kDigit) || in_.at[word.size()] == '-') return false;
+    in_.at += word.size();
+    return true;
+}
+
+void ExchangeLexer::ExpectWord(std::string_view word) {
+    if (!TakeWord(word)) FailHere(std::string(word) + " expected, found " + Found());
+}
+
+// An instance name of many digits may begin with zeros.
+void ExchangeLexer::CheckDigits(const char* end) const {
+    const char* first = in_.at;
+    while (*first == '0') ++first;
+    if (end - first > kMostDigits) FailHere("an instance name of more than 18 digits");
+}
+
+std::uint64_t ExchangeLexer::InstanceName() {
+    const char* at = in_.at;
+    std::uint64_t id = 0;
+    for (; Is(*at, kDigit); ++at) id = 10 * id + static_cast<unsigned>(*at - '0');
+    if (at == in_.at) FailHere("a number expected after '#', found " + Found());
+    if (at - in_.at > kMostDigits) CheckDigits(at);
+    in_.at = at;
+    return id;
+}
+
+// ---- Literals
+
+Cell ExchangeLexer::Number(bool realExpected) {
+    const char* const start = in_.at;
+    const bool negative = *start == '-';
+    const char* at = start + (negative || *start == '+' ? 1 : 0);
+    if (!Is(*at, kDigit)) {
+        in_.at = at;
+        FailHere("a digit expected, found " + Found());
+    }
+    // The digits as an integer, as long as it holds them, and the power of ten behind them.
+    std::uint64_t digits = 0;
+    long count = 0;
+    int scale = 0;
+    const auto takeDigits = [&] {
+        const char* first = at;
+        for (; Is(*at, kDigit); ++at) digits = 10 * digits + static_cast<unsigned>(*at - '0');
+        count += at - first;
+        return static_cast<int>(at - first);
+    };
+    takeDigits();
+    const bool isReal = *at == '.' || *at == 'E' || *at == 'e';
+    if (!isReal) {
+        in_.at = at;
+        return Integer(start, at, realExpected);
+    }
+    if (*at == '.') {
+        ++at;
+        scale = -takeDigits();
+    }
+    if (*at == 'E' || *at == 'e') {
+        const char* exponent = at + 1;
+        const bool negativeExponent = *exponent == '-';
+        if (negativeExponent || *exponent == '+') ++exponent;
+        if (!Is(*exponent, kDigit)) {
+            in_.at = exponent;
+            FailHere("the digits of an exponent expected, found " + Found());
+        }
+        int value = 0;
+        for (; Is(*exponent, kDigit); ++exponent) {
+            if (value < 100'000) value = 10 * value + (*exponent - '0');
+        }
+        scale += negativeExponent ? -value : value;
+        at = exponent;
+    }
+    CheckLength(start, at);
+    in_.at = at;
+    // Where a double holds the digits and the power exactly, one operation gives the nearest
+    // double; elsewhere the library finds it.
+    constexpr std::uint64_t kExact = std::uint64_t{1} << 53;
+    if (count <= 19 && digits <= kExact && scale >= -22 && scale <= 22) {
+        double value = static_cast<double>(digits);
+        if (scale < 0) {
+            value /= kPowersOfTen[static_cast<std::size_t>(-scale)];
+        } else {
+            value *= kPowersOfTen[static_cast<std::size_t>(scale)];
+        }
+        return Cell::Of(Tag::Real, negative ? -value : value);
+    }
+    return Cell::Of(Tag::Real, Real(start, at));
+}
+
+void ExchangeLexer::CheckLength(const char* start, const char* end) const {
+    if (static_cast<std::size_t>(end - start) >= Input::kAhead / 2) {
+        Fail(in_.PlaceOf(start), "a number too long");
+    }
+}
+
+Cell ExchangeLexer::Integer(const char* start, const char* end, bool realExpected) const {
+    CheckLength(start, end);
+    // A number without a point where a real is declared is a real.
+    if (realExpected) return Cell::Of(Tag::Real, Real(start, end));
+    long value = 0;
+    const char* digits = start + (*start == '+' ? 1 : 0);
+    if (std::from_chars(digits, end, value).ec != std::errc()) {
+        Fail(in_.PlaceOf(start),
+             "an integer out of range: " + Quoted({start, static_cast<std::size_t>(end - start)}));
+    }
+    return Cell::Of(Tag::Integer, value);
+}
+
+double ExchangeLexer::Real(const char* start, const char* end) const {
+    const char* digits = start + (*start == '+' ? 1 : 0);
+    double value = 0;
+    if (std::from_chars(digits, end, value).ec != std::errc::result_out_of_range) return value;
+    if (IsLarge(digits, end)) {
+        Fail(in_.PlaceOf(start),
+             "a real out of range: " + Quoted({start, static_cast<std::size_t>(end - start)}));
+    }
+    return *start == '-' ? -0.0 : 0.0;  // too small for a double
+}
+
+// A string that is long or holds more than plain characters.
+Cell ExchangeLexer::EncodedString(const char* start) {
+    const Place place = in_.PlaceOf(start - 1);
+    for (;;) {
+        while (in_.at != in_.end && *in_.at != '\'') ++in_.at;
+        start = in_.AheadKeeping(start);
+        if (in_.at == in_.end) Fail(place, "a string without an end");
+        if (*in_.at != '\'') continue;
+        if (in_.at[1] != '\'') break;
+        in_.at += 2;
+    }
+    const std::string_view encoded(start, static_cast<std::size_t>(in_.at - start));
+    if (encoded.size() > kLongestString) Fail(place, "a string of more than 1 GiB");
+    const DecodedString decoded = DecodeString(encoded);
+    const char* const error = start + (decoded.error != nullptr ? decoded.errorAt : 0);
+    in_.NewLines(start, error);
+    const Place errorPlace = in_.PlaceOf(error);
+    in_.NewLines(error, in_.at);
+    ++in_.at;
+    if (decoded.error != nullptr) problems_.Mend(errorPlace, decoded.error);
+    return Cell::OfText(Tag::Text, decoded.text);
+}
+
+Cell ExchangeLexer::Binary() {
+    const Place place = in_.PlaceOf(in_.at - 1);
+    const char* start = in_.at;
+    for (;;) {
+        start = in_.AheadKeeping(start);
+        if (!Is(*in_.at, kHex)) break;
+        ++in_.at;
+    }
+    if (*in_.at != '"') Fail(place, "a binary value may hold hexadecimal digits only");
+    const std::string_view digits(start, static_cast<std::size_t>(in_.at - start));
+    if (digits.empty() || digits.front() > '3') {
+        Fail(place, "a binary value begins with a digit from 0 to 3");
+    }
+    ++in_.at;
+    return Cell::OfText(Tag::Binary, digits);
+}
+
+Cell ExchangeLexer::Enumeration(const Domain* domain) {
+    const Place place = in_.PlaceOf(in_.at - 1);
+    const std::string_view name = Word();
+    if (name.empty() || *in_.at != '.') {
+        Fail(place, "an enumeration value is a name between two points");
+    }
+    ++in_.at;
+    const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
+    if (name.size() == 1 && base != Domain::Base::Enumeration) {
+        const bool boolean = base == Domain::Base::Boolean;
+        switch (name.front()) {
+            case 'T': return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, SdaiLogical(sdaiTRUE));
+            case 'F':
+                return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, SdaiLogical(sdaiFALSE));
+            case 'U': return Cell::Of(Tag::Logical, SdaiLogical());
+            default: break;
+        }
+    }
+    return Cell::OfText(Tag::Enumeration, name);
+}
+
+}  // namespace exchange

@@ -1,0 +1,167 @@
+// The lexer of exchange files (ISO 10303-21): characters, tokens and literals, each taken from
+// where the input stands. What is no token throws a SyntaxError with its place.
+
+#ifndef EXCHANGE_EXCHANGELEXER_H
+#define EXCHANGE_EXCHANGELEXER_H
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "Cell.h"
+#include "Dictionary.h"
+#include "Input.h"
+#include "Problems.h"
+
+namespace exchange {
+
+enum CharacterClass : unsigned char {
+    kSpace = 1,  // between tokens; line breaks apart
+    kDigit = 2,
+    kLetter = 4,  // A to Z, a to z, _
+    kLower = 8,
+    kHex = 16,
+    kQuiet = 32,    // stands for itself in a string
+    kNoToken = 64,  // begins no token, or stands at the end of the window
+};
+
+inline constexpr auto kClasses = [] {
+    std::array<unsigned char, 256> classes{};
+    for (const char c : {' ', '\t', '\r', '\f', '\v'}) {
+        classes[static_cast<unsigned char>(c)] |= kSpace;
+    }
+    for (unsigned c = '0'; c <= '9'; ++c) classes[c] |= kDigit | kHex;
+    for (unsigned c = 'A'; c <= 'F'; ++c) classes[c] |= kHex;
+    for (unsigned c = 'A'; c <= 'Z'; ++c) classes[c] |= kLetter;
+    for (unsigned c = 'a'; c <= 'z'; ++c) classes[c] |= kLetter | kLower;
+    classes['_'] |= kLetter;
+    for (const char c : {' ', '\t', '\r', '\f', '\v', '\n', '/', '\\', '\0'}) {
+        classes[static_cast<unsigned char>(c)] |= kNoToken;
+    }
+    for (unsigned c = ' '; c <= '~'; ++c) classes[c] |= c != '\'' && c != '\\' ? kQuiet : 0;
+    return classes;
+}();
+
+inline bool Is(char c, unsigned classes) {
+    return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
+}
+
+class ExchangeLexer {
+  public:
+    ExchangeLexer(Source& source, Problems& problems) : in_(source), problems_(problems) {}
+
+    // ---- Places
+
+    Place Here() const { return in_.PlaceOf(in_.at); }
+    // Of a character that was here a moment ago.
+    Place PlaceOf(const char* where) const { return in_.PlaceOf(where); }
+
+    [[noreturn, gnu::cold]] static void Fail(Place place, std::string text) {
+        throw SyntaxError{place, std::move(text)};
+    }
+    [[noreturn, gnu::cold]] void FailHere(std::string text) const { Fail(Here(), std::move(text)); }
+
+    // What stands here, for a message.
+    std::string Found();
+
+    // ---- The input
+
+    bool AtEnd() { return in_.AtEnd(); }
+    const char* At() const { return in_.at; }
+    char Peek() const { return *in_.at; }
+    void Advance() { ++in_.at; }
+
+    // Calls it with the number of bytes read so far, now and then.
+    void TellProgress(std::function<void(std::uint64_t)> progress) {
+        in_.progress = std::move(progress);
+    }
+    void Rewind() { in_.Rewind(); }
+    void SkipByteOrderMark();
+
+    // ---- Between tokens
+
+    // Goes to the next token: past white space, comments and print control directives.
+    void Skip() {
+        if (Is(*in_.at, kNoToken)) SkipNoTokens();
+        in_.Ahead();
+    }
+
+    // Past what stands between this character and the next one that is `end`. A doubled apostrophe
+    // in a string ends one string and begins another, for all that matters.
+    void SkipPast(char end);
+
+    // Past a word of any length.
+    void SkipWord();
+
+    // Past the next ";" that a new statement follows.
+    void SkipStatement();
+
+    // ---- Tokens
+
+    bool TakeIf(char c) {
+        Skip();
+        if (*in_.at != c) return false;
+        ++in_.at;
+        return true;
+    }
+
+    void Expect(char c) {
+        if (!TakeIf(c)) FailExpecting(c);
+    }
+
+    // Whether the word, which ends there, stands here; takes it.
+    bool TakeWord(std::string_view word);
+    void ExpectWord(std::string_view word);
+
+    // A keyword in upper case, user-defined ones with their "!". It is valid until the next token
+    // is asked for.
+    std::string_view Keyword();
+
+    // The number behind a "#".
+    std::uint64_t InstanceName();
+
+    // ---- Literals
+
+    // An integer or real; one without a point is a real where that is expected.
+    kor::Cell Number(bool realExpected);
+
+    // A string, its opening apostrophe taken.
+    kor::Cell String() {
+        const char* const start = in_.at;
+        const char* at = start;
+        while (Is(*at, kQuiet)) ++at;
+        if (*at == '\'' && at + 1 < in_.end && at[1] != '\'') {
+            in_.at = at + 1;
+            return kor::Cell::OfText(kor::Tag::Text, {start, static_cast<std::size_t>(at - start)});
+        }
+        return EncodedString(start);
+    }
+
+    // A binary value, its opening quotation mark taken.
+    kor::Cell Binary();
+
+    // An enumeration item, its first point taken. T, F and U are truth values, unless the schema
+    // declares an enumeration.
+    kor::Cell Enumeration(const kor::Domain* domain);
+
+  private:
+    void SkipNoTokens();
+    bool SkipOther();
+    void SkipComment();
+    [[noreturn, gnu::cold]] void FailExpecting(char c);
+    std::string_view Word();
+    void CheckDigits(const char* end) const;
+    void CheckLength(const char* start, const char* end) const;
+    kor::Cell Integer(const char* start, const char* end, bool realExpected) const;
+    double Real(const char* start, const char* end) const;
+    kor::Cell EncodedString(const char* start);
+
+    Input in_;
+    Problems& problems_;
+    std::string keyword_;
+};
+
+}  // namespace exchange
+
+#endif

@@ -1,0 +1,314 @@
+#include "InstanceReader.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+namespace exchange {
+
+using kor::Cell;
+using kor::Domain;
+using kor::EntityType;
+using kor::Tag;
+
+namespace {
+
+// Deeper than any schema nests aggregates.
+constexpr int kDeepestNesting = 100;
+
+const char* NameOf(Tag tag) {
+    switch (tag) {
+        case Tag::Integer: return "an INTEGER";
+        case Tag::Real: return "a REAL";
+        case Tag::Logical: return "a LOGICAL";
+        case Tag::Boolean: return "a BOOLEAN";
+        case Tag::Text: return "a STRING";
+        case Tag::Enumeration: return "an ENUMERATION";
+        case Tag::Binary: return "a BINARY";
+        case Tag::Aggregate: return "an AGGREGATE";
+        case Tag::Typed: return "a typed value";
+        default: return "an instance";
+    }
+}
+
+const char* NameOf(Domain::Base base) {
+    switch (base) {
+        case Domain::Base::Integer: return "an INTEGER";
+        case Domain::Base::Real: return "a REAL";
+        case Domain::Base::Number: return "a NUMBER";
+        case Domain::Base::String: return "a STRING";
+        case Domain::Base::Boolean: return "a BOOLEAN";
+        case Domain::Base::Logical: return "a LOGICAL";
+        case Domain::Base::Binary: return "a BINARY";
+        case Domain::Base::Enumeration: return "an ENUMERATION";
+        case Domain::Base::Entity: return "an instance";
+        case Domain::Base::Select: return "a select value";
+        case Domain::Base::Aggregate: return "an AGGREGATE";
+        default: return "a value";
+    }
+}
+
+// A type that the model made for itself, if it would.
+const EntityType& Own(Place place, const EntityType* entity) {
+    if (entity == nullptr) {
+        throw SyntaxError{place,
+                          "more entity types that the schema does not declare than any schema has"};
+    }
+    return *entity;
+}
+
+}  // namespace
+
+// ---- Values
+
+// A value with the name of its type: KEYWORD(value).
+Cell InstanceReader::TypedValue(const Domain* domain, int depth) {
+    CheckDepth(depth);
+    const Place place = lexer_.Here();
+    const std::string name(lexer_.Keyword());
+    const Domain* choice = nullptr;
+    if (domain != nullptr && domain->IsSelect()) {
+        choice = domain->Choice(name);
+        if (choice == nullptr) {
+            problems_.Warn(place, name + " is not among the types of the select" + Context());
+        }
+    }
+    lexer_.Expect('(');
+    kor::CellHolder value(Value(choice, depth + 1));
+    lexer_.Expect(')');
+    if (value.Get().GetTag() == Tag::Pending) {
+        const auto id = value.Get().Get<std::uint64_t>();
+        const Cell typed = model_->NewTyped(SdaiString(name), Cell());
+        model_->AddPending(typed, id);
+        return typed;
+    }
+    return model_->NewTyped(SdaiString(name), value.Take());
+}
+
+void InstanceReader::CheckDepth(int depth) const {
+    if (depth > kDeepestNesting) {
+        lexer_.FailHere("values nested more than " + std::to_string(kDeepestNesting) + " deep");
+    }
+}
+
+Cell InstanceReader::List(const Domain* domain, int depth) {
+    CheckDepth(depth);
+    const Domain* element =
+        domain != nullptr && domain->base == Domain::Base::Aggregate ? domain->element : nullptr;
+    const std::size_t first = values_.size();
+    if (!lexer_.TakeIf(')')) {
+        do {
+            values_.push_back(Value(element, depth + 1));
+        } while (lexer_.TakeIf(','));
+        lexer_.Expect(')');
+    }
+    const std::span<const Cell> members(values_.data() + first, values_.size() - first);
+    const Cell list = model_->NewAggregate(members, element != nullptr && element->IsSelect());
+    values_.resize(first);
+    return list;
+}
+
+// Warns when a value of that kind may not stand where the domain is declared.
+void InstanceReader::WarnOfKind(const char* value, const Domain& domain, Tag tag) {
+    problems_.Warn(lexer_.PlaceOf(value), std::string(NameOf(domain.base)) + " expected, found " +
+                                              NameOf(tag) + Context());
+}
+
+// Where a value stands, for a message.
+std::string InstanceReader::Context() const {
+    if (slot_ == nullptr || slot_->attribute == nullptr) return "";
+    return " (attribute " + slot_->attribute->folded + ")";
+}
+
+Cell InstanceReader::Value(const Domain* domain, int depth) {
+    lexer_.Skip();
+    const char* const start = lexer_.At();
+    switch (*start) {
+        case '\'':
+            Check(start, domain, Tag::Text);
+            lexer_.Advance();
+            return lexer_.String();
+        case '#':
+            if (!problems_.InData()) lexer_.FailHere("a reference to an instance in the header");
+            Check(start, domain, Tag::Instance);
+            lexer_.Advance();
+            return model_->Reference(lexer_.InstanceName());
+        case '$': lexer_.Advance(); return {};
+        case '*': lexer_.Advance(); return Cell::Of(Tag::Derived, 0);
+        case '.': {
+            lexer_.Advance();
+            const Cell item = lexer_.Enumeration(domain);
+            Check(start, domain, item.GetTag());
+            return item;
+        }
+        case '(':
+            Check(start, domain, Tag::Aggregate);
+            lexer_.Advance();
+            return List(domain, depth);
+        case '"':
+            Check(start, domain, Tag::Binary);
+            lexer_.Advance();
+            return lexer_.Binary();
+        case '+':
+        case '-':
+        case '0':
+        case '1':
+        case '2':
+        case '3':
+        case '4':
+        case '5':
+        case '6':
+        case '7':
+        case '8':
+        case '9': {
+            const Cell number =
+                lexer_.Number(domain != nullptr && domain->base == Domain::Base::Real);
+            Check(start, domain, number.GetTag());
+            return number;
+        }
+        default:
+            if (!Is(*start, kLetter) && *start != '!') {
+                lexer_.FailHere("a value expected, found " + lexer_.Found());
+            }
+            Check(start, domain, Tag::Typed);
+            return TypedValue(domain, depth);
+    }
+}
+
+// ---- Instances
+
+// The parameters of a record, into values_: the first `(` has been taken. The slots say what is
+// expected; there are none for a type that is not declared.
+void InstanceReader::Parameters(std::span<const kor::Slot> slots) {
+    const std::size_t first = values_.size();
+    if (lexer_.TakeIf(')')) return;
+    do {
+        const std::size_t index = values_.size() - first;
+        slot_ = index < slots.size() ? &slots[index] : nullptr;
+        values_.push_back(Value(slot_ != nullptr ? slot_->domain : nullptr, 0));
+    } while (lexer_.TakeIf(','));
+    slot_ = nullptr;
+    lexer_.Expect(')');
+}
+
+// Makes as many of the values from `first` on as the type declares.
+void InstanceReader::CheckCount(Place place, const EntityType& entity, std::size_t first,
+                                std::size_t expected) {
+    const std::size_t count = values_.size() - first;
+    if (count == expected) return;
+    problems_.Mend(place, std::string(entity.Name().View()) + " has " + std::to_string(expected) +
+                              " attributes, found " + std::to_string(count) + " values");
+    while (values_.size() > first + expected) {
+        ReleaseCell(values_.back());
+        values_.pop_back();
+    }
+    values_.resize(first + expected);
+}
+
+const EntityType& InstanceReader::Undeclared(Place place, std::string_view keyword,
+                                             std::size_t count) {
+    return Own(place, model_->UndeclaredEntity(keyword, count));
+}
+
+const EntityType& InstanceReader::SimpleInstance() {
+    const Place place = lexer_.Here();
+    const std::string_view keyword = lexer_.Keyword();
+    const EntityType* declared = model_->GetSchema().FindEntity(keyword);
+    if (declared == nullptr) {
+        const std::string kept(keyword);  // the window may move before it is needed
+        lexer_.Expect('(');
+        Parameters({});
+        return Undeclared(place, kept, values_.size());
+    }
+    lexer_.Expect('(');
+    Parameters(declared->Slots());
+    CheckCount(place, *declared, 0, declared->Slots().size());
+    return *declared;
+}
+
+// #1=(A(...)B(...)): the parts in any order, made alphabetical.
+const EntityType& InstanceReader::ComplexInstance() {
+    struct Part {
+        const EntityType* entity;
+        std::size_t first;
+        std::size_t count;
+    };
+    const Place start = lexer_.Here();
+    std::vector<Part> parts;
+    while (!lexer_.TakeIf(')')) {
+        lexer_.Skip();
+        const Place place = lexer_.Here();
+        const std::string keyword(lexer_.Keyword());
+        const EntityType* entity = model_->GetSchema().FindEntity(std::string_view(keyword));
+        const std::size_t first = values_.size();
+        lexer_.Expect('(');
+        if (entity != nullptr) {
+            Parameters(entity->OwnSlots());
+            CheckCount(place, *entity, first, entity->OwnSlots().size());
+        } else {
+            Parameters({});
+            entity = &Undeclared(place, keyword, values_.size() - first);
+        }
+        parts.push_back({entity, first, values_.size() - first});
+    }
+    if (parts.empty()) lexer_.Fail(start, "an instance without a type");
+    std::sort(parts.begin(), parts.end(), [](const Part& a, const Part& b) {
+        return a.entity->FoldedName() < b.entity->FoldedName();
+    });
+    std::vector<const EntityType*> entities;
+    std::vector<Cell> ordered;
+    for (const Part& part : parts) {
+        if (!entities.empty() && entities.back()->FoldedName() == part.entity->FoldedName()) {
+            lexer_.Fail(start, "an instance that is " + part.entity->FoldedName() + " twice");
+        }
+        entities.push_back(part.entity);
+        const auto values = values_.begin() + static_cast<long>(part.first);
+        ordered.insert(ordered.end(), values, values + static_cast<long>(part.count));
+    }
+    values_.swap(ordered);
+    return Own(start, model_->ComplexEntity(entities));
+}
+
+void InstanceReader::Instance(int depth) {
+    const Place place = lexer_.PlaceOf(lexer_.At() - 1);
+    const std::uint64_t id = lexer_.InstanceName();
+    current_ = id;
+    lexer_.Expect('=');
+    if (lexer_.TakeIf('&')) Scope(id, depth);
+    const EntityType& entity = lexer_.TakeIf('(') ? ComplexInstance() : SimpleInstance();
+    if (model_->Find(id) != nullptr) lexer_.Fail(place, "a second instance #" + std::to_string(id));
+    lexer_.Expect(';');
+    model_->Create(*model_->TypeOf(entity), id, values_);
+    values_.clear();
+    current_.reset();
+}
+
+// &SCOPE #2=...; ENDSCOPE /#2/: the instances that belong to instance `id`, which itself
+// follows, and those of them that others may use (first edition only). In a model they are like
+// others.
+void InstanceReader::Scope(std::uint64_t id, int depth) {
+    CheckDepth(depth);
+    lexer_.ExpectWord("SCOPE");
+    while (lexer_.TakeIf('#')) Instance(depth + 1);
+    lexer_.ExpectWord("ENDSCOPE");
+    current_ = id;
+    if (!lexer_.TakeIf('/')) return;
+    do {
+        lexer_.Expect('#');
+        lexer_.InstanceName();
+    } while (lexer_.TakeIf(','));
+    lexer_.Expect('/');
+}
+
+void InstanceReader::ReleaseValues() {
+    for (const Cell& value : values_) ReleaseCell(value);
+    values_.clear();
+    slot_ = nullptr;
+}
+
+std::optional<std::uint64_t> InstanceReader::TakeBroken() {
+    ReleaseValues();
+    return std::exchange(current_, std::nullopt);
+}
+
+}  // namespace exchange

@@ -1,0 +1,71 @@
+// The reader of values and instances: it takes them from the lexer and puts them into a model. An
+// instance is read into cells and goes into the model as soon as it is whole; a reference to one
+// that comes later waits in its place in the model until that is there.
+
+#ifndef EXCHANGE_INSTANCEREADER_H
+#define EXCHANGE_INSTANCEREADER_H
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "ExchangeLexer.h"
+#include "Model.h"
+
+namespace exchange {
+
+class InstanceReader {
+  public:
+    InstanceReader(ExchangeLexer& lexer, Problems& problems) : lexer_(lexer), problems_(problems) {}
+    ~InstanceReader() { ReleaseValues(); }
+    InstanceReader(const InstanceReader&) = delete;
+    InstanceReader& operator=(const InstanceReader&) = delete;
+
+    // The model that what follows goes into. It must outlive the reading.
+    void Into(kor::Model& model) { model_ = &model; }
+
+    // A statement of the data section; its "#" has been taken.
+    void Instance() { Instance(0); }
+
+    // The parameters of a record that no schema declares; its "(" has been taken. The values are
+    // there until they are released.
+    std::span<const kor::Cell> Parameters() {
+        Parameters({});
+        return values_;
+    }
+    void ReleaseValues();
+
+    // After an error: the name of the instance that is broken, if there is one.
+    std::optional<std::uint64_t> TakeBroken();
+
+  private:
+    kor::Cell Value(const kor::Domain* domain, int depth);
+    kor::Cell TypedValue(const kor::Domain* domain, int depth);
+    kor::Cell List(const kor::Domain* domain, int depth);
+    void CheckDepth(int depth) const;
+    void Check(const char* value, const kor::Domain* domain, kor::Tag tag) {
+        if (domain != nullptr && !domain->admitted.Has(tag)) WarnOfKind(value, *domain, tag);
+    }
+    [[gnu::cold]] void WarnOfKind(const char* value, const kor::Domain& domain, kor::Tag tag);
+    std::string Context() const;
+
+    void Parameters(std::span<const kor::Slot> slots);
+    void CheckCount(Place place, const kor::EntityType& entity, std::size_t first,
+                    std::size_t expected);
+    const kor::EntityType& Undeclared(Place place, std::string_view keyword, std::size_t count);
+    const kor::EntityType& SimpleInstance();
+    const kor::EntityType& ComplexInstance();
+    void Instance(int depth);
+    void Scope(std::uint64_t id, int depth);
+
+    ExchangeLexer& lexer_;
+    Problems& problems_;
+    kor::Model* model_ = nullptr;
+    std::vector<kor::Cell> values_;         // of the instance that is being read
+    const kor::Slot* slot_ = nullptr;       // of the value that is being read
+    std::optional<std::uint64_t> current_;  // the instance that is being read
+};
+
+}  // namespace exchange
+
+#endif
