@@ -8,8 +8,8 @@
 // - Arguments are value handles (SdaiPrimitiveH.h) and are never modified. The result is a handle
 //   of its own, which the caller owns.
 // - No function fails and nothing is thrown. Where an argument is missing or of the wrong shape, or
-//   memory runs out, the result is the default that stands with the function. A logical is TRUE or
-//   FALSE, never UNKNOWN.
+//   memory runs out, the result is the default that stands with the function; KORMemory.h tells
+//   whether memory was the reason. A logical is TRUE or FALSE, never UNKNOWN.
 // - Each call opens a trace scope under the function's label and tells, when level 12 is switched
 //   on, what it reads and decides (KORPSNTrace.h). Tracing never changes a result.
 // - Nothing is kept between calls, except by IsVersion (see there). One call at a time; functions

@@ -3,9 +3,11 @@
 #include <dlfcn.h>
 
 #include <filesystem>
+#include <new>
 #include <stdexcept>
 #include <vector>
 
+#include "KORMemory.h"
 #include "SdaiAggrInstance.h"
 
 namespace host {
@@ -53,6 +55,14 @@ Module::Module(const std::string& file)
 Module::~Module() { dlclose(library_); }
 
 SdaiPrimitiveH Module::Call(const orx::Export& function, std::span<const Value> arguments) const {
+    KORMemory::TakeExhausted();
+    SdaiPrimitiveH result = Invoked(function, arguments);
+    if (KORMemory::TakeExhausted()) throw std::bad_alloc();
+    return result;
+}
+
+SdaiPrimitiveH Module::Invoked(const orx::Export& function,
+                               std::span<const Value> arguments) const {
     void* symbol = symbols_.at(function.name);
     const auto handle = [&](std::size_t i) -> Handle { return arguments[i].handle; };
     switch (function.ArgumentCount()) {

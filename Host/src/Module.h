@@ -32,7 +32,8 @@ class Module {
 
     // Calls a function of the table with as many arguments as it takes, each a model where it takes
     // a model and a value elsewhere, and a list of reals (SdaiListClassOfSdaiReal) where it takes
-    // one. A function that returns nothing gives its list argument.
+    // one. A function that returns nothing gives its list argument. Throws std::bad_alloc when the
+    // function ran out of memory, whose default is no answer then.
     SdaiPrimitiveH Call(const orx::Export& function, std::span<const Value> arguments) const;
 
     // The same for a function that takes values alone, by its name, which must be in the table.
@@ -40,6 +41,8 @@ class Module {
                         std::initializer_list<SdaiPrimitiveH> arguments) const;
 
   private:
+    SdaiPrimitiveH Invoked(const orx::Export& function, std::span<const Value> arguments) const;
+
     void* library_;
     std::unordered_map<std::string_view, void*> symbols_;
 };

@@ -7,8 +7,22 @@
 
 static thread_local long allocations = 0;
 
+// How many allocations succeed before one fails; -1: none fails.
+static thread_local long succeeding = -1;
+static thread_local bool failsOnward = false;
+static thread_local bool failed = false;
+
+// Whether this allocation is one that fails.
+static bool Fails() {
+    if (succeeding < 0 || succeeding-- != 0) return false;
+    succeeding = failsOnward ? 0 : -1;
+    failed = true;
+    return true;
+}
+
 static void* Allocate(std::size_t size) {
     ++allocations;
+    if (Fails()) throw std::bad_alloc();
     if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
     throw std::bad_alloc();
 }
@@ -21,3 +35,13 @@ void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
 
 long AllocationCounter::Total() { return allocations; }
+
+FailingAllocations::FailingAllocations(long count, Extent extent) {
+    failsOnward = extent == Extent::FromThenOn;
+    failed = false;
+    succeeding = count;
+}
+
+FailingAllocations::~FailingAllocations() { succeeding = -1; }
+
+bool FailingAllocations::HaveFailed() const { return failed; }

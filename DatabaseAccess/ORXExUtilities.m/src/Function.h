@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "KORMemory.h"
 #include "ORXExUtilities.h"
 #include "ORXExportTable.h"
 #include "Trace.h"
@@ -31,7 +32,7 @@ struct FunctionName {
 };
 
 // Runs the body of an exported function: body(trace, result), with the result set to the default
-// before. Whatever the body throws (a lack of memory) leaves the default.
+// before. Whatever the body throws (a lack of memory) leaves the default, and is noted.
 template <FunctionName Name, class Result, class Body>
 SdaiPrimitiveH Function(const Result& byDefault, Body&& body) noexcept {
     Trace trace(Name.Label());
@@ -40,6 +41,7 @@ SdaiPrimitiveH Function(const Result& byDefault, Body&& body) noexcept {
         std::forward<Body>(body)(trace, result);
         return SdaiPrimitiveH(std::move(result));
     } catch (...) {
+        KORMemory::NoteExhausted();
         return SdaiPrimitiveH(byDefault);
     }
 }
@@ -51,6 +53,7 @@ void Procedure(Body&& body) noexcept {
     try {
         std::forward<Body>(body)(trace);
     } catch (...) {
+        KORMemory::NoteExhausted();
     }
 }
 

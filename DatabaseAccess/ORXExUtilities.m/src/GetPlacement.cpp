@@ -56,6 +56,10 @@ KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
 
 // ---- Placements
 
+// Results that take memory are there before a call.
+const SdaiString kPlacement1Done("GetPlacement1 done");
+const SdaiString kPlacement2Done("GetPlacement2 done");
+
 struct Placement {
     KORMath3x3Matrix rotation;
     KORMathVector translation;
@@ -206,14 +210,14 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
 }
 
 SdaiPrimitiveH GetPlacement1(const SdaiPrimitiveH& context, const SdaiPrimitiveH& list) {
-    return Function<"GetPlacement1">(SdaiString("GetPlacement1 done"), [&](Trace& trace, auto&) {
+    return Function<"GetPlacement1">(kPlacement1Done, [&](Trace& trace, auto&) {
         trace.Line("CALCUL POSITIONNEMENT ...");
         GetPlacement0(context, "REP_1", list);
     });
 }
 
 SdaiPrimitiveH GetPlacement2(const SdaiPrimitiveH& context, const SdaiPrimitiveH& list) {
-    return Function<"GetPlacement2">(SdaiString("GetPlacement2 done"), [&](Trace& trace, auto&) {
+    return Function<"GetPlacement2">(kPlacement2Done, [&](Trace& trace, auto&) {
         trace.Line("CALCUL POSITIONNEMENT ...");
         GetPlacement0(context, "REP_2", list);
     });
