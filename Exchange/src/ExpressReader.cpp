@@ -3,7 +3,8 @@
 // Constants, functions, procedures, rules, constraints, derived and inverse attributes are skipped.
 
 #include <algorithm>
-#include <initializer_list>
+#include <charconv>
+#include <cstdint>
 #include <optional>
 
 #include "Exchange.h"
@@ -229,14 +230,25 @@ class Parser {
             if (type.simple == kor::SimpleType::Generic) SkipLabel();
             return type;
         }
-        for (const char* aggregate : {"ARRAY", "LIST", "SET", "BAG", "AGGREGATE"}) {
+        using Form = kor::AggregateForm;
+        struct Aggregate {
+            const char* word;
+            Form::Kind kind;
+        };
+        static constexpr Aggregate kAggregates[] = {
+            {"ARRAY", Form::Kind::Array},    {"BAG", Form::Kind::Bag},
+            {"LIST", Form::Kind::List},      {"SET", Form::Kind::Set},
+            {"AGGREGATE", Form::Kind::List},
+        };
+        for (const Aggregate& aggregate : kAggregates) {
             const bool generalised = IsWord("AGGREGATE");
-            if (!TakeWord(aggregate)) continue;
+            if (!TakeWord(aggregate.word)) continue;
             if (generalised) SkipLabel();
-            if (TakeSymbol('[')) SkipBounds();
+            type.form.kind = aggregate.kind;
+            if (TakeSymbol('[')) Bounds(type.form);
             ExpectWord("OF");
-            TakeWord("OPTIONAL");
-            TakeWord("UNIQUE");
+            type.form.optionalMembers = TakeWord("OPTIONAL");
+            type.form.unique = TakeWord("UNIQUE") || aggregate.kind == Form::Kind::Set;
             type.kind = TypeExpression::Kind::Aggregate;
             type.element = std::make_shared<const TypeExpression>(Expression(depth + 1));
             return type;
@@ -250,13 +262,36 @@ class Parser {
         if (TakeSymbol(':')) Identifier("a label");
     }
 
-    void SkipBounds() {
-        for (int depth = 1; depth > 0;) {
-            if (AtEnd()) Fail("']'");
-            if (IsSymbol('[')) ++depth;
-            if (IsSymbol(']')) --depth;
+    // lower : upper ]
+    void Bounds(kor::AggregateForm& form) {
+        const std::optional<std::uint64_t> lower = Bound(':');
+        const std::optional<std::uint64_t> upper = Bound(']');
+        if (form.kind != kor::AggregateForm::Kind::Array) {
+            form.least = lower.value_or(form.least);
+            form.most = upper.value_or(form.most);
+        } else if (lower && upper && *lower <= *upper) {
+            form.least = form.most = *upper - *lower + 1;
+        }
+    }
+
+    // A bound and the symbol behind it. Empty for anything but a number: "?", or an expression.
+    std::optional<std::uint64_t> Bound(char end) {
+        std::optional<std::uint64_t> bound;
+        if (token_.kind == Token::Kind::Number) {
+            std::uint64_t number = 0;
+            const char* const last = token_.text.data() + token_.text.size();
+            const auto [read, error] = std::from_chars(token_.text.data(), last, number);
+            if (error == std::errc() && read == last) bound = number;
             Take();
         }
+        for (int depth = 0; depth > 0 || !IsSymbol(end); Take()) {
+            if (AtEnd()) Fail("']'");
+            bound.reset();
+            if (IsSymbol('[') || IsSymbol('(')) ++depth;
+            if (IsSymbol(']') || IsSymbol(')')) --depth;
+        }
+        ExpectSymbol(end);
+        return bound;
     }
 
     // ---- Entities

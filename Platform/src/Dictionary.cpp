@@ -49,9 +49,11 @@ void EntityType::InheritFrom(const EntityType& supertype) {
         });
         if (known == slots_.end()) {
             slots_.push_back(inherited);
-        } else if (inherited.derived || inherited.domain != inherited.attribute->domain) {
+        } else if (inherited.derived || inherited.domain != inherited.attribute->domain ||
+                   inherited.optional != inherited.attribute->optional) {
             known->derived |= inherited.derived;
             known->domain = inherited.domain;
+            known->optional = inherited.optional;
         }
     }
     renamed_.insert(renamed_.end(), supertype.renamed_.begin(), supertype.renamed_.end());
@@ -214,6 +216,7 @@ class Schema::Resolver {
             domain.base = static_cast<Domain::Base>(expression.simple);
         } else {
             domain.base = Domain::Base::Aggregate;
+            domain.form = expression.form;
             domain.element = DomainOf(*expression.element);
         }
     }
@@ -364,7 +367,7 @@ class Schema::Resolver {
         if (!type.attributes_.Add(attribute.folded, static_cast<int>(type.slots_.size()))) {
             Fail(declaration.position, "attribute '" + declaration.name + "' is declared twice");
         }
-        type.slots_.push_back({&attribute, attribute.domain, false});
+        type.slots_.push_back({&attribute, attribute.domain, false, attribute.optional});
     }
 
     void Redeclare(EntityType& type, const AttributeDeclaration& declaration) {
@@ -386,6 +389,7 @@ class Schema::Resolver {
                          [&](const Slot& candidate) { return candidate.attribute == attribute; });
         slot->derived |= declaration.derived;
         slot->domain = DomainOf(declaration.type);
+        slot->optional = declaration.optional;
         if (!declaration.name.empty()) {
             type.renamed_.push_back({Folded(declaration.name), attribute});
         }

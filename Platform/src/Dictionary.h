@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -39,11 +40,27 @@ enum class SimpleType : std::uint8_t {
     Generic
 };
 
+// What an aggregate type says of its members beside their type.
+struct AggregateForm {
+    enum class Kind : std::uint8_t { Array, Bag, List, Set };
+    static constexpr std::uint64_t kUnbounded = std::numeric_limits<std::uint64_t>::max();
+
+    Kind kind = Kind::List;
+    // The number of members allowed. A bound that is not a number bounds nothing.
+    std::uint64_t least = 0;
+    std::uint64_t most = kUnbounded;
+    bool unique = false;           // no two members are equal; always so in a set
+    bool optionalMembers = false;  // an array's members may be unset
+
+    bool IsOrdered() const { return kind == Kind::Array || kind == Kind::List; }
+};
+
 // A type as written: a simple type, the name of a type, or an aggregate of a type.
 struct TypeExpression {
     enum class Kind : std::uint8_t { Simple, Named, Aggregate } kind = Kind::Simple;
     SimpleType simple = SimpleType::Generic;
     std::string name;
+    AggregateForm form;
     std::shared_ptr<const TypeExpression> element;
     SourcePosition position;
 };
@@ -114,6 +131,7 @@ struct KOR_API Domain {
     Base base = Base::Generic;
     TagSet admitted = kAnyKind;          // the kinds of values that may stand here
     const Domain* element = nullptr;     // of an aggregate
+    AggregateForm form;                  // of an aggregate
     const EntityType* entity = nullptr;  // of an entity
     std::vector<std::pair<std::string, const Domain*>> choices;  // of a select: its defined types,
                                                                  // in upper case, selects resolved
@@ -157,6 +175,7 @@ struct Slot {
     const Attribute* attribute = nullptr;  // null in a type that no schema declares
     const Domain* domain = nullptr;        // narrowed where redeclared; null: any value
     bool derived = false;                  // redeclared as derived: written as "*", has no value
+    bool optional = true;                  // may be unset
 
     bool IsSelect() const { return domain != nullptr && domain->IsSelect(); }
 };

@@ -345,6 +345,58 @@ ENTITY b; END_ENTITY;)");
     EXPECT_EQ(element("a5", 3)->entity, &Entity(schema, "b"));
 }
 
+TEST(ExpressReader, KeepsKindAndBoundsOfAggregates) {
+    const SchemaPtr schema = ParseBody(R"(
+ENTITY a;
+  a1 : LIST OF REAL;
+  a2 : LIST [1:?] OF UNIQUE REAL;
+  a3 : SET [2:4] OF REAL;
+  a4 : BAG [0:f(3)] OF REAL;
+  a5 : ARRAY [1:3] OF OPTIONAL REAL;
+  a6 : ARRAY [0:n] OF UNIQUE REAL;
+  a7 : LIST [n-1:10] OF REAL;
+  a8 : three;
+END_ENTITY;
+TYPE three = LIST [3:3] OF REAL; END_TYPE;)");
+    using Kind = kor::AggregateForm::Kind;
+    constexpr std::uint64_t kOpen = kor::AggregateForm::kUnbounded;
+    struct Expected {
+        const char* attribute;
+        Kind kind;
+        std::uint64_t least, most;
+        bool unique, optionalMembers;
+    };
+    constexpr Expected kExpected[] = {
+        {"a1", Kind::List, 0, kOpen, false, false}, {"a2", Kind::List, 1, kOpen, true, false},
+        {"a3", Kind::Set, 2, 4, true, false},       {"a4", Kind::Bag, 0, kOpen, false, false},
+        {"a5", Kind::Array, 3, 3, false, true},     {"a6", Kind::Array, 0, kOpen, true, false},
+        {"a7", Kind::List, 0, 10, false, false},    {"a8", Kind::List, 3, 3, false, false},
+    };
+    for (const Expected& expected : kExpected) {
+        const kor::AggregateForm& form = DomainOf(schema, "a", expected.attribute).form;
+        EXPECT_EQ(form.kind, expected.kind) << expected.attribute;
+        EXPECT_EQ(form.least, expected.least) << expected.attribute;
+        EXPECT_EQ(form.most, expected.most) << expected.attribute;
+        EXPECT_EQ(form.unique, expected.unique) << expected.attribute;
+        EXPECT_EQ(form.optionalMembers, expected.optionalMembers) << expected.attribute;
+    }
+}
+
+TEST(ExpressReader, ARedeclarationSaysWhetherAnAttributeMayBeUnset) {
+    const SchemaPtr schema = ParseBody(R"(
+ENTITY a; x : OPTIONAL STRING; y : STRING; END_ENTITY;
+ENTITY b SUBTYPE OF (a); SELF\a.x : STRING; END_ENTITY;
+ENTITY c SUBTYPE OF (b); END_ENTITY;)");
+    const auto optional = [&schema](const char* entity) {
+        std::vector<bool> slots;
+        for (const kor::Slot& slot : Entity(schema, entity).Slots()) slots.push_back(slot.optional);
+        return slots;
+    };
+    EXPECT_THAT(optional("a"), ElementsAre(true, false));
+    EXPECT_THAT(optional("b"), ElementsAre(false, false));
+    EXPECT_THAT(optional("c"), ElementsAre(false, false));
+}
+
 TEST(ExpressReader, ResolvesReferencesForward) {
     const SchemaPtr schema = ParseBody(R"(
 ENTITY sub SUBTYPE OF (super); x : far_label; y : SET OF later; z : choice; END_ENTITY;
