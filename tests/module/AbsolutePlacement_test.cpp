@@ -686,6 +686,51 @@ TEST(CartesianOperator, TakesAnOriginInThePlane) {
     EXPECT_EQ(CallFor(data).placement, (Reals{2, 0, 0, 0, 3, 0, 0, 0, 6, 1, 2, 0}));
 }
 
+namespace {
+
+// Whether each of the values has a minus, a zero too.
+std::vector<bool> SignsOf(const Reals& values) {
+    std::vector<bool> signs;
+    for (const double value : values) signs.push_back(std::signbit(value));
+    return signs;
+}
+
+}  // namespace
+
+TEST(CartesianOperator, KeepsTheSignOfAZero) {
+    const Call given = CallFor(CartesianAssembly(
+        {"", {"(-0.,1.,-0.)", "(0.,-0.,1.)", "(1.,0.,-0.)"}, "(-0.,0.,-0.)", "$", {}}));
+    EXPECT_EQ(given.placement, (Reals{0, 1, 0, 0, 0, 1, 1, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(SignsOf(given.placement), (std::vector<bool>{true, false, true, false, true, false,
+                                                           false, false, true, true, false, true}));
+    EXPECT_THAT(given.messages, Contains("-0  1  -0"));
+    EXPECT_THAT(given.messages, Contains("-0  0  -0"));
+}
+
+// A third axis that is set is no reason to complete the other two, whatever it is.
+TEST(CartesianOperator, TakesAThirdAxisThatIsSetWhateverItHolds) {
+    const Cartesian two{"", {"(1.,0.,0.)", "(0.,1.,0.)", ""}, "(1.,2.,3.)", "$", {}};
+    const struct {
+        const char* axis;
+        Reals placement;
+    } kAxes[] = {
+        {"DIRECTION('',$)", {1, 0, 0, 0, 1, 0, 0, 0, 0, 1, 2, 3}},
+        {"DIRECTION('',())", {1, 0, 0, 0, 1, 0, 0, 0, 0, 1, 2, 3}},
+        {"DIRECTION('',(4.))", {1, 0, 0, 0, 1, 0, 4, 0, 0, 1, 2, 3}},
+        {"DIRECTION('',(0.,0.,0.))", {1, 0, 0, 0, 1, 0, 0, 0, 0, 1, 2, 3}},
+        {"CARTESIAN_POINT('',(4.,5.,6.))", {1, 0, 0, 0, 1, 0, 0, 0, 0, 1, 2, 3}},
+    };
+    for (const auto& [axis, placement] : kAxes) {
+        std::string data = CartesianAssembly(two) + "#103=" + axis + ";";
+        const std::string unset = ",$,$);";
+        data.replace(data.rfind(unset), unset.size(), ",$,#103);");
+        EXPECT_EQ(CallFor(data).placement, placement) << axis;
+    }
+    // Unset, it is made of the others.
+    EXPECT_EQ(CallFor(CartesianAssembly(two)).placement,
+              (Reals{1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 2, 3}));
+}
+
 // Whatever the operator is, if it is no item-defined transformation, twelve values come out.
 TEST(CartesianOperator, IsReadWithoutATestOfItsType) {
     for (const char* operation : {"CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,$,$,$)",

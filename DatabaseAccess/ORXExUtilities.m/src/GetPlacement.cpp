@@ -66,8 +66,7 @@ struct Placement {
 };
 
 void AppendTo(SdaiAggrInstance& list, const KORMathVector& v) {
-    // Adding 0.0 turns -0.0 into 0.0 and leaves every other value as it is.
-    for (int i = 0; i < 3; ++i) list.Append(SdaiPrimitiveH(v[i] + 0.0));
+    for (int i = 0; i < 3; ++i) list.Append(SdaiPrimitiveH(v[i]));
 }
 
 // Adds the twelve values of a placement to a list, and says so row by row.
@@ -292,7 +291,10 @@ Placement OperatorPlacement(Trace& trace, const SdaiPrimitiveH& transformation) 
     const KORMathVector origin = PointOf(transformation, "LOCAL_ORIGIN"_name);
     const KORMathVector axis1 = DirectionOf(transformation, "AXIS1"_name, {1, 0, 0});
     const KORMathVector axis2 = DirectionOf(transformation, "AXIS2"_name, {0, 1, 0});
-    const KORMathVector axis3 = DirectionOf(transformation, "AXIS3"_name, Cross(axis1, axis2));
+    // A third axis that is set counts, whatever it holds.
+    const SdaiPrimitiveH third = transformation.GetAttr("AXIS3"_name);
+    const KORMathVector axis3 =
+        third.exists() ? VectorOf(third, "DIRECTION_RATIOS"_name, {0, 0, 0}) : Cross(axis1, axis2);
     return {{axis1, axis2, axis3}, origin};
 }
 
