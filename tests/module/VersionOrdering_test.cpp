@@ -1,5 +1,6 @@
 // IsNewer, IsVersion and RemoveValueVersion.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -17,10 +18,28 @@
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
+
+namespace {
+
+// Set, document management compares identities and gives no history.
+bool historyFails = false;
+
+}  // namespace
+
+// Takes the place of the platform's own, which gives a history of whatever it can compare.
+int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int mode1, int mode2,
+                                  int mode3) const {
+    if (historyFails) return 1;
+    using Platform = int (*)(const KORDMInstance*, KORListValKORDMInstance&, int, int, int);
+    static const auto platform = reinterpret_cast<Platform>(
+        dlsym(RTLD_NEXT, "_ZNK13KORDMInstance14GetAllRevisionER23KORListValKORDMInstanceiii"));
+    return platform(this, list, mode1, mode2, mode3);
+}
 
 namespace {
 
@@ -265,6 +284,21 @@ TEST_F(TwoFamilies, IsNewerTracesNothingAfterAComparisonThatFails) {
     EXPECT_NE(last, " DIAGNOSTIC from KORDMINSTANCE comparison = 0");
 }
 
+// Newer, but without a history to find out by how much.
+TEST_F(TwoFamilies, IsNewerIsFalseWithoutAHistory) {
+    historyFails = true;
+    const TraceCapture trace;
+    const bool newer = Newer(r2_, r1_);
+    historyFails = false;
+    EXPECT_FALSE(newer);
+    const auto messages = trace.Messages(kNewerLabel);
+    ASSERT_EQ(messages.size(), 19U);
+    EXPECT_EQ(messages[16], " DIAGNOSTIC from KORDMINSTANCE comparison = 0");
+    EXPECT_EQ(messages[17], " -> Affinage (comme le fromage)");
+    EXPECT_EQ(messages[18], "    Retrouver toutes les versions");
+    EXPECT_TRUE(Newer(r2_, r1_));
+}
+
 TEST_F(TwoFamilies, IsNewerTracesNothingAfterIdenticalParts) {
     const TraceCapture trace;
     EXPECT_FALSE(Newer(r1_, r1_));
@@ -367,8 +401,9 @@ namespace {
 
 constexpr int kNone = -1;
 
-// The identities with which IsNewer compares, found by its weights; kNone where it does not come
-// to comparing. A record is the part (0 for A, 1 for B, else another one) and an identity.
+// The identities with which IsNewer compares, found by its weights, each in a record of its own
+// part; kNone where it does not come to comparing. A record is the part (0 for A, 1 for B, else
+// another one) and an identity.
 std::pair<int, int> Compared(const std::vector<std::pair<int, int>>& records) {
     int score = 0;
     int identityOfA = kNone;
@@ -376,17 +411,18 @@ std::pair<int, int> Compared(const std::vector<std::pair<int, int>>& records) {
     for (const auto& [part, identity] : records) {
         if (part == 0) score += 1;
         if (part == 1) score += 4;
-        if (score == 1 || score == 9) {
+        if (part == 0 && (score == 1 || score == 9)) {
             identityOfA = identity;
             score += 1;
         }
-        if (score == 4 || score == 6) {
+        if (part == 1 && (score == 4 || score == 6)) {
             identityOfB = identity;
             score += 4;
         }
-        if (score == 10) return {identityOfA, identityOfB};
+        if (score == 10) break;
     }
-    return {kNone, kNone};
+    const bool found = score == 10 && identityOfA != kNone && identityOfB != kNone;
+    return found ? std::pair{identityOfA, identityOfB} : std::pair{kNone, kNone};
 }
 
 }  // namespace
@@ -428,18 +464,62 @@ TEST_F(Versions, IsNewerCountsTheRecordsOfEachPartByItsWeights) {
     }
 }
 
-// Five records of one part around one of the other reach the score of 10 (2, 3, 7, 8, 9 and 1 more)
-// without ever reading the other's. Its identity stays empty, which stands nowhere in the lists,
-// and position 1 follows position 0.
-TEST_F(Versions, IsNewerTakesAnIdentityThatWasNotReadForNone) {
-    AddFamily({"1A", "2A"});
-    const TestModel model("cdma", Parts(1, 2) + Record(11, 1, "1A") + Record(12, 1, "1A") +
-                                      Record(13, 2, "2A") + Record(14, 1, "1A") +
-                                      Record(15, 1, "1A"));
-    EXPECT_FALSE(Newer(model[1], model[2]));
-    Representative(model[1]);
-    EXPECT_TRUE(Newer(model[1], model[2]));
-    EXPECT_FALSE(Newer(model[2], model[1]));
+// Three records of A and two of B weigh 10 as well (2, 3, 4, 8, 9 and 1 more), and so do five of A
+// around one of B, without the identity of B having been read: nothing is compared.
+TEST_F(TwoFamilies, IsNewerIsFalseWhenTheWeightsAddUpWithoutTheIdentityOfB) {
+    const std::vector<std::string> ofA{
+        " -> OUI sur #1 ", "    CAENV  = ENV", "    CATAB  = PARTS",
+        "    COID   = 2A", "    COMPID = 2B",  "    ind= 1",
+    };
+    std::vector<std::string> again = ofA;
+    again.back() = "    ind= 9";
+    for (const std::vector<long>& parts : {std::vector<long>{2, 2, 2, 1, 2}, {2, 2, 1, 2, 2}}) {
+        std::string rows = Parts(1, 2);
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            rows += Record(static_cast<long>(11 + i), parts[i], std::to_string(parts[i]) + "A");
+        }
+        const TestModel model("cdma", rows);
+        for (const bool seen : {false, true}) {
+            if (seen) Representative(r1_);
+            const TraceCapture trace;
+            EXPECT_FALSE(Newer(model[2], model[1]));
+            std::vector<std::string> messages{"the Parts exist"};
+            messages.insert(messages.end(), ofA.begin(), ofA.end());
+            messages.insert(messages.end(), again.begin(), again.end());
+            EXPECT_THAT(trace.Messages(kNewerLabel), ElementsAreArray(messages)) << rows;
+        }
+        RemoveValueVersion();
+    }
+}
+
+// The fourth record of A brings the score to 4, a record of B one of A's to 9: each asks for the
+// other part, which is not in that record.
+TEST_F(TwoFamilies, IsNewerReadsAnIdentityFromARecordOfItsPartAlone) {
+    const struct {
+        std::vector<long> parts;
+        std::vector<std::string> scores;
+    } kOrders[] = {
+        {{2, 2, 2, 2}, {"    ind= 1"}},
+        {{2, 2, 2, 2, 1}, {"    ind= 1"}},
+        {{2, 2, 2, 2, 2, 2, 2, 2}, {"    ind= 1", "    ind= 9"}},
+        {{1, 1, 1, 1}, {"    ind= 4"}},
+        {{1, 1, 1, 1, 2}, {"    ind= 4"}},
+    };
+    for (const auto& [parts, scores] : kOrders) {
+        std::string rows = Parts(1, 2);
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            rows += Record(static_cast<long>(11 + i), parts[i], std::to_string(parts[i]) + "A");
+        }
+        const TestModel model("cdma", rows);
+        const TraceCapture trace;
+        EXPECT_FALSE(Newer(model[2], model[1])) << rows;
+        std::vector<std::string> traced;
+        for (const std::string& message : trace.Messages(kNewerLabel)) {
+            if (message.starts_with("    ind= ")) traced.push_back(message);
+            EXPECT_THAT(message, Not(StartsWith(" Create"))) << rows;
+        }
+        EXPECT_EQ(traced, scores) << rows;
+    }
 }
 
 TEST_F(Versions, IsNewerComparesTheIdentitiesOfTheRecordsThatItsWeightsPick) {
@@ -491,16 +571,6 @@ TEST_F(Versions, IsNewerComparesTheIdentitiesOfTheRecordsThatItsWeightsPick) {
         RemoveValueVersion();
     }
     EXPECT_GT(newer, 20);  // the trials were worth it
-}
-
-// Two records of A, one of B and two of A again weigh 10, and the identity of B has not been read.
-TEST_F(TwoFamilies, IsNewerIsFalseWhenTheWeightsAddUpWithoutTheIdentityOfB) {
-    const TestModel model("cdma", Parts(1, 2) + Record(11, 2, "2A") + Record(12, 2, "2A") +
-                                      Record(13, 1, "1A") + Record(14, 2, "2A") +
-                                      Record(15, 2, "2A"));
-    EXPECT_FALSE(Newer(model[2], model[1]));
-    Representative(r1_);
-    EXPECT_FALSE(Newer(model[2], model[1]));
 }
 
 // ---- IsVersion

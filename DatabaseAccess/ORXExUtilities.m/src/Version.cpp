@@ -124,23 +124,26 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
         if (AreSame(a, b)) return trace.Line(" Entites identiques !! ");
 
         // A counts 1 and B 4, and as much again when it is met first: 10 when both are found. A
-        // record met later for a part that is found already leaves a score that asks for nothing.
-        KORDMInstance identityA = Identity({}, {}, {}, {});
-        KORDMInstance identityB = identityA;  // may stay so: 5 records of A and 1 of B make 10, too
+        // record met later for a part that is found already leaves a score that asks for nothing,
+        // or for the other part, which it is not.
+        std::optional<KORDMInstance> identityA;
+        std::optional<KORDMInstance> identityB;
         int score = 0;
         SdaiInstanceReader object("CdmaObject"_name);
         for (SdaiEntityInstance* record :
              ExtentOf(partA.FindEntityInstanceModel(), "cdma_id"_name)) {
             const SdaiEntityInstance* part = object(record);
-            if (AreSame(part, a)) score += 1;
-            if (AreSame(part, b)) score += 4;
-            if (score == 1 || score == 9) {
+            const bool isA = AreSame(part, a);
+            const bool isB = AreSame(part, b);
+            if (isA) score += 1;
+            if (isB) score += 4;
+            if (isA && (score == 1 || score == 9)) {
                 trace.Line(" -> OUI sur #1 ");
                 identityA = IdentityIn(trace, record);
                 trace.Line("    ind= ", score);
                 score += 1;
             }
-            if (score == 4 || score == 6) {
+            if (isB && (score == 4 || score == 6)) {
                 trace.Line(" -> OUI sur #2 ");
                 identityB = IdentityIn(trace, record);
                 trace.Line("    ind= ", score);
@@ -148,16 +151,16 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
             }
             if (score == 10) break;
         }
-        if (score != 10) return;
+        if (score != 10 || !identityA.has_value() || !identityB.has_value()) return;
 
         trace.Line(" Create the DM Instance #1");
         trace.Line(" Create the DM Instance #2");
         if (seen.revisions.Size() == 0) {
-            const std::optional<bool> follows = FollowsInHistory(trace, identityA, identityB);
+            const std::optional<bool> follows = FollowsInHistory(trace, *identityA, *identityB);
             if (!follows.has_value()) return;
             result = SdaiBoolean(*follows);
         } else {
-            result = SdaiBoolean(FollowsInSeen(trace, identityA, identityB));
+            result = SdaiBoolean(FollowsInSeen(trace, *identityA, *identityB));
         }
         trace.Line(" Valeur retournee : ", result);
     });
