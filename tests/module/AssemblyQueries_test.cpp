@@ -374,6 +374,20 @@ TEST_P(ModelDocLink, IsNoneOfAnInstanceOfAnotherType) {
     }
 }
 
+TEST(IsModelDocLinked, DoesNotHoldForASubtypeOfAPart) {
+    // The type is known by its name.
+    const TestModel model(
+        R"(SCHEMA cdma;
+        ENTITY document; id : STRING; END_ENTITY;
+        ENTITY part_object; models : OPTIONAL LIST OF document;
+            docs1 : OPTIONAL LIST OF document; END_ENTITY;
+        ENTITY standard_part SUBTYPE OF (part_object); END_ENTITY;
+        END_SCHEMA;)",
+        "#1=part_object((#3),(#3));#2=standard_part((#3),(#3));#3=document('m');");
+    EXPECT_TRUE(IsTrue(IsModelDocLinked(model[1])));
+    EXPECT_TRUE(IsFalse(IsModelDocLinked(model[2])));
+}
+
 TEST(IsModelDocLinked, ReadsTheDocumentsOfTheDatabase) {
     const TestModel model("cdma", R"(
         #1=part_object('P',$,$,$,$,$,(),(),(#3),$);

@@ -196,6 +196,28 @@ TEST(ORXIdCfg, AppendsTheFirstHandlerThatAppliesToTheDesign) {
     }
 }
 
+TEST(ORXIdCfg, SearchesTheModelThatHoldsTheDesign) {
+    const TestModel items("cdma", R"(
+        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
+        #2=CONFIGURATION_ITEM('CFG1',$,$);
+        #3=CONFIGURATION_HANDLER('of the items',$);)");
+    const TestModel parts("cdma", R"(
+        #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
+        #3=CONFIGURATION_HANDLER('of the parts',$);)");
+    const auto put = [](const SdaiPrimitiveH& owner, const char* attribute,
+                        const SdaiPrimitiveH& value) {
+        static_cast<SdaiAppInstance*>(InstanceIn(owner))->PutAttr(SdaiString(attribute), value);
+    };
+    // Both handlers apply to the design.
+    put(items[2], "design", parts[1]);
+    put(items[3], "apply", parts[1]);
+    put(parts[3], "apply", parts[1]);
+    EXPECT_EQ(TextIn(ORXIdCfg(items[2])), "S0003ORXS0004CFG1S0012of the parts");
+    // Only the one beside the item does.
+    put(parts[3], "apply", SdaiPrimitiveH());
+    EXPECT_EQ(TextIn(ORXIdCfg(items[2])), "S0003ORXS0004CFG1");
+}
+
 TEST(ORXIdCfg, HasNoThirdFieldInAModelWithoutHandlers) {
     const TestModel model(
         "cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);#2=CONFIGURATION_ITEM('CFG1',$,#1);");

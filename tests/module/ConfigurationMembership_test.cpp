@@ -317,6 +317,35 @@ TEST_P(IsUsedByPartCases, GiveTheAnswerWithItsReason) {
 INSTANTIATE_TEST_SUITE_P(Uses, IsUsedByPartCases, testing::ValuesIn(kUses),
                          [](const auto& use) { return use.param.name; });
 
+TEST(IsUsedByPart, TellsTheFirstOfSeveralReasons) {
+    const TestModel model("cdma", std::string(kLinks) + R"(
+        #7=PART_OBJECT('P7',$,$,$,$,$,$,$,$,$);
+        #8=PART_OBJECT('P8',$,$,$,$,(),$,$,$,$);)");
+    const struct {
+        unsigned long part;
+        unsigned long effectivity;
+        const char* reason;
+    } cases[] = {
+        // Neither configured nor linked, with an effectivity of nothing.
+        {7, 31, "Part not configurated !"},
+        {7, 32, "Part not configurated !"},
+        {8, 31, "Part not configurated !"},
+        {8, 33, "Part not configurated !"},
+        {6, 31, "Part not configurated !"},
+        // Configured.
+        {2, 31, "NO KORASS under the Part !"},
+        {2, 32, "NO KORASS under the Part !"},
+        {3, 31, "NO Link FOUND under the Part !!! Very Strange case"},
+        {3, 32, "NO Link FOUND under the Part !!! Very Strange case"},
+    };
+    for (const auto& c : cases) {
+        TraceCapture trace;
+        EXPECT_TRUE(IsFalse(IsUsedByPart(model[c.part], model[c.effectivity])));
+        EXPECT_THAT(trace.Messages(kIsUsedByPart), ElementsAre(kBothExist, c.reason, kCannotBeUsed))
+            << c.part << ' ' << c.effectivity;
+    }
+}
+
 TEST(IsUsedByPart, AsksFirstWhetherThePartIsConfigured) {
     const TestModel model("cdma", kLinks);
     TraceCapture trace;

@@ -313,6 +313,15 @@ TEST(BuildDatedEff, CutsTheDateWithTheMonthFirst) {
         {"1231209923", {2099, 12, 31, 23, 0, 0}},
         {"123120992359", {2099, 12, 31, 23, 59, 0}},
         {"123120992359591", {2099, 12, 31, 23, 59, 59}},
+        // A text that ends within a field: its digits are read.
+        {"1", {0, 1, 0, 0, 0, 0}},
+        {"123", {0, 12, 3, 0, 0, 0}},
+        {"12312", {2, 12, 31, 0, 0, 0}},
+        {"123120", {20, 12, 31, 0, 0, 0}},
+        {"1231209", {209, 12, 31, 0, 0, 0}},
+        {"123120992", {2099, 12, 31, 2, 0, 0}},
+        {"12312099235", {2099, 12, 31, 23, 5, 0}},
+        {"1231209923595", {2099, 12, 31, 23, 59, 5}},
         {"12312099235959 or so", {2099, 12, 31, 23, 59, 59}},
         // The digits that a field begins with count.
         {"1x2y20z9ab5c6:", {20, 1, 2, 0, 5, 6}},
@@ -330,7 +339,10 @@ TEST(BuildDatedEff, CutsTheDateWithTheMonthFirst) {
 }
 
 TEST(BuildDatedEff, CreatesItsInstancesInOrderInEverySchema) {
-    for (const char* schema : {"CONFIG_CONTROL_DESIGN", "AUTOMOTIVE_DESIGN", "PDM_SCHEMA"}) {
+    for (const char* schema :
+         {"CONFIG_CONTROL_DESIGN", "AUTOMOTIVE_DESIGN", "PDM_SCHEMA",
+          "AP203_CONFIGURATION_CONTROLLED_3D_DESIGN_OF_MECHANICAL_PARTS_AND_ASSEMBLIES_MIM_LF",
+          "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF"}) {
         SCOPED_TRACE(schema);
         const TestModel target = Target(schema);
         const SdaiPrimitiveH result = BuildDatedEff("12312099235959", &target.Model());

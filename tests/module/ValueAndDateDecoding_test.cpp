@@ -239,6 +239,14 @@ TEST(GetDate, DiscardsTheDateWithoutATime) {
     ExpectDate(Start(model), kOpenDate, {"Y. OK", "Mo. OK", "D. OK", kNoTime});
 }
 
+TEST(GetDate, TellsOfAnIncompleteDateBeforeAMissingTime) {
+    const TestModel model("AUTOMOTIVE_DESIGN", R"(
+        #1=DATED_EFFECTIVITY('E',$,#2);
+        #2=DATE_AND_TIME(#3,$);
+        #3=CALENDAR_DATE(2001,$,3);)");
+    ExpectDate(Start(model), kOpenDate, {"Y. OK", "Mo. OK", kIncompleteDate});
+}
+
 TEST(GetDate, IsOpenForAMissingSelect) {
     const TestModel model("AUTOMOTIVE_DESIGN", "#1=DATED_EFFECTIVITY('E',$,$);");
     for (const SdaiPrimitiveH& missing : {SdaiPrimitiveH(), Start(model)}) {
