@@ -13,7 +13,7 @@ void CallFunctions(const SdaiString& text, const SdaiString& other, long number)
         bool takesText = false;
         RandomCall call{&function, {}};
         for (std::size_t i = 0; i < function.ArgumentCount(); ++i) {
-            host::Value& argument = call.arguments.emplace_back();
+            calls::Argument& argument = call.arguments.emplace_back();
             const orx::Kind kind = function.arguments[i];
             if ((kind & orx::String) != 0) {
                 argument.handle = takesText ? other : text;

@@ -207,7 +207,7 @@ Placement PlacementOfLink(const SdaiEntityInstance& link) {
 }  // namespace
 
 Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
-                      const Module& module) {
+                      const calls::Module& module) {
     if (assembly.IsDatabase()) return PlacementOfLink(*occurrence.link);
     const SdaiPrimitiveH list = module.Call("GetAbsPlacement", {occurrence.link});
     const SdaiAggrInstance* values = list;

@@ -94,7 +94,8 @@ constexpr Placement kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
 
 // The placement of a component in its parent: what GetAbsPlacement gives for exchange data; for the
 // database side that of the link's origin, axis and ref_direction.
-Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly, const Module& module);
+Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
+                      const calls::Module& module);
 
 // The placement in the outer frame of what is placed by `inner` in a frame that is placed by
 // `outer`.

@@ -46,10 +46,10 @@ class Completer {
             if (!session_.Models().empty()) Add(EntityNames(session_.Models().front().Model()));
             if (keyword == "IN") Add(evaluator_.VariableNames());
         } else if (text_.substr(0, start_).starts_with("help ")) {
-            Add(FunctionNames());
+            Add(calls::FunctionNames());
             for (const NamedModel& model : session_.Models()) Add(EntityNames(model.Model()));
         } else {
-            for (const std::string& function : FunctionNames()) Add({function + '('});
+            for (const std::string& function : calls::FunctionNames()) Add({function + '('});
             Add(evaluator_.VariableNames());
             Add({"ADD", "EACH", "LET", "NEW", "SET", "IN", "TO", "WHERE"});
             if (const auto each = FindEach()) Add({each->variable});

@@ -98,7 +98,7 @@ void AddUsage(Effectivity& effectivity, const SdaiPrimitiveH& link, const SdaiNa
 }
 
 Effectivity OfDatabase(const SdaiPrimitiveH& instance, const Assembly& assembly,
-                       const Module& module) {
+                       const calls::Module& module) {
     Effectivity effectivity;
     effectivity.id = TextOf(instance, "id"_name);
     effectivity.option = TextOf(instance, "option_id"_name);
@@ -127,7 +127,7 @@ Effectivity OfDatabase(const SdaiPrimitiveH& instance, const Assembly& assembly,
 }
 
 Effectivity OfExchangeData(const SdaiPrimitiveH& instance, const Assembly& assembly,
-                           const Module& module) {
+                           const calls::Module& module) {
     Effectivity effectivity;
     // An identifier that came from a database carries what the database said.
     const SdaiPrimitiveH id = instance.GetAttr("ID"_name);
@@ -187,7 +187,7 @@ std::vector<ConfigurationItem> ConfigurationItems(const kor::Model& model,
 }
 
 std::vector<Effectivity> Effectivities(const kor::Model& model, const Assembly& assembly,
-                                       const Module& module) {
+                                       const calls::Module& module) {
     std::vector<Effectivity> effectivities;
     ForEach(model, "effectivity_object"_name, [&](const SdaiPrimitiveH& instance) {
         effectivities.push_back(OfDatabase(instance, assembly, module));

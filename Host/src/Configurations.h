@@ -53,7 +53,7 @@ std::vector<ConfigurationItem> ConfigurationItems(const kor::Model& model,
                                                   const Assembly& assembly);
 
 std::vector<Effectivity> Effectivities(const kor::Model& model, const Assembly& assembly,
-                                       const Module& module);
+                                       const calls::Module& module);
 
 // Of exchange data, those with more than one version.
 std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assembly& assembly);

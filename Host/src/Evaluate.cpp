@@ -42,7 +42,7 @@ std::vector<Source> Sources(const Options& options) {
     return sources;
 }
 
-int Evaluate(Session& session, const Options& options, const Module& module) {
+int Evaluate(Session& session, const Options& options, const calls::Module& module) {
     const Printer printer(session, options.json);
     Evaluator evaluator(module, session, printer);
     int status = kDone;
@@ -72,7 +72,7 @@ int CallOrRun(const Options& options) {
     Session session;
     Load(session, options);
     CheckSaves(session, options);
-    const std::unique_ptr<Module> module = LoadModule(options);
+    const std::unique_ptr<calls::Module> module = LoadModule(options);
     const int status = Evaluate(session, options, *module);
     // A script that was left halfway leaves its models unsaved.
     if (status == kDone || options.keepGoing) Save(session, options);

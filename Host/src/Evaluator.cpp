@@ -153,7 +153,7 @@ SdaiPrimitiveH Evaluator::Evaluate(const Expression& expression) const {
     throw ScriptError(expression.position, "a value expected, found a model");
 }
 
-Value Evaluator::EvaluateArgument(const Expression& expression) const {
+calls::Argument Evaluator::EvaluateArgument(const Expression& expression) const {
     if (expression.kind != Expression::Kind::Model) return {Evaluate(expression)};
     return {{}, &ModelNamed(expression.model, expression.position).Model()};
 }
@@ -181,7 +181,7 @@ SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
 SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {
     const auto found = variables_.find(expression.name);
     if (found != variables_.end()) return found->second;
-    std::vector<std::string> known = FunctionNames();
+    std::vector<std::string> known = calls::FunctionNames();
     for (std::string& name : VariableNames()) known.push_back(std::move(name));
     Unknown(expression.position, "name", expression.name, known);
 }
@@ -210,7 +210,7 @@ SdaiPrimitiveH Evaluator::ReadAttribute(const Expression& expression) const {
 SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
     const orx::Export* function = orx::FindExport(expression.name);
     if (function == nullptr) {
-        Unknown(expression.position, "function", expression.name, FunctionNames());
+        Unknown(expression.position, "function", expression.name, calls::FunctionNames());
     }
     const std::size_t count = function->ArgumentCount();
     if (expression.operands.size() != count) {
@@ -219,19 +219,12 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
                                                    ", found " +
                                                    std::to_string(expression.operands.size()));
     }
-    std::vector<Value> arguments;
+    std::vector<calls::Argument> arguments;
     for (std::size_t i = 0; i < count; ++i) {
         const Expression& operand = *expression.operands[i];
-        const orx::Kind kind = function->arguments[i];
-        const Value& argument = arguments.emplace_back(EvaluateArgument(operand));
-        if ((argument.model != nullptr) != (kind == orx::Model)) {
-            throw ScriptError(operand.position, kind == orx::Model
-                                                    ? "a model expected, found a value"
-                                                    : "a value expected, found a model");
-        }
-        const SdaiAggrInstance* list = argument.handle;
-        if (kind == orx::RealList && (list == nullptr || !KORAggregateAccess::IsRealList(*list))) {
-            throw ScriptError(operand.position, "a list of reals expected, such as ()");
+        const calls::Argument& argument = arguments.emplace_back(EvaluateArgument(operand));
+        if (const char* misfit = calls::Misfit(function->arguments[i], argument)) {
+            throw ScriptError(operand.position, misfit);
         }
     }
     return module_.Call(*function, arguments);

@@ -15,7 +15,7 @@ namespace host {
 
 class Evaluator {
   public:
-    Evaluator(const Module& module, Session& session, const Printer& printer)
+    Evaluator(const calls::Module& module, Session& session, const Printer& printer)
         : module_(module), session_(session), printer_(printer) {}
 
     // Throws ScriptError when the statement fails; what it did before that stays done.
@@ -38,7 +38,7 @@ class Evaluator {
     void Add(const Item& item) const;
     SdaiEntityInstance& TargetOf(const Item& item) const;
 
-    Value EvaluateArgument(const Expression& expression) const;
+    calls::Argument EvaluateArgument(const Expression& expression) const;
 
     SdaiPrimitiveH MakeList(const Expression& expression) const;
     SdaiPrimitiveH FindVariable(const Expression& expression) const;
@@ -52,7 +52,7 @@ class Evaluator {
 
     const NamedModel& ModelNamed(const std::optional<std::string>& name, Position position) const;
 
-    const Module& module_;
+    const calls::Module& module_;
     Session& session_;
     const Printer& printer_;
     Variables variables_;

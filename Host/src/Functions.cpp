@@ -9,18 +9,18 @@ namespace host {
 
 int Functions(const Options& options) {
     for (const orx::Export& row : orx::kExports) {
-        const std::string result = KindNames(row.result);
+        const std::string result = calls::KindNames(row.result);
         if (options.json) {
             const nlohmann::ordered_json line{{"name", row.name},
-                                              {"arguments", ArgumentKinds(row)},
+                                              {"arguments", calls::ArgumentKinds(row)},
                                               {"result", result},
                                               {"unit", row.unit},
                                               {"label", row.label}};
             std::cout << line << '\n';
             continue;
         }
-        std::cout << Signature(row) << '\t' << result << '\t' << row.unit << '\t' << row.label
-                  << '\n';
+        std::cout << calls::Signature(row) << '\t' << result << '\t' << row.unit << '\t'
+                  << row.label << '\n';
     }
     return Flush() ? kDone : kUnusable;
 }

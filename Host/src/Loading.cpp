@@ -117,9 +117,9 @@ void StartTrace(const Options& options) {
     }
 }
 
-std::unique_ptr<Module> LoadModule(const Options& options) {
+std::unique_ptr<calls::Module> LoadModule(const Options& options) {
     try {
-        return std::make_unique<Module>(options.module);
+        return std::make_unique<calls::Module>(options.module);
     } catch (const std::runtime_error& error) {
         Refuse(std::string("the module cannot be loaded: ") + error.what());
     }

@@ -18,7 +18,7 @@ void Load(Session& session, const Options& options);
 // Switches the trace on where it is asked for.
 void StartTrace(const Options& options);
 
-std::unique_ptr<Module> LoadModule(const Options& options);
+std::unique_ptr<calls::Module> LoadModule(const Options& options);
 
 // Whether the models that are to be saved are there; to be asked before anything runs.
 void CheckSaves(const Session& session, const Options& options);

@@ -67,7 +67,7 @@ std::string Table(const std::vector<Column>& columns) {
 
 class ModelReport {
   public:
-    ModelReport(const NamedModel& model, const Module& module)
+    ModelReport(const NamedModel& model, const calls::Module& module)
         : model_(model), module_(module), assembly_(model.Model()) {}
 
     // What the data hold nothing of is told in one line.
@@ -269,7 +269,7 @@ class ModelReport {
     }
 
     const NamedModel& model_;
-    const Module& module_;
+    const calls::Module& module_;
     const Assembly assembly_;
 };
 
@@ -278,7 +278,7 @@ class ModelReport {
 int Report(const Options& options) {
     Session session;
     Load(session, options);
-    const std::unique_ptr<Module> module = LoadModule(options);
+    const std::unique_ptr<calls::Module> module = LoadModule(options);
     std::vector<std::string> names;
     std::string body;
     for (const NamedModel& model : session.Models()) {

@@ -41,7 +41,7 @@ std::string Trimmed(std::string_view text) {
 
 class ShellSession {
   public:
-    ShellSession(Session& session, const Module& module, bool json)
+    ShellSession(Session& session, const calls::Module& module, bool json)
         : session_(session),
           printer_(session, json),
           evaluator_(module, session, printer_),
@@ -129,14 +129,15 @@ class ShellSession {
         }
         if (!line.starts_with("help ")) return false;
         const std::string name = Trimmed(std::string_view(line).substr(5));
-        std::vector<std::string> known = FunctionNames();
+        std::vector<std::string> known = calls::FunctionNames();
         const auto function = std::find_if(known.begin(), known.end(), [&](const auto& candidate) {
             return kor::Folded(candidate) == kor::Folded(name);
         });
         if (function != known.end()) {
             const orx::Export& row = *orx::FindExport(*function);
-            std::cout << Signature(row) << " gives " << KindNames(row.result) << "\nsource unit "
-                      << row.unit << ", trace label \"" << row.label << '"' << std::endl;
+            std::cout << calls::Signature(row) << " gives " << calls::KindNames(row.result)
+                      << "\nsource unit " << row.unit << ", trace label \"" << row.label << '"'
+                      << std::endl;
             return true;
         }
         for (const NamedModel& model : session_.Models()) {
@@ -186,7 +187,7 @@ int Shell(const Options& options) {
     Session session;
     Load(session, options);
     CheckSaves(session, options);
-    const std::unique_ptr<Module> module = LoadModule(options);
+    const std::unique_ptr<calls::Module> module = LoadModule(options);
     const int status = ShellSession(session, *module, options.json).Run();
     Save(session, options);
     return Flush() ? status : kUnusable;

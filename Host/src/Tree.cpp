@@ -41,7 +41,7 @@ std::string NameOf(const SdaiEntityInstance& instance) {
 
 class TreePrinter {
   public:
-    TreePrinter(const NamedModel& model, const Module& module, const Options& options)
+    TreePrinter(const NamedModel& model, const calls::Module& module, const Options& options)
         : model_(model), assembly_(model.Model()), module_(module), options_(options) {}
 
     void Print() {
@@ -117,7 +117,7 @@ class TreePrinter {
 
     const NamedModel& model_;
     const Assembly assembly_;
-    const Module& module_;
+    const calls::Module& module_;
     const Options& options_;
     const bool colours_ = HasColours(STDOUT_FILENO);
     std::vector<const char*> below_;
@@ -128,7 +128,7 @@ class TreePrinter {
 int Tree(const Options& options) {
     Session session;
     Load(session, options);
-    const std::unique_ptr<Module> module = LoadModule(options);
+    const std::unique_ptr<calls::Module> module = LoadModule(options);
     for (const NamedModel& model : session.Models()) {
         if (session.Models().size() > 1 && !options.json)
             std::cout << "model " << ReadableName(model.name) << '\n';

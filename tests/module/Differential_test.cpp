@@ -16,8 +16,8 @@ namespace {
 constexpr std::size_t kCalls = 2'000;
 constexpr std::uint64_t kSeeds = 10;
 
-const host::Module& TheModule() {
-    static const host::Module module("");
+const calls::Module& TheModule() {
+    static const calls::Module module("");
     return module;
 }
 

@@ -41,7 +41,7 @@ long CallCount() {
 }
 
 // Makes a world, calls on it, and lets it go.
-void CallOnAWorld(const host::Module& module, std::uint64_t seed, long calls) {
+void CallOnAWorld(const calls::Module& module, std::uint64_t seed, long calls) {
     SeededChoices choices(seed);
     RandomWorld world(choices, 40);
     for (long i = 0; i < calls; ++i) {
@@ -58,7 +58,7 @@ TEST(Soak, MemoryStaysWhereItWas) {
     constexpr int kStages = 10;
     const long worlds = CallCount() / kCallsOnAWorld / kStages;
     ASSERT_GT(worlds, 0);
-    const host::Module module("");
+    const calls::Module module("");
     std::uint64_t seed = 0;
     const auto stage = [&] {
         for (long i = 0; i < worlds; ++i) CallOnAWorld(module, ++seed, kCallsOnAWorld);
@@ -83,7 +83,7 @@ TEST(Soak, MemoryStaysWhereItWas) {
 TEST(Soak, TheModuleIsLoadedAndUnloadedAgainAndAgain) {
     const auto loadCallUnload = [](std::uint64_t seed) {
         {
-            const host::Module module("");
+            const calls::Module module("");
             EXPECT_TRUE(ModuleIsLoaded());
             CallOnAWorld(module, seed, 10);
         }

@@ -233,7 +233,7 @@ SdaiPrimitiveH RandomWorld::Argument(orx::Kind kind) {
 RandomCall RandomWorld::CallOf(const orx::Export& function) {
     RandomCall call{&function, {}};
     for (std::size_t i = 0; i < function.ArgumentCount(); ++i) {
-        host::Value& argument = call.arguments.emplace_back();
+        calls::Argument& argument = call.arguments.emplace_back();
         const orx::Kind kind = function.arguments[i];
         if (kind == orx::Model) {
             const auto& models = session_.Models();

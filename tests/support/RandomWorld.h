@@ -23,7 +23,7 @@ class Choices {
 
 struct RandomCall {
     const orx::Export* function;
-    std::vector<host::Value> arguments;
+    std::vector<calls::Argument> arguments;
 
     // The call and its arguments, for messages.
     std::string ToText(const host::Session& session) const;

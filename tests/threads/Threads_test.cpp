@@ -27,7 +27,7 @@ struct Work {
     }
 
     // Makes the calls of one thread and gives what they gave.
-    std::vector<std::string> Do(const host::Module& module, std::size_t thread) const {
+    std::vector<std::string> Do(const calls::Module& module, std::size_t thread) const {
         std::vector<std::string> results;
         for (const RandomCall& call : calls[thread]) {
             const SdaiPrimitiveH result = module.Call(*call.function, call.arguments);
@@ -44,7 +44,7 @@ struct Work {
 };
 
 void ExpectTheSameFromThreads(std::uint64_t seed) {
-    const host::Module module("");
+    const calls::Module module("");
     // What one thread gets, from models of its own: whatever is made when it is first asked for has
     // not been made yet where the threads come.
     std::vector<std::vector<std::string>> expected(kThreads);

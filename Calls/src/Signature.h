@@ -1,14 +1,14 @@
 // Functions of the export table, as they are shown.
 
-#ifndef HOST_SIGNATURE_H
-#define HOST_SIGNATURE_H
+#ifndef CALLS_SIGNATURE_H
+#define CALLS_SIGNATURE_H
 
 #include <string>
 #include <vector>
 
 #include "ORXExportTable.h"
 
-namespace host {
+namespace calls {
 
 std::vector<std::string> FunctionNames();
 
@@ -21,6 +21,6 @@ std::vector<std::string> ArgumentKinds(const orx::Export& row);
 // "DecodeKey(string, integer)".
 std::string Signature(const orx::Export& row);
 
-}  // namespace host
+}  // namespace calls
 
 #endif

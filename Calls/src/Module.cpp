@@ -1,28 +1,42 @@
 #include "Module.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <filesystem>
 #include <new>
 #include <stdexcept>
 #include <vector>
 
+#include "Aggregate.h"
 #include "KORMemory.h"
-#include "SdaiAggrInstance.h"
 
-namespace host {
+namespace calls {
 
 namespace {
 
 constexpr const char* kLibrary = "libORXExUtilities.so." ORX_SOVERSION;
 
-// The library where the program is built or installed with it; its plain name, which the system
-// looks for, when it is not there.
+// The program or the shared object that this code is part of.
+std::filesystem::path OwnFile() {
+    Dl_info info;
+    link_map* object = nullptr;
+    const auto* here = reinterpret_cast<const void*>(&OwnFile);
+    if (dladdr1(here, &info, reinterpret_cast<void**>(&object), RTLD_DL_LINKMAP) != 0 &&
+        object->l_name != nullptr && *object->l_name != '\0') {
+        return object->l_name;
+    }
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error);
+}
+
+// The library that is built or installed with this code; its plain name, which the system looks
+// for, when it is not there.
 std::string DefaultFile() {
     std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path own = OwnFile();
     for (const char* directory : {ORX_LIBDIR, "../lib", "."}) {
-        const std::filesystem::path file = program.parent_path() / directory / kLibrary;
+        const std::filesystem::path file = own.parent_path() / directory / kLibrary;
         if (std::filesystem::exists(file, error)) return file.string();
     }
     return kLibrary;
@@ -38,23 +52,34 @@ using Handle = const SdaiPrimitiveH&;
 
 }  // namespace
 
+const char* Misfit(orx::Kind kind, const Argument& argument) {
+    if (kind == orx::Model) {
+        return argument.model == nullptr ? "a model expected, found a value" : nullptr;
+    }
+    if (argument.model != nullptr) return "a value expected, found a model";
+    if (kind != orx::RealList) return nullptr;
+    const SdaiAggrInstance* list = argument.handle;
+    const bool isRealList = list != nullptr && KORAggregateAccess::IsRealList(*list);
+    return isRealList ? nullptr : "a list of reals expected, such as ()";
+}
+
 Module::Module(const std::string& file)
     : library_(dlopen((file.empty() ? DefaultFile() : file).c_str(), RTLD_NOW | RTLD_LOCAL)) {
     if (library_ == nullptr) throw std::runtime_error(dlerror());
-    for (const orx::Export& row : orx::kExports) {
-        void* symbol = dlsym(library_, std::string(row.name).c_str());
-        if (symbol == nullptr) {
+    for (std::size_t i = 0; i < symbols_.size(); ++i) {
+        symbols_[i] = dlsym(library_, std::string(orx::kExports[i].name).c_str());
+        if (symbols_[i] == nullptr) {
             const std::string reason = dlerror();
             dlclose(library_);
             throw std::runtime_error(reason);
         }
-        symbols_.emplace(row.name, symbol);
     }
 }
 
 Module::~Module() { dlclose(library_); }
 
-SdaiPrimitiveH Module::Call(const orx::Export& function, std::span<const Value> arguments) const {
+SdaiPrimitiveH Module::Call(const orx::Export& function,
+                            std::span<const Argument> arguments) const {
     KORMemory::TakeExhausted();
     SdaiPrimitiveH result = Invoked(function, arguments);
     if (KORMemory::TakeExhausted()) throw std::bad_alloc();
@@ -62,8 +87,8 @@ SdaiPrimitiveH Module::Call(const orx::Export& function, std::span<const Value> 
 }
 
 SdaiPrimitiveH Module::Invoked(const orx::Export& function,
-                               std::span<const Value> arguments) const {
-    void* symbol = symbols_.at(function.name);
+                               std::span<const Argument> arguments) const {
+    void* symbol = symbols_[static_cast<std::size_t>(&function - orx::kExports.data())];
     const auto handle = [&](std::size_t i) -> Handle { return arguments[i].handle; };
     switch (function.ArgumentCount()) {
         case 0: return Invoke<SdaiPrimitiveH>(symbol);
@@ -90,9 +115,9 @@ SdaiPrimitiveH Module::Invoked(const orx::Export& function,
 
 SdaiPrimitiveH Module::Call(std::string_view name,
                             std::initializer_list<SdaiPrimitiveH> arguments) const {
-    std::vector<Value> values;
+    std::vector<Argument> values;
     for (const SdaiPrimitiveH& argument : arguments) values.push_back({argument});
     return Call(*orx::FindExport(name), values);
 }
 
-}  // namespace host
+}  // namespace calls

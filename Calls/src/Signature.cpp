@@ -1,6 +1,6 @@
 #include "Signature.h"
 
-namespace host {
+namespace calls {
 
 std::vector<std::string> FunctionNames() {
     std::vector<std::string> names;
@@ -44,4 +44,4 @@ std::string Signature(const orx::Export& row) {
     return std::string(row.name) + '(' + list + ')';
 }
 
-}  // namespace host
+}  // namespace calls
