@@ -1,0 +1,1 @@
+// Its precompiled headers are those of all test programs.
