@@ -131,14 +131,24 @@ DataSet NewDataSet(SchemaPtr schema, const std::string& name);
 // The data set as an exchange file.
 std::string ToExchangeText(const DataSet& dataSet);
 
+struct WriteOptions {
+    // Writes into the file that is there, whatever other names it has, rather than put a new one in
+    // its place.
+    bool inPlace = false;
+};
+
 // Writes it: to a file of its own, which takes the target's place at the end. On failure, which is
-// told, and when the program is ended meanwhile, the target is as it was.
-bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages);
+// reported, and when the program is ended meanwhile, the target is as it was. A link stays, and the
+// file that it leads to is written. Mode and owner are kept; a warning says where the system does
+// not allow that. A target with further hard links is refused unless it is written in place.
+bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages,
+                  const WriteOptions& options = {});
 bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
-                  Messages& messages);
+                  Messages& messages, const WriteOptions& options = {});
 
 // Writes any other text in the same way.
-bool WriteText(std::string_view text, const std::string& path, Messages& messages);
+bool WriteText(std::string_view text, const std::string& path, Messages& messages,
+               const WriteOptions& options = {});
 
 }  // namespace exchange
 

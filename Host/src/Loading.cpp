@@ -139,7 +139,8 @@ void Save(const Session& session, const Options& options) {
     for (const std::string& save : options.saves) {
         const Named named = Split(save);
         exchange::Messages messages;
-        exchange::WriteDataSet(session.Find(named.name)->dataSet, named.value, messages);
+        exchange::WriteDataSet(session.Find(named.name)->dataSet, named.value, messages,
+                               {options.inPlace});
         Tell(messages);
     }
 }

@@ -52,6 +52,12 @@ void AddJsonFlag(CLI::App& command, Options& options) {
     command.add_flag("--json", options.json, "one JSON object a result (UTF-8)");
 }
 
+void AddInPlaceFlag(CLI::App& command, Options& options) {
+    command.add_flag(
+        "--in-place", options.inPlace,
+        "write over a file that is there, under all its names, rather than replace it");
+}
+
 void AddEvaluationOptions(CLI::App& command, Options& options) {
     AddSchemaAndModelOptions(command, options);
     command
@@ -71,6 +77,7 @@ void AddEvaluationOptions(CLI::App& command, Options& options) {
                     "write a model after the last statement (again for more)")
         ->type_name("NAME=FILE")
         ->allow_extra_args(false);
+    AddInPlaceFlag(command, options);
     AddModuleOption(command, options);
     AddJsonFlag(command, options);
 }
@@ -128,6 +135,7 @@ int Main(int argc, char** argv) {
     report->add_option("-o,--output", options.output, "the page (\"-\": standard output)")
         ->type_name("FILE.html")
         ->required();
+    AddInPlaceFlag(*report, options);
     AddModuleOption(*report, options);
     CLI::App* call = app.add_subcommand("call", "evaluate expressions, one result a line");
     AddEvaluationOptions(*call, options);

@@ -28,6 +28,9 @@ struct Options {
     // Of report.
     std::string output;
 
+    // Of all that write files.
+    bool inPlace = false;
+
     // Of call, run and shell.
     std::string trace;
     std::vector<std::string> saves;

@@ -296,7 +296,7 @@ int Report(const Options& options) {
         return Flush() ? kDone : kUnusable;
     }
     exchange::Messages messages;
-    exchange::WriteText(page, options.output, messages);
+    exchange::WriteText(page, options.output, messages, {options.inPlace});
     Tell(messages);
     return kDone;
 }

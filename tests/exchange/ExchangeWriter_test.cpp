@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -14,6 +15,13 @@
 #include "Exchange.h"
 #include "Orx.h"
 #include "TestModel.h"
+
+// Counts who sets the mask, which is one for the whole process.
+static int maskCalls = 0;
+extern "C" mode_t umask(mode_t mask) noexcept {
+    ++maskCalls;
+    return static_cast<mode_t>(syscall(SYS_umask, mask));
+}
 
 namespace {
 
@@ -247,6 +255,15 @@ TEST(WriteDataSet, GivesANewFileTheUsualMode) {
     EXPECT_EQ(ModeOf(target.directory / "new.stp") & 07777, 0640U);
 }
 
+// Another thread may make a file meanwhile.
+TEST(WriteDataSet, LeavesTheMaskOfTheProcessAlone) {
+    Target target;
+    const int before = maskCalls;
+    EXPECT_TRUE(target.Write(target.directory / "new.stp"));
+    EXPECT_TRUE(target.Write(target.directory / "new.stp"));
+    EXPECT_EQ(maskCalls, before);
+}
+
 TEST(WriteDataSet, ReplacesAFileAndKeepsItsMode) {
     for (const mode_t mode : {0600U, 0664U, 0755U}) {
         Target target;
@@ -288,13 +305,87 @@ TEST(WriteDataSet, WritesWhereASymbolicLinkPoints) {
     EXPECT_THAT(target.Files(), ElementsAre("indirect.stp", "link.stp", "real.stp"));
 }
 
+TEST(WriteDataSet, WritesWhereADanglingLinkPoints) {
+    Target target;
+    ASSERT_TRUE(std::filesystem::create_directory(target.directory / "sub"));
+    const std::string link = target.directory / "link.stp";
+    ASSERT_EQ(symlink("sub/next.stp", link.c_str()), 0);
+    ASSERT_EQ(symlink("new.stp", (target.directory / "sub/next.stp").c_str()), 0);
+    EXPECT_TRUE(target.Write(link));
+    EXPECT_TRUE(S_ISLNK(ModeOf(link)));
+    EXPECT_TRUE(S_ISREG(ModeOf(target.directory / "sub/new.stp")));
+    EXPECT_EQ(ReadFile(target.directory / "sub/new.stp"), exchange::ToExchangeText(target.dataSet));
+    EXPECT_THAT(target.Files(), ElementsAre("link.stp", "sub"));
+}
+
+TEST(WriteDataSet, TellsOfLinksThatGoInACircle) {
+    Target target;
+    const std::string link = target.directory / "link.stp";
+    ASSERT_EQ(symlink("link.stp", link.c_str()), 0);
+    target.ExpectFailure(link);
+    EXPECT_THAT(target.Files(), ElementsAre("link.stp"));
+}
+
 TEST(WriteDataSet, WritesIntoTheWorkingDirectory) {
     Target target;
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(target.directory.Path());
-    EXPECT_TRUE(target.Write("plain.stp"));
+    for (const char* name : {"plain.stp", "./dotted.stp"}) {
+        EXPECT_TRUE(target.Write(name));
+        EXPECT_TRUE(target.Write(name));
+    }
     std::filesystem::current_path(before);
-    EXPECT_THAT(target.Files(), ElementsAre("plain.stp"));
+    EXPECT_THAT(target.Files(), ElementsAre("dotted.stp", "plain.stp"));
+}
+
+TEST(WriteDataSet, TakesTheLongestNameThatThereIs) {
+    Target target;
+    const std::string name(255, 'n');
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(target.Write(target.directory / name));
+        EXPECT_EQ(ReadFile(target.directory / name), exchange::ToExchangeText(target.dataSet));
+        EXPECT_THAT(target.Files(), ElementsAre(name));
+    }
+}
+
+// ---- Files with further names
+
+struct LinkedTarget : Target {
+    std::string path =
+        directory.Write("old.stp", "old content, longer than the new: " + std::string(10000, '.'));
+    std::string other = directory / "other.stp";
+    LinkedTarget() { EXPECT_EQ(link(path.c_str(), other.c_str()), 0); }
+};
+
+TEST(WriteDataSet, RefusesAFileWithFurtherNames) {
+    LinkedTarget target;
+    target.ExpectFailure(target.path);
+    EXPECT_THAT(target.messages.Errors().front().text,
+                HasSubstr("cannot be written: it has 1 further names (hard links)"));
+    EXPECT_THAT(ReadFile(target.other), StartsWith("old content"));
+    EXPECT_THAT(target.Files(), ElementsAre("old.stp", "other.stp"));
+}
+
+TEST(WriteDataSet, WritesAFileUnderAllItsNamesInPlace) {
+    LinkedTarget target;
+    EXPECT_TRUE(exchange::WriteDataSet(target.dataSet, target.path, target.messages, {true}));
+    EXPECT_EQ(ReadFile(target.path), exchange::ToExchangeText(target.dataSet));
+    EXPECT_EQ(ReadFile(target.other), exchange::ToExchangeText(target.dataSet));
+    EXPECT_THAT(target.Files(), ElementsAre("old.stp", "other.stp"));
+}
+
+TEST(WriteDataSet, LeavesAFileInPlaceWhenThereIsNothingToWrite) {
+    LinkedTarget target;
+    New(target.dataSet, "REAL_HOLDER")->PutAttr("NUMBER", std::nan(""));
+    EXPECT_FALSE(exchange::WriteDataSet(target.dataSet, target.path, target.messages, {true}));
+    EXPECT_THAT(ReadFile(target.other), StartsWith("old content"));
+}
+
+TEST(WriteDataSet, MakesAFileThatIsToBeWrittenInPlace) {
+    Target target;
+    const std::string path = target.directory / "new.stp";
+    EXPECT_TRUE(exchange::WriteDataSet(target.dataSet, path, target.messages, {true}));
+    EXPECT_EQ(ReadFile(path), exchange::ToExchangeText(target.dataSet));
 }
 
 TEST(WriteDataSet, TellsOfADirectoryThatIsMissing) {
@@ -326,6 +417,54 @@ class PlainUser {
     PlainUser(const PlainUser&) = delete;
     PlainUser& operator=(const PlainUser&) = delete;
 };
+
+TEST(WriteDataSet, KeepsTheOwner) {
+    if (geteuid() != 0) GTEST_SKIP() << "only the administrator may give files to others";
+    Target target;
+    const std::string path = target.directory.Write("old.stp", "old");
+    ASSERT_EQ(chown(path.c_str(), 1234, 4321), 0);
+    EXPECT_TRUE(target.Write(path));
+    struct stat status {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 1234U);
+    EXPECT_EQ(status.st_gid, 4321U);
+    EXPECT_EQ(target.messages.WarningCount(), 0U);
+    EXPECT_EQ(ReadFile(path), exchange::ToExchangeText(target.dataSet));
+}
+
+TEST(WriteDataSet, TellsOfAnOwnerThatCannotBeKept) {
+    if (geteuid() != 0) GTEST_SKIP() << "only the administrator can become somebody else";
+    Target target;
+    const std::string path = target.directory.Write("old.stp", "old");
+    ASSERT_EQ(chown(path.c_str(), 1234, 4321), 0);
+    ASSERT_EQ(chmod(path.c_str(), 0666), 0);
+    ASSERT_EQ(chmod(target.directory.Path().c_str(), 0777), 0);
+    {
+        const PlainUser user;
+        EXPECT_TRUE(target.Write(path));
+    }
+    ASSERT_EQ(target.messages.WarningCount(), 1U);
+    EXPECT_EQ(target.messages.Warnings().front().ToString(),
+              path +
+                  ": its owner cannot be kept: it was of user 1234, group 4321 and is now of "
+                  "user 65534, group 0");
+}
+
+// Who is in the new group need not have been in the old one.
+TEST(WriteDataSet, GivesAnotherGroupNoMoreThanOthersHave) {
+    if (geteuid() != 0) GTEST_SKIP() << "only the administrator can become somebody else";
+    Target target;
+    const std::string path = target.directory.Write("old.stp", "old");
+    ASSERT_EQ(chown(path.c_str(), 65534, 4321), 0);
+    ASSERT_EQ(chmod(path.c_str(), 0664), 0);
+    ASSERT_EQ(chmod(target.directory.Path().c_str(), 0777), 0);
+    {
+        const PlainUser user;
+        EXPECT_TRUE(target.Write(path));
+    }
+    EXPECT_EQ(ModeOf(path) & 07777, 0644U);
+    EXPECT_EQ(target.messages.WarningCount(), 1U);
+}
 
 TEST(WriteDataSet, LeavesATargetInAnUnwritableDirectoryAsItWas) {
     Target target;

@@ -119,18 +119,23 @@ bool IsWriting(pid_t process, const std::string& folder) {
     return false;
 }
 
-// Starts orx, which is to write the target, and sends it a signal when it does. Gives the status
-// that it ended with.
-int InterruptWhileWriting(const std::string& source, const std::string& target, int signal) {
+// Starts orx in a folder, which is to write the target into it, and sends it a signal when it does.
+// Gives the status that it ended with.
+int InterruptWhileWriting(const std::string& source, const std::string& folder,
+                          const std::string& target, int signal) {
     const std::string model = "m=" + source;
     const std::string save = "m=" + target;
     std::string arguments[] = {ORX_PROGRAM, "call", "-m", model, "-o", save, "LET a = 1"};
     std::vector<char*> argv;
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
     pid_t process = 0;
-    if (posix_spawn(&process, ORX_PROGRAM, nullptr, nullptr, argv.data(), environ) != 0) return -1;
-    const std::string folder = std::filesystem::path(target).parent_path();
+    const int error = posix_spawn(&process, ORX_PROGRAM, &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0) return -1;
     int status = 0;
     while (!IsWriting(process, folder)) {
         if (waitpid(process, &status, WNOHANG) != 0) return status;
@@ -147,13 +152,45 @@ TEST_F(Faults, AnInterruptWhileWritingLeavesTheOldFileAndNoOther) {
         // It may be quicker than the signal.
         for (int attempt = 0; attempt < 10 && !interrupted; ++attempt) {
             std::ofstream(target_) << "the old file\n";
-            const int status = InterruptWhileWriting(source_, target_, signal);
+            const int status = InterruptWhileWriting(source_, folder_ / "out", target_, signal);
             EXPECT_THAT(Names(), ElementsAre("target.stp"));
             interrupted = WIFSIGNALED(status) && WTERMSIG(status) == signal;
         }
         EXPECT_TRUE(interrupted);
         EXPECT_EQ(ReadFile(target_), "the old file\n");
     }
+}
+
+TEST_F(Faults, AKillWhileANewFileIsWrittenLeavesNothing) {
+    const std::string longest(255, 'n');
+    for (const std::string& target :
+         {folder_ / "out/new.stp", std::string("new.stp"), std::string("./new.stp"),
+          std::string("../out/new.stp"), longest}) {
+        SCOPED_TRACE(target);
+        bool killed = false;
+        for (int attempt = 0; attempt < 10 && !killed; ++attempt) {
+            std::filesystem::remove_all(folder_ / "out");
+            std::filesystem::create_directory(folder_ / "out");
+            const int status = InterruptWhileWriting(source_, folder_ / "out", target, SIGKILL);
+            killed = WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
+        }
+        EXPECT_TRUE(killed);
+        EXPECT_THAT(Names(), ElementsAre());
+    }
+}
+
+TEST_F(Faults, AFileWithFurtherNamesIsWrittenInPlaceAlone) {
+    std::filesystem::create_hard_link(target_, folder_ / "other.stp");
+    std::vector<std::string> arguments = {"call", "-m", "m=" + source_, "-o", "m=" + target_, "1"};
+    const OrxResult refused = RunOrx(arguments);
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_THAT(refused.err, HasSubstr("further names (hard links)"));
+    EXPECT_EQ(ReadFile(target_), "the old file\n");
+    arguments.insert(arguments.begin() + 1, "--in-place");
+    const OrxResult written = RunOrx(arguments);
+    EXPECT_EQ(written.status, 0) << written.err;
+    EXPECT_THAT(ReadFile(target_), HasSubstr("ISO-10303-21;"));
+    EXPECT_EQ(ReadFile(folder_ / "other.stp"), ReadFile(target_));
 }
 
 // ---- Tracing
