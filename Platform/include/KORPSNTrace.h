@@ -22,6 +22,7 @@
 
 #include <atomic>
 #include <iosfwd>
+#include <string_view>
 
 #include "KORExport.h"
 #include "KORString.h"
@@ -35,6 +36,17 @@ class KOR_API KORPSNLigne {
     friend class KORPSNTrace;
     explicit KORPSNLigne(std::ostream& stream) : stream_(stream) {}
     std::ostream& stream_;
+};
+
+// Takes the lines of the trace in place of the file or the standard error stream.
+class KOR_API KORPSNSink {
+  public:
+    // A finished line with its line break. Called by the thread that traces, by several at once
+    // where several do.
+    virtual void Write(std::string_view line) noexcept = 0;
+
+  protected:
+    ~KORPSNSink() = default;
 };
 
 class KOR_API KORPSNTrace {
@@ -60,6 +72,16 @@ class KOR_API KORPSNTrace {
 
     // The indentation of the scope's first and last line: 3 times the number of scopes around it.
     static int GetIndent();
+
+    // A level, and a sink of the caller's for its lines; null: the file or stream that is
+    // configured.
+    struct Target {
+        int level;
+        KORPSNSink* sink;
+    };
+    // Sets both from now on and gives what was set before. The sink must stay until no thread
+    // traces into it any more.
+    static Target Redirect(Target target);
 
     // That many blanks (at most 1,000).
     static KORString Indent(int count);

@@ -16,6 +16,9 @@
 
 namespace {
 
+// Where lines go instead.
+constinit std::atomic<KORPSNSink*> redirected{nullptr};
+
 // Where finished lines go.
 class Sink {
   public:
@@ -29,6 +32,10 @@ class Sink {
     }
 
     void Write(std::string_view line) {
+        // Without the lock: a sink may wait for locks of its own.
+        if (KORPSNSink* other = redirected.load(std::memory_order_acquire)) {
+            return other->Write(line);
+        }
         const std::lock_guard lock(mutex_);
         std::ostream& stream = toFile_ ? static_cast<std::ostream&>(file_) : std::cerr;
         stream.write(line.data(), static_cast<std::streamsize>(line.size()));
@@ -87,6 +94,11 @@ int KORPSNTrace::GetIndent() { return 3 * std::max(depth - 1, 0); }
 
 KORString KORPSNTrace::Indent(int count) {
     return KORString(kBlanks.data() + kWidestIndent - std::clamp(count, 0, kWidestIndent));
+}
+
+KORPSNTrace::Target KORPSNTrace::Redirect(Target target) {
+    KORPSNSink* const sink = redirected.exchange(target.sink, std::memory_order_acq_rel);
+    return {activeLevel_.exchange(target.level, std::memory_order_relaxed), sink};
 }
 
 void KORPSNTrace::Open() noexcept {
