@@ -3,6 +3,7 @@
 #   liborxexutilities0     the two shared libraries
 #   liborxexutilities-dev  what a program is built with
 #   orx                    the tool
+#   python3-orxexutilities the Python package
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR ORXExUtilities)
@@ -14,7 +15,11 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-set(CPACK_COMPONENTS_ALL library development tool)
+set(components library development tool)
+if(ORX_PYTHON)
+    list(APPEND components python)
+endif()
+set(CPACK_COMPONENTS_ALL ${components})
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
@@ -60,6 +65,15 @@ set(CPACK_COMPONENT_TOOL_DESCRIPTION "${description}
 .
 This package holds orx, which calls them on exchange files.")
 
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orxexutilities)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${of_this_version}, python3 (>= 3.11), python3 (<< 3.12)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-numpy")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pandas")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "${description}
+.
+This package holds the module orxexutilities for Python.")
+
 include(CPack)
 
 # ---- The documents that every package carries, and no other installation
@@ -74,7 +88,7 @@ file(WRITE ${changelog} "orxexutilities (${PROJECT_VERSION}) unstable; urgency=m
 ")
 execute_process(COMMAND ${GZIP} -9nc ${changelog} OUTPUT_FILE ${changelog}.gz
     COMMAND_ERROR_IS_FATAL ANY)
-foreach(component library development tool)
+foreach(component ${components})
     string(TOUPPER ${component} name)
     install(FILES copyright ${changelog}.gz
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${name}_PACKAGE_NAME}

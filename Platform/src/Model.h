@@ -41,7 +41,7 @@ struct ModelType {
 };
 
 // An instance; its cells follow it, one for each slot of its type.
-class Instance final : public SdaiAppInstance {
+class KOR_API Instance final : public SdaiAppInstance {
   public:
     Instance(const ModelType& type, std::uint64_t id) : SdaiAppInstance(&type), id_(id) {}
 

@@ -1,0 +1,113 @@
+#include "Expectation.h"
+
+#include <algorithm>
+
+#include "Aggregate.h"
+#include "Cell.h"
+#include "Model.h"
+
+namespace calls {
+
+namespace {
+
+using Base = kor::Domain::Base;
+using Kind = KORHandleAccess::Kind;
+
+bool IsInstanceOf(const SdaiEntityInstance& instance, const kor::EntityType& entity) {
+    const kor::EntityType& type = *kor::Instance::Of(instance).Type().entity;
+    if (type.IsKindOf(std::string_view(entity.FoldedName()))) return true;
+    return std::any_of(type.Lineage().begin(), type.Lineage().end(),
+                       [](const kor::EntityType* kind) { return !kind->IsDeclared(); });
+}
+
+bool IsItemName(std::string_view text) {
+    const auto isLetter = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+    };
+    return !text.empty() && isLetter(text[0]) && std::all_of(text.begin(), text.end(), [&](char c) {
+        return isLetter(c) || (c >= '0' && c <= '9');
+    });
+}
+
+bool FitsSelect(const SdaiPrimitiveH& value, const kor::Domain& select) {
+    if (const KORTypedValue* typed = KORHandleAccess::TypedOf(value)) {
+        const kor::Domain* choice = select.Choice(typed->definedType.View());
+        return choice != nullptr && Fits(typed->value, choice);
+    }
+    if (const SdaiEntityInstance* instance = value) {
+        return std::any_of(select.entities.begin(), select.entities.end(),
+                           [&](const auto* entity) { return IsInstanceOf(*instance, *entity); });
+    }
+    return std::any_of(select.choices.begin(), select.choices.end(),
+                       [&](const auto& choice) { return Fits(value, choice.second); });
+}
+
+bool FitsAggregate(const SdaiAggrInstance* members, const kor::Domain* element) {
+    if (members == nullptr) return false;
+    for (long i = 0; i < members->GetMemberCount(); ++i) {
+        if (!Fits(members->GetMember(i), element)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool Fits(const SdaiPrimitiveH& value, const kor::Domain* domain) {
+    if (!value.exists() || domain == nullptr) return true;
+    const Kind kind = KORHandleAccess::KindOf(KORHandleAccess::Held(value));
+    switch (domain->base) {
+        case Base::Generic: return true;
+        case Base::Select: return FitsSelect(value, *domain);
+        case Base::Integer: return kind == Kind::Integer;
+        case Base::Real:
+        case Base::Number: return kind == Kind::Real || kind == Kind::Integer;
+        case Base::String: return kind == Kind::String;
+        case Base::Binary: return kind == Kind::Binary;
+        case Base::Logical: return kind == Kind::Logical || kind == Kind::Boolean;
+        case Base::Boolean:
+            return kind == Kind::Boolean ||
+                   (kind == Kind::Logical &&
+                    static_cast<const SdaiLogical&>(value) != SdaiLogical());
+        case Base::Enumeration:
+            return kind == Kind::Enumeration ||
+                   (kind == Kind::String &&
+                    IsItemName(static_cast<const SdaiString&>(value).View()));
+        case Base::Entity: {
+            const SdaiEntityInstance* instance = value;
+            return instance != nullptr && IsInstanceOf(*instance, *domain->entity);
+        }
+        case Base::Aggregate: return FitsAggregate(value, domain->element);
+    }
+    return true;
+}
+
+std::string Expectation(const kor::Domain& domain) {
+    switch (domain.base) {
+        case Base::Integer: return "an integer";
+        case Base::Real: return "a real";
+        case Base::Number: return "a number";
+        case Base::String: return "a text";
+        case Base::Boolean: return "a boolean";
+        case Base::Logical: return "a logical";
+        case Base::Binary: return "a binary";
+        case Base::Enumeration: return "an item of an enumeration";
+        case Base::Entity: return "an instance of " + std::string(domain.entity->Name().View());
+        case Base::Aggregate:
+            return "a list of " + (domain.element != nullptr ? Expectation(*domain.element)
+                                                             : std::string("values"));
+        case Base::Select: {
+            std::string names;
+            for (const auto& [name, choice] : domain.choices) {
+                names += (names.empty() ? "" : ", ") + name;
+            }
+            for (const kor::EntityType* entity : domain.entities) {
+                names += (names.empty() ? "" : ", ") + std::string(entity->Name().View());
+            }
+            return "one of " + names;
+        }
+        case Base::Generic: break;
+    }
+    return "a value";
+}
+
+}  // namespace calls

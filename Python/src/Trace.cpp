@@ -1,0 +1,146 @@
+#include "Trace.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <vector>
+
+#include "KORPSNTrace.h"
+#include "Package.h"
+
+namespace py = pybind11;
+
+namespace python {
+
+namespace {
+
+constexpr int kLevel = 12;
+
+// Where one `with` sends the lines.
+class Target {
+  public:
+    explicit Target(const py::object& target) : target_(target) {
+        if (PyCallable_Check(target.ptr()) != 0) return;
+        const auto path = py::reinterpret_steal<py::object>(PyOS_FSPath(target.ptr()));
+        if (!path) {
+            PyErr_Clear();
+            PyErr_Format(
+                PyExc_TypeError,
+                "trace: argument 'target': a str, os.PathLike or callable expected, found %s",
+                TypeName(target.ptr()).c_str());
+            throw py::error_already_set();
+        }
+        PyObject* bytes = nullptr;
+        if (PyUnicode_FSConverter(path.ptr(), &bytes) == 0) throw py::error_already_set();
+        path_ = std::string(py::reinterpret_steal<py::bytes>(bytes));
+    }
+
+    void Open() {
+        if (!path_.has_value()) return;
+        file_.open(*path_, std::ios::binary | std::ios::trunc);
+        if (!file_) {
+            PyErr_SetString(classes.error, (*path_ + ": the trace cannot be written").c_str());
+            throw py::error_already_set();
+        }
+    }
+    void Close() {
+        if (file_.is_open()) file_.close();
+        file_.clear();
+    }
+
+    void Write(std::string_view line) {
+        if (path_.has_value()) {
+            file_.write(line.data(), static_cast<std::streamsize>(line.size()));
+            file_.flush();
+            file_.clear();
+            return;
+        }
+        if (line.ends_with('\n')) line.remove_suffix(1);
+        const auto text = py::reinterpret_steal<py::object>(ToPython(SdaiString(line)));
+        if (!text) throw py::error_already_set();
+        target_(text);
+    }
+
+    py::object Given() const { return target_; }
+
+  private:
+    py::object target_;
+    std::optional<std::string> path_;
+    std::ofstream file_;
+};
+
+// Hands the lines to the innermost `with`. What a callable raises ends the call that traces; that a
+// callable calls functions itself writes no lines.
+class Lines final : public KORPSNSink {
+  public:
+    void Begin(Target& target) {
+        target.Open();
+        if (targets_.empty()) before_ = KORPSNTrace::Redirect({kLevel, this});
+        targets_.push_back(&target);
+    }
+    void End(Target& target) {
+        const auto found = std::find(targets_.begin(), targets_.end(), &target);
+        if (found == targets_.end()) return;
+        targets_.erase(found);
+        if (targets_.empty()) KORPSNTrace::Redirect(before_);
+        target.Close();
+    }
+
+    void Write(std::string_view line) noexcept override {
+        const py::gil_scoped_acquire acquired;
+        if (targets_.empty() || writing_ || raised_.has_value()) return;
+        writing_ = true;
+        try {
+            targets_.back()->Write(line);
+        } catch (py::error_already_set& error) {
+            raised_.emplace(error);
+        } catch (...) {
+        }
+        writing_ = false;
+    }
+
+    // The exception of a callable, which is now set.
+    bool Raise() {
+        if (!raised_.has_value()) return false;
+        raised_->restore();
+        raised_.reset();
+        return true;
+    }
+
+  private:
+    std::vector<Target*> targets_;
+    KORPSNTrace::Target before_{};
+    bool writing_ = false;
+    std::optional<py::error_already_set> raised_;
+};
+
+// Never destroyed: the platform may hold it until the process ends.
+Lines& TheLines() {
+    static auto* lines = new Lines;
+    return *lines;
+}
+
+}  // namespace
+
+bool TraceHasRaised() { return TheLines().Raise(); }
+
+void AddTrace(py::module_& module) {
+    py::class_<Target>(
+        module, "trace", py::is_final(),
+        "trace(target)\n\n"
+        "While it is entered (`with`), the functions tell what they read and decide:\n"
+        "into a file, which is emptied first, or to a callable, which gets each line\n"
+        "as a str without its line break. What the callable raises is raised by the\n"
+        "call that the line is of, once that has ended; further lines are dropped.")
+        .def(py::init<py::object>(), py::arg("target"))
+        .def("__enter__",
+             [](const py::object& self) {
+                 TheLines().Begin(self.cast<Target&>());
+                 return self;
+             })
+        .def("__exit__", [](Target& self, const py::args&) { TheLines().End(self); })
+        .def("__del__", [](Target& self) { TheLines().End(self); });
+}
+
+}  // namespace python

@@ -1,0 +1,14 @@
+// `orxexutilities.trace`: the trace of the functions, into a file or a callable.
+
+#ifndef PYTHON_TRACE_H
+#define PYTHON_TRACE_H
+
+#include <pybind11/pybind11.h>
+
+namespace python {
+
+void AddTrace(pybind11::module_& module);
+
+}  // namespace python
+
+#endif

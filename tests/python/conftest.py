@@ -1,0 +1,80 @@
+"""What the tests of the Python package share."""
+
+import gc
+from pathlib import Path
+
+import orxexutilities as orx
+import pytest
+
+SOURCES = Path(__file__).resolve().parents[2]
+EXAMPLES = SOURCES / "examples"
+
+
+@pytest.fixture
+def lamp():
+    """The shipped assembly."""
+    return orx.read(EXAMPLES / "assembly.stp")
+
+
+@pytest.fixture
+def database():
+    """The shipped database. What the functions remember of it is forgotten afterwards."""
+    yield orx.read(EXAMPLES / "database.stp")
+    orx.RemoveValueVersion()
+
+
+@pytest.fixture(autouse=True)
+def collect():
+    """What a test leaves behind goes while it is its turn."""
+    yield
+    gc.collect()
+
+
+HEADER = """ISO-10303-21;
+HEADER;
+FILE_DESCRIPTION((''),'2;1');
+FILE_NAME('','',(''),(''),'','','');
+FILE_SCHEMA(('{schema}'));
+ENDSEC;
+DATA;
+"""
+TRAILER = "ENDSEC;\nEND-ISO-10303-21;\n"
+
+
+@pytest.fixture
+def read_text(tmp_path):
+    """Reads the instances of a text, as an exchange file of a schema."""
+
+    def read(instances, schema="AUTOMOTIVE_DESIGN", **options):
+        file = tmp_path / "data.stp"
+        file.write_text(HEADER.format(schema=schema) + instances + TRAILER, encoding="utf-8")
+        return orx.read(file, **options)
+
+    return read
+
+
+TRIANGLE = """SCHEMA triangle;
+TYPE colour = ENUMERATION OF (red, green); END_TYPE;
+TYPE length = REAL; END_TYPE;
+TYPE name = STRING; END_TYPE;
+TYPE measure = SELECT (length, name, corner); END_TYPE;
+ENTITY corner; x : REAL; number : INTEGER; label : OPTIONAL STRING; END_ENTITY;
+ENTITY triangle; corners : LIST [3:3] OF corner; tint : OPTIONAL colour; closed : OPTIONAL BOOLEAN;
+  sure : OPTIONAL LOGICAL; bits : OPTIONAL BINARY; size : OPTIONAL measure;
+  counts : OPTIONAL LIST OF INTEGER; grid : OPTIONAL LIST OF LIST OF REAL; END_ENTITY;
+ENTITY named_triangle SUBTYPE OF (triangle); id : STRING; END_ENTITY;
+END_SCHEMA;
+"""
+
+
+@pytest.fixture
+def triangle_schema(tmp_path):
+    """A schema with values of every kind."""
+    file = tmp_path / "triangle.exp"
+    file.write_text(TRIANGLE)
+    return file
+
+
+@pytest.fixture
+def triangles(triangle_schema):
+    return orx.new("triangle", schemas=[triangle_schema])
