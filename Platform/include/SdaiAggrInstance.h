@@ -11,6 +11,7 @@
 #define SDAIAGGRINSTANCE_H
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -76,13 +77,21 @@ class KOR_API SdaiAggrInstance {
     bool realList_ = false;  // an SdaiListClassOfSdaiReal
 };
 
-// A list of reals.
+// A list of reals. The twelve of a placement stand in the list itself: making one with `new` and
+// filling it is one allocation.
 class KOR_API SdaiListClassOfSdaiReal : public SdaiAggrInstance {
   public:
     // An empty list. The bounds document what the list is for; they are not enforced.
     SdaiListClassOfSdaiReal(unsigned lowerBound, unsigned upperBound);
+    ~SdaiListClassOfSdaiReal();
 
     void Append(const double& value);
+
+  private:
+    friend class KORAggregateAccess;
+
+    static constexpr std::size_t kInPlace = 12;
+    double inPlace_[kInPlace];
 };
 
 #endif

@@ -95,7 +95,7 @@ void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
     if (aggregate.count_ != 0) {
         std::memcpy(members, aggregate.members_, aggregate.count_ * MemberSize(aggregate.layout_));
     }
-    if (aggregate.capacity_ != 0) ::operator delete(aggregate.members_);
+    FreeMembers(aggregate);
     aggregate.members_ = members;
     aggregate.capacity_ = static_cast<std::uint32_t>(capacity);
 }
@@ -103,13 +103,23 @@ void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
 // Turns bare members into cells, so that members of any kind can follow.
 void KORAggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
     if (aggregate.layout_ == Layout::Cells) return;
-    const std::size_t capacity = std::max<std::size_t>(aggregate.count_, 4);
+    // The room that was made stays: what follows allocates no more.
+    const std::size_t capacity = std::max<std::size_t>({aggregate.count_, aggregate.capacity_, 4});
     auto* cells = static_cast<Cell*>(::operator new(capacity * sizeof(Cell)));
     for (std::size_t i = 0; i < aggregate.count_; ++i) cells[i] = MemberCell(aggregate, i);
-    if (aggregate.capacity_ != 0) ::operator delete(aggregate.members_);
+    FreeMembers(aggregate);
     aggregate.members_ = cells;
     aggregate.capacity_ = static_cast<std::uint32_t>(capacity);
     aggregate.layout_ = Layout::Cells;
+}
+
+// The members must have been released.
+void KORAggregateAccess::FreeMembers(SdaiAggrInstance& aggregate) {
+    const bool inPlace =
+        aggregate.realList_ &&
+        aggregate.members_ == static_cast<SdaiListClassOfSdaiReal&>(aggregate).inPlace_;
+    if (aggregate.capacity_ != 0 && !inPlace) ::operator delete(aggregate.members_);
+    aggregate.capacity_ = 0;
 }
 
 void SdaiAggrInstance::Reserve(long count) {
@@ -166,6 +176,11 @@ SdaiAggrInstance::~SdaiAggrInstance() {
     extent_ = false;
     RemoveAll();
     if (capacity_ != 0) ::operator delete(members_);
+}
+
+SdaiListClassOfSdaiReal::~SdaiListClassOfSdaiReal() {
+    RemoveAll();
+    KORAggregateAccess::FreeMembers(*this);
 }
 
 // ---- Making and owning

@@ -50,16 +50,20 @@ class KOR_API KORAggregateAccess {
     static void RemoveOwner(SdaiAggrInstance& aggregate);
 
     static bool IsRealList(const SdaiAggrInstance& aggregate) { return aggregate.realList_; }
-    static void MakeRealList(SdaiAggrInstance& aggregate) {
-        aggregate.layout_ = Layout::Reals;
-        aggregate.realList_ = true;
+    static void MakeRealList(SdaiListClassOfSdaiReal& list) {
+        list.layout_ = Layout::Reals;
+        list.realList_ = true;
+        list.members_ = list.inPlace_;
+        list.capacity_ = SdaiListClassOfSdaiReal::kInPlace;
     }
     static void AppendReal(SdaiAggrInstance& aggregate, double value);
 
   private:
     static void Grow(SdaiAggrInstance& aggregate, std::size_t count);
     static void MakeCells(SdaiAggrInstance& aggregate);
+    static void FreeMembers(SdaiAggrInstance& aggregate);
     friend class SdaiAggrInstance;
+    friend class SdaiListClassOfSdaiReal;
 };
 
 #endif

@@ -22,8 +22,8 @@ constexpr std::size_t kInPlace = 15;
 // What a function may allocate for what it gives.
 long MostAllocations(const orx::Export& function, const SdaiPrimitiveH& result) {
     if (static_cast<const SdaiString&>(result).length() > kInPlace) return 1;
-    // A list, and the room for its members.
-    if (function.result == orx::Aggregate) return 2;
+    // A list, with the room for a placement.
+    if (function.result == orx::Aggregate) return 1;
     return 0;
 }
 

@@ -70,12 +70,16 @@ SdaiPrimitiveH DecodeField(Trace& trace, std::string_view letter, std::string_vi
 }  // namespace
 
 SdaiPrimitiveH DecodeKey(const SdaiPrimitiveH& key, const SdaiPrimitiveH& place) {
-    if (key.exists()) return orx::DecodeKey(static_cast<const SdaiString&>(key).View(), place);
+    if (key.exists()) {
+        return OrDefault(SdaiPrimitiveH(), [&] {
+            return orx::DecodeKey(static_cast<const SdaiString&>(key).View(), place);
+        });
+    }
     return Function<"DecodeKey">(SdaiPrimitiveH(), [](Trace&, SdaiPrimitiveH&) {});
 }
 
 SdaiPrimitiveH orx::DecodeKey(std::string_view text, const SdaiPrimitiveH& place) {
-    return Function<"DecodeKey">(SdaiPrimitiveH(), [&](Trace& trace, SdaiPrimitiveH& result) {
+    return Nested<"DecodeKey">(SdaiPrimitiveH(), [&](Trace& trace, SdaiPrimitiveH& result) {
         if (!place.exists()) return;
         const long end = std::ssize(text);
         const long requested = place;
@@ -145,10 +149,12 @@ SdaiPrimitiveH ConcatPartAtb(const SdaiPrimitiveH& part) {
     });
 }
 
-SdaiPrimitiveH ConcatDocAtb(const SdaiPrimitiveH& document) { return DocumentKey(document, {}); }
+SdaiPrimitiveH ConcatDocAtb(const SdaiPrimitiveH& document) {
+    return OrDefault(kEmptyValue, [&] { return DocumentKey(document, {}); });
+}
 
 SdaiPrimitiveH orx::DocumentKey(const SdaiPrimitiveH& document, std::string_view prefix) {
-    return Function<"ConcatDocAtb">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
+    return Nested<"ConcatDocAtb">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         std::string_view key = result.View();
         if (document.exists()) {
             trace.Line("document existe");

@@ -31,19 +31,31 @@ struct FunctionName {
     char text[N];
 };
 
-// Runs the body of an exported function: body(trace, result), with the result set to the default
-// before. Whatever the body throws (a lack of memory) leaves the default, and is noted.
+// Runs the body of a function that others call: body(trace, result), with the result set to the
+// default before. What the body throws (a lack of memory) is thrown on, to the exported function.
 template <FunctionName Name, class Result, class Body>
-SdaiPrimitiveH Function(const Result& byDefault, Body&& body) noexcept {
+SdaiPrimitiveH Nested(const Result& byDefault, Body&& body) {
     Trace trace(Name.Label());
+    Result result = byDefault;
+    std::forward<Body>(body)(trace, result);
+    return SdaiPrimitiveH(std::move(result));
+}
+
+// What call() gives. Where it throws, that is noted and the default is given.
+template <class Result, class Call>
+SdaiPrimitiveH OrDefault(const Result& byDefault, Call&& call) noexcept {
     try {
-        Result result = byDefault;
-        std::forward<Body>(body)(trace, result);
-        return SdaiPrimitiveH(std::move(result));
+        return std::forward<Call>(call)();
     } catch (...) {
         KORMemory::NoteExhausted();
         return SdaiPrimitiveH(byDefault);
     }
+}
+
+// Runs the body of an exported function.
+template <FunctionName Name, class Result, class Body>
+SdaiPrimitiveH Function(const Result& byDefault, Body&& body) noexcept {
+    return OrDefault(byDefault, [&] { return Nested<Name>(byDefault, body); });
 }
 
 // The same for a function that returns nothing: body(trace).

@@ -16,7 +16,7 @@ SdaiPrimitiveH GetExternalName(const SdaiPrimitiveH& instance, const SdaiPrimiti
             }
         }
         if (name.length() > kModelExtension.size() && name.View().ends_with(kModelExtension)) {
-            const SdaiPrimitiveH model = ORX_GetModelName(name, SdaiPrimitiveH(0L));
+            const SdaiPrimitiveH model = ModelName(name, SdaiPrimitiveH(0L));
             const SdaiString& modelName = model;
             if (modelName.length() != 0) name = modelName;
         }

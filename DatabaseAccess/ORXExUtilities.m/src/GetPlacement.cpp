@@ -1,8 +1,11 @@
 // Placements: composing two axis placements into a rotation and a translation, and finding the
 // placement of an assembly occurrence in the STEP structure.
 
+#include <pthread.h>
+
 #include <climits>
 #include <iostream>
+#include <new>
 
 #include "Access.h"
 #include "KORMath.h"
@@ -65,13 +68,15 @@ struct Placement {
     KORMathVector translation;
 };
 
+constexpr long kPlacementSize = 12;
+
 void AppendTo(SdaiAggrInstance& list, const KORMathVector& v) {
     for (int i = 0; i < 3; ++i) list.Append(SdaiPrimitiveH(v[i]));
 }
 
-// Adds the twelve values of a placement to a list, and says so row by row.
+// Adds the twelve values of a placement to a list, all or none, and says so row by row.
 void AppendTo(SdaiAggrInstance& list, const Placement& placement, Trace* trace = nullptr) {
-    list.Reserve(list.GetMemberCount() + 12);
+    list.Reserve(list.GetMemberCount() + kPlacementSize);
     const auto appendRow = [&](const char* name, const KORMathVector& row) {
         if (trace != nullptr) trace->Line(name);
         AppendTo(list, row);
@@ -201,6 +206,8 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
         TraceNumbers(trace, {"t_1", "t_2", "t_3"}, translation);
 
         trace.Line("Valuation de la liste de sortie");
+        // Room first: a list that cannot hold the placement keeps what it holds.
+        output->Reserve(kPlacementSize);
         output->RemoveAll();
         AppendTo(*output, {rotation, translation}, &trace);
         TraceList(trace, "Positionnement calcule:", *output);
@@ -385,19 +392,67 @@ bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdai
     return true;
 }
 
+// The list that each thread has in reserve, so that a call gives a placement even where there is no
+// memory for a list. The thread that loads the module has one from the start.
+pthread_key_t reserveKey;
+bool reservesAreKept = false;
+
+SdaiListClassOfSdaiReal* Reserve() {
+    return static_cast<SdaiListClassOfSdaiReal*>(pthread_getspecific(reserveKey));
+}
+
+SdaiListClassOfSdaiReal* AllocateList() {
+    return new (std::nothrow) SdaiListClassOfSdaiReal(0, INT_MAX);
+}
+
+void MakeReserve() {
+    SdaiListClassOfSdaiReal* list = AllocateList();
+    if (pthread_setspecific(reserveKey, list) != 0) delete list;
+}
+
+// Keeps the reserves while the module is loaded; that of a thread goes when the thread ends.
+const struct Reserves {
+    Reserves() {
+        const auto release = [](void* list) { delete static_cast<SdaiListClassOfSdaiReal*>(list); };
+        reservesAreKept = pthread_key_create(&reserveKey, release) == 0;
+        if (reservesAreKept) MakeReserve();
+    }
+    ~Reserves() {
+        if (!reservesAreKept) return;
+        delete Reserve();
+        pthread_key_delete(reserveKey);
+        reservesAreKept = false;
+    }
+} reserves;
+
+// An empty list, in one allocation together with the room for a placement, or the one in reserve,
+// which the next call makes anew. Null only where neither is to be had.
+SdaiListClassOfSdaiReal* NewList() {
+    if (!reservesAreKept) return AllocateList();
+    if (Reserve() == nullptr) MakeReserve();
+    SdaiListClassOfSdaiReal* list = AllocateList();
+    if (list == nullptr) {
+        list = Reserve();
+        pthread_setspecific(reserveKey, nullptr);
+    }
+    return list;
+}
+
 }  // namespace
 
 SdaiPrimitiveH GetAbsPlacement(const SdaiPrimitiveH& link) {
-    return Function<"GetAbsPlacement">(SdaiPrimitiveH(), [&](Trace& trace, auto& result) {
+    SdaiListClassOfSdaiReal* list = NewList();
+    const SdaiPrimitiveH owner = SdaiPrimitiveH::TakeOver(list);
+    SdaiPrimitiveH result = Function<"GetAbsPlacement">(owner, [&](Trace& trace, const auto&) {
+        if (list == nullptr) throw std::bad_alloc();
         trace.Line(" CALCUL POSITIONNEMENT ...");
-        auto* list = new SdaiListClassOfSdaiReal(0, INT_MAX);
-        const SdaiPrimitiveH owner = SdaiPrimitiveH::TakeOver(list);
-        list->Reserve(12);
         if (!AppendPlacement(trace, link, list)) {
             trace.Line("Use of default placement");
             AppendTo(*list, kIdentity);
         }
         TraceList(trace, "Affichage du positionnement:", *list);
-        result = owner;
     });
+    // Memory ran out on the way.
+    if (list != nullptr && list->GetMemberCount() == 0) AppendTo(*list, kIdentity);
+    return result;
 }

@@ -1,5 +1,5 @@
 // What the functions of encoded keys do for those of V5 documents, whose keys stand behind a
-// marker.
+// marker. They throw what they cannot get memory for.
 
 #ifndef ORX_KEYS_H
 #define ORX_KEYS_H

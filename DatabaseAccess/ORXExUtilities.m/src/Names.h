@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "SdaiPrimitiveH.h"
 #include "SdaiString.h"
 
 namespace orx {
@@ -18,6 +19,9 @@ inline constexpr std::string_view kModelExtension = ".model";
 // bytes is converted whole.
 SdaiString ToFileName(std::string_view name, std::string_view ending = {});
 SdaiString ToDatabaseName(std::string_view fileName);
+
+// ORX_GetModelName, for the functions that call it: throws what it cannot get memory for.
+SdaiPrimitiveH ModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& direction);
 
 }  // namespace orx
 

@@ -4,7 +4,11 @@
 using namespace orx;
 
 SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& direction) {
-    return Function<"ORX_GetModelName">(SdaiString(), [&](Trace& trace, SdaiString& result) {
+    return OrDefault(SdaiString(), [&] { return ModelName(name, direction); });
+}
+
+SdaiPrimitiveH orx::ModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& direction) {
+    return Nested<"ORX_GetModelName">(SdaiString(), [&](Trace& trace, SdaiString& result) {
         if (name.exists() && direction.exists()) {
             const SdaiString& given = name;
             trace.Line("nom rentre ", given);

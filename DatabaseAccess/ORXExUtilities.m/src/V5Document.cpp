@@ -38,13 +38,14 @@ SdaiPrimitiveH IsEncodedNARVOV5(const SdaiPrimitiveH& value) {
 }
 
 SdaiPrimitiveH DecodeNARVOV5(const SdaiPrimitiveH& key, const SdaiPrimitiveH& place) {
-    return Function<"DecodeNARVOV5">(SdaiPrimitiveH(), [&](Trace& trace, SdaiPrimitiveH& result) {
-        if (!key.exists() || !place.exists()) {
-            result = kEmptyValue;
+    const SdaiPrimitiveH byDefault(kEmptyValue);
+    return Function<"DecodeNARVOV5">(byDefault, [&](Trace& trace, SdaiPrimitiveH& result) {
+        if (!key.exists() || !place.exists()) return;
+        trace.Line("everything ok : go ahead");
+        if (!static_cast<const SdaiLogical&>(IsEncodedNARVOV5(key))) {
+            result = SdaiPrimitiveH();
             return;
         }
-        trace.Line("everything ok : go ahead");
-        if (!static_cast<const SdaiLogical&>(IsEncodedNARVOV5(key))) return;
         result = orx::DecodeKey(static_cast<const SdaiString&>(key).View().substr(kMarker.size()),
                                 place);
     });
