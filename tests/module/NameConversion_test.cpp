@@ -1,12 +1,17 @@
 // ORX_GetDocName, ORX_GetModelName and the model identifier: ORX_GetModelId_Exp and its readers
 // ORX_GetModelId_Imp1, ORX_GetModelId_Imp2 and ORX_GetModelId_Imp3.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstring>
 #include <random>
 #include <string>
+#include <vector>
 
+#include "KORLocale.h"
+#include "KORNameConversion.h"
 #include "ORXExUtilities.h"
 #include "TestModel.h"
 #include "TraceCapture.h"
@@ -70,7 +75,164 @@ std::string ModelName(const std::string& name, long direction) {
     return TextIn(ORX_GetModelName(Handle(name), Handle(direction)));
 }
 
+// ---- A platform with routines of its own
+//
+// It notes how the functions call it while a recording is on, and leaves the rest to the platform.
+
+struct RoutineCall {
+    std::string routine;
+    std::string input;
+    bool operator==(const RoutineCall& other) const {
+        return routine == other.routine && input == other.input;
+    }
+};
+void PrintTo(const RoutineCall& call, std::ostream* stream) {
+    *stream << call.routine << " '" << call.input << '\'';
+}
+
+class Recording {
+  public:
+    Recording() { current = this; }
+    ~Recording() { current = nullptr; }
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
+
+    std::vector<RoutineCall> calls;
+    std::vector<const char*> outputs;
+    std::vector<int> statuses;
+    std::vector<double> numbers;  // written with 6 and 0
+
+    static inline Recording* current = nullptr;
+};
+
+template <class Function>
+Function* OfThePlatform(const char* symbol) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, symbol));
+}
+
+// An output buffer has room for 81 characters at least; what follows the name in it does not count.
+void Spoil(char* output, std::size_t from) {
+    for (std::size_t i = from; i < 81; ++i) output[i] = '!';
+}
+
 }  // namespace
+
+void cmbflmd(const char* name, char* fileName, int* status) {
+    Recording* recording = Recording::current;
+    if (recording != nullptr) {
+        recording->calls.push_back({"cmbflmd", name});
+        recording->outputs.push_back(fileName);
+        recording->statuses.push_back(*status);
+    }
+    OfThePlatform<void(const char*, char*, int*)>("cmbflmd")(name, fileName, status);
+    if (recording != nullptr) Spoil(fileName, std::strlen(name));
+}
+
+void cmbrcmd(const char* fileName, char* name) {
+    Recording* recording = Recording::current;
+    if (recording != nullptr) {
+        recording->calls.push_back({"cmbrcmd", fileName});
+        recording->outputs.push_back(name);
+    }
+    OfThePlatform<void(const char*, char*)>("cmbrcmd")(fileName, name);
+    if (recording != nullptr) Spoil(name, std::strlen(fileName));
+}
+
+KORUnicodeString KORLocale::sConvertNumToString(double value, int digits, int decimals) {
+    if (Recording::current != nullptr && digits == 6 && decimals == 0) {
+        Recording::current->numbers.push_back(value);
+    }
+    return OfThePlatform<KORUnicodeString(double, int, int)>(
+        "_ZN9KORLocale19sConvertNumToStringEdii")(value, digits, decimals);
+}
+
+TEST(NameConversion, ConvertsEachNameInOneCall) {
+    const std::string name81 = NameOfLength(81);
+    const std::string name300 = NameOfLength(300);
+    const struct {
+        SdaiPrimitiveH (*function)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);
+        std::string name;
+        long direction;
+        RoutineCall call;
+        std::string result;
+    } cases[] = {
+        {ORX_GetDocName, "a b", 1, {"cmbflmd", "a b"}, "a\xB1\x62"},
+        {ORX_GetDocName, "", 1, {"cmbflmd", ""}, ""},
+        {ORX_GetDocName, name81, 1, {"cmbflmd", name81}, ToFileForm(name81)},
+        {ORX_GetDocName, "a\xB1\x62", 0, {"cmbrcmd", "a\xB1\x62"}, "a b"},
+        {ORX_GetDocName, "", 0, {"cmbrcmd", ""}, ""},
+        {ORX_GetDocName, ToFileForm(name300), 0, {"cmbrcmd", ToFileForm(name300)}, name300},
+        {ORX_GetModelName, "a b", 1, {"cmbflmd", "a b"}, "a\xB1\x62.model"},
+        {ORX_GetModelName, "", 1, {"cmbflmd", ""}, ".model"},
+        {ORX_GetModelName, name300, 1, {"cmbflmd", name300}, ToFileForm(name300) + ".model"},
+        {ORX_GetModelName, "a\xB1\x62.model", 0, {"cmbrcmd", "a\xB1\x62"}, "a b"},
+        {ORX_GetModelName, ".model", 0, {"cmbrcmd", ""}, ""},
+        {ORX_GetModelName, "abc", 0, {"cmbrcmd", ""}, ""},
+    };
+    for (const auto& c : cases) {
+        Recording recording;
+        EXPECT_EQ(TextIn(c.function(Handle(c.name), Handle(c.direction))), c.result);
+        EXPECT_THAT(recording.calls, ElementsAre(c.call));
+        for (const int status : recording.statuses) EXPECT_EQ(status, 0);
+    }
+}
+
+TEST(NameConversion, ConvertsTheFieldsOfAnIdentifier) {
+    const struct {
+        SdaiPrimitiveH (*function)(const SdaiPrimitiveH&);
+        std::string identifier;
+        std::vector<RoutineCall> calls;
+    } cases[] = {
+        {ORX_GetModelId_Imp1,
+         "A\xB1\x42" + kTag1 + "12" + kTag2 + "V5",
+         {{"cmbrcmd", "A\xB1\x42"}}},
+        {ORX_GetModelId_Imp1, "no tag", {{"cmbrcmd", ""}}},
+        {ORX_GetModelId_Imp1, kTag1 + "5", {{"cmbrcmd", ""}}},
+        {ORX_GetModelId_Imp3, "A" + kTag1 + "12" + kTag2 + "V\xB1\x35", {{"cmbrcmd", "V\xB1\x35"}}},
+        {ORX_GetModelId_Imp3, "A" + kTag2, {{"cmbrcmd", ""}}},
+        {ORX_GetModelId_Imp3, "no tag", {}},
+        {ORX_GetModelId_Imp2, "A" + kTag1 + "12", {}},
+    };
+    for (const auto& c : cases) {
+        Recording recording;
+        c.function(Handle(c.identifier));
+        EXPECT_EQ(recording.calls, c.calls) << c.identifier;
+    }
+}
+
+// The type of representation and the number are worked out, though the identifier drops them; both
+// names go through one buffer.
+TEST(NameConversion, ConvertsTwoAttributesForAModelIdentifier) {
+    const TestModel model("cdma", "#1=MODEL_OBJECT($,'a b',3,$,$,'R 1');");
+    Recording recording;
+    EXPECT_EQ(TextIn(ORX_GetModelId_Exp(model[1])), "R\xB1\x31_ORXExchangedRep2_R 1");
+    EXPECT_THAT(recording.calls,
+                ElementsAre(RoutineCall{"cmbflmd", "a b"}, RoutineCall{"cmbflmd", "R 1"}));
+    ASSERT_EQ(recording.outputs.size(), 2U);
+    EXPECT_EQ(recording.outputs[0], recording.outputs[1]);
+    EXPECT_THAT(recording.statuses, ElementsAre(0, 0));
+    EXPECT_THAT(recording.numbers, ElementsAre(3.0));
+}
+
+TEST(NameConversion, ConvertsWhatAModelHasInThePlaceOfItsAttributes) {
+    const TestModel model("cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);");
+    Recording recording;
+    EXPECT_EQ(TextIn(ORX_GetModelId_Exp(model[1])), "EMPTY\xB1VALUE_ORXExchangedRep2_EMPTY VALUE");
+    EXPECT_THAT(recording.calls,
+                ElementsAre(RoutineCall{"cmbflmd", ""}, RoutineCall{"cmbflmd", "EMPTY VALUE"}));
+    EXPECT_THAT(recording.numbers, testing::IsEmpty());
+}
+
+TEST(NameConversion, IsNotCalledForAMissingName) {
+    Recording recording;
+    ORX_GetDocName({}, 1_h);
+    ORX_GetDocName("a b"_h, {});
+    ORX_GetModelName({}, 0_h);
+    ORX_GetModelId_Exp({});
+    ORX_GetModelId_Imp1({});
+    ORX_GetModelId_Imp3({});
+    EXPECT_THAT(recording.calls, testing::IsEmpty());
+}
 
 // ---- ORX_GetDocName
 

@@ -1,5 +1,7 @@
 // Model identifiers: NAME _ORXExchangedRep_ NUMBER _ORXExchangedRep2_ NAME, the names in file form.
 
+#include <algorithm>
+
 #include "Access.h"
 #include "Function.h"
 #include "KORLocale.h"
@@ -46,17 +48,26 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
             // The first two fields are worked out, with what that brings about, and do not go into
             // the identifier: it starts again with the third.
             trace.Line("RECUPERATION DE S_TYPE_REP");
+            const SdaiString typeRep = TextOf(model, "S_TYPE_REP"_name);
             trace.Line("RECUPERATION DE S_NEXT");
-            if (!has("S_NEXT"_name)) GetUniqId(SdaiPrimitiveH());
+            if (has("S_NEXT"_name)) {
+                const long next = model.GetAttr("S_NEXT"_name);
+                KORLocale::sConvertNumToString(static_cast<double>(next), 6, 0);
+            } else {
+                GetUniqId(SdaiPrimitiveH());
+            }
             trace.Line("RECUPERATION DE C_SOFT_VER");
             const SdaiString version =
                 has("C_SOFT_VER"_name) ? TextOf(model, "C_SOFT_VER"_name) : kEmptyValue;
             trace.Line("ON REMPLACE LES BLANCS PAR DES ", kFileBlank);
-            trace.Line("CREATION DE LA CHAINE POUR LA SORTIE");
             const std::string_view name = version.View();
+            NameConversion conversion(std::max<std::size_t>(typeRep.length(), name.size()));
+            conversion.ToFileName(typeRep.View());
+            const SdaiString fileName = conversion.ToFileName(name);
+            trace.Line("CREATION DE LA CHAINE POUR LA SORTIE");
             KORUnicodeString identifier;
             identifier.Reserve(2 * name.size() + kTag2.size());
-            identifier.Append(ToFileName(name).View()).Append(kTag2).Append(name);
+            identifier.Append(fileName.View()).Append(kTag2).Append(name);
             result = identifier;
         }
         trace.Line("ORX_GetModelId en mode EXPORT de donnees retourne: >", result, "<");
@@ -88,6 +99,7 @@ SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
                 const std::size_t end = PositionOf(kTag2, rest);
                 const std::string_view field = end != kNoTag ? rest.substr(0, end) : rest;
                 trace.Line("on a la chaine desiree on peut la convertir");
+                result = 0;  // where the field is no number
                 KORLocale::sConvertStringToNum(KORUnicodeString(field), &result);
             }
         }
