@@ -198,7 +198,8 @@ TEST(IsPartConfigurated, IsFalseForAMissingPart) {
     EXPECT_TRUE(IsFalse(IsPartConfigurated(SdaiPrimitiveH())));
     TraceCapture trace;
     EXPECT_TRUE(IsFalse(IsPartConfigurated(SdaiPrimitiveH())));
-    EXPECT_THAT(trace.Messages(kIsPartConfigurated), ElementsAre("KO : Part doesn't exist"));
+    EXPECT_THAT(trace.Messages(kIsPartConfigurated),
+                ElementsAre("KO : Part doesn't exist", kNotConfigurated));
 }
 
 TEST(IsPartConfigurated, IsFalseForAPartThatIsNoInstance) {

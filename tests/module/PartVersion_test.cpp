@@ -121,8 +121,8 @@ TEST_F(ReadPartVersionTest, WritesTheWarningAsLinesOfTheTrace) {
                             "   " + label + " ReadPartVersion retourne: >A<", label + " }"));
 }
 
-TEST_F(ReadPartVersionTest, TracesNothingButItsScopeForAMissingVersion) {
+TEST_F(ReadPartVersionTest, TracesItsResultAloneForAMissingVersion) {
     const TraceCapture trace;
     ReadPartVersion({});
-    EXPECT_THAT(trace.Messages(kLabel), IsEmpty());
+    EXPECT_THAT(trace.Messages(kLabel), ElementsAre("ReadPartVersion retourne: ><"));
 }

@@ -101,7 +101,8 @@ TEST(GetRangeValue, IsEmptyForAMissingArgument) {
         EXPECT_EQ(TextIn(GetRangeValue(effectivity, bound)), "");
         TraceCapture trace;
         EXPECT_EQ(TextIn(GetRangeValue(effectivity, bound)), "");
-        EXPECT_THAT(trace.Messages(kGetRangeValue), ElementsAre(kMissing));
+        EXPECT_THAT(trace.Messages(kGetRangeValue),
+                    ElementsAre(kMissing, ">> la valeur retournee est :  <<"));
     }
 }
 

@@ -254,7 +254,8 @@ TEST(GetDate, IsOpenForAMissingSelect) {
         TraceCapture trace;
         EXPECT_EQ(TextIn(GetDate(missing)), kOpenDate);
         EXPECT_THAT(trace.Messages(kGetDate),
-                    ElementsAre("KO : Select Entity doesn't exist => infinite value"));
+                    ElementsAre("KO : Select Entity doesn't exist => infinite value",
+                                ">> la valeur retournee est : 00000000000000 <<"));
     }
 }
 

@@ -130,7 +130,7 @@ SdaiPrimitiveH GetRangeValue(const SdaiPrimitiveH& effectivity, const SdaiPrimit
     return Function<"GetRangeValue">(SdaiString(), [&](Trace& trace, SdaiString& result) {
         if (!effectivity.exists() || !bound.exists()) {
             trace.Line("KO : At least one of the entities doesn't exist");
-            return;
+            return trace.Line(">> la valeur retournee est : ", result, " <<");
         }
         trace.Line("Effectivity && Flag exist : OK ");
         const long flag = bound;
@@ -346,7 +346,7 @@ SdaiPrimitiveH IsPartConfigurated(const SdaiPrimitiveH& part) {
     return Function<"IsPartConfigurated">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (!part.exists()) {
             trace.Line("KO : Part doesn't exist");
-            return;
+            return trace.Line(">> Part IS NOT configurated <<");
         }
         trace.Line("Part exists : OK ");
         trace.Line("Get the configuration_item entities in schema cdma : OK ");

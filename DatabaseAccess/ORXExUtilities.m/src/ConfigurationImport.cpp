@@ -29,7 +29,7 @@ SdaiPrimitiveH GetDate(const SdaiPrimitiveH& select) {
     return Function<"GetDate">(SdaiString(kOpenDate), [&](Trace& trace, SdaiString& result) {
         if (!select.exists()) {
             trace.Line("KO : Select Entity doesn't exist => infinite value");
-            return;
+            return trace.Line(">> la valeur retournee est : ", result, " <<");
         }
         trace.Line("Select Entity exists : OK ");
         if (trace.IsActive()) trace.Line("Type of input entity :", select.UnderlyingTypeName());

@@ -117,7 +117,9 @@ bool FollowsInSeen(Trace& trace, const KORDMInstance& a, const KORDMInstance& b)
 
 SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB) {
     return Function<"IsNewer">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
-        if (!partA.exists() || !partB.exists()) return;
+        if (!partA.exists() || !partB.exists()) {
+            return trace.Line(" Valeur retournee : ", result);
+        }
         trace.Line("the Parts exist");
         const SdaiEntityInstance* a = partA;
         const SdaiEntityInstance* b = partB;
