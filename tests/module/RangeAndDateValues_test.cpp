@@ -415,6 +415,20 @@ TEST(BuildDatedEff, CreatesNothingWhereOneTypeIsMissing) {
     }
 }
 
+// Instances of types that the schema does not declare are no types to create dates of.
+TEST(BuildDatedEff, CreatesNothingOfTypesThatAreNotDeclared) {
+    const TestModel target("cdma", R"(
+        #1=COORDINATED_UNIVERSAL_TIME_OFFSET(0,$,.AHEAD.);
+        #2=LOCAL_TIME(1,2,3.,#1);
+        #3=CALENDAR_DATE(2001,2,3);
+        #4=DATE_AND_TIME(#3,#2);
+        #5=DATE_EFFECTIVITY('D',$,'01022003040506','12312099235959');)");
+    EXPECT_EQ(BuildDatedEff("12312099235959", &target.Model()), nullptr);
+    EXPECT_TRUE(IsUnset(GetStartDate(target[5], target[4])));
+    EXPECT_TRUE(IsUnset(GetEndDate(target[5], target[4])));
+    EXPECT_EQ(target.Model().InstanceCount(), 5U);
+}
+
 // ---- GetStartDate, GetEndDate
 
 constexpr char kGetStartDate[] = "SdaiPrimitiveH GetStartDate ->";
@@ -490,10 +504,12 @@ TEST(GetEndDate, BuildsTheEnd) {
     expect("DATE_EFFECTIVITY('D',$,$,'')", "", kZeros);
 }
 
+// Whatever the kind of the effectivity.
 TEST(GetEndDate, IsNullAndCreatesNothingWithoutAnEnd) {
     for (const char* effectivity :
          {"DATE_EFFECTIVITY('D',$,'01022003040506',$)",
-          "OPTION_EFFECTIVITY('E',$,'option_date','O',1,5,'01022003040506',$)"}) {
+          "OPTION_EFFECTIVITY('E',$,'option_date','O',1,5,'01022003040506',$)",
+          "RANGE_EFFECTIVITY('R',$,1,5)", "CONFIGURATION_ITEM('C',$,$)"}) {
         SCOPED_TRACE(effectivity);
         const TestModel database = Database(effectivity);
         const TestModel target = Target();

@@ -216,17 +216,13 @@ SdaiPrimitiveH GetEndDate(const SdaiPrimitiveH& effectivity, const SdaiPrimitive
             return;
         }
         trace.Line("Effectivity && EntityModel exist : OK ");
-        SdaiString date;
         const SdaiName* attribute =
             DateAttribute(effectivity, "end_date"_name, "option_end_date"_name);
-        if (attribute != nullptr) {
-            if (!effectivity.TestAttr(*attribute)) {
-                trace.Line("No END VALUE : return NULL");
-                return;
-            }
-            date = TextOf(effectivity, *attribute);
+        if (attribute == nullptr || !effectivity.TestAttr(*attribute)) {
+            trace.Line("No END VALUE : return NULL");
+            return;
         }
-        result = BuildDatedEff(date, anchor.FindEntityInstanceModel());
+        result = BuildDatedEff(TextOf(effectivity, *attribute), anchor.FindEntityInstanceModel());
     });
 }
 
@@ -262,11 +258,17 @@ SdaiEntityInstance* BuildDatedEff(SdaiString date, SdaiModel* model) {
         trace.Line("Seconde: ", second);
 
         if (model == nullptr) return;
+        // The types are those of the schema, which a model may hold undeclared instances beside:
+        // such a type has none of the attributes.
+        const auto typeOf = [model](const SdaiName& entity, const SdaiName& attribute) {
+            const SdaiEntity* type = model->GetEntityDefinition(entity);
+            return type != nullptr && type->AttrDefinition(attribute) != nullptr ? type : nullptr;
+        };
+        const SdaiEntity* timeType = typeOf("LOCAL_TIME"_name, "ZONE"_name);
         const SdaiEntity* offsetType =
             model->GetEntityDefinition("COORDINATED_UNIVERSAL_TIME_OFFSET"_name);
-        const SdaiEntity* timeType = model->GetEntityDefinition("LOCAL_TIME"_name);
-        const SdaiEntity* dateType = model->GetEntityDefinition("CALENDAR_DATE"_name);
-        const SdaiEntity* dateTimeType = model->GetEntityDefinition("DATE_AND_TIME"_name);
+        const SdaiEntity* dateType = typeOf("CALENDAR_DATE"_name, "YEAR_COMPONENT"_name);
+        const SdaiEntity* dateTimeType = typeOf("DATE_AND_TIME"_name, "TIME_COMPONENT"_name);
         if (!offsetType || !timeType || !dateType || !dateTimeType) return;
 
         // The offset stays empty: it is there to fill the zone.
