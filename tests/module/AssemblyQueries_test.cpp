@@ -230,6 +230,21 @@ TEST(UseOfAPart, IsNoneForValuesThatAreNoInstances) {
     }
 }
 
+// The leaf is compared as it is: it is there, and has no type to name.
+TEST(UseOfAPart, IsAskedOfIsSame0ForALeafThatIsNoInstance) {
+    const TestModel model("cdma", R"(
+        #1=part_object('P',$,$,$,$,(#3),$,$,$,$);
+        #2=part_object('Q',$,$,$,$,$,$,$,$,$);
+        #3=part_link('1',$,#2,$,$,$,$);)");
+    for (const auto function : {IsInAssembly, QuantifyRef}) {
+        const TraceCapture trace;
+        function(model[1], "Q"_h);
+        EXPECT_THAT(trace.Messages("SdaiPrimitiveH IsSame0->"),
+                    ElementsAre("l'entite1: part_object",
+                                "l'entite2        : ", "IsSame0 retourne sdaiLFALSE"));
+    }
+}
+
 TEST(UseOfAPart, IncludesThePartItselfWhenItListsItself) {
     const TestModel model(
         "cdma", "#1=part_object('P',$,$,$,$,(#2),$,$,$,$);#2=part_link('1',$,#1,$,$,$,$);");

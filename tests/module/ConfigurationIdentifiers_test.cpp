@@ -218,6 +218,26 @@ TEST(ORXIdCfg, SearchesTheModelThatHoldsTheDesign) {
     EXPECT_EQ(TextIn(ORXIdCfg(items[2])), "S0003ORXS0004CFG1");
 }
 
+// What is set but no instance is compared as it is: it has no type to name.
+TEST(ORXIdCfg, ComparesWhatIsSetWhateverItIs) {
+    const TestModel model(
+        "SCHEMA small;"
+        "ENTITY part; END_ENTITY;"
+        "ENTITY configuration_item; id : STRING; design : OPTIONAL part; END_ENTITY;"
+        "ENTITY configuration_handler; id : STRING; apply : OPTIONAL STRING; END_ENTITY;"
+        "END_SCHEMA;",
+        "#1=PART();#2=CONFIGURATION_ITEM('C',#1);#3=CONFIGURATION_HANDLER('H',$);"
+        "#4=CONFIGURATION_HANDLER('H','no part');");
+    EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORXS0001C");
+    TraceCapture trace;
+    EXPECT_EQ(TextIn(ORXIdCfg(model[2])), "S0003ORXS0001C");
+    EXPECT_THAT(trace.Messages(kORXIdCfg),
+                ElementsAre(kItemExists, kHandlersFound, kNoDesign, Returned("S0003ORXS0001C")));
+    EXPECT_THAT(
+        trace.Messages(kIsSame0),
+        ElementsAre("l'entite1: PART", "l'entite2        : ", "IsSame0 retourne sdaiLFALSE"));
+}
+
 TEST(ORXIdCfg, HasNoThirdFieldInAModelWithoutHandlers) {
     const TestModel model(
         "cdma", "#1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);#2=CONFIGURATION_ITEM('CFG1',$,#1);");

@@ -438,6 +438,10 @@ TEST(IsPartConfigurated, ComparesADesignThatIsSetWhateverItIs) {
     // Only #3 has no design.
     EXPECT_THAT(trace.Messages(kIsPartConfigurated),
                 ElementsAre(kPartExists, kItemsFound, kNoDesign, kNotConfigurated));
+    // #2 is compared, and its design has no type to name.
+    EXPECT_THAT(
+        trace.Messages(kIsSame0),
+        ElementsAre("l'entite1: PART", "l'entite2        : ", "IsSame0 retourne sdaiLFALSE"));
 }
 
 TEST(IsPartConfigurated, CountsItemsOfSubtypes) {

@@ -310,16 +310,14 @@ Walk WalkTo(Trace& trace, SdaiEntityInstance* part, const SdaiName& entity,
     SdaiInstanceReader reference(attribute);
     for (SdaiEntityInstance* instance : ExtentOf(part->FindEntityInstanceModel(), entity)) {
         walk.last = instance;
-        SdaiEntityInstance* referred = reference(walk.last);
-        if (referred != nullptr) {
-            if (!IsSame0Of(part, referred)) continue;
-            trace.Line(" The same Part has just been retrieved : OK ");
-            walk.match = walk.last;
-            break;
-        }
-        // What is set but no instance is a design all the same.
-        if (trace.IsActive() && !SdaiPrimitiveH(walk.last).TestAttr(attribute)) {
+        // What is set but holds no instance is a design all the same; it shows in the trace alone.
+        SdaiEntityInstance* referred = reference(instance);
+        if (referred == nullptr && trace.IsActive() && !instance->TestAttr(attribute)) {
             trace.Line("NO design on the current configuration_item");
+        } else if (IsSame0Of(part, referred, [&] { return instance->GetAttr(attribute); })) {
+            trace.Line(" The same Part has just been retrieved : OK ");
+            walk.match = instance;
+            break;
         }
     }
     return walk;

@@ -167,10 +167,12 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
 
         // Which of the two is an item of the representation: on REP_2 the second is looked for
         // first, on REP_1 the first alone.
-        const auto isItem = [&items](SdaiEntityInstance* item) {
+        const auto isItem = [&items](const SdaiPrimitiveH& item) {
+            SdaiEntityInstance* sought = item;
+            const auto value = [&] { return item; };
             SdaiIterator_Of_SdaiEntityInstanceH member(static_cast<SdaiAggrInstance*>(items));
             while (member.Next()) {
-                if (IsSame0Of(member.GetCurrentMember(), item)) return true;
+                if (IsSame0Of(member.GetCurrentMember(), sought, value)) return true;
             }
             return false;
         };
@@ -254,7 +256,9 @@ SdaiEntityInstance* ContextOf(SdaiEntityInstance* link) {
     SdaiInstanceReader definition("DEFINITION"_name);
     for (SdaiEntityInstance* context :
          ExtentOf(link->FindEntityInstanceModel(), "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION"_name)) {
-        if (IsSame0Of(link, definition(productRelation(context)))) return context;
+        SdaiEntityInstance* relation = productRelation(context);
+        const auto value = [&] { return SelectedOf(relation, "DEFINITION"_name); };
+        if (IsSame0Of(link, definition(relation), value)) return context;
     }
     return nullptr;
 }
@@ -281,10 +285,11 @@ Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relati
         trace.Line(" - CurrShapeDefRep : #", NumberAndType{current});
         trace.Line(" - CurrP_D_S : #", NumberAndType{productShape});
         trace.Line(" - CurrProdDef : #", NumberAndType{definition});
+        const auto value = [&] { return SelectedOf(productShape, "DEFINITION"_name); };
         // One representation never serves both sides.
-        if (shapes.relating == nullptr && IsSame0Of(relating, definition)) {
+        if (shapes.relating == nullptr && IsSame0Of(relating, definition, value)) {
             shapes.relating = current;
-        } else if (shapes.related == nullptr && IsSame0Of(related, definition)) {
+        } else if (shapes.related == nullptr && IsSame0Of(related, definition, value)) {
             shapes.related = current;
         }
     }
@@ -328,12 +333,12 @@ bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimiti
 
     trace.Line("RELATING SHAPE_REPRESENTATION recupere");
     trace.Line("RELATED SHAPE_REPRESENTATION recupere");
-    SdaiEntityInstance* relatingRep = shapes.relating->GetAttr("USED_REPRESENTATION"_name);
-    SdaiEntityInstance* relatedRep = shapes.related->GetAttr("USED_REPRESENTATION"_name);
+    const SdaiPrimitiveH relatingRep = shapes.relating->GetAttr("USED_REPRESENTATION"_name);
+    const SdaiPrimitiveH relatedRep = shapes.related->GetAttr("USED_REPRESENTATION"_name);
     trace.Line(" - RelatingShapeRep : #", NumberAndType{relatingRep});
     trace.Line(" - RelatedShapeRep : #", NumberAndType{relatedRep});
-    SdaiEntityInstance* rep1 = relationship.GetAttr("REP_1"_name);
-    SdaiEntityInstance* rep2 = relationship.GetAttr("REP_2"_name);
+    const SdaiPrimitiveH rep1 = relationship.GetAttr("REP_1"_name);
+    const SdaiPrimitiveH rep2 = relationship.GetAttr("REP_2"_name);
     trace.Line(" - ShapeRep1 : #", NumberAndType{rep1});
     trace.Line(" - ShapeRep2 : #", NumberAndType{rep2});
     const bool wired = (IsSame0Of(rep1, relatingRep) && IsSame0Of(rep2, relatedRep)) ||
@@ -348,9 +353,8 @@ bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimiti
     const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
     trace.Line(" - A2P3D_1 : #", NumberAndType{item1});
     trace.Line(" - A2P3D_2 : #", NumberAndType{item2});
-    const auto isItemOf = [](const SdaiPrimitiveH& item, SdaiEntityInstance* representation) {
-        const SdaiPrimitiveH items =
-            representation != nullptr ? representation->GetAttr("ITEMS"_name) : SdaiPrimitiveH();
+    const auto isItemOf = [](const SdaiPrimitiveH& item, const SdaiPrimitiveH& representation) {
+        const SdaiPrimitiveH items = representation.GetAttr("ITEMS"_name);
         const SdaiAggrInstance* members = items;
         return members != nullptr && members->IsMember(static_cast<SdaiEntityInstance*>(item));
     };

@@ -21,7 +21,8 @@ SdaiPrimitiveH IsInAssembly(const SdaiPrimitiveH& root, const SdaiPrimitiveH& le
             SdaiInstanceReader ref("ref"_name);
             SdaiIterator_Of_SdaiEntityInstanceH link(static_cast<SdaiAggrInstance*>(links));
             while (!result && link.Next()) {
-                if (IsSame0Of(ref(link.GetCurrentMember()), component)) result = sdaiLTRUE;
+                SdaiEntityInstance* part = ref(link.GetCurrentMember());
+                if (IsSame0Of(part, component, [&] { return leaf; })) result = sdaiLTRUE;
             }
         }
         trace.Line("Valeur de retour: [", result, "]");

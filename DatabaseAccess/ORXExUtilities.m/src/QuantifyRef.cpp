@@ -15,7 +15,8 @@ SdaiPrimitiveH QuantifyRef(const SdaiPrimitiveH& root, const SdaiPrimitiveH& lea
                 SdaiInstanceReader ref("ref"_name);
                 SdaiIterator_Of_SdaiEntityInstanceH link(static_cast<SdaiAggrInstance*>(links));
                 while (link.Next()) {
-                    if (IsSame0Of(ref(link.GetCurrentMember()), component)) count += 1.0;
+                    SdaiEntityInstance* part = ref(link.GetCurrentMember());
+                    if (IsSame0Of(part, component, [&] { return leaf; })) count += 1.0;
                 }
             }
         }

@@ -19,6 +19,19 @@ inline bool IsSame0Of(SdaiEntityInstance* a, SdaiEntityInstance* b) {
     return static_cast<const SdaiLogical&>(IsSame0(SdaiPrimitiveH(a), SdaiPrimitiveH(b)));
 }
 
+inline bool IsSame0Of(const SdaiPrimitiveH& a, const SdaiPrimitiveH& b) {
+    if (KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return AreSame(a, b);
+    return static_cast<const SdaiLogical&>(IsSame0(a, b));
+}
+
+// The same in a search for what holds the instance `a`: `b` is the instance that an attribute
+// holds, null where it holds none. IsSame0 then gets value(), the value of the attribute, as it is.
+template <class Value>
+bool IsSame0Of(SdaiEntityInstance* a, SdaiEntityInstance* b, Value&& value) {
+    if (b != nullptr || KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return IsSame0Of(a, b);
+    return static_cast<const SdaiLogical&>(IsSame0(SdaiPrimitiveH(a), value()));
+}
+
 }  // namespace orx
 
 #endif
