@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-double KORMathVector::Norm() const { return std::sqrt(Dot(*this, *this)); }
+double KORMathVector::Norm() const { return std::hypot(values_[0], values_[1], values_[2]); }
 
 KORMath3x3Matrix KORMath3x3Matrix::Inverse() const {
     // The rows of the inverse are the cross products of the columns over the determinant.

@@ -204,7 +204,8 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
         TraceNumbers(trace, {"x_1", "y_1", "z_1"}, location1);
         const KORMathVector location2 = LocationOf(item2);
         TraceNumbers(trace, {"x_2", "y_2", "z_2"}, location2);
-        const KORMathVector translation = crossed ? location1 - location2 : location2 - location1;
+        KORMathVector translation = location2 - location1;
+        if (crossed) translation = -1.0 * translation;
         TraceNumbers(trace, {"t_1", "t_2", "t_3"}, translation);
 
         trace.Line("Valuation de la liste de sortie");
