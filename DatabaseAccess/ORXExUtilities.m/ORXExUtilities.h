@@ -7,9 +7,11 @@
 //
 // - Arguments are value handles (SdaiPrimitiveH.h) and are never modified. The result is a handle
 //   of its own, which the caller owns.
-// - No function fails and nothing is thrown. Where an argument is missing or of the wrong shape, or
-//   memory runs out, the result is the default that stands with the function; KORMemory.h tells
-//   whether memory was the reason. A logical is TRUE or FALSE, never UNKNOWN.
+// - No function fails and nothing is thrown. Where an argument is missing, or memory runs out, the
+//   result is the default that stands with the function; KORMemory.h tells whether memory was the
+//   reason. An argument of another kind reads as nothing: as an empty text, the number 0, an
+//   instance without attributes. What comes of that is the default, too, or stands with the
+//   function. A logical is TRUE or FALSE, never UNKNOWN.
 // - Each call opens a trace scope under the function's label and tells, when level 12 is switched
 //   on, what it reads and decides (KORPSNTrace.h). Tracing never changes a result.
 // - Nothing is kept between calls, except by IsVersion (see there). One call at a time; functions
@@ -58,31 +60,35 @@ ORX_EXPORT SdaiPrimitiveH IsEncodedKey(const SdaiPrimitiveH& key);
 //
 // - key: the key
 // - place: the number of the field, from 1
-// - default: unset, when an argument is missing or the place is below 1
+// - default: unset, when an argument is missing or the place is below 1; a key that is no text is
+//   an empty one, of which place 1 is -1 and any other "EMPTY VALUE"
 // - reads: the arguments alone
 ORX_EXPORT SdaiPrimitiveH DecodeKey(const SdaiPrimitiveH& key, const SdaiPrimitiveH& place);
 
 // The key of a database model. An unset attribute gives a field of length 0.
 //
 // - model: a model_object
-// - default: "EMPTY VALUE", when the model is missing
+// - default: "EMPTY VALUE", when the model is missing; "S0000I0000S0000S0000" for what is no
+//   instance
 // - reads: S_TYPE_REP, S_NEXT (an integer field), C_REVISION, C_NICKNAME of the model, in this
 //   order
 ORX_EXPORT SdaiPrimitiveH ConcatModelAtb(const SdaiPrimitiveH& model);
 
-// The key of a database document: S_TYPE_REP, S_NAME, NOTES, S_FORMAT for a type named
-// ..._DOCUMENT; S_TYPE_REP, S_NAME, NOTES for one named ..._DOCCAD; S_TYPE_REP, NOTES for any
-// other. An unset attribute gives a field of length 0.
+// The key of a database document: S_TYPE_REP, S_NAME, NOTES, S_FORMAT for one of the table
+// DOCUMENT; S_TYPE_REP, S_NAME, NOTES for one of DOCCAD; S_TYPE_REP, NOTES for any other. The table
+// is what follows the first "_" of the type's name (STORAGE_TABLE), the whole name where it has
+// none. An unset attribute gives a field of length 0.
 //
 // - document: a document_object
-// - default: "EMPTY VALUE", when the document is missing
+// - default: "EMPTY VALUE", when the document is missing; "S0000S0000" for what is no instance
 // - reads: the name of the document's type, and the attributes above
 ORX_EXPORT SdaiPrimitiveH ConcatDocAtb(const SdaiPrimitiveH& document);
 
 // The key of a database part. An unset attribute gives a field of length 0.
 //
 // - part: a part_object
-// - default: "EMPTY VALUE", when the part is missing
+// - default: "EMPTY VALUE", when the part is missing; "S0000S0000I0000S0000" for what is no
+// instance
 // - reads: S_PART_NUMBER, S_CHG_NUM, C_VERSION (an integer field), S_TYPE of the part, in this
 //   order
 ORX_EXPORT SdaiPrimitiveH ConcatPartAtb(const SdaiPrimitiveH& part);
@@ -163,7 +169,7 @@ ORX_EXPORT SdaiPrimitiveH IsInfiniteDate(const SdaiPrimitiveH& effectivity);
 //
 // - effectivity: a date_effectivity or an option_effectivity
 // - anchor: any instance of the model to create in
-// - default: unset, when an argument is missing
+// - default: unset, when an argument is missing; a date of zeros for an effectivity of another kind
 // - reads: start_date of a date effectivity, option_start_date of an option effectivity
 ORX_EXPORT SdaiPrimitiveH GetStartDate(const SdaiPrimitiveH& effectivity,
                                        const SdaiPrimitiveH& anchor);
@@ -173,7 +179,8 @@ ORX_EXPORT SdaiPrimitiveH GetStartDate(const SdaiPrimitiveH& effectivity,
 //
 // - effectivity: a date_effectivity or an option_effectivity
 // - anchor: any instance of the model to create in
-// - default: unset, and nothing created, when an argument is missing or the end is not set
+// - default: unset, and nothing created, when an argument is missing, the end is not set or the
+//   effectivity is of another kind
 // - reads: end_date of a date effectivity, option_end_date of an option effectivity
 ORX_EXPORT SdaiPrimitiveH GetEndDate(const SdaiPrimitiveH& effectivity,
                                      const SdaiPrimitiveH& anchor);
@@ -185,7 +192,9 @@ ORX_EXPORT SdaiPrimitiveH GetEndDate(const SdaiPrimitiveH& effectivity,
 // - date: a date string: month, day, year (four digits), hour, minute, second, fourteen digits in
 //   all
 // - model: the model to create in
-// - default: null, and nothing created, for a null model or one whose schema lacks one of the types
+// - default: null, and nothing created, for a null model or one whose schema lacks one of the
+// types;
+//   where memory runs out on the way, what was created stays
 // - reads: the date alone
 ORX_EXPORT SdaiEntityInstance* BuildDatedEff(SdaiString date, SdaiModel* model);
 
@@ -215,12 +224,13 @@ ORX_EXPORT SdaiPrimitiveH IsUsedByPart(const SdaiPrimitiveH& part,
                                        const SdaiPrimitiveH& effectivity);
 
 // The effectivity identifier: fields "ORX", id of the part's configuration item (of the model's
-// last one when none has the part as its design), type of the effectivity ("UNDEFINED" when it is
-// of another kind).
+// last one when none has the part as its design), type of the effectivity: option_type of an option
+// effectivity, "range_effectivity" or "date_effectivity"; "UNDEFINED" where option_type is not set
+// and for an effectivity of another kind.
 //
 // - part: a part_object
 // - effectivity: an effectivity of the database
-// - default: "EMPTY VALUE", when an argument is missing
+// - default: "EMPTY VALUE", when an argument is missing; an empty id where the part is no instance
 // - reads: design and id of the configuration_item instances of the part's model; the type of the
 //   effectivity, option_type of an option effectivity
 ORX_EXPORT SdaiPrimitiveH ORXIdEff(const SdaiPrimitiveH& part, const SdaiPrimitiveH& effectivity);
@@ -229,7 +239,7 @@ ORX_EXPORT SdaiPrimitiveH ORXIdEff(const SdaiPrimitiveH& part, const SdaiPrimiti
 // configuration_handler that applies to its design, where there is one.
 //
 // - item: a configuration_item of the database
-// - default: "EMPTY VALUE", when the item is missing
+// - default: "EMPTY VALUE", when the item is missing; "S0003ORXS0000" for what is no instance
 // - reads: id and design of the item; apply and id of the configuration_handler instances of the
 //   design's model
 ORX_EXPORT SdaiPrimitiveH ORXIdCfg(const SdaiPrimitiveH& item);
@@ -359,7 +369,7 @@ ORX_EXPORT SdaiPrimitiveH GetAbsPlacement(const SdaiPrimitiveH& link);
 //
 // - instance: any instance
 // - attribute: the name of the attribute
-// - default: the integer 0, when an argument is missing
+// - default: the integer 0, when an argument is missing; unset for what is no instance
 // - reads: the attribute of the instance
 ORX_EXPORT SdaiPrimitiveH GetInst(const SdaiPrimitiveH& instance, const SdaiPrimitiveH& attribute);
 
@@ -367,7 +377,7 @@ ORX_EXPORT SdaiPrimitiveH GetInst(const SdaiPrimitiveH& instance, const SdaiPrim
 //
 // - index: 1 for TRANSFORM_ITEM_1, any other number for TRANSFORM_ITEM_2
 // - transformation: the select, or the ITEM_DEFINED_TRANSFORMATION itself
-// - default: unset, when an argument is missing
+// - default: unset, when an argument is missing; an index that is no number counts as 0
 // - reads: TRANSFORM_ITEM_1 or TRANSFORM_ITEM_2
 ORX_EXPORT SdaiPrimitiveH GetItem(const SdaiPrimitiveH& index,
                                   const SdaiPrimitiveH& transformation);
@@ -383,7 +393,7 @@ ORX_EXPORT SdaiPrimitiveH GetMemberCount(const SdaiPrimitiveH& aggregate);
 // integer 0 when the way leads elsewhere.
 //
 // - instance: the instance whose DEFINITION is the PROPERTY_DEFINITION
-// - default: unset, when the instance is missing
+// - default: unset, when the instance is missing; the integer 0 for what is no instance
 // - reads: DEFINITION of the instance, and DEFINITION of the PROPERTY_DEFINITION
 ORX_EXPORT SdaiPrimitiveH GetRepFromProperty(const SdaiPrimitiveH& instance);
 
@@ -425,7 +435,7 @@ ORX_EXPORT SdaiPrimitiveH ReadMandatory(const SdaiPrimitiveH& value,
 //
 // - text: the text
 // - count: the number of characters
-// - default: "NO VALUE", when an argument is missing
+// - default: "NO VALUE", when an argument is missing; "" for a text that is none
 // - reads: the arguments alone
 ORX_EXPORT SdaiPrimitiveH ORXTrunc(const SdaiPrimitiveH& text, const SdaiPrimitiveH& count);
 
@@ -589,7 +599,7 @@ ORX_EXPORT SdaiPrimitiveH ORX_GetDocName(const SdaiPrimitiveH& name,
 //
 // - name: the name to convert
 // - direction: 1 to the file name, any other number to the model name
-// - default: "", when an argument is missing
+// - default: "", when an argument is missing; ".model" to the file name of what is no text
 // - reads: the arguments alone
 ORX_EXPORT SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name,
                                            const SdaiPrimitiveH& direction);
@@ -599,8 +609,9 @@ ORX_EXPORT SdaiPrimitiveH ORX_GetModelName(const SdaiPrimitiveH& name,
 // attribute.
 //
 // - model: a model_object
-// - default: "", when the model is missing
-// - reads: C_SOFT_VER of the model
+// - default: "", when the model is missing; of what is no instance, the identifier of a model whose
+//   type has no such attribute
+// - reads: C_SOFT_VER of the model; S_TYPE_REP and S_NEXT, too, which the identifier drops
 ORX_EXPORT SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model);
 
 // The first field of a model identifier NAME _ORXExchangedRep_ NUMBER _ORXExchangedRep2_ NAME, in
@@ -628,7 +639,7 @@ ORX_EXPORT SdaiPrimitiveH ORX_GetModelId_Imp3(const SdaiPrimitiveH& identifier);
 // The key of a database document (see ConcatDocAtb) behind the marker "_ORX_".
 //
 // - document: a document_object
-// - default: "EMPTY VALUE", when the document is missing
+// - default: "EMPTY VALUE", when the document is missing; "_ORX_S0000S0000" for what is no instance
 // - reads: what ConcatDocAtb reads
 ORX_EXPORT SdaiPrimitiveH EncodeNARVOV5Doc(const SdaiPrimitiveH& document);
 
@@ -644,7 +655,7 @@ ORX_EXPORT SdaiPrimitiveH IsEncodedNARVOV5(const SdaiPrimitiveH& value);
 //
 // - key: the key with its marker
 // - place: the number of the field, from 1
-// - default: "EMPTY VALUE", when an argument is missing
+// - default: "EMPTY VALUE", when an argument is missing; unset for a key that is no text
 // - reads: the arguments alone
 ORX_EXPORT SdaiPrimitiveH DecodeNARVOV5(const SdaiPrimitiveH& key, const SdaiPrimitiveH& place);
 
@@ -653,7 +664,7 @@ ORX_EXPORT SdaiPrimitiveH DecodeNARVOV5(const SdaiPrimitiveH& key, const SdaiPri
 //
 // - instance: what the name was assigned to
 // - source: the source, asked when the instance has no identifier
-// - default: "", when there is none
+// - default: "", when there is none; an instance that is none has no identifier
 // - reads: ASSIGNED_ID of the instance, SOURCE_ID of the source
 ORX_EXPORT SdaiPrimitiveH GetExternalName(const SdaiPrimitiveH& instance,
                                           const SdaiPrimitiveH& source);
@@ -679,7 +690,9 @@ ORX_EXPORT SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimiti
 //
 // - part: a part_object
 // - flag: 1 or 0
-// - default: for flag 1 unset, when the part has no recorded identity; else FALSE
+// - default: for flag 1 unset, when the part is missing, has no recorded identity or is not known
+// to
+//   document management; for flag 0, any other flag and none, FALSE
 // - reads: CdmaObject, Coid, Compid, Caenv and Catab of the cdma_id instances of the part's model;
 //   the revisions that document management knows
 ORX_EXPORT SdaiPrimitiveH IsVersion(const SdaiPrimitiveH& part, const SdaiPrimitiveH& flag);
@@ -694,7 +707,7 @@ ORX_EXPORT SdaiPrimitiveH RemoveValueVersion();
 // starting revision value, with a warning in the trace.
 //
 // - version: the version text
-// - default: "", when it is missing
+// - default: "", when it is missing; the starting revision value for what is no text
 // - reads: the version, and the starting revision value (KORDMNarvo.h)
 ORX_EXPORT SdaiPrimitiveH ReadPartVersion(const SdaiPrimitiveH& version);
 

@@ -183,7 +183,6 @@ Answer HasThreeFields(const std::string& text, long) {
     for (int field = 0; field < 3; ++field) {
         if (at > length) return No({exists, "On se moque"});
         if (Cut(text, at, 1) != "S") return No({exists, "NOT a good format"});
-        if (at + 1 > length) return No({exists, "On se remoque"});
         const std::optional<long> size = Integer(Cut(text, at + 1, 4));
         if (!size) return No({exists, "On se moque encore"});
         at += 5 + *size;

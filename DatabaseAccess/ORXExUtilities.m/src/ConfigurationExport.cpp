@@ -489,7 +489,6 @@ SdaiPrimitiveH HasAORXValue(const SdaiPrimitiveH& item) {
             for (int field = 0; field < 3; ++field) {
                 if (position > end) return trace.Line("On se moque");
                 if (!(TextAt(text, position, 1) == "S")) return trace.Line("NOT a good format");
-                if (position + 1 > end) return trace.Line("On se remoque");
                 const std::optional<long> length = LengthAt(text, position + 1);
                 if (!length.has_value()) return trace.Line("On se moque encore");
                 position += kFieldHead + *length;
