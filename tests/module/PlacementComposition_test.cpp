@@ -631,6 +631,38 @@ TEST_P(GetPlacement0Of, SaysHowTheItemsAreWired) {
                             "GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_1"));
 }
 
+// A crossed translation is the straight one times -1, zeros included.
+TEST(GetPlacement0, TurnsTheSignOfACrossedTranslation) {
+    const char* const origin = "(1.,2.,3.)";
+    const TestModel model("AUTOMOTIVE_DESIGN",
+                          Instances(10, {origin, "(0.,0.,1.)", "(1.,0.,0.)"}) +
+                              Instances(20, {"(1.,2.,5.)", "(0.,0.,1.)", "(1.,0.,0.)"}) + R"(
+        #1=ITEM_DEFINED_TRANSFORMATION('','',#10,#20);
+        #2=SHAPE_REPRESENTATION('',(#10),$);
+        #3=SHAPE_REPRESENTATION('',(#20),$);
+        #4=(REPRESENTATION_RELATIONSHIP('','',#3,#2)
+            REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION(#1)
+            SHAPE_REPRESENTATION_RELATIONSHIP());
+        #5=CONTEXT_DEPENDENT_SHAPE_REPRESENTATION(#4,$);
+        #6=(REPRESENTATION_RELATIONSHIP('','',#2,#3)
+            REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION(#1)
+            SHAPE_REPRESENTATION_RELATIONSHIP());
+        #7=CONTEXT_DEPENDENT_SHAPE_REPRESENTATION(#6,$);)");
+    const auto signs = [&model](unsigned long context, const Reals& translation) {
+        List list;
+        GetPlacement0(model[context], "REP_2", list);
+        const Reals values = list.Values();
+        std::vector<bool> negative;
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(values.at(9 + i), translation[i]);
+            negative.push_back(std::signbit(values.at(9 + i)));
+        }
+        return negative;
+    };
+    EXPECT_THAT(signs(7, {0, 0, 2}), ElementsAre(false, false, false));
+    EXPECT_THAT(signs(5, {0, 0, -2}), ElementsAre(true, true, true));
+}
+
 TEST(GetPlacement0, TellsItsStepsInTheTrace) {
     const Frame translated{"(4.,6.,8.5)", "(0.,0.,1.)", "(1.,0.,0.)"};
     const TestModel model(
