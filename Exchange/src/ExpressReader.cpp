@@ -38,7 +38,10 @@ struct Token {
 
 class Lexer {
   public:
-    explicit Lexer(std::string_view text) : text_(text) {}
+    explicit Lexer(std::string_view text) : text_(text) {
+        constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+        if (text_.starts_with(kByteOrderMark)) at_ = kByteOrderMark.size();
+    }
 
     Token Next() {
         SkipSpace();
@@ -68,8 +71,10 @@ class Lexer {
 
     SourcePosition PositionAt(std::size_t offset) const { return {line_, offset - lineStart_ + 1}; }
 
+    // Past a character. A line ends with a line feed, or with a carriage return that none follows.
     void Advance() {
-        if (text_[at_++] == '\n') {
+        const char c = text_[at_++];
+        if (c == '\n' || (c == '\r' && !Ahead("\n"))) {
             ++line_;
             lineStart_ = at_;
         }
@@ -82,7 +87,7 @@ class Lexer {
         for (;;) {
             if (at_ == text_.size()) return;
             if (Ahead("--")) {
-                while (at_ < text_.size() && text_[at_] != '\n') ++at_;
+                while (at_ < text_.size() && text_[at_] != '\n' && text_[at_] != '\r') ++at_;
             } else if (Ahead("(*")) {
                 SkipRemark();
             } else if (const char c = text_[at_]; c == ' ' || (c >= '\t' && c <= '\r')) {

@@ -2,9 +2,24 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 
 namespace kor {
+
+namespace {
+
+// What a schema may ask for: far more than any has, and little enough for any machine. Subtypes
+// take over what their supertypes have, and selects what the selects among their members allow, so
+// that a short text could ask for more memory than there is.
+constexpr std::size_t kMostLevels = 1'000;         // of subtypes
+constexpr std::size_t kMostInherited = 2'000'000;  // attributes and supertypes, over all entities
+constexpr std::size_t kMostChoices = 1'000'000;    // over all selects
+
+// Further unknown names get no suggestion: nobody reads so many messages.
+constexpr std::size_t kMostSuggestions = 20;
+
+}  // namespace
 
 const Domain* Domain::Choice(std::string_view definedType) const {
     for (const auto& [name, domain] : choices) {
@@ -40,20 +55,25 @@ void EntityType::AddKind(const EntityType& kind) {
     if (kinds_.Add(kind.folded_, 0)) lineage_.push_back(&kind);
 }
 
+void EntityType::AddSlot(const Slot& slot, Places& places) {
+    if (slot.attribute != nullptr) places.emplace(slot.attribute, slots_.size());
+    slots_.push_back(slot);
+}
+
 // Takes over the slots that the type does not have yet, and what the supertype makes of those that
-// it has.
-void EntityType::InheritFrom(const EntityType& supertype) {
+// it has. A type that no schema declares hands down none.
+void EntityType::InheritFrom(const EntityType& supertype, Places& places) {
     for (const Slot& inherited : supertype.slots_) {
-        const auto known = std::find_if(slots_.begin(), slots_.end(), [&](const Slot& slot) {
-            return slot.attribute != nullptr && slot.attribute == inherited.attribute;
-        });
-        if (known == slots_.end()) {
-            slots_.push_back(inherited);
+        if (inherited.attribute == nullptr) continue;
+        const auto place = places.find(inherited.attribute);
+        if (place == places.end()) {
+            AddSlot(inherited, places);
         } else if (inherited.derived || inherited.domain != inherited.attribute->domain ||
                    inherited.optional != inherited.attribute->optional) {
-            known->derived |= inherited.derived;
-            known->domain = inherited.domain;
-            known->optional = inherited.optional;
+            Slot& known = slots_[place->second];
+            known.derived |= inherited.derived;
+            known.domain = inherited.domain;
+            known.optional = inherited.optional;
         }
     }
     renamed_.insert(renamed_.end(), supertype.renamed_.begin(), supertype.renamed_.end());
@@ -61,19 +81,15 @@ void EntityType::InheritFrom(const EntityType& supertype) {
 }
 
 // Makes the slots known by the names of their attributes, where a name is not taken yet.
-void EntityType::AddNames() {
-    const auto slotOf = [this](const Attribute* attribute) {
-        return std::find_if(slots_.begin(), slots_.end(),
-                            [=](const Slot& slot) { return slot.attribute == attribute; });
-    };
+void EntityType::AddNames(const Places& places) {
     for (const Slot& slot : slots_) {
         if (slot.attribute == nullptr) continue;
         attributes_.Add(slot.attribute->folded, static_cast<int>(&slot - slots_.data()));
     }
     for (const Renamed& renamed : renamed_) {
-        const auto slot = slotOf(renamed.attribute);
-        if (slot == slots_.end()) continue;
-        attributes_.Add(renamed.name, static_cast<int>(slot - slots_.begin()));
+        const auto place = places.find(renamed.attribute);
+        if (place == places.end() || place->second >= slots_.size()) continue;
+        attributes_.Add(renamed.name, static_cast<int>(place->second));
     }
 }
 
@@ -107,18 +123,18 @@ std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const Enti
     std::unique_ptr<EntityType> type(new EntityType(SdaiString(name), declared));
     type->complex_ = true;
     type->number_ = number;
+    Places places;
     for (const EntityType* part : parts) {
         const std::size_t first = type->slots_.size();
-        const std::span<const Slot> own = part->OwnSlots();
-        type->slots_.insert(type->slots_.end(), own.begin(), own.end());
+        for (const Slot& slot : part->OwnSlots()) type->AddSlot(slot, places);
         type->parts_.push_back({part->folded_, first, type->slots_.size() - first});
     }
     // One part may narrow or derive what another one declares. A supertype that is not among the
     // parts has no values here.
     const std::size_t slotCount = type->slots_.size();
-    for (const EntityType* part : parts) type->InheritFrom(*part);
+    for (const EntityType* part : parts) type->InheritFrom(*part, places);
     type->slots_.resize(slotCount);
-    type->AddNames();
+    type->AddNames(places);
     return type;
 }
 
@@ -146,13 +162,20 @@ class Schema::Resolver {
 
     void Run() {
         NameEverything();
-        for (std::size_t i = 0; i < declaration_.types.size(); ++i) ResolveType(i);
-        ResolveSelects();
-        ResolveEntities();
+        try {
+            for (std::size_t i = 0; i < declaration_.types.size(); ++i) ResolveType(i);
+            ResolveSelects();
+            ResolveEntities();
+        } catch (const TooMuch&) {
+            return;
+        }
         for (Domain& domain : schema_.domains_) domain.admitted = domain.Admitted();
     }
 
   private:
+    // A limit has been passed, and that been reported.
+    struct TooMuch {};
+
     SdaiString Spelled(std::string_view name) const {
         return SdaiString(keepSpelling_ ? std::string(name) : Folded(name));
     }
@@ -222,38 +245,80 @@ class Schema::Resolver {
     }
 
     void Unknown(SourcePosition position, const char* what, const std::string& name) {
-        std::vector<std::string> known = schema_.EntityNames();
-        for (const DefinedType& type : schema_.types_) known.emplace_back(type.Name().View());
-        Fail(position,
-             std::string("unknown ") + what + " '" + name + "'" + DidYouMean(name, known));
+        std::string suggestion;
+        if (errors_.size() < kMostSuggestions) {
+            std::vector<std::string> known = schema_.EntityNames();
+            for (const DefinedType& type : schema_.types_) known.emplace_back(type.Name().View());
+            suggestion = DidYouMean(name, known);
+        }
+        Fail(position, std::string("unknown ") + what + " '" + name + "'" + suggestion);
     }
 
-    void ResolveType(std::size_t index) {
-        // Follows the names of an alias to the type that says something.
-        const TypeDeclaration* type = &declaration_.types[index];
-        for (std::size_t steps = 0; type->kind == TypeDeclaration::Kind::Alias &&
-                                    type->alias.kind == TypeExpression::Kind::Named;
-             ++steps) {
-            if (steps > declaration_.types.size()) {
-                Fail(declaration_.types[index].position,
-                     "type '" + declaration_.types[index].name + "' is defined by itself");
-                return;
-            }
-            const int next = schema_.typeTable_.Find(std::string_view(type->alias.name));
-            if (next == NameTable::kAbsent) {
-                const Domain* entity = DomainOf(type->alias);
-                *typeDomains_[index] = *entity;
-                return;
-            }
-            type = &declaration_.types[static_cast<std::size_t>(next)];
+    [[noreturn]] void FailOfLimit(SourcePosition position, std::string message) {
+        Fail(position, std::move(message));
+        throw TooMuch();
+    }
+
+    // The type that a type is another name for; none where it says something itself.
+    std::optional<std::size_t> AliasOf(std::size_t index) const {
+        const TypeDeclaration& type = declaration_.types[index];
+        if (type.kind != TypeDeclaration::Kind::Alias ||
+            type.alias.kind != TypeExpression::Kind::Named) {
+            return std::nullopt;
         }
+        const int named = schema_.typeTable_.Find(std::string_view(type.alias.name));
+        if (named == NameTable::kAbsent) return std::nullopt;
+        return static_cast<std::size_t>(named);
+    }
+
+    // Resolves a type, and those that it is another name for, each once.
+    void ResolveType(std::size_t index) {
+        std::vector<std::size_t> path;
+        std::optional<std::size_t> next = index;
+        for (; next.has_value() && types_[*next].state == State::Unseen; next = AliasOf(*next)) {
+            types_[*next].state = State::Open;
+            path.push_back(*next);
+        }
+        if (next.has_value() && types_[*next].state != State::Resolved) {
+            for (const std::size_t type : path) {
+                types_[type].state = State::Circular;
+                Fail(declaration_.types[type].position,
+                     "type '" + declaration_.types[type].name + "' is defined by itself");
+            }
+            return;
+        }
+        for (; !path.empty(); path.pop_back()) {
+            const std::size_t type = path.back();
+            types_[type].state = State::Resolved;
+            if (next.has_value()) {
+                *typeDomains_[type] = *typeDomains_[*next];
+                types_[type].select = types_[*next].select;
+            } else {
+                Define(type);
+            }
+            if (types_[type].select != nullptr) {
+                selects_.emplace_back(typeDomains_[type], types_[type].select);
+            }
+            next = type;
+        }
+    }
+
+    // Makes the domain of a type that says something itself.
+    void Define(std::size_t index) {
+        const TypeDeclaration& type = declaration_.types[index];
         Domain& domain = *typeDomains_[index];
-        switch (type->kind) {
-            case TypeDeclaration::Kind::Alias: FillIn(domain, type->alias); break;
+        switch (type.kind) {
+            case TypeDeclaration::Kind::Alias:
+                if (type.alias.kind == TypeExpression::Kind::Named) {
+                    domain = *DomainOf(type.alias);
+                } else {
+                    FillIn(domain, type.alias);
+                }
+                break;
             case TypeDeclaration::Kind::Enumeration: domain.base = Domain::Base::Enumeration; break;
             case TypeDeclaration::Kind::Select:
                 domain.base = Domain::Base::Select;
-                selects_.emplace_back(&domain, type);
+                types_[index].select = &type;
                 break;
         }
     }
@@ -278,6 +343,11 @@ class Schema::Resolver {
                 const auto [first, last] = extensions.equal_range(Folded(select.name));
                 for (auto extension = first; extension != last; ++extension) {
                     members.push_back(extension->second->name);
+                }
+                chosen_ += members.size();
+                if (chosen_ > kMostChoices) {
+                    FailOfLimit(declaration->position,
+                                "the selects of the schema list more than 1,000,000 types in all");
                 }
                 for (const std::string& member : members) {
                     if (seen.insert(Folded(member)).second)
@@ -323,10 +393,18 @@ class Schema::Resolver {
             }
             if (missing[i] == 0) ready.push_back(i);
         }
+        std::vector<std::size_t> level(count, 0);
         std::size_t resolved = 0;
         for (; resolved < ready.size(); ++resolved) {
-            ResolveEntity(ready[resolved]);
-            for (const std::size_t subtype : subtypes[ready[resolved]]) {
+            const std::size_t entity = ready[resolved];
+            if (level[entity] > kMostLevels) {
+                FailOfLimit(declaration_.entities[entity].position,
+                            "entity '" + declaration_.entities[entity].name +
+                                "' has more than 1,000 levels of supertypes");
+            }
+            ResolveEntity(entity);
+            for (const std::size_t subtype : subtypes[entity]) {
+                level[subtype] = std::max(level[subtype], level[entity] + 1);
                 if (--missing[subtype] == 0) ready.push_back(subtype);
             }
         }
@@ -342,24 +420,33 @@ class Schema::Resolver {
         const EntityDeclaration& declaration = declaration_.entities[index];
         EntityType& type = *schema_.ownedEntities_[index];
         type.AddKind(type);
+        EntityType::Places places;
         for (const std::string& name : declaration.supertypes) {
             if (const EntityType* supertype = schema_.FindEntity(std::string_view(name))) {
-                type.InheritFrom(*supertype);
+                inherited_ += supertype->Slots().size() + supertype->Lineage().size() +
+                              supertype->renamed_.size();
+                if (inherited_ > kMostInherited) {
+                    FailOfLimit(declaration.position,
+                                "the entities of the schema inherit more than 2,000,000 attributes "
+                                "and supertypes in all");
+                }
+                type.InheritFrom(*supertype, places);
             }
         }
         type.firstOwnSlot_ = type.slots_.size();
         for (const AttributeDeclaration& attribute : declaration.attributes) {
             if (attribute.Redeclares()) {
-                Redeclare(type, attribute);
+                Redeclare(type, attribute, places);
             } else {
-                Declare(type, attribute);
+                Declare(type, attribute, places);
             }
         }
-        type.AddNames();
+        type.AddNames(places);
         type.parts_.push_back({type.folded_, 0, type.slots_.size()});
     }
 
-    void Declare(EntityType& type, const AttributeDeclaration& declaration) {
+    void Declare(EntityType& type, const AttributeDeclaration& declaration,
+                 EntityType::Places& places) {
         schema_.attributes_.emplace_back(Spelled(declaration.name), DomainOf(declaration.type),
                                          declaration.optional);
         const Attribute& attribute = schema_.attributes_.back();
@@ -367,10 +454,11 @@ class Schema::Resolver {
         if (!type.attributes_.Add(attribute.folded, static_cast<int>(type.slots_.size()))) {
             Fail(declaration.position, "attribute '" + declaration.name + "' is declared twice");
         }
-        type.slots_.push_back({&attribute, attribute.domain, false, attribute.optional});
+        type.AddSlot({&attribute, attribute.domain, false, attribute.optional}, places);
     }
 
-    void Redeclare(EntityType& type, const AttributeDeclaration& declaration) {
+    void Redeclare(EntityType& type, const AttributeDeclaration& declaration,
+                   const EntityType::Places& places) {
         const EntityType* owner =
             schema_.FindEntity(std::string_view(declaration.redeclaredEntity));
         const int ownerSlot =
@@ -384,12 +472,10 @@ class Schema::Resolver {
             return;
         }
         const Attribute* attribute = owner->Slots()[static_cast<std::size_t>(ownerSlot)].attribute;
-        const auto slot =
-            std::find_if(type.slots_.begin(), type.slots_.end(),
-                         [&](const Slot& candidate) { return candidate.attribute == attribute; });
-        slot->derived |= declaration.derived;
-        slot->domain = DomainOf(declaration.type);
-        slot->optional = declaration.optional;
+        Slot& slot = type.slots_[places.at(attribute)];
+        slot.derived |= declaration.derived;
+        slot.domain = DomainOf(declaration.type);
+        slot.optional = declaration.optional;
         if (!declaration.name.empty()) {
             type.renamed_.push_back({Folded(declaration.name), attribute});
         }
@@ -400,9 +486,17 @@ class Schema::Resolver {
     std::vector<Diagnostic>& errors_;
     const bool keepSpelling_;
     const Domain generic_;
+    enum class State : std::uint8_t { Unseen, Open, Resolved, Circular };
+    struct TypeState {
+        State state = State::Unseen;
+        const TypeDeclaration* select = nullptr;  // what the type finally is, if it is a select
+    };
+    std::vector<TypeState> types_ = std::vector<TypeState>(declaration_.types.size());
     std::vector<Domain*> typeDomains_;
     std::vector<Domain*> entityDomains_;
     std::vector<std::pair<Domain*, const TypeDeclaration*>> selects_;
+    std::size_t inherited_ = 0;
+    std::size_t chosen_ = 0;
 };
 
 std::shared_ptr<const Schema> Schema::Make(const SchemaDeclaration& declaration,

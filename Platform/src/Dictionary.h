@@ -12,6 +12,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "KORExport.h"
@@ -244,9 +245,13 @@ class KOR_API EntityType final : public SdaiEntity {
         const Attribute* attribute;
     };
 
+    // Where the attributes stand among the slots of a type that is being made.
+    using Places = std::unordered_map<const Attribute*, std::size_t>;
+
     void AddKind(const EntityType& kind);
-    void AddNames();
-    void InheritFrom(const EntityType& supertype);
+    void AddSlot(const Slot& slot, Places& places);
+    void InheritFrom(const EntityType& supertype, Places& places);
+    void AddNames(const Places& places);
 
     std::string folded_;
     bool declared_;

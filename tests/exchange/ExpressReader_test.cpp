@@ -18,6 +18,7 @@ using exchange::Messages;
 using exchange::SchemaPtr;
 using kor::Domain;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
@@ -722,6 +723,122 @@ INSTANTIATE_TEST_SUITE_P(
                   "ENTITY b; x : t; END_ENTITY;\nEND_SCHEMA;",
                   ""}),
     [](const auto& tested) { return std::string(tested.param.name); });
+
+// ---- Limits
+
+TEST(ExpressReader, TakesAThousandLevelsOfSubtypesAndNoMore) {
+    const auto chain = [](int levels) {
+        std::string text = "SCHEMA s;\nENTITY e0; END_ENTITY;\n";
+        for (int i = 1; i <= levels; ++i) {
+            text += "ENTITY e" + std::to_string(i) + " SUBTYPE OF (e" + std::to_string(i - 1) +
+                    "); a" + std::to_string(i) + " : INTEGER; END_ENTITY;\n";
+        }
+        return text + "END_SCHEMA;";
+    };
+    const SchemaPtr schema = Parse(chain(1000));
+    EXPECT_EQ(schema->FindEntity(std::string_view("E1000"))->Slots().size(), 1000U);
+    Messages messages;
+    EXPECT_THAT(exchange::ParseSchemas(chain(4000), "schema", messages), IsEmpty());
+    ASSERT_EQ(messages.ErrorCount(), 1U);
+    EXPECT_EQ(messages.Errors().front().ToString(),
+              "schema:1003:8: entity 'e1001' has more than 1,000 levels of supertypes");
+}
+
+TEST(ExpressReader, RefusesASchemaThatInheritsTooMuch) {
+    std::string text = "SCHEMA s;\n";
+    std::string all = "ENTITY all SUBTYPE OF (s0";
+    for (int i = 0; i < 2000; ++i) {
+        text += "ENTITY s" + std::to_string(i) + "; a" + std::to_string(i) +
+                " : INTEGER; END_ENTITY;\n";
+        if (i != 0) all += ",s" + std::to_string(i);
+    }
+    text += all + "); END_ENTITY;\n";
+    for (int i = 0; i < 2000; ++i) {
+        text += "ENTITY t" + std::to_string(i) + " SUBTYPE OF (all); END_ENTITY;\n";
+    }
+    Messages messages;
+    EXPECT_THAT(exchange::ParseSchemas(text + "END_SCHEMA;", "schema", messages), IsEmpty());
+    ASSERT_EQ(messages.ErrorCount(), 1U);
+    EXPECT_THAT(messages.Errors().front().text,
+                HasSubstr("inherit more than 2,000,000 attributes and supertypes"));
+}
+
+TEST(ExpressReader, RefusesSelectsThatListTooMuch) {
+    std::string text = "SCHEMA s;\nTYPE t = REAL; END_TYPE;\nTYPE s0 = SELECT (t); END_TYPE;\n";
+    for (int i = 1; i < 4000; ++i) {
+        text += "TYPE s" + std::to_string(i) + " = SELECT (t, s" + std::to_string(i - 1) +
+                "); END_TYPE;\n";
+    }
+    Messages messages;
+    EXPECT_THAT(exchange::ParseSchemas(text + "END_SCHEMA;", "schema", messages), IsEmpty());
+    ASSERT_EQ(messages.ErrorCount(), 1U);
+    EXPECT_THAT(messages.Errors().front().text, HasSubstr("list more than 1,000,000 types"));
+}
+
+// Each alias is followed once: 30,000 of them took half a minute.
+TEST(ExpressReader, FollowsLongChainsOfAliases) {
+    std::string forward = "SCHEMA s;\n";
+    std::string backward = "TYPE t0 = SELECT (label, e); END_TYPE;\n";
+    for (int i = 30'000; i > 0; --i) {
+        forward += "TYPE f" + std::to_string(i) + " = f" + std::to_string(i - 1) + "; END_TYPE;\n";
+    }
+    for (int i = 1; i <= 30'000; ++i) {
+        backward += "TYPE t" + std::to_string(i) + " = t" + std::to_string(i - 1) + "; END_TYPE;\n";
+    }
+    const SchemaPtr schema = Parse(forward + "TYPE f0 = INTEGER; END_TYPE;\n" + backward +
+                                   "TYPE label = STRING; END_TYPE;\n"
+                                   "ENTITY e; a : f30000; b : t30000; END_ENTITY;\nEND_SCHEMA;");
+    EXPECT_EQ(DomainOf(schema, "e", "a").base, Domain::Base::Integer);
+    EXPECT_THAT(Choices(DomainOf(schema, "e", "b")), ElementsAre("LABEL", "E"));
+}
+
+TEST(ExpressReader, SuggestsNamesInTheMessagesThatAreKept) {
+    std::string text = "SCHEMA s;\nENTITY known; END_ENTITY;\n";
+    for (int i = 0; i < 10'000; ++i) {
+        text += "ENTITY e" + std::to_string(i) + "; a : knwon; END_ENTITY;\n";
+    }
+    Messages messages;
+    exchange::ParseSchemas(text + "END_SCHEMA;", "schema", messages);
+    EXPECT_EQ(messages.ErrorCount(), 10'000U);
+    ASSERT_EQ(messages.Errors().size(), Messages::kKept);
+    for (const Message& error : messages.Errors()) {
+        EXPECT_THAT(error.text, HasSubstr("did you mean 'KNOWN'?"));
+    }
+}
+
+TEST(ExpressReader, RedeclaresManyAttributes) {
+    std::string text = "SCHEMA s;\nENTITY a;\n";
+    std::string narrowed = "ENTITY b SUBTYPE OF (a);\n";
+    for (int i = 0; i < 20'000; ++i) {
+        const std::string number = std::to_string(i);
+        text += 'a' + number + " : NUMBER;\n";
+        narrowed += "SELF\\a.a" + number + " RENAMED b" + number + " : REAL;\n";
+    }
+    const SchemaPtr schema = Parse(text + "END_ENTITY;\n" + narrowed + "END_ENTITY;\nEND_SCHEMA;");
+    EXPECT_EQ(DomainOf(schema, "b", "a19999").base, Domain::Base::Real);
+    EXPECT_EQ(DomainOf(schema, "b", "b19999").base, Domain::Base::Real);
+}
+
+// ---- Lines and marks
+
+TEST(ExpressReader, TakesAByteOrderMark) {
+    EXPECT_EQ(Parse("\xEF\xBB\xBFSCHEMA marked; END_SCHEMA;")->Name().View(), "MARKED");
+}
+
+TEST(ExpressReader, CountsLinesOfAllSystems) {
+    for (const char* end : {"\n", "\r\n", "\r"}) {
+        std::string text = "SCHEMA s; -- a remark\nENTITY e;\n(* more\n*)\n wrong END_ENTITY;";
+        for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos;) {
+            text.replace(at, 1, end);
+            at += std::string(end).size();
+        }
+        Messages messages;
+        exchange::ParseSchemas(text, "schema", messages);
+        ASSERT_EQ(messages.ErrorCount(), 1U);
+        EXPECT_EQ(messages.Errors().front().line, 5U);
+        EXPECT_EQ(messages.Errors().front().column, 8U);
+    }
+}
 
 TEST(ExpressReader, TellsOfEveryUnknownName) {
     Messages messages;

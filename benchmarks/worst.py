@@ -1,0 +1,142 @@
+#!/usr/bin/python3
+"""Measures what data made for the purpose cost: scripts/bench --worst
+
+Each row is an input of one shape, made in two sizes, the second four times the first, and read by a
+process of its own. Time and memory may grow as the input does, and memory may be 30 bytes for a byte;
+a shape that no data have may be refused instead, with a message. The table tells both; the exit status
+is 1 when a row keeps neither.
+"""
+
+import os
+import resource
+import subprocess
+import sys
+import tempfile
+import time
+
+MOST_BYTES = 30  # of memory, for each byte of the input
+MOST_GROWTH = 8  # of the time, where the input grows to four times
+BASE = 40e6  # bytes of memory that any run takes
+SHORT = 0.3  # seconds below which a time says nothing
+
+HEADER = "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n"
+END = "ENDSEC;\nEND-ISO-10303-21;\n"
+
+
+def data(text):
+    return "-m", HEADER + text + END
+
+
+def schema(text):
+    return "-s", "SCHEMA s;\n" + text + "END_SCHEMA;\n"
+
+
+def chain(n):
+    entities = "".join(
+        f"ENTITY e{i} SUBTYPE OF (e{i - 1}); a{i} : INTEGER; END_ENTITY;\n" for i in range(1, n))
+    return schema("ENTITY e0; END_ENTITY;\n" + entities)
+
+
+def shared_supertypes(n):
+    supertypes = ",".join(f"s{i}" for i in range(n))
+    return schema("".join(f"ENTITY s{i}; a{i} : INTEGER; END_ENTITY;\n" for i in range(n)) +
+                  f"ENTITY all SUBTYPE OF ({supertypes}); END_ENTITY;\n" +
+                  "".join(f"ENTITY t{i} SUBTYPE OF (all); END_ENTITY;\n" for i in range(n)))
+
+
+def selects(n):
+    return schema("TYPE s0 = SELECT (t); END_TYPE;\nTYPE t = REAL; END_TYPE;\n" + "".join(
+        f"TYPE t{i} = REAL; END_TYPE;\nTYPE s{i} = SELECT (s{i - 1}, t{i}); END_TYPE;\n"
+        for i in range(1, n)))
+
+
+def redeclared(n):
+    attributes = "".join(f"a{i} : NUMBER;\n" for i in range(n))
+    narrowed = "".join(f"SELF\\a.a{i} RENAMED b{i} : REAL;\n" for i in range(n))
+    return schema(f"ENTITY a;\n{attributes}END_ENTITY;\n"
+                  f"ENTITY b SUBTYPE OF (a);\n{narrowed}END_ENTITY;\n")
+
+
+# Its name, the input of a size, the size, whether it may be refused.
+SHAPES = [
+    ("one instance of many values", lambda n: data("#1=A(" + "$," * n + "$);\n"), 2_000_000, False),
+    ("one list of many members", lambda n: data("#1=A((" + "$," * n + "$));\n"), 2_000_000, False),
+    ("many empty lists", lambda n: data("#1=A((" + "()," * n + "()));\n"), 500_000, False),
+    ("a complex instance of many values",
+     lambda n: data("#1=(A(" + "$," * n + "$)B(" + "$," * n + "$));\n"), 100_000, False),
+    ("a complex instance of many parts",
+     lambda n: data("#1=(" + "".join(f"P{i}()" for i in range(n)) + ");\n"), 2_000, True),
+    ("undeclared types",
+     lambda n: data("".join(f"#{i}=T{i}($);\n" for i in range(1, n))), 2_500, True),
+    ("references to nothing",
+     lambda n: data("#1=A((" + ",".join(f"#{i}" for i in range(2, n)) + "));\n"), 100_000, True),
+    ("instance names far apart",
+     lambda n: data("".join(f"#{i * 1_000_003}=A();\n" for i in range(1, n))), 100_000, False),
+    ("comments", lambda n: data("/* */" * n), 1_000_000, False),
+    ("supertypes in a chain", chain, 1_000, True),
+    ("supertypes that many share", shared_supertypes, 500, True),
+    ("redeclared attributes", redeclared, 5_000, False),
+    ("selects in selects", selects, 500, True),
+    ("aliases in a chain",
+     lambda n: schema("TYPE t0 = REAL; END_TYPE;\n" + "".join(
+         f"TYPE t{i} = t{i - 1}; END_TYPE;\n" for i in range(1, n))), 10_000, False),
+    ("aliases in a chain, last first",
+     lambda n: schema("".join(
+         f"TYPE t{i} = t{i - 1}; END_TYPE;\n" for i in range(n, 0, -1)) +
+         "TYPE t0 = REAL; END_TYPE;\n"), 10_000, False),
+    ("unknown names",
+     lambda n: schema("".join(
+         f"ENTITY e{i}; a : unknown_name_{i}; END_ENTITY;\n" for i in range(n))), 5_000, True),
+]
+
+
+def measure(orx, folder, option, text):
+    """Seconds of processor time, bytes at the most, exit status and first message."""
+    path = os.path.join(folder, "input")
+    with open(path, "w", encoding="latin-1") as file:
+        file.write(text)
+    empty = os.path.join(folder, "empty.stp")
+    with open(empty, "w", encoding="latin-1") as file:
+        file.write(HEADER + END)
+    models = ["-m", path] if option == "-m" else ["-s", path, "-m", empty]
+    process = subprocess.Popen([orx, "describe", "--json", *models], stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE, text=True, errors="replace")
+    message = process.stderr.readline()
+    process.stderr.read()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    return usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024, process.returncode, message
+
+
+def main():
+    orx = sys.argv[1]
+    wanted = sys.argv[2] if len(sys.argv) > 2 else ""
+    # A row that is out of proportion is to fail, not to take the machine with it.
+    resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
+    resource.setrlimit(resource.RLIMIT_CPU, (120, 120))
+    failed = 0
+    print(f"{'':36}{'bytes':>12}{'seconds':>9}{'bytes/byte':>12}{'growth':>8}")
+    with tempfile.TemporaryDirectory() as folder:
+        for name, make, size, may_refuse in SHAPES:
+            if wanted not in name:
+                continue
+            times = []
+            for n in (size, 4 * size):
+                option, text = make(n)
+                seconds, memory, status, message = measure(orx, folder, option, text)
+                per_byte = max(0.0, memory - BASE) / len(text)
+                times.append(seconds)
+                growth = times[-1] / max(times[0], SHORT)
+                refused = status == 2 and message != ""
+                good = (status == 0 or (refused and may_refuse)) and growth <= MOST_GROWTH
+                good = good and (refused or per_byte <= MOST_BYTES)
+                failed += not good
+                told = message.strip().split(": ", 2)[-1] if refused else ""
+                print(f"{name:36}{len(text):12,}{seconds:9.2f}{per_byte:12.1f}"
+                      f"{growth if n != size else 1:8.1f}  {told[:80]}{'' if good else '  FAILED'}",
+                      flush=True)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
