@@ -20,7 +20,9 @@ void ReadWriteReadWrite(std::string_view text, bool lenient) {
     Require((first.model == nullptr) == (messages.ErrorCount() != 0),
             "a file is read as a whole, or there is an error");
     if (first.model == nullptr) return;
-    const std::string written = exchange::ToExchangeText(first);
+    std::string problem;
+    const std::string written = exchange::ToExchangeText(first, &problem);
+    Require(problem.empty(), "what is read can be written", problem);
     exchange::Messages again;
     const DataSet second = Parse(written, false, again);
     Require(second.model != nullptr, "what is written can be read",

@@ -20,7 +20,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         }
         exchange::SchemaCatalog schemas;
         schemas.Add(schema);
-        const std::string written = exchange::ToExchangeText(dataSet);
+        std::string problem;
+        const std::string written = exchange::ToExchangeText(dataSet, &problem);
+        if (!problem.empty()) continue;
         exchange::Messages again;
         Require(exchange::ParseDataSet(written, "written", schemas, {}, again).model != nullptr,
                 "what is written can be read",

@@ -1,4 +1,5 @@
-// The reader and the evaluator of scripts, on two small models.
+// The reader and the evaluator of scripts, on two small models: what they are in the end can be
+// written and read, or there is a reason why not.
 
 #include <iostream>
 
@@ -53,6 +54,17 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         } catch (const host::ScriptError& error) {
             Require(error.Where().line > 0 && error.what()[0] != '\0', "an error has a place");
         }
+    }
+    for (const host::NamedModel& model : session.Models()) {
+        std::string problem;
+        const std::string written = exchange::ToExchangeText(model.dataSet, &problem);
+        if (!problem.empty()) continue;
+        exchange::Messages messages;
+        const exchange::DataSet again =
+            exchange::ParseDataSet(written, "written", {}, {}, messages);
+        Require(again.model != nullptr, "what is written can be read", written);
+        Require(exchange::ToExchangeText(again) == written, "what is written reads the same",
+                written);
     }
     TheModule().Call(*orx::FindExport("RemoveValueVersion"), {});
     return 0;

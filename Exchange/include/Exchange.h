@@ -113,6 +113,8 @@ struct ReadOptions {
     bool lenient = false;
     // Called now and then with the number of bytes read so far.
     std::function<void(std::uint64_t)> progress;
+    // A string or binary of more bytes, in the file or in memory, is refused.
+    std::size_t longestText = std::size_t{1} << 30;
 };
 
 // Reads an exchange file or text, with the schema that it names. A data set without a model when
@@ -128,8 +130,9 @@ Header NewHeader(const kor::Schema& schema, const std::string& name);
 // An empty data set of a schema, with the header of a new file.
 DataSet NewDataSet(SchemaPtr schema, const std::string& name);
 
-// The data set as an exchange file.
-std::string ToExchangeText(const DataSet& dataSet);
+// The data set as an exchange file. What the text cannot hold is told in `problem`, which is empty
+// where there is nothing of it; such a text need not be readable.
+std::string ToExchangeText(const DataSet& dataSet, std::string* problem = nullptr);
 
 struct WriteOptions {
     // Writes into the file that is there, whatever other names it has, rather than put a new one in

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "ExchangeText.h"
+#include "Model.h"
 #include "Quoted.h"
 
 namespace exchange {
@@ -15,11 +16,8 @@ using kor::Tag;
 
 namespace {
 
-// The digits of an instance name: a number of more may have no successor to number a new instance
-// by.
-constexpr std::ptrdiff_t kMostDigits = 18;
-
-constexpr std::size_t kLongestString = std::size_t{1} << 30;
+// The digits of an instance name that is certainly not too large.
+constexpr std::ptrdiff_t kFewDigits = 18;
 
 // Powers of ten that a double holds exactly.
 constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
@@ -70,8 +68,8 @@ void ExchangeLexer::SkipNoTokens() {
         const char c = *in_.at;
         if (Is(c, kSpace)) {
             ++in_.at;
-        } else if (c == '\n') {
-            in_.NewLine(++in_.at);
+        } else if (c == '\n' || c == '\r') {
+            Pass();
         } else if (c == '/' || c == '\\') {
             if (!SkipOther()) break;
         } else if (c != '\0' || in_.at != in_.end || in_.AtEnd()) {
@@ -101,19 +99,19 @@ void ExchangeLexer::SkipComment() {
         in_.Ahead();
         if (in_.at == in_.end) Fail(start, "a comment without an end");
         if (in_.at[0] == '*' && in_.at[1] == '/') break;
-        if (*in_.at++ == '\n') in_.NewLine(in_.at);
+        Pass();
     }
     in_.at += 2;
 }
 
 void ExchangeLexer::SkipPast(char end) {
     const Place start = Here();
+    ++in_.at;
     for (;;) {
-        ++in_.at;
         in_.Ahead();
         if (in_.AtEnd()) Fail(start, std::string("there is no ") + end + " to this");
-        if (*in_.at == '\n') in_.NewLine(in_.at + 1);
         if (*in_.at == end) break;
+        Pass();
     }
     ++in_.at;
 }
@@ -124,9 +122,8 @@ void ExchangeLexer::SkipWord() {
 
 void ExchangeLexer::SkipStatement() {
     while (!in_.AtEnd()) {
-        in_.Ahead();
-        const char c = *in_.at++;
-        if (c == '\n') in_.NewLine(in_.at);
+        const char c = *in_.at;
+        Pass();
         if (c != ';') continue;
         Skip();
         if (*in_.at == '#' || *in_.at == 'E') return;
@@ -177,21 +174,38 @@ void ExchangeLexer::ExpectWord(std::string_view word) {
     if (!TakeWord(word)) FailHere(std::string(word) + " expected, found " + Found());
 }
 
-// An instance name of many digits may begin with zeros.
-void ExchangeLexer::CheckDigits(const char* end) const {
-    const char* first = in_.at;
-    while (*first == '0') ++first;
-    if (end - first > kMostDigits) FailHere("an instance name of more than 18 digits");
-}
-
 std::uint64_t ExchangeLexer::InstanceName() {
     const char* at = in_.at;
     std::uint64_t id = 0;
     for (; Is(*at, kDigit); ++at) id = 10 * id + static_cast<unsigned>(*at - '0');
     if (at == in_.at) FailHere("a number expected after '#', found " + Found());
-    if (at - in_.at > kMostDigits) CheckDigits(at);
+    if (at - in_.at > kFewDigits) id = LongInstanceName(at);
     in_.at = at;
     return id;
+}
+
+// A name of many digits: it may begin with zeros.
+std::uint64_t ExchangeLexer::LongInstanceName(const char* end) {
+    if (static_cast<std::size_t>(end - in_.at) >= Input::kAhead / 2) {
+        FailHere("an instance name too long");
+    }
+    const char* const first = std::find_if(in_.at, end - 1, [](char c) { return c != '0'; });
+    std::uint64_t id = 0;
+    const bool fits = std::from_chars(first, end, id).ec == std::errc();
+    if (fits && id <= kor::Model::kLargestId) return id;
+    if (!problems_.Mends()) {
+        FailHere("an instance name beyond " + std::to_string(kor::Model::kLargestId) +
+                 " (--lenient numbers the instance anew)");
+    }
+    const std::uint64_t next = kor::Model::kLargestId + 1 + greatNames_.size();
+    return greatNames_.emplace(std::string(first, end), next).first->second;
+}
+
+std::string ExchangeLexer::NameOf(std::uint64_t id) const {
+    for (const auto& [digits, standsFor] : greatNames_) {
+        if (standsFor == id) return '#' + digits;
+    }
+    return '#' + std::to_string(id);
 }
 
 // ---- Literals
@@ -292,13 +306,13 @@ Cell ExchangeLexer::EncodedString(const char* start) {
     for (;;) {
         while (in_.at != in_.end && *in_.at != '\'') ++in_.at;
         start = in_.AheadKeeping(start);
+        CheckText(place, static_cast<std::size_t>(in_.at - start));
         if (in_.at == in_.end) Fail(place, "a string without an end");
         if (*in_.at != '\'') continue;
         if (in_.at[1] != '\'') break;
         in_.at += 2;
     }
     const std::string_view encoded(start, static_cast<std::size_t>(in_.at - start));
-    if (encoded.size() > kLongestString) Fail(place, "a string of more than 1 GiB");
     const DecodedString decoded = DecodeString(encoded);
     const char* const error = start + (decoded.error != nullptr ? decoded.errorAt : 0);
     in_.NewLines(start, error);
@@ -306,24 +320,39 @@ Cell ExchangeLexer::EncodedString(const char* start) {
     in_.NewLines(error, in_.at);
     ++in_.at;
     if (decoded.error != nullptr) problems_.Mend(errorPlace, decoded.error);
+    CheckText(place, decoded.text.size());
     return Cell::OfText(Tag::Text, decoded.text);
 }
 
+// Directives and line breaks in it say nothing; its letters may be small.
 Cell ExchangeLexer::Binary() {
     const Place place = in_.PlaceOf(in_.at - 1);
-    const char* start = in_.at;
-    for (;;) {
-        start = in_.AheadKeeping(start);
-        if (!Is(*in_.at, kHex)) break;
-        ++in_.at;
+    std::string digits;
+    for (;; in_.Ahead()) {
+        const char* const start = in_.at;
+        while (Is(*in_.at, kHex)) ++in_.at;
+        digits.append(start, in_.at);
+        CheckText(place, digits.size());
+        if (*in_.at == '\n' || *in_.at == '\r') {
+            Pass();
+        } else if (*in_.at == '\\') {
+            if (!SkipOther()) break;
+        } else if (in_.at != in_.end || in_.AtEnd()) {
+            break;
+        }
     }
     if (*in_.at != '"') Fail(place, "a binary value may hold hexadecimal digits only");
-    const std::string_view digits(start, static_cast<std::size_t>(in_.at - start));
     if (digits.empty() || digits.front() > '3') {
         Fail(place, "a binary value begins with a digit from 0 to 3");
     }
     ++in_.at;
-    return Cell::OfText(Tag::Binary, digits);
+    return Cell::OfText(Tag::Binary, kor::Folded(digits));
+}
+
+void ExchangeLexer::CheckText(Place place, std::size_t size) const {
+    if (size > longestText_) {
+        Fail(place, "a string or binary of more than " + std::to_string(longestText_) + " bytes");
+    }
 }
 
 Cell ExchangeLexer::Enumeration(const Domain* domain) {

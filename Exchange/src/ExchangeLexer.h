@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -28,11 +29,12 @@ enum CharacterClass : unsigned char {
 
 inline constexpr auto kClasses = [] {
     std::array<unsigned char, 256> classes{};
-    for (const char c : {' ', '\t', '\r', '\f', '\v'}) {
+    for (const char c : {' ', '\t', '\f', '\v'}) {
         classes[static_cast<unsigned char>(c)] |= kSpace;
     }
     for (unsigned c = '0'; c <= '9'; ++c) classes[c] |= kDigit | kHex;
     for (unsigned c = 'A'; c <= 'F'; ++c) classes[c] |= kHex;
+    for (unsigned c = 'a'; c <= 'f'; ++c) classes[c] |= kHex;
     for (unsigned c = 'A'; c <= 'Z'; ++c) classes[c] |= kLetter;
     for (unsigned c = 'a'; c <= 'z'; ++c) classes[c] |= kLetter | kLower;
     classes['_'] |= kLetter;
@@ -49,7 +51,9 @@ inline bool Is(char c, unsigned classes) {
 
 class ExchangeLexer {
   public:
-    ExchangeLexer(Source& source, Problems& problems) : in_(source), problems_(problems) {}
+    // A string or binary of more than `longestText` bytes is an error.
+    ExchangeLexer(Source& source, Problems& problems, std::size_t longestText)
+        : in_(source), problems_(problems), longestText_(longestText) {}
 
     // ---- Places
 
@@ -118,8 +122,11 @@ class ExchangeLexer {
     // is asked for.
     std::string_view Keyword();
 
-    // The number behind a "#".
+    // The number behind a "#". In a lenient reading a number beyond the largest that there may be
+    // (Model::kLargestId) stands for one of those beyond, the same each time.
     std::uint64_t InstanceName();
+    // As it is written.
+    std::string NameOf(std::uint64_t id) const;
 
     // ---- Literals
 
@@ -146,12 +153,19 @@ class ExchangeLexer {
     kor::Cell Enumeration(const kor::Domain* domain);
 
   private:
+    // Past a character, which may end a line.
+    void Pass() {
+        in_.Ahead();
+        const bool endsLine = Input::EndsLine(in_.at++);
+        if (endsLine) in_.NewLine(in_.at);
+    }
     void SkipNoTokens();
     bool SkipOther();
     void SkipComment();
     [[noreturn, gnu::cold]] void FailExpecting(char c);
     std::string_view Word();
-    void CheckDigits(const char* end) const;
+    std::uint64_t LongInstanceName(const char* end);
+    void CheckText(Place place, std::size_t size) const;
     void CheckLength(const char* start, const char* end) const;
     kor::Cell Integer(const char* start, const char* end, bool realExpected) const;
     double Real(const char* start, const char* end) const;
@@ -159,7 +173,9 @@ class ExchangeLexer {
 
     Input in_;
     Problems& problems_;
+    const std::size_t longestText_;
     std::string keyword_;
+    std::map<std::string, std::uint64_t> greatNames_;  // what names that are too large stand for
 };
 
 }  // namespace exchange

@@ -27,7 +27,7 @@ class Reader {
           options_(options),
           messages_(messages),
           problems_(name, options.lenient, messages),
-          lexer_(source, problems_),
+          lexer_(source, problems_, options.longestText),
           instances_(lexer_, problems_) {
         lexer_.TellProgress(options.progress);
     }
@@ -64,10 +64,7 @@ class Reader {
         lexer_.Expect(';');
         Header();
         while (lexer_.TakeWord("ANCHOR") || lexer_.TakeWord("REFERENCE")) SkipSection();
-        lexer_.ExpectWord("DATA");
-        do {
-            DataSection();
-        } while (lexer_.TakeWord("DATA"));
+        while (lexer_.TakeWord("DATA")) DataSection();
         lexer_.ExpectWord("END-ISO-10303-21");
         lexer_.Expect(';');
         complete_ = true;
@@ -176,6 +173,11 @@ class Reader {
         // What refers to a broken instance is sound itself.
         if (!options_.lenient)
             std::erase_if(missing, [&](auto id) { return broken_.contains(id); });
+        for (const auto& [instance, place] : instances_.GreatlyNamedOnes()) {
+            problems_.Warn(place, "an instance name beyond " +
+                                      std::to_string(kor::Model::kLargestId) + ": it is #" +
+                                      std::to_string(Model().MoveToFreeId(*instance)) + " now");
+        }
         if (missing.empty()) return;
         // Where they stand is not kept while reading: sound files need not pay for it.
         lexer_.TellProgress(nullptr);
@@ -197,7 +199,7 @@ class Reader {
                     lexer_.Skip();
                     if (lexer_.Peek() != '=' &&
                         std::binary_search(missing.begin(), missing.end(), id)) {
-                        problems_.Report(place, "there is no instance #" + std::to_string(id));
+                        problems_.Report(place, "there is no instance " + lexer_.NameOf(id));
                     }
                 } else {
                     lexer_.Advance();

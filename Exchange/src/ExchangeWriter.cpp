@@ -2,6 +2,7 @@
 
 #include "ExchangeWriter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
@@ -17,6 +18,29 @@ using kor::Cell;
 using kor::Tag;
 
 namespace {
+
+// ---- What the grammar allows where nothing encloses it
+
+bool IsLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool IsWord(std::string_view text) {
+    return !text.empty() &&
+           std::all_of(text.begin(), text.end(), [](char c) { return IsLetter(c) || IsDigit(c); });
+}
+
+// In upper case; that of a type of a user's own begins with "!".
+bool IsKeyword(std::string_view text) {
+    if (text.starts_with('!')) text.remove_prefix(1);
+    return IsWord(text) && !IsDigit(text.front());
+}
+
+bool IsBinary(std::string_view digits) {
+    return !digits.empty() && digits.front() >= '0' && digits.front() <= '3' &&
+           std::all_of(digits.begin(), digits.end(), [](char c) {
+               return IsDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+           });
+}
 
 class Writer {
   public:
@@ -44,7 +68,7 @@ class Writer {
     }
 
     void Values(std::span<const Cell> cells) {
-        List(cells.size(), [&](std::size_t i) { Value(cells[i]); });
+        List(cells.size(), [&](std::size_t i) { Value(cells[i], 0); });
     }
 
   private:
@@ -70,7 +94,8 @@ class Writer {
         InstanceName(instance);
     }
 
-    void Value(const Cell& cell) {
+    // `depth`: how many lists and typed values the value stands in.
+    void Value(const Cell& cell, int depth) {
         switch (cell.GetTag()) {
             case Tag::Unset:
             case Tag::Pending: text += '$'; break;
@@ -83,26 +108,54 @@ class Writer {
             case Tag::Logical:
             case Tag::Boolean: AppendLogical(text, cell.Get<SdaiLogical>()); break;
             case Tag::Text: AppendString(text, cell.Text()); break;
-            case Tag::Enumeration: AppendEnumeration(text, cell.Text()); break;
-            case Tag::Binary: AppendBinary(text, cell.Text()); break;
-            case Tag::Instance: Reference(*cell.Get<SdaiEntityInstance*>()); break;
-            case Tag::Aggregate: {
-                const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
-                List(KORAggregateAccess::Count(members),
-                     [&](std::size_t i) { Value(KORAggregateAccess::MemberCell(members, i)); });
+            case Tag::Enumeration:
+                if (!IsWord(cell.Text())) unwritable_ = "an enumeration item that is no word";
+                AppendEnumeration(text, cell.Text());
                 break;
-            }
-            case Tag::Typed: Typed(*cell.Get<KORTypedValue*>()); break;
+            case Tag::Binary:
+                if (!IsBinary(cell.Text())) unwritable_ = "a binary that is none";
+                AppendBinary(text, cell.Text());
+                break;
+            case Tag::Instance: Reference(*cell.Get<SdaiEntityInstance*>()); break;
+            case Tag::Aggregate: Members(*cell.Get<SdaiAggrInstance*>(), depth); break;
+            case Tag::Typed: Typed(*cell.Get<KORTypedValue*>(), depth); break;
         }
     }
 
+    // Whether a value may stand in another at that depth; if not, "$" stands for it.
+    bool IsTooDeep(int depth) {
+        if (depth <= kDeepestNesting) return false;
+        unwritable_ = "values nested more than 100 deep";
+        text += '$';
+        return true;
+    }
+
+    void Members(const SdaiAggrInstance& members, int depth) {
+        if (IsTooDeep(depth)) return;
+        List(KORAggregateAccess::Count(members),
+             [&](std::size_t i) { Value(KORAggregateAccess::MemberCell(members, i), depth + 1); });
+    }
+
     // A value with the name of its defined type.
-    void Typed(const KORTypedValue& typed) {
-        text += typed.definedType.View();
+    void Typed(const KORTypedValue& typed, int depth) {
+        if (IsTooDeep(depth)) return;
+        const std::string name = kor::Folded(typed.definedType.View());
+        if (!IsKeyword(name)) unwritable_ = "a typed value whose type is no name";
+        text += name;
         text += '(';
-        const kor::CellHolder value(kor::ToCell(typed.value, nullptr));
-        Value(value.Get());
+        Held(typed.value, depth + 1);
         text += ')';
+    }
+
+    void Held(const SdaiPrimitiveH& value, int depth) {
+        if (const KORTypedValue* typed = KORHandleAccess::TypedOf(value)) {
+            Typed(*typed, depth);
+        } else if (const SdaiAggrInstance* members = value) {
+            Members(*members, depth);
+        } else {
+            const kor::CellHolder cell(kor::ToCell(value, nullptr));
+            Value(cell.Get(), depth);
+        }
     }
 
     const SdaiModel* model_ = nullptr;
@@ -152,9 +205,11 @@ std::string ParametersText(std::span<const Cell> cells) {
     return writer.text;
 }
 
-std::string ToExchangeText(const DataSet& dataSet) {
+std::string ToExchangeText(const DataSet& dataSet, std::string* problem) {
     std::string whole;
-    Write(dataSet.header, *dataSet.model, [&whole](std::string_view text) { whole += text; });
+    std::string found =
+        Write(dataSet.header, *dataSet.model, [&whole](std::string_view text) { whole += text; });
+    if (problem != nullptr) *problem = std::move(found);
     return whole;
 }
 

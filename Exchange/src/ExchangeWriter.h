@@ -10,6 +10,9 @@
 
 namespace exchange {
 
+// Deeper than any schema nests values; neither read nor written.
+constexpr int kDeepestNesting = 100;
+
 // Values in parentheses, as an exchange file writes the parameters of a record.
 std::string ParametersText(std::span<const kor::Cell> cells);
 

@@ -126,9 +126,8 @@ void Input::Rewind() {
 }
 
 void Input::NewLines(const char* from, const char* to) {
-    while (const void* found = std::memchr(from, '\n', static_cast<std::size_t>(to - from))) {
-        from = static_cast<const char*>(found) + 1;
-        NewLine(from);
+    for (; from != to; ++from) {
+        if (EndsLine(from)) NewLine(from + 1);
     }
 }
 

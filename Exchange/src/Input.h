@@ -66,6 +66,12 @@ class Input {
     // Goes back to the start.
     void Rewind();
 
+    // Whether a line ends with this character: a line feed, or a carriage return that no line feed
+    // follows. The next character must be in the window.
+    static bool EndsLine(const char* where) {
+        return *where == '\n' || (*where == '\r' && where[1] != '\n');
+    }
+
     // To be called with the place behind a line break.
     void NewLine(const char* lineStart) {
         ++line_;

@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "ExchangeWriter.h"
+
 namespace exchange {
 
 using kor::Cell;
@@ -12,9 +14,6 @@ using kor::EntityType;
 using kor::Tag;
 
 namespace {
-
-// Deeper than any schema nests aggregates.
-constexpr int kDeepestNesting = 100;
 
 const char* NameOf(Tag tag) {
     switch (tag) {
@@ -52,7 +51,8 @@ const char* NameOf(Domain::Base base) {
 const EntityType& Own(Place place, const EntityType* entity) {
     if (entity == nullptr) {
         throw SyntaxError{place,
-                          "more entity types that the schema does not declare than any schema has"};
+                          "more than " + std::to_string(kor::Model::kMostOwn) +
+                              " entity types and combinations that the schema does not declare"};
     }
     return *entity;
 }
@@ -276,9 +276,10 @@ void InstanceReader::Instance(int depth) {
     lexer_.Expect('=');
     if (lexer_.TakeIf('&')) Scope(id, depth);
     const EntityType& entity = lexer_.TakeIf('(') ? ComplexInstance() : SimpleInstance();
-    if (model_->Find(id) != nullptr) lexer_.Fail(place, "a second instance #" + std::to_string(id));
+    if (model_->Find(id) != nullptr) lexer_.Fail(place, "a second instance " + lexer_.NameOf(id));
     lexer_.Expect(';');
-    model_->Create(*model_->TypeOf(entity), id, values_);
+    kor::Instance& instance = model_->Create(*model_->TypeOf(entity), id, values_);
+    if (id > kor::Model::kLargestId) greatlyNamed_.push_back({&instance, place});
     values_.clear();
     current_.reset();
 }

@@ -35,6 +35,13 @@ class InstanceReader {
     }
     void ReleaseValues();
 
+    // The instances whose names are too large, and where they stand.
+    struct GreatlyNamed {
+        SdaiEntityInstance* instance;
+        Place place;
+    };
+    const std::vector<GreatlyNamed>& GreatlyNamedOnes() const { return greatlyNamed_; }
+
     // After an error: the name of the instance that is broken, if there is one.
     std::optional<std::uint64_t> TakeBroken();
 
@@ -64,6 +71,7 @@ class InstanceReader {
     std::vector<kor::Cell> values_;         // of the instance that is being read
     const kor::Slot* slot_ = nullptr;       // of the value that is being read
     std::optional<std::uint64_t> current_;  // the instance that is being read
+    std::vector<GreatlyNamed> greatlyNamed_;
 };
 
 }  // namespace exchange

@@ -24,7 +24,8 @@ class Problems {
     // From now on what is read is the data section, which a lenient reading mends.
     void EnterData() { inData_ = true; }
     bool InData() const { return inData_; }
-    bool Lenient() const { return lenient_; }
+    // Whether errors are mended now.
+    bool Mends() const { return lenient_ && inData_; }
 
     void Warn(Place place, std::string text) {
         messages_.AddWarning({file_, place.line, place.column, std::move(text)});
@@ -32,7 +33,7 @@ class Problems {
 
     // An error; where it is mended, a warning.
     void Report(Place place, std::string text) {
-        if (lenient_ && inData_) {
+        if (Mends()) {
             Warn(place, std::move(text));
         } else {
             messages_.AddError({file_, place.line, place.column, std::move(text), inData_});
@@ -41,7 +42,7 @@ class Problems {
 
     // What a lenient reading goes on behind; a strict one leaves the statement.
     void Mend(Place place, std::string text) {
-        if (!lenient_ || !inData_) throw SyntaxError{place, std::move(text)};
+        if (!Mends()) throw SyntaxError{place, std::move(text)};
         Warn(place, std::move(text));
     }
 

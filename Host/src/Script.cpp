@@ -480,9 +480,15 @@ class ScriptReader::Parser {
     int depth_ = 0;
 };
 
+// Past the byte order mark that some editors put before a text.
+static std::string_view WithoutMark(std::string_view text) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    return text.substr(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+}
+
 ScriptReader::ScriptReader(std::string_view text, Position start,
                            std::vector<std::string> modelNames)
-    : parser_(std::make_unique<Parser>(text, start, std::move(modelNames))) {}
+    : parser_(std::make_unique<Parser>(WithoutMark(text), start, std::move(modelNames))) {}
 
 ScriptReader::~ScriptReader() = default;
 

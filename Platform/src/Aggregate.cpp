@@ -83,8 +83,7 @@ SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
 // ---- Growing and shrinking
 
 void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
-    if (count > kMostMembers)
-        throw std::length_error("an aggregate of more than 4,294,967,295 members");
+    if (count > kMostMembers) throw std::bad_alloc();
     // Where the members stand in memory of the model's (capacity 0), growing moves them out of it.
     if (count <= aggregate.capacity_ || (count <= aggregate.count_ && aggregate.capacity_ == 0)) {
         return;

@@ -420,7 +420,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
             typed->owners.fetch_add(1, std::memory_order_relaxed);
             return Cell::Of(Tag::Typed, typed);
         }
-        const CellHolder copy(CopyOfAggregate(*aggregate, nullptr));
+        const CellHolder copy(ToCell(typed->value, nullptr));
         return NewTypedCell(typed->definedType, copy.Get());
     }
     Cell cell;

@@ -21,9 +21,8 @@ void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* ins
     }
 }
 
-// More entity types that no schema declares, and combinations of types, than any data set has. What
-// a type takes is many times what it says in a file.
-constexpr std::size_t kMostOwn = 65'536;
+// What combinations of types may inherit in all.
+constexpr std::size_t kMostInherited = 2'000'000;
 
 }  // namespace
 
@@ -106,7 +105,10 @@ const EntityType* Model::UndeclaredEntity(std::string_view foldedName, std::size
 const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& parts) {
     const auto found = complex_.find(parts);
     if (found != complex_.end()) return found->second;
-    if (!MayAddOwn()) return nullptr;
+    for (const EntityType* part : parts) {
+        inheritedByOwn_ += part->IsDeclared() ? part->Slots().size() + part->Lineage().size() : 0;
+    }
+    if (!MayAddOwn() || inheritedByOwn_ > kMostInherited) return nullptr;
     return complex_[parts] = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
 }
 
@@ -158,7 +160,7 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
         KORAggregateAccess::AppendToExtent(*extent, &instance);
     }
     ++own.instanceCount;
-    largestId_ = std::max(largestId_, id);
+    if (id <= kLargestId) largestId_ = std::max(largestId_, id);
     return instance;
 }
 
@@ -167,7 +169,22 @@ Instance& Model::Create(const ModelType& type) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (type.entity->Slots()[i].derived) values[i] = Cell::Of(Tag::Derived, 0);
     }
-    return Create(type, largestId_ + 1, values);
+    return Create(type, largestId_ < kLargestId ? largestId_ + 1 : SmallestFreeId(), values);
+}
+
+std::uint64_t Model::SmallestFreeId() {
+    while (ids_.Find(smallestFreeId_) != nullptr) ++smallestFreeId_;
+    return smallestFreeId_;
+}
+
+std::uint64_t Model::MoveToFreeId(SdaiEntityInstance& instance) {
+    Instance& moved = Instance::Of(instance);
+    const std::uint64_t id = SmallestFreeId();
+    ids_.ForDefinition(id).SetInstance(&moved);
+    ids_.ForReference(moved.Id()).SetInstance(nullptr);
+    moved.SetId(id);
+    largestId_ = std::max(largestId_, id);
+    return id;
 }
 
 // ---- References

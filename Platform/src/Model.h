@@ -52,6 +52,7 @@ class KOR_API Instance final : public SdaiAppInstance {
     Cell* Cells() { return reinterpret_cast<Cell*>(this + 1); }
     const Cell* Cells() const { return reinterpret_cast<const Cell*>(this + 1); }
     std::span<const Cell> Values() const { return {Cells(), Type().slotCount}; }
+    void SetId(std::uint64_t id) { id_ = id; }
     static std::size_t Size(const ModelType& type) {
         return sizeof(Instance) + type.slotCount * sizeof(Cell);
     }
@@ -78,12 +79,20 @@ class KOR_API Instance final : public SdaiAppInstance {
 
 class KOR_API Model final : public SdaiModel {
   public:
+    // The largest instance name that a data set is written with. While one is read, larger ones may
+    // stand for names that are greater still; they get their own at the end (MoveToFreeId).
+    static constexpr std::uint64_t kLargestId = 0x7FFF'FFFF'FFFF'FFFF;
+
     explicit Model(std::shared_ptr<const Schema> schema);
     ~Model() override;
 
     const Schema& GetSchema() const { return *schema_; }
 
     // ---- Types
+
+    // More entity types that no schema declares, and combinations of types, than any data set has.
+    // What a type takes is many times what it says in a file.
+    static constexpr std::size_t kMostOwn = 10'000;
 
     // A declared entity type, or one that the model holds instances of; null when there is neither.
     template <class Name>
@@ -99,19 +108,22 @@ class KOR_API Model final : public SdaiModel {
     // The type of instances of an entity type of the schema or of this model; null for any other.
     const ModelType* TypeOf(const EntityType& entity);
     // A type that the schema does not declare, whose instances have that many values. Null when the
-    // model has too many types of its own.
+    // model has too many types of its own (kMostOwn).
     const EntityType* UndeclaredEntity(std::string_view foldedName, std::size_t valueCount);
     // The type of instances that are of several types at once: declared ones and ones that the
     // schema does not declare, in alphabetical order.
-    // Null when the model has too many types of its own.
+    // Null when the model has too many types of its own, or such that inherit too much.
     const EntityType* ComplexEntity(const std::vector<const EntityType*>& parts);
 
     // ---- Instances
 
     // A new instance with these values, which it takes over. The instance name must be free.
     Instance& Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values);
-    // A new instance without values, numbered after the largest.
+    // A new instance without values, numbered after the largest; where that cannot be, with the
+    // smallest free number.
     Instance& Create(const ModelType& type);
+    // Numbers an instance anew: with the smallest free number, which is returned.
+    std::uint64_t MoveToFreeId(SdaiEntityInstance& instance);
 
     // The instance with that instance name, or null.
     SdaiEntityInstance* Find(std::uint64_t id) const { return ids_.Find(id); }
@@ -162,6 +174,7 @@ class KOR_API Model final : public SdaiModel {
     }
     const SdaiAggrInstance* ExtentByNumber(std::size_t number) const;
     ModelType& AddType(const EntityType& entity);
+    std::uint64_t SmallestFreeId();
     bool MayAddOwn() const;
     const EntityType* AddOwn(std::unique_ptr<EntityType> entity);
     void AddExtent(const EntityType& entity);
@@ -193,6 +206,8 @@ class KOR_API Model final : public SdaiModel {
     std::vector<std::pair<Cell, std::uint64_t>> pendingTyped_;
     std::vector<Cell> retired_;
     std::uint64_t largestId_ = 0;
+    std::uint64_t smallestFreeId_ = 1;  // none below it is free
+    std::size_t inheritedByOwn_ = 0;  // attributes and supertypes, over the types of several types
 };
 
 }  // namespace kor

@@ -15,7 +15,7 @@
 // ---- Buffers
 
 KORUnicodeString::Buffer* KORUnicodeString::NewBuffer(std::size_t capacity) {
-    if (capacity > INT_MAX) throw std::length_error("a text of more than 2,147,483,647 characters");
+    if (capacity > INT_MAX) throw std::bad_alloc();  // a length would be no int
     void* memory = ::operator new(sizeof(Buffer) + capacity + 1);
     return new (memory) Buffer{{1}, static_cast<std::uint32_t>(capacity)};
 }

@@ -319,6 +319,35 @@ TEST(ExchangeReader, ReadsBinaryValues) {
     }
 }
 
+TEST(ExchangeReader, ReadsBinaryValuesInSmallLettersAndOverSeveralLines) {
+    const Data file("#1=BINARY_HOLDER(\"0aF\\N\\b\n1\\F\\c\");\n#2=ITEM('item');");
+    EXPECT_EQ(ItemOf(Attribute(file[1], "BITS")), "0AFB1C");
+}
+
+TEST(ExchangeReader, KeepsTheLevelsOfTypedValues) {
+    for (const char* value : {"A(B(C(D((1,2)))))", "A(B(C('text')))", "A((B(1.),B((C(2),#2))))",
+                              "A(B(#2))", "A(B(()))"}) {
+        const Data file("#1=OWN(" + std::string(value) + ");\n#2=ITEM('item');");
+        EXPECT_THAT(Written(file), HasSubstr("#1=OWN(" + std::string(value) + ");"));
+        // Put elsewhere they are the same.
+        const auto* own = file.dataSet.model->Find(1);
+        const auto& instance = kor::Instance::Of(*own);
+        const SdaiPrimitiveH holder = file.dataSet.model->GetEntityDefinition("CHOICE_HOLDER")
+                                          ->CreateEntityInstance(file.dataSet.model.get());
+        static_cast<SdaiAppInstance*>(static_cast<SdaiEntityInstance*>(holder))
+            ->PutAttr("CHOICE", instance.Read(0));
+        EXPECT_THAT(Written(file), HasSubstr("=CHOICE_HOLDER(" + std::string(value) + ");"));
+    }
+}
+
+TEST(ExchangeReader, ReadsAFileWithoutData) {
+    const std::string header = FileOf("").substr(0, FileOf("").find("DATA;"));
+    const File file(header + "END-ISO-10303-21;\n");
+    file.ExpectRight();
+    EXPECT_EQ(file.dataSet.model->InstanceCount(), 0U);
+    File(Written(file)).ExpectRight();
+}
+
 TEST(ExchangeReader, ReadsUnsetValues) {
     const Data file(
         "#1=EVERYTHING($,$,$,$,$,$,$,$,$,$,$);\n#2=REALS_HOLDER(());\n#3=ITEMS_HOLDER(());");
@@ -465,6 +494,23 @@ TEST(ExchangeReader, ConnectsReferencesInAllDirections) {
     EXPECT_EQ(items->GetInstanceMember(3), InstanceIn(file[30]));
     EXPECT_THAT(Written(file), HasSubstr("#50=UNDECLARED(#60,((#30),(TYPED((#60,#50)))));"));
     EXPECT_THAT(Written(file), HasSubstr("#60=UNDECLARED(#50);"));
+}
+
+TEST(ExchangeReader, ReadsInstanceNamesOf63Bits) {
+    const Data file(
+        "#9223372036854775807=ITEM('largest');\n"
+        "#1=ITEM_HOLDER(#0000000000000000000000009223372036854775807);\n#3=ITEM('three');\n");
+    EXPECT_EQ(static_cast<SdaiEntityInstance*>(file[1].GetAttr("ITEM")),
+              file.dataSet.model->Find(9223372036854775807));
+    // No name is larger: new instances get the smallest free ones.
+    const SdaiEntity* item = file.dataSet.model->GetEntityDefinition("ITEM");
+    for (const unsigned long expected : {2U, 4U, 5U}) {
+        EXPECT_EQ(item->CreateEntityInstance(file.dataSet.model.get())->GetInstanceNameId(),
+                  expected);
+    }
+    const File again(Written(file));
+    again.ExpectRight();
+    EXPECT_EQ(Written(again), Written(file));
 }
 
 TEST(ExchangeReader, ReadsInstanceNamesOfAnySize) {

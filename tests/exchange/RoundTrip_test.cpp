@@ -357,4 +357,106 @@ TEST(RoundTrip, RealsAreExact) {
     }
 }
 
+// ---- Whatever is put
+
+// Any value at all, of any kind and shape, whether an exchange file can hold it or not.
+class AnyValue {
+  public:
+    AnyValue(std::uint64_t seed, const DataSet& dataSet) : random_(seed), dataSet_(dataSet) {}
+
+    std::size_t Below(std::size_t count) { return random_() % count; }
+
+    SdaiPrimitiveH Make(int depth = 0) {
+        switch (Below(depth > 6 ? 8 : 12)) {
+            case 0: return SdaiString(std::string_view(Text(256)));
+            case 1: return static_cast<long>(random_()) >> Below(64);
+            case 2: return std::bit_cast<double>(random_());
+            case 3: return static_cast<double>(Below(1000)) / 8;
+            case 4: return Below(2) == 0 ? SdaiPrimitiveH(sdaiTRUE) : SdaiPrimitiveH(SdaiLogical());
+            case 5: return SdaiPrimitiveH::Enumeration(SdaiString(std::string_view(Word())));
+            case 6:
+                return SdaiPrimitiveH::Binary(
+                    SdaiString(std::string_view(Below(9) != 0 ? "1A0" : Text(256))));
+            case 7: return dataSet_.model->Find(1 + Below(5));
+            case 8: return SdaiSelectH(SdaiString(std::string_view(Word())), Make(depth + 1));
+            case 9: {
+                // Deep, now and then too deep.
+                SdaiPrimitiveH value = Make(depth + 1);
+                for (std::size_t i = Below(120); i > 0; --i) {
+                    value =
+                        Below(2) == 0 ? ListOf({value}) : SdaiPrimitiveH(SdaiSelectH("T", value));
+                }
+                return value;
+            }
+            default: {
+                std::vector<SdaiPrimitiveH> members;
+                for (std::size_t i = Below(4); i > 0; --i) members.push_back(Make(depth + 1));
+                return ListOf(members);
+            }
+        }
+    }
+
+  private:
+    static SdaiPrimitiveH ListOf(const std::vector<SdaiPrimitiveH>& members) {
+        auto* list = new SdaiAggrInstance;
+        SdaiPrimitiveH handle = SdaiPrimitiveH::TakeOver(list);
+        for (const SdaiPrimitiveH& member : members) list->Append(member);
+        return handle;
+    }
+
+    std::string Text(std::size_t characters) {
+        std::string text;
+        for (std::size_t i = Below(30); i > 0; --i) text += static_cast<char>(Below(characters));
+        return text;
+    }
+
+    // Mostly a name.
+    std::string Word() {
+        if (Below(20) == 0) return Text(128);
+        const char* const words[] = {"LABEL", "length_measure", "RED", "T", "A_1", "!OWN"};
+        return words[Below(std::size(words))];
+    }
+
+    std::mt19937_64 random_;
+    const DataSet& dataSet_;
+};
+
+// What is written can be read, and what no file can hold is told.
+TEST(RoundTrip, GivesWhateverWasPutOrTellsWhyNot) {
+    int written = 0;
+    int told = 0;
+    for (std::uint64_t seed = 0; seed < 400; ++seed) {
+        SCOPED_TRACE(seed);
+        const DataSet dataSet = exchange::NewDataSet(TestSchema(), "any");
+        kor::Model& model = *dataSet.model;
+        for (const char* type : {"NODE", "ROUND_NODE", "BIG_NODE", "NODE"}) {
+            model.GetEntityDefinition(type)->CreateEntityInstance(&model);
+        }
+        model.Create(*model.TypeOf(*model.UndeclaredEntity("OWN_TYPE", 3)));
+        AnyValue values(seed, dataSet);
+        for (std::size_t i = values.Below(12); i > 0; --i) {
+            auto& instance = kor::Instance::Of(*model.Find(1 + values.Below(5)));
+            const std::size_t slots = instance.Type().slotCount;
+            instance.Write(static_cast<int>(values.Below(slots)), values.Make());
+        }
+        std::string problem;
+        const std::string text = exchange::ToExchangeText(dataSet, &problem);
+        if (!problem.empty()) {
+            ++told;
+            EXPECT_EQ(problem.front(), '#');
+            continue;
+        }
+        ++written;
+        // A value of another kind than declared is kept, with a warning.
+        exchange::SchemaCatalog schemas;
+        schemas.Add(TestSchema());
+        Messages messages;
+        const DataSet again = exchange::ParseDataSet(text, "file", schemas, {}, messages);
+        ASSERT_NE(again.model, nullptr) << text;
+        EXPECT_EQ(exchange::ToExchangeText(again), text);
+    }
+    EXPECT_GT(written, 100);
+    EXPECT_GT(told, 50);
+}
+
 }  // namespace
