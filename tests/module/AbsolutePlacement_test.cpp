@@ -731,6 +731,26 @@ TEST(CartesianOperator, TakesAThirdAxisThatIsSetWhateverItHolds) {
               (Reals{1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 2, 3}));
 }
 
+TEST(CartesianOperator, IsTheIdentityWhereItSaysNothing) {
+    const std::string begin =
+        "#101=DIRECTION('',(0.,2.,0.));#102=DIRECTION('',(3.,0.,0.));"
+        "#104=CARTESIAN_POINT('',(5.,6.,7.));";
+    const struct {
+        const char* operation;
+        Reals placement;
+    } kOperators[] = {
+        {"$,$,$,$,$", kIdentity},
+        {"$,#102,#104,$,$", {1, 0, 0, 3, 0, 0, 0, 0, 0, 5, 6, 7}},
+        {"#101,$,#104,$,$", {0, 2, 0, 0, 1, 0, 0, 0, 0, 5, 6, 7}},
+        {"#101,#102,$,$,$", {0, 2, 0, 3, 0, 0, 0, 0, -6, 0, 0, 0}},
+    };
+    for (const auto& [operation, placement] : kOperators) {
+        const std::string type = "CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',";
+        const Call call = CallFor(begin + Assembly({.operation = type + operation + ")"}));
+        EXPECT_EQ(call.placement, placement) << operation;
+    }
+}
+
 // Whatever the operator is, if it is no item-defined transformation, twelve values come out.
 TEST(CartesianOperator, IsReadWithoutATestOfItsType) {
     for (const char* operation : {"CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,$,$,$)",

@@ -91,6 +91,13 @@ TEST(IsAnAssembly, HoldsForAPartWithLinks) {
     }
 }
 
+TEST(IsAnAssembly, HoldsForAPartWithASingleLink) {
+    const TestModel model("cdma", R"(
+        #1=part_object('P',$,$,$,$,(#2),$,$,$,$);
+        #2=part_link('1',$,#1,$,$,$,$);)");
+    EXPECT_TRUE(IsTrue(IsAnAssembly(model[1])));
+}
+
 TEST(IsAnAssembly, DoesNotHoldForAPartWithAnEmptyList) {
     const TestModel model("cdma", kCar);
     const Traced call = TraceIsAnAssembly(model[4]);

@@ -124,6 +124,13 @@ TEST(IsEncodedKey, TracesTheFieldThatIsWrongAndStops) {
                     ElementsAre("StartIndex = 1", "Type a lire: S", "StartIndex = 7",
                                 "Type a lire: I", "IsEncodedKey retourne: FALSE"));
     }
+    for (const char* letter : {"S", "X"}) {
+        TraceCapture trace;
+        IsEncodedKey(Handle(letter));
+        EXPECT_THAT(trace.Messages(kIsEncodedKey),
+                    ElementsAre("StartIndex = 1", std::string("Type a lire: ") + letter,
+                                "IsEncodedKey retourne: FALSE"));
+    }
 }
 
 TEST(IsEncodedKey, TracesOnlyTheResultOfAnEmptyKeyAndOfAMissingOne) {

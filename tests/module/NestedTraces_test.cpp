@@ -814,3 +814,115 @@ TEST(AbsPlacementTrace, TellsThatTheLinkIsMissing) {
         Call("GetAbsPlacement",
              Joined({" CALCUL POSITIONNEMENT ...", "Input argument not allocated"}, kDefault)));
 }
+
+// ---- Identity comparisons
+
+namespace {
+
+// The comparisons of the assembly, each with the lines that it writes up to its decision, of two
+// that are the same and of two that are not.
+class ComparisonTrace : public testing::Test {
+  protected:
+    using Function = SdaiPrimitiveH (*)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);
+
+    void Expect(Function function, const char* name, unsigned long same, unsigned long other,
+                unsigned long second, const Entries& chain, const std::string& yes,
+                const std::string& no) const {
+        ExpectTrace([&] { function(model_[same], model_[second]); },
+                    Call(name, Joined(chain, {"cas egalite", yes})));
+        ExpectTrace([&] { function(model_[other], model_[second]); },
+                    Call(name, Joined(chain, {"cas difference", no})));
+        ExpectTrace([&] { function(kMissing, model_[second]); }, Call(name, {no}));
+        ExpectTrace([&] { function(model_[same], kMissing); }, Call(name, {no}));
+    }
+
+    const TestModel model_{"AUTOMOTIVE_DESIGN",
+                           kLink + std::string(kShapes) + Relationship("#8", "#10") + kPlacements +
+                               "#81=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','','',#1,#2,$);"
+                               "#82=ITEM_DEFINED_TRANSFORMATION('','',#30,#20);"
+                               "#83=SHAPE_DEFINITION_REPRESENTATION(#5,#84);"
+                               "#84=REPRESENTATION('',(),$);"};
+    const Entries schema_{"nom du schema : AUTOMOTIVE_DESIGN", "nom garde: AUTOMOTIVE",
+                          "apres recuperation de definition"};
+};
+
+}  // namespace
+
+TEST_F(ComparisonTrace, IsSamePartTellsTheWayToThePart) {
+    Expect(IsSamePart, "IsSamePart", 1, 2, 7,
+           Joined(schema_,
+                  {"entite1: PRODUCT_DEFINITION", "entite2.DEFINITION : PRODUCT_DEFINITION_SHAPE",
+                   "entite2.DEFINITION.DEFINITION : PRODUCT_DEFINITION"}),
+           "retourne sdaiLTRUE", " retourne sdaiLFALSE");
+}
+
+TEST_F(ComparisonTrace, IsSameRelatingTellsTheWaysToBothParts) {
+    Expect(IsSameRelating, "IsSameRelating", 7, 9, 13,
+           Joined(schema_, {"entite1.DEFINITION : PRODUCT_DEFINITION_SHAPE",
+                            "entite1.DEFINITION.DEFINITION : PRODUCT_DEFINITION",
+                            "entite2.REPRESENTED_PRODUCT_RELATION.DEFINITION : "
+                            "NEXT_ASSEMBLY_USAGE_OCCURRENCE",
+                            "entite2.RELATING_PRODUCT_DEFINITION : PRODUCT_DEFINITION"}),
+           "IsSameRelating retourne sdaiLTRUE", "IsSameRelating retourne sdaiLFALSE");
+}
+
+TEST_F(ComparisonTrace, IsSameRelatedTellsTheWaysToBothPartsWithItsName) {
+    Expect(IsSameRelated, "IsSameRelated", 9, 7, 13,
+           Joined(schema_,
+                  {"IsSameRelated: entite1.DEFINITION              : PRODUCT_DEFINITION_SHAPE",
+                   "IsSameRelated: entite1.DEFINITION.DEFINITION   : PRODUCT_DEFINITION",
+                   "IsSameRelated: entite2.REPRESENTED_PRODUCT_RELATION.DEFINITION : "
+                   "NEXT_ASSEMBLY_USAGE_OCCURRENCE",
+                   "IsSameRelated: entite2.RELATED_PRODUCT_DEFINITION : PRODUCT_DEFINITION"}),
+           "IsSameRelated retourne sdaiLTRUE", "IsSameRelated retourne sdaiLFALSE");
+}
+
+TEST_F(ComparisonTrace, IsSameNAUOTellsBothLinks) {
+    Expect(IsSameNAUO, "IsSameNAUO", 3, 81, 13,
+           {"IsSameNAUO: entite1: NEXT_ASSEMBLY_USAGE_OCCURRENCE",
+            "IsSameNAUO: entite2.REPRESENTED_PRODUCT_RELATION.DEFINITION: "
+            "NEXT_ASSEMBLY_USAGE_OCCURRENCE"},
+           "IsSameNAUO retourne sdaiLTRUE", "IsSameNAUO retourne sdaiLFALSE");
+}
+
+TEST_F(ComparisonTrace, IsSameShapeRep1TellsBothShapesTheSecondUnderAnotherName) {
+    Expect(IsSameShapeRep1, "IsSameShapeRep1", 7, 83, 13,
+           {"IsSameShapeRep1: entite1.USED_REPRESENTATION: REPRESENTATION",
+            "IsSameNAUO: entite2.REPRESENTATION_RELATION.REP_1: REPRESENTATION"},
+           "IsSameShapeRep1 retourne sdaiLTRUE", "IsSameShapeRep1 retourne sdaiLFALSE");
+}
+
+TEST_F(ComparisonTrace, IsSameIDTTellsBothTransformations) {
+    Expect(IsSameIDT, "IsSameIDT", 11, 82, 12,
+           {"IsSameIDT: entite1: ITEM_DEFINED_TRANSFORMATION",
+            "IsSameIDT: entite2.TRANSFORMATION_OPERATOR: ITEM_DEFINED_TRANSFORMATION"},
+           "IsSameIDT retourne sdaiLTRUE", "IsSameIDT retourne sdaiLFALSE");
+}
+
+TEST(ComparisonTraces, IsSameDocVersionTellsBothFormations) {
+    const TestModel model(R"(
+        SCHEMA documents;
+        ENTITY product_definition_formation; id : STRING; END_ENTITY;
+        ENTITY product_definition; formation : product_definition_formation; END_ENTITY;
+        TYPE product_or_formation = SELECT (product_definition_formation, product_definition);
+        END_TYPE;
+        ENTITY document_product_association;
+          related_product_or_formation : product_or_formation;
+        END_ENTITY;
+        END_SCHEMA;)",
+                          R"(
+        #1=PRODUCT_DEFINITION_FORMATION('A');
+        #2=PRODUCT_DEFINITION(#1);
+        #3=DOCUMENT_PRODUCT_ASSOCIATION(#1);
+        #4=DOCUMENT_PRODUCT_ASSOCIATION(#2);)");
+    ExpectTrace([&] { IsSameDocVersion(model[2], model[3]); },
+                Call("IsSameDocVersion",
+                     {"entite1.FORMATION : PRODUCT_DEFINITION_FORMATION",
+                      "entite2.RELATED_PRODUCT_OR_FORMATION : PRODUCT_DEFINITION_FORMATION",
+                      "cas egalite", "IsSameDocVersion retourne sdaiLTRUE"}));
+    ExpectTrace(
+        [&] { IsSameDocVersion(model[2], model[4]); },
+        Call("IsSameDocVersion", {"entite1.FORMATION : PRODUCT_DEFINITION_FORMATION",
+                                  "entite2.RELATED_PRODUCT_OR_FORMATION : PRODUCT_DEFINITION",
+                                  "cas difference", "IsSameDocVersion retourne sdaiLFALSE"}));
+}
