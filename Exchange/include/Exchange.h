@@ -2,10 +2,11 @@
 // the stand-alone platform and written from them.
 //
 // Reading takes exchange files of editions 1 to 3: several DATA sections, comments, binary values,
-// complex instances, typed parameters, references in both directions. ANCHOR, REFERENCE and
-// SIGNATURE sections are skipped. Texts become ISO 8859-1; a character beyond it stays as the
-// directive \X2\ or \X4\ that it is, which the writer passes through. An entity type that the
-// schema does not declare is kept with its values, as they are.
+// complex instances, typed parameters, references in both directions. ANCHOR and REFERENCE
+// sections, the names of DATA sections and nested scopes are kept; a SIGNATURE is dropped with a
+// warning. Texts become ISO 8859-1; a character beyond it stays as the directive \X2\ or \X4\ that
+// it is, which the writer passes through. An entity type that the schema does not declare is kept
+// with its values, as they are.
 //
 // Nothing here throws for what a file holds: what is wrong is told in messages, each with its
 // place. Only a lack of memory throws (std::bad_alloc).
@@ -102,10 +103,39 @@ struct HeaderRecord {
 
 using Header = std::vector<HeaderRecord>;
 
+// What an exchange file has around its instances, kept to be written again.
+struct Structure {
+    // A data section: its parameters in parentheses, empty where it has none, and how many
+    // instances stand before it. New instances stand in the last section.
+    struct Section {
+        std::string parameters;
+        std::uint64_t first = 0;
+    };
+    // A scope of the first edition: the instances from `first` up to the one that they belong to,
+    // both counted from 0 in the order of the model, and the names of those that others may use,
+    // as the file has them: " /#2,#3/".
+    struct Scope {
+        std::uint64_t first;
+        std::uint64_t owner;
+        std::string exported;
+    };
+
+    std::vector<std::string> anchors;     // <name>=#1{tag:'x'}
+    std::vector<std::string> references;  // #5=<address>, @5=<address>
+    std::vector<Section> sections{Section()};
+    std::vector<Scope> scopes;
+};
+
 struct DataSet {
     Header header;
     std::unique_ptr<kor::Model> model;
+    Structure structure;
 };
+
+// The name of an external reference: #5 or @5, for which the reference section gives an address, or
+// #NAME or @NAME, a constant of the schema. In a model it is a select value that holds nothing,
+// whose defined type is that name. Empty for any other value.
+std::string_view ExternalReference(const SdaiPrimitiveH& value);
 
 struct ReadOptions {
     // Reads what can be read of a damaged file: each error becomes a warning, a dangling reference
@@ -146,8 +176,8 @@ struct WriteOptions {
 // not allow that. A target with further hard links is refused unless it is written in place.
 bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages,
                   const WriteOptions& options = {});
-bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
-                  Messages& messages, const WriteOptions& options = {});
+bool WriteDataSet(const Header& header, const Structure& structure, const kor::Model& model,
+                  const std::string& path, Messages& messages, const WriteOptions& options = {});
 
 // Writes any other text in the same way.
 bool WriteText(std::string_view text, const std::string& path, Messages& messages,

@@ -120,6 +120,25 @@ void ExchangeLexer::SkipWord() {
     for (; Is(*in_.at, kLetter | kDigit); in_.Ahead()) ++in_.at;
 }
 
+std::string ExchangeLexer::TakeStatement() {
+    const Place start = Here();
+    std::string statement;
+    for (char end = '\0';;) {
+        if (end == '\0') Skip();
+        in_.Ahead();
+        if (in_.AtEnd()) Fail(start, "a section without ENDSEC;");
+        const char c = *in_.at;
+        Pass();
+        if (end == '\0' && c == ';') return statement;
+        if (c != '\n' && c != '\r') statement += c;
+        if (c == end) {
+            end = '\0';
+        } else if (end == '\0' && (c == '\'' || c == '<')) {
+            end = c == '<' ? '>' : c;
+        }
+    }
+}
+
 void ExchangeLexer::SkipStatement() {
     while (!in_.AtEnd()) {
         const char c = *in_.at;

@@ -98,6 +98,10 @@ class ExchangeLexer {
     // Past a word of any length.
     void SkipWord();
 
+    // Takes what stands before the next ";", and that: strings and addresses as they are, nothing
+    // of what stands between tokens.
+    std::string TakeStatement();
+
     // Past the next ";" that a new statement follows.
     void SkipStatement();
 
@@ -121,6 +125,9 @@ class ExchangeLexer {
     // A keyword in upper case, user-defined ones with their "!". It is valid until the next token
     // is asked for.
     std::string_view Keyword();
+
+    // The letters and digits that stand here.
+    std::string_view Word();
 
     // The number behind a "#". In a lenient reading a number beyond the largest that there may be
     // (Model::kLargestId) stands for one of those beyond, the same each time.
@@ -163,7 +170,6 @@ class ExchangeLexer {
     bool SkipOther();
     void SkipComment();
     [[noreturn, gnu::cold]] void FailExpecting(char c);
-    std::string_view Word();
     std::uint64_t LongInstanceName(const char* end);
     void CheckText(Place place, std::size_t size) const;
     void CheckLength(const char* start, const char* end) const;

@@ -60,7 +60,7 @@ bool WriteModel(const SdaiModel& model, const std::string& path, Lines& messages
     const kor::Model& written = kor::Model::Of(model);
     const std::string name = std::filesystem::path(path).filename().string();
     Messages ofFile;
-    const bool done = WriteDataSet(NewHeader(written.GetSchema(), name), written, path, ofFile);
+    const bool done = WriteDataSet(NewHeader(written.GetSchema(), name), {}, written, path, ofFile);
     Tell(ofFile, messages);
     return done;
 }

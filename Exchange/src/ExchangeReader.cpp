@@ -4,6 +4,7 @@
 // where it is referred to.
 
 #include <algorithm>
+#include <charconv>
 #include <set>
 
 #include "Exchange.h"
@@ -63,12 +64,18 @@ class Reader {
         lexer_.ExpectWord("HEADER");
         lexer_.Expect(';');
         Header();
-        while (lexer_.TakeWord("ANCHOR") || lexer_.TakeWord("REFERENCE")) SkipSection();
+        dataSet_.structure.sections.clear();
+        if (lexer_.TakeWord("ANCHOR")) Anchors();
+        if (lexer_.TakeWord("REFERENCE")) References();
         while (lexer_.TakeWord("DATA")) DataSection();
         lexer_.ExpectWord("END-ISO-10303-21");
         lexer_.Expect(';');
         complete_ = true;
-        while (lexer_.TakeWord("SIGNATURE")) SkipSection();
+        for (lexer_.Skip(); lexer_.TakeWord("SIGNATURE"); lexer_.Skip()) {
+            problems_.Warn(lexer_.Here(),
+                           "a signature is not kept: it does not hold for what is written");
+            SkipSection();
+        }
         lexer_.Skip();
         if (!lexer_.AtEnd()) {
             problems_.Warn(lexer_.Here(), "what follows the end of the exchange file is skipped");
@@ -94,6 +101,65 @@ class Reader {
                 lexer_.Advance();
             }
         }
+    }
+
+    // <name>=value{tag:value}, each kept as it is. What they refer to must be there in the end.
+    void Anchors() {
+        lexer_.Expect(';');
+        while (!lexer_.TakeWord("ENDSEC")) {
+            lexer_.Skip();
+            const Place place = lexer_.Here();
+            std::string anchor = lexer_.TakeStatement();
+            const std::size_t name = anchor.find('>');
+            if (!anchor.starts_with('<') || anchor.substr(name + 1, 1) != "=") {
+                lexer_.Fail(place, "an anchor is <NAME>=VALUE;");
+            }
+            dataSet_.structure.anchors.push_back(std::move(anchor));
+        }
+        lexer_.Expect(';');
+    }
+
+    // #5=<address>, @5=<address>
+    void References() {
+        lexer_.Expect(';');
+        while (!lexer_.TakeWord("ENDSEC")) {
+            lexer_.Skip();
+            const Place place = lexer_.Here();
+            std::string reference = lexer_.TakeStatement();
+            const std::size_t sign = reference.find('=');
+            const std::string name = reference.substr(0, sign);
+            if ((!name.starts_with('#') && !name.starts_with('@')) || name.size() == 1 ||
+                name.find_first_not_of("0123456789", 1) != std::string::npos ||
+                reference.substr(sign + 1, 1) != "<" || !reference.ends_with('>')) {
+                lexer_.Fail(place, "a reference is #NUMBER=<ADDRESS>; or @NUMBER=<ADDRESS>;");
+            }
+            instances_.AddExternal(ExternalName(name));
+            dataSet_.structure.references.push_back(std::move(reference));
+        }
+        lexer_.Expect(';');
+    }
+
+    // The instances of the file that an anchor names.
+    std::vector<std::uint64_t> InstancesOf(std::string_view anchor) const {
+        std::vector<std::uint64_t> ids;
+        char end = '\0';  // of the string or address that this is in
+        for (std::size_t i = 0; i < anchor.size(); ++i) {
+            const char c = anchor[i];
+            if (end != '\0') {
+                if (c == end) end = '\0';
+            } else if (c == '\'' || c == '<') {
+                end = c == '<' ? '>' : c;
+            } else if (c == '#') {
+                std::uint64_t id = 0;
+                const char* const first = anchor.data() + i + 1;
+                const auto digits = std::from_chars(first, anchor.data() + anchor.size(), id);
+                const std::string_view name(first - 1,
+                                            static_cast<std::size_t>(digits.ptr - first) + 1);
+                if (digits.ec == std::errc() && !instances_.IsExternal(ExternalName(name)))
+                    ids.push_back(id);
+            }
+        }
+        return ids;
     }
 
     void Header() {
@@ -142,10 +208,12 @@ class Reader {
     }
 
     void DataSection() {
+        Structure::Section section{"", Model().InstanceCount()};
         if (lexer_.TakeIf('(')) {
-            instances_.Parameters();
+            section.parameters = ParametersText(instances_.Parameters());
             instances_.ReleaseValues();
         }
+        dataSet_.structure.sections.push_back(std::move(section));
         lexer_.Expect(';');
         for (;;) {
             try {
@@ -170,6 +238,13 @@ class Reader {
 
     void SettleReferences() {
         std::vector<std::uint64_t> missing = Model().SettleReferences();
+        dataSet_.structure.scopes = instances_.TakeScopes();
+        for (const std::string& anchor : dataSet_.structure.anchors) {
+            for (const std::uint64_t id : InstancesOf(anchor)) {
+                if (Model().Find(id) == nullptr) missing.push_back(id);
+            }
+        }
+        std::sort(missing.begin(), missing.end());
         // What refers to a broken instance is sound itself.
         if (!options_.lenient)
             std::erase_if(missing, [&](auto id) { return broken_.contains(id); });
@@ -192,9 +267,12 @@ class Reader {
                 if (lexer_.AtEnd()) return;
                 if (lexer_.Peek() == '\'') {
                     lexer_.SkipPast('\'');
+                } else if (lexer_.Peek() == '<') {
+                    lexer_.SkipPast('>');
                 } else if (lexer_.Peek() == '#') {
                     const Place place = lexer_.Here();
                     lexer_.Advance();
+                    if (!Is(lexer_.Peek(), kDigit)) continue;  // a constant
                     const std::uint64_t id = lexer_.InstanceName();
                     lexer_.Skip();
                     if (lexer_.Peek() != '=' &&

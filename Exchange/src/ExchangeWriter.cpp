@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <ctime>
+#include <set>
 
 #include "Aggregate.h"
 #include "Exchange.h"
@@ -35,6 +36,11 @@ bool IsKeyword(std::string_view text) {
     return IsWord(text) && !IsDigit(text.front());
 }
 
+// #5, @5, #NAME, @NAME
+bool IsExternalName(std::string_view name) {
+    return (name.starts_with('#') || name.starts_with('@')) && IsWord(name.substr(1));
+}
+
 bool IsBinary(std::string_view digits) {
     return !digits.empty() && digits.front() >= '0' && digits.front() <= '3' &&
            std::all_of(digits.begin(), digits.end(), [](char c) {
@@ -49,11 +55,22 @@ class Writer {
     // The first value that an exchange file cannot hold; empty when there was none.
     std::string problem;
 
-    void Instance(const kor::Instance& instance) {
+    explicit Writer(const Structure& structure) {
+        for (const std::string& reference : structure.references) {
+            externals_.insert(ExternalName(reference.substr(0, reference.find('='))));
+        }
+    }
+
+    // `closed`: the scope of the instance, which has been opened; null where it has none.
+    void Instance(const kor::Instance& instance, const Structure::Scope* closed) {
         model_ = instance.Type().model;
         const kor::EntityType& entity = *instance.Type().entity;
-        InstanceName(instance);
-        text += '=';
+        if (closed != nullptr) {
+            text += "ENDSCOPE" + closed->exported + ' ';
+        } else {
+            InstanceName(instance);
+            text += '=';
+        }
         if (entity.IsComplex()) text += '(';
         for (const kor::EntityType::Part& part : entity.Parts()) {
             text += part.name;
@@ -138,13 +155,25 @@ class Writer {
 
     // A value with the name of its defined type.
     void Typed(const KORTypedValue& typed, int depth) {
-        if (IsTooDeep(depth)) return;
         const std::string name = kor::Folded(typed.definedType.View());
+        if (!typed.value.exists() && StandsForItself(name)) {
+            text += name;
+            return;
+        }
+        if (IsTooDeep(depth)) return;
         if (!IsKeyword(name)) unwritable_ = "a typed value whose type is no name";
         text += name;
         text += '(';
         Held(typed.value, depth + 1);
         text += ')';
+    }
+
+    // An external reference, or the "*" of T(*).
+    bool StandsForItself(const std::string& name) {
+        if (IsExternalName(name) && IsDigit(name[1]) && !externals_.contains(name)) {
+            unwritable_ = "an external reference without an address";
+        }
+        return name == "*" || IsExternalName(name);
     }
 
     void Held(const SdaiPrimitiveH& value, int depth) {
@@ -158,28 +187,95 @@ class Writer {
         }
     }
 
+    std::set<std::string> externals_;  // those that have an address
     const SdaiModel* model_ = nullptr;
     const char* unwritable_ = nullptr;
 };
 
+// Which scopes open and close at an instance, and where a section begins.
+class Layout {
+  public:
+    Layout(const Structure& structure, const kor::Model& model) : structure_(structure) {
+        if (structure.scopes.empty()) return;
+        for (const Structure::Scope& scope : structure.scopes) scopes_.push_back(&scope);
+        // Of those that open at one place the outermost first, which closes last.
+        std::sort(scopes_.begin(), scopes_.end(), [](const auto* a, const auto* b) {
+            return a->first != b->first ? a->first < b->first : a->owner > b->owner;
+        });
+        model.ForEachInstance(
+            [this](const kor::Instance& instance) { names_.push_back(instance.Id()); });
+    }
+
+    // Writes what stands before the instance; gives the scope that it closes, or null.
+    const Structure::Scope* Before(std::uint64_t instance, std::string& text) {
+        for (; section_ < structure_.sections.size() &&
+               structure_.sections[section_].first <= instance;
+             ++section_) {
+            Begin(text);
+        }
+        if (structure_.sections.empty() && section_++ == 0) text += "DATA;\n";
+        for (; next_ < scopes_.size() && scopes_[next_]->first == instance; ++next_) {
+            text += '#' + std::to_string(names_[scopes_[next_]->owner]) + "=&SCOPE\n";
+            open_.push_back(scopes_[next_]);
+        }
+        if (open_.empty() || open_.back()->owner != instance) return nullptr;
+        const Structure::Scope* closed = open_.back();
+        open_.pop_back();
+        return closed;
+    }
+
+    // Writes what stands behind the last instance.
+    void End(std::string& text) {
+        for (; section_ < structure_.sections.size(); ++section_) Begin(text);
+        if (section_ != 0) text += "ENDSEC;\n";
+    }
+
+  private:
+    void Begin(std::string& text) {
+        if (section_ != 0) text += "ENDSEC;\n";
+        text += "DATA" + structure_.sections[section_].parameters + ";\n";
+    }
+
+    const Structure& structure_;
+    std::size_t section_ = 0;  // the next one to begin
+    std::vector<const Structure::Scope*> scopes_;
+    std::size_t next_ = 0;  // the next one to open
+    std::vector<const Structure::Scope*> open_;
+    std::vector<std::uint64_t> names_;  // of the instances
+};
+
+// A section of statements that are kept as they are.
+void AppendSection(std::string& to, const char* name, const std::vector<std::string>& statements) {
+    if (statements.empty()) return;
+    to.append(name).append(";\n");
+    for (const std::string& statement : statements) to.append(statement).append(";\n");
+    to += "ENDSEC;\n";
+}
+
 // Writes the exchange file, handing the text over piece by piece: flush(text) empties it. Gives
 // what cannot be written, empty when there is nothing of it.
 template <class Flush>
-std::string Write(const Header& header, const kor::Model& model, Flush flush) {
+std::string Write(const Header& header, const Structure& structure, const kor::Model& model,
+                  Flush flush) {
     constexpr std::size_t kPiece = std::size_t{1} << 16;
-    Writer writer;
+    Writer writer(structure);
     writer.text = "ISO-10303-21;\nHEADER;\n";
     for (const HeaderRecord& record : header) {
         writer.text += record.keyword + record.parameters + ";\n";
     }
-    writer.text += "ENDSEC;\nDATA;\n";
+    writer.text += "ENDSEC;\n";
+    AppendSection(writer.text, "ANCHOR", structure.anchors);
+    AppendSection(writer.text, "REFERENCE", structure.references);
+    Layout layout(structure, model);
+    std::uint64_t index = 0;
     model.ForEachInstance([&](const kor::Instance& instance) {
-        writer.Instance(instance);
+        writer.Instance(instance, layout.Before(index++, writer.text));
         if (writer.text.size() < kPiece) return;
         flush(writer.text);
         writer.text.clear();
     });
-    writer.text += "ENDSEC;\nEND-ISO-10303-21;\n";
+    layout.End(writer.text);
+    writer.text += "END-ISO-10303-21;\n";
     flush(writer.text);
     return writer.problem;
 }
@@ -199,29 +295,42 @@ std::string TimeStamp() {
 
 }  // namespace
 
+std::string ExternalName(std::string_view written) {
+    const std::size_t first = std::min(written.find_first_not_of('0', 1), written.size() - 1);
+    return std::string(written.substr(0, 1)) + std::string(written.substr(first));
+}
+
+std::string_view ExternalReference(const SdaiPrimitiveH& value) {
+    const KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    if (typed == nullptr || typed->value.exists() || !IsExternalName(typed->definedType.View())) {
+        return {};
+    }
+    return typed->definedType.View();
+}
+
 std::string ParametersText(std::span<const Cell> cells) {
-    Writer writer;
+    Writer writer{Structure()};
     writer.Values(cells);
     return writer.text;
 }
 
 std::string ToExchangeText(const DataSet& dataSet, std::string* problem) {
     std::string whole;
-    std::string found =
-        Write(dataSet.header, *dataSet.model, [&whole](std::string_view text) { whole += text; });
+    std::string found = Write(dataSet.header, dataSet.structure, *dataSet.model,
+                              [&whole](std::string_view text) { whole += text; });
     if (problem != nullptr) *problem = std::move(found);
     return whole;
 }
 
 bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& messages,
                   const WriteOptions& options) {
-    return WriteDataSet(dataSet.header, *dataSet.model, path, messages, options);
+    return WriteDataSet(dataSet.header, dataSet.structure, *dataSet.model, path, messages, options);
 }
 
-bool WriteDataSet(const Header& header, const kor::Model& model, const std::string& path,
-                  Messages& messages, const WriteOptions& options) {
+bool WriteDataSet(const Header& header, const Structure& structure, const kor::Model& model,
+                  const std::string& path, Messages& messages, const WriteOptions& options) {
     const auto fill = [&](OutputFile& file) {
-        return Write(header, model, [&](std::string_view text) { file.Append(text); });
+        return Write(header, structure, model, [&](std::string_view text) { file.Append(text); });
     };
     return WriteFile(path, options, fill, messages);
 }
@@ -251,7 +360,7 @@ Header NewHeader(const kor::Schema& schema, const std::string& name) {
 
 DataSet NewDataSet(SchemaPtr schema, const std::string& name) {
     Header header = NewHeader(*schema, name);
-    return {std::move(header), std::make_unique<kor::Model>(std::move(schema))};
+    return {std::move(header), std::make_unique<kor::Model>(std::move(schema)), {}};
 }
 
 }  // namespace exchange

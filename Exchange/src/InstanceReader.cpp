@@ -82,6 +82,10 @@ Cell InstanceReader::TypedValue(const Domain* domain, int depth) {
         model_->AddPending(typed, id);
         return typed;
     }
+    if (value.Get().GetTag() == Tag::Derived) {
+        kor::CellHolder derived(model_->NewTyped("*", Cell()));
+        return model_->NewTyped(SdaiString(name), derived.Take());
+    }
     return model_->NewTyped(SdaiString(name), value.Take());
 }
 
@@ -120,6 +124,34 @@ std::string InstanceReader::Context() const {
     return " (attribute " + slot_->attribute->folded + ")";
 }
 
+Cell InstanceReader::Reference(const Domain* domain) {
+    const char* const start = lexer_.At();
+    if (Is(start[1], kLetter)) return ExternalReference();
+    lexer_.Advance();
+    const std::uint64_t id = lexer_.InstanceName();
+    if (!externals_.empty()) {
+        const std::string name = lexer_.NameOf(id);
+        if (externals_.contains(name)) return model_->NewTyped(SdaiString(name), Cell());
+    }
+    Check(start, domain, Tag::Instance);
+    return model_->Reference(id);
+}
+
+// @5, and the constants #NAME and @NAME.
+Cell InstanceReader::ExternalReference() {
+    const Place place = lexer_.Here();
+    std::string name(1, lexer_.Peek());
+    lexer_.Advance();
+    name += lexer_.Word();
+    if (name.size() == 1) lexer_.FailHere("a name expected, found " + lexer_.Found());
+    name = exchange::ExternalName(name);
+    if (Is(name[1], kDigit) && !externals_.contains(name)) {
+        problems_.Mend(place, "there is no value " + name);
+        return {};
+    }
+    return model_->NewTyped(SdaiString(name), Cell());
+}
+
 Cell InstanceReader::Value(const Domain* domain, int depth) {
     lexer_.Skip();
     const char* const start = lexer_.At();
@@ -130,9 +162,8 @@ Cell InstanceReader::Value(const Domain* domain, int depth) {
             return lexer_.String();
         case '#':
             if (!problems_.InData()) lexer_.FailHere("a reference to an instance in the header");
-            Check(start, domain, Tag::Instance);
-            lexer_.Advance();
-            return model_->Reference(lexer_.InstanceName());
+            return Reference(domain);
+        case '@': return ExternalReference();
         case '$': lexer_.Advance(); return {};
         case '*': lexer_.Advance(); return Cell::Of(Tag::Derived, 0);
         case '.': {
@@ -274,10 +305,18 @@ void InstanceReader::Instance(int depth) {
     const std::uint64_t id = lexer_.InstanceName();
     current_ = id;
     lexer_.Expect('=');
-    if (lexer_.TakeIf('&')) Scope(id, depth);
+    std::optional<Structure::Scope> scope;
+    if (lexer_.TakeIf('&')) scope = Scope(id, depth);
     const EntityType& entity = lexer_.TakeIf('(') ? ComplexInstance() : SimpleInstance();
     if (model_->Find(id) != nullptr) lexer_.Fail(place, "a second instance " + lexer_.NameOf(id));
+    if (!externals_.empty() && externals_.contains(lexer_.NameOf(id))) {
+        lexer_.Fail(place, lexer_.NameOf(id) + " is an external reference");
+    }
     lexer_.Expect(';');
+    if (scope.has_value()) {
+        scope->owner = model_->InstanceCount();
+        scopes_.push_back(std::move(*scope));
+    }
     kor::Instance& instance = model_->Create(*model_->TypeOf(entity), id, values_);
     if (id > kor::Model::kLargestId) greatlyNamed_.push_back({&instance, place});
     values_.clear();
@@ -287,18 +326,23 @@ void InstanceReader::Instance(int depth) {
 // &SCOPE #2=...; ENDSCOPE /#2/: the instances that belong to instance `id`, which itself
 // follows, and those of them that others may use (first edition only). In a model they are like
 // others.
-void InstanceReader::Scope(std::uint64_t id, int depth) {
+Structure::Scope InstanceReader::Scope(std::uint64_t id, int depth) {
     CheckDepth(depth);
+    Structure::Scope scope{model_->InstanceCount(), 0, ""};
     lexer_.ExpectWord("SCOPE");
     while (lexer_.TakeIf('#')) Instance(depth + 1);
     lexer_.ExpectWord("ENDSCOPE");
     current_ = id;
-    if (!lexer_.TakeIf('/')) return;
+    if (!lexer_.TakeIf('/')) return scope;
+    scope.exported = " /";
     do {
         lexer_.Expect('#');
-        lexer_.InstanceName();
+        if (scope.exported.back() != '/') scope.exported += ',';
+        scope.exported += lexer_.NameOf(lexer_.InstanceName());
     } while (lexer_.TakeIf(','));
     lexer_.Expect('/');
+    scope.exported += '/';
+    return scope;
 }
 
 void InstanceReader::ReleaseValues() {

@@ -6,9 +6,12 @@
 #define EXCHANGE_INSTANCEREADER_H
 
 #include <optional>
+#include <set>
 #include <span>
+#include <string>
 #include <vector>
 
+#include "Exchange.h"
 #include "ExchangeLexer.h"
 #include "Model.h"
 
@@ -24,8 +27,16 @@ class InstanceReader {
     // The model that what follows goes into. It must outlive the reading.
     void Into(kor::Model& model) { model_ = &model; }
 
+    // A name that the reference section gives an address: #5 or @5.
+    void AddExternal(std::string name) { externals_.insert(std::move(name)); }
+
+    bool IsExternal(std::string_view name) const { return externals_.contains(std::string(name)); }
+
     // A statement of the data section; its "#" has been taken.
     void Instance() { Instance(0); }
+
+    // The scopes so far, in the order of their owners.
+    std::vector<Structure::Scope> TakeScopes() { return std::move(scopes_); }
 
     // The parameters of a record that no schema declares; its "(" has been taken. The values are
     // there until they are released.
@@ -47,6 +58,8 @@ class InstanceReader {
 
   private:
     kor::Cell Value(const kor::Domain* domain, int depth);
+    kor::Cell Reference(const kor::Domain* domain);
+    kor::Cell ExternalReference();
     kor::Cell TypedValue(const kor::Domain* domain, int depth);
     kor::Cell List(const kor::Domain* domain, int depth);
     void CheckDepth(int depth) const;
@@ -63,7 +76,7 @@ class InstanceReader {
     const kor::EntityType& SimpleInstance();
     const kor::EntityType& ComplexInstance();
     void Instance(int depth);
-    void Scope(std::uint64_t id, int depth);
+    Structure::Scope Scope(std::uint64_t id, int depth);
 
     ExchangeLexer& lexer_;
     Problems& problems_;
@@ -72,6 +85,8 @@ class InstanceReader {
     const kor::Slot* slot_ = nullptr;       // of the value that is being read
     std::optional<std::uint64_t> current_;  // the instance that is being read
     std::vector<GreatlyNamed> greatlyNamed_;
+    std::set<std::string> externals_;
+    std::vector<Structure::Scope> scopes_;
 };
 
 }  // namespace exchange

@@ -54,7 +54,10 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
             to += ')';
             break;
         }
-        default: to += '$';
+        default: {
+            const std::string_view external = exchange::ExternalReference(value);
+            to += external.empty() ? "$" : external;
+        }
     }
 }
 
@@ -84,7 +87,11 @@ Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
             }
             return list;
         }
-        default: return nullptr;
+        default: {
+            const std::string_view external = exchange::ExternalReference(value);
+            if (external.empty()) return nullptr;
+            return Json{{"external", external}};
+        }
     }
 }
 

@@ -414,7 +414,8 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
     using Kind = KORHandleAccess::Kind;
     const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
     KORTypedValue* typed = KORHandleAccess::TypedOf(value);
-    if (typed != nullptr && (domain == nullptr || domain->IsSelect())) {
+    // One that holds nothing is what its type's name says, and stands anywhere.
+    if (typed != nullptr && (domain == nullptr || domain->IsSelect() || !typed->value.exists())) {
         const SdaiAggrInstance* aggregate = value;
         if (aggregate == nullptr) {
             typed->owners.fetch_add(1, std::memory_order_relaxed);

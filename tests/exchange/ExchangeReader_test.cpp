@@ -326,7 +326,7 @@ TEST(ExchangeReader, ReadsBinaryValuesInSmallLettersAndOverSeveralLines) {
 
 TEST(ExchangeReader, KeepsTheLevelsOfTypedValues) {
     for (const char* value : {"A(B(C(D((1,2)))))", "A(B(C('text')))", "A((B(1.),B((C(2),#2))))",
-                              "A(B(#2))", "A(B(()))"}) {
+                              "A(B(#2))", "A(B(()))", "A(*)", "A(B(*))", "A($)"}) {
         const Data file("#1=OWN(" + std::string(value) + ");\n#2=ITEM('item');");
         EXPECT_THAT(Written(file), HasSubstr("#1=OWN(" + std::string(value) + ");"));
         // Put elsewhere they are the same.
@@ -345,6 +345,11 @@ TEST(ExchangeReader, ReadsAFileWithoutData) {
     const File file(header + "END-ISO-10303-21;\n");
     file.ExpectRight();
     EXPECT_EQ(file.dataSet.model->InstanceCount(), 0U);
+    EXPECT_THAT(Written(file), testing::EndsWith("ENDSEC;\nEND-ISO-10303-21;\n"));
+    EXPECT_THAT(Written(file), testing::Not(HasSubstr("DATA")));
+    // A first instance stands in a section.
+    file.dataSet.model->GetEntityDefinition("ITEM")->CreateEntityInstance(file.dataSet.model.get());
+    EXPECT_THAT(Written(file), HasSubstr("DATA;\n#1=ITEM($);\nENDSEC;\n"));
     File(Written(file)).ExpectRight();
 }
 
@@ -957,41 +962,108 @@ TEST(ExchangeReader, ReadsSeveralDataSections) {
     EXPECT_EQ(Written(again), Written(file));
 }
 
-TEST(ExchangeReader, SkipsSectionsOfTheThirdEdition) {
-    const File file(
-        kHeader +
-        "ANCHOR;\n<product>=#1;\n<list>=(#1,'ENDSEC;',.A.,$){tag:'x'}{t2:(1.,2)};\n"
-        "<a-b.c>='it''s';/* ENDSEC; */\n<1234>=<other.stp#anchor>;\nENDSEC;\n"
-        "REFERENCE;\n#100=<http://www.example.com/a%20b.stp#x>;\n@5=<#y>;\n"
-        "/* ' ENDSEC; */ENDSEC;\n"
-        "DATA;\n#1=ITEM('a');\nENDSEC;\nEND-ISO-10303-21;\n"
-        "SIGNATURE\nMIIGRwYJKoZIhvcNAQcCoIIGODCCBjQCAQExDjAMBggqhkiG9w0CBQUAMAsGCSqGSIb3\n"
-        "+/DQEHATCCBC8wggQrMIIDk6ADAgECAgEBMA0GCSqGSIb3DQEBBQUAMIGzMQswCQYD==\nENDSEC;\n"
-        "SIGNATURE\nAAAA\nENDSEC;\n");
+const std::string kAnchors =
+    "ANCHOR;\n<product>=#1;\n<list>=(#1,'ENDSEC;',.A.,$){tag:'x'}{t2:(1.,2)};\n<a-b.c>='it''s';\n<"
+    "1234>=<other.stp#anchor>;\n<gone>=#100;\nENDSEC;\n";
+const std::string kReferences =
+    "REFERENCE;\n#0100=<http://www.example.com/a%20b.stp#x>;\n@5=<#y>;\nENDSEC;\n";
+
+TEST(ExchangeReader, KeepsSectionsOfTheThirdEdition) {
+    std::string sections = kAnchors + kReferences;
+    sections.insert(sections.find("ENDSEC;\nREFERENCE"), "/* ' ENDSEC; */ ");
+    const File file(kHeader + sections + "DATA;\n#1=ITEM('a');\nENDSEC;\nEND-ISO-10303-21;\n");
     file.ExpectRight();
     EXPECT_EQ(file.dataSet.model->InstanceCount(), 1U);
-    EXPECT_EQ(TextIn(Attribute(file[1], "name")), "a");
+    EXPECT_THAT(Written(file), HasSubstr("ENDSEC;\n" + kAnchors + kReferences +
+                                         "DATA;\n#1=ITEM('a');\nENDSEC;\nEND-ISO-10303-21;\n"));
 }
 
 // An address may hold apostrophes and what begins a comment elsewhere.
-TEST(ExchangeReader, SkipsAddressesOfAnyCharacters) {
+TEST(ExchangeReader, KeepsAddressesOfAnyCharacters) {
     for (const char* address :
          {"http://www.example.com/it's", "http://www.example.com/*", "http://a/(;ENDSEC,b)#c"}) {
         for (const char* section : {"ANCHOR;\n<a>=<", "REFERENCE;\n#9=<"}) {
-            const File file(kHeader + section + address + ">;\nENDSEC;\nDATA;\n#1=ITEM('a');\n" +
-                            "ENDSEC;\nEND-ISO-10303-21;\n");
-            EXPECT_EQ(file.messages.ErrorCount(), 0U) << section << address;
-            if (file.dataSet.model == nullptr) continue;
-            EXPECT_EQ(file.dataSet.model->InstanceCount(), 1U) << section << address;
+            const std::string kept = section + std::string(address) + ">;\nENDSEC;\n";
+            const File file(kHeader + kept + "DATA;\n#1=ITEM('a');\nENDSEC;\nEND-ISO-10303-21;\n");
+            file.ExpectRight();
+            EXPECT_THAT(Written(file), HasSubstr(kept));
         }
     }
 }
 
-TEST(ExchangeReader, SkipsASignatureInOneLine) {
-    const File file(FileOf("#1=ITEM('a');") + "SIGNATURE\n" + std::string(10000, 'A') +
-                    "==\nENDSEC;\n");
+TEST(ExchangeReader, AnExternalReferenceIsAValueOfItsOwn) {
+    const std::string data =
+        "DATA;\n#1=ITEM_HOLDER(#100);\n#2=OWN(@5,(#100,1),T(@5),#PI,@E2);\nENDSEC;\n";
+    const File file(kHeader + kAnchors + kReferences + data + "END-ISO-10303-21;\n");
     file.ExpectRight();
+    const SdaiPrimitiveH item = Attribute(file[1], "item");
+    EXPECT_TRUE(item.exists());
+    EXPECT_EQ(exchange::ExternalReference(item), "#100");
+    EXPECT_EQ(static_cast<SdaiEntityInstance*>(item), nullptr);
+    EXPECT_EQ(static_cast<long>(item), 0);
+    EXPECT_EQ(exchange::ExternalReference(file[1]), "");
+    EXPECT_THAT(Written(file), HasSubstr(data));
+    // It can be put elsewhere, where an instance is declared too.
+    SdaiEntityInstance* holder = file.dataSet.model->GetEntityDefinition("ITEM_HOLDER")
+                                     ->CreateEntityInstance(file.dataSet.model.get());
+    static_cast<SdaiAppInstance*>(holder)->PutAttr("ITEM", item);
+    EXPECT_THAT(Written(file), HasSubstr("=ITEM_HOLDER(#100);\n"));
+    const File again(Written(file));
+    EXPECT_EQ(Written(again), Written(file));
+}
+
+TEST(ExchangeReader, AnExternalReferenceNeedsAnAddress) {
+    const File unknown(FileOf("#1=ITEM_HOLDER(@7);"));
+    ASSERT_EQ(unknown.messages.ErrorCount(), 1U);
+    EXPECT_EQ(unknown.messages.Errors()[0].text, "there is no value @7");
+    const File twice(kHeader + kReferences +
+                     "DATA;\n#100=ITEM('a');\nENDSEC;\nEND-ISO-10303-21;\n");
+    ASSERT_EQ(twice.messages.ErrorCount(), 1U);
+    EXPECT_EQ(twice.messages.Errors()[0].text, "#100 is an external reference");
+    const File anchor(kHeader + "ANCHOR;\n<a>=#7;\nENDSEC;\nDATA;\nENDSEC;\nEND-ISO-10303-21;\n");
+    ASSERT_EQ(anchor.messages.ErrorCount(), 1U);
+    EXPECT_EQ(anchor.messages.Errors()[0].text, "there is no instance #7");
+    // In another data set there is none.
+    const File source(kHeader + kReferences +
+                      "DATA;\n#1=ITEM_HOLDER(#100);\nENDSEC;\nEND-ISO-10303-21;\n");
+    const Data other("#1=ITEM_HOLDER($);");
+    SdaiEntityInstance* holder = other[1];
+    static_cast<SdaiAppInstance*>(holder)->PutAttr("ITEM", Attribute(source[1], "item"));
+    std::string problem;
+    exchange::ToExchangeText(other.dataSet, &problem);
+    EXPECT_EQ(problem,
+              "#1 has an external reference without an address, which no exchange file can hold");
+}
+
+TEST(ExchangeReader, KeepsTheNamesOfDataSections) {
+    const std::string data =
+        "DATA('first',('TEST_SCHEMA'));\n#1=ITEM_HOLDER(#2);\nENDSEC;\nDATA('empty',('TEST_SCHEMA')"
+        ");\nENDSEC;\nDATA('third',('TEST_SCHEMA'));\n#2=ITEM('b');\n#3=ITEM('c');\nENDSEC;\nDATA('"
+        "last',('TEST_SCHEMA'));\nENDSEC;\nEND-ISO-10303-21;\n";
+    const File file(kHeader + data);
+    file.ExpectRight();
+    EXPECT_THAT(Written(file), testing::EndsWith(data));
+}
+
+TEST(ExchangeReader, TellsThatASignatureIsNotKept) {
+    const std::string signature = "SIGNATURE\n" + std::string(10000, 'A') + "==\nENDSEC;\n";
+    const File file(FileOf("#1=ITEM('a');") + signature + signature);
+    EXPECT_EQ(file.messages.ErrorCount(), 0U);
+    EXPECT_EQ(file.messages.WarningCount(), 2U);
+    EXPECT_THAT(file.messages.Warnings()[0].text, HasSubstr("signature is not kept"));
     EXPECT_EQ(file.dataSet.model->InstanceCount(), 1U);
+    EXPECT_THAT(Written(file), testing::Not(HasSubstr("SIGNATURE")));
+}
+
+TEST(ExchangeReader, KeepsScopes) {
+    const std::string data =
+        "DATA;\n#1=ITEM('first');\n#5=&SCOPE\n#2=ITEM('inner');\n#4=&SCOPE\n#3=ITEM('innermost');"
+        "\nENDSCOPE ITEM_HOLDER(#3);\nENDSCOPE /#2,#4/ "
+        "ITEM_HOLDER(#2);\n#9=&SCOPE\n#8=&SCOPE\n#7=ITEM('x');\nENDSCOPE ITEM('y');\nENDSCOPE "
+        "ITEM('z');\n#6=&SCOPE\nENDSCOPE ITEM('alone');\nENDSEC;\n";
+    const File file(kHeader + data + "END-ISO-10303-21;\n");
+    file.ExpectRight();
+    EXPECT_THAT(Written(file), HasSubstr(data));
 }
 
 // In the first edition an instance may hold others in its scope.
