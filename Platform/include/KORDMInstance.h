@@ -7,6 +7,7 @@
 #ifndef KORDMINSTANCE_H
 #define KORDMINSTANCE_H
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -52,7 +53,7 @@ class KOR_API KORDMInstance {
 // of them is written, so that a long history is handed out without copying it.
 class KOR_API KORListValKORDMInstance {
   public:
-    int Size() const { return members_ != nullptr ? static_cast<int>(members_->size()) : 0; }
+    int Size() const { return shared_ != nullptr ? static_cast<int>(shared_->members.size()) : 0; }
 
     void Append(const KORDMInstance& instance);
 
@@ -60,20 +61,39 @@ class KOR_API KORListValKORDMInstance {
     void Append(const KORListValKORDMInstance& list);
 
     // The position of the first equal member at or after `from`; 0 when there is none. A `from`
-    // below 1 counts as 1.
+    // below 1 counts as 1. A long list is not searched: members are
+    // found by their hashes.
     int Locate(const KORDMInstance& instance, int from) const;
 
-    void RemoveAll() { members_ = nullptr; }
+    void RemoveAll() { shared_ = nullptr; }
 
     // The member at a position from 1 to Size().
     const KORDMInstance& operator[](int position) const {
-        return (*members_)[static_cast<std::size_t>(position - 1)];
+        return shared_->members[static_cast<std::size_t>(position - 1)];
     }
 
   private:
-    std::vector<KORDMInstance>& Own();  // the members, no longer shared
+    // Many members are found by their hashes: those that share a place in the table of hashes form
+    // a chain, in their order. Positions count from 1; 0 ends a chain.
+    struct Shared {
+        struct Chain {
+            std::uint32_t first = 0;
+            std::uint32_t last = 0;
+        };
 
-    std::shared_ptr<std::vector<KORDMInstance>> members_;  // null for an empty list
+        void Reserve(std::size_t count);
+        void Append(const KORDMInstance& instance);  // for which there is room
+        void Connect(std::uint32_t position);
+        int Locate(const KORDMInstance& instance, int from) const;
+
+        std::vector<KORDMInstance> members;
+        std::vector<Chain> chains;        // a power of two of them; none where members are few
+        std::vector<std::uint32_t> next;  // the next in the chain of each member
+    };
+
+    Shared& Own();  // the members, no longer shared
+
+    std::shared_ptr<Shared> shared_;  // null for an empty list
 };
 
 class SdaiModel;

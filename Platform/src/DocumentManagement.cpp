@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <bit>
 #include <functional>
 #include <unordered_map>
 
@@ -80,29 +82,73 @@ int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int, int, int) 
 
 // ---- Lists
 
-std::vector<KORDMInstance>& KORListValKORDMInstance::Own() {
-    if (members_ == nullptr) {
-        members_ = std::make_shared<std::vector<KORDMInstance>>();
-    } else if (members_.use_count() > 1) {
-        members_ = std::make_shared<std::vector<KORDMInstance>>(*members_);
+KORListValKORDMInstance::Shared& KORListValKORDMInstance::Own() {
+    if (shared_ == nullptr) {
+        shared_ = std::make_shared<Shared>();
+    } else if (shared_.use_count() > 1) {
+        shared_ = std::make_shared<Shared>(*shared_);
     }
-    return *members_;
+    return *shared_;
 }
 
-void KORListValKORDMInstance::Append(const KORDMInstance& instance) { Own().push_back(instance); }
+void KORListValKORDMInstance::Append(const KORDMInstance& instance) {
+    const KORDMInstance added = instance;  // which may be a member
+    Shared& own = Own();
+    own.Reserve(own.members.size() + 1);
+    own.Append(added);
+}
 
 void KORListValKORDMInstance::Append(const KORListValKORDMInstance& list) {
     const KORListValKORDMInstance added = list;  // which may be this list
-    std::vector<KORDMInstance>& members = Own();
-    if (added.Size() != 0)
-        members.insert(members.end(), added.members_->begin(), added.members_->end());
+    Shared& own = Own();
+    own.Reserve(own.members.size() + static_cast<std::size_t>(added.Size()));
+    for (int i = 1; i <= added.Size(); ++i) own.Append(added[i]);
 }
 
 int KORListValKORDMInstance::Locate(const KORDMInstance& instance, int from) const {
-    for (int i = from < 1 ? 1 : from; i <= Size(); ++i) {
-        if ((*this)[i] == instance) return i;
+    return shared_ != nullptr ? shared_->Locate(instance, std::max(from, 1)) : 0;
+}
+
+// Whatever may fail for want of memory. Room grows by doubling.
+void KORListValKORDMInstance::Shared::Reserve(std::size_t count) {
+    constexpr std::size_t kFew = 16;  // which are searched as fast
+    const auto reserve = [count](auto& vector) {
+        if (count > vector.capacity()) vector.reserve(std::max(count, 2 * vector.capacity()));
+    };
+    reserve(members);
+    if (count <= kFew) return;
+    reserve(next);
+    if (count <= chains.size()) return;
+    chains.assign(std::bit_ceil(2 * count), {});
+    next.clear();
+    for (std::uint32_t position = 1; position <= members.size(); ++position) Connect(position);
+}
+
+void KORListValKORDMInstance::Shared::Append(const KORDMInstance& instance) {
+    members.push_back(instance);
+    if (!chains.empty()) Connect(static_cast<std::uint32_t>(members.size()));
+}
+
+void KORListValKORDMInstance::Shared::Connect(std::uint32_t position) {
+    next.push_back(0);
+    Chain& chain = chains[members[position - 1].Hash() & (chains.size() - 1)];
+    (chain.first == 0 ? chain.first : next[chain.last - 1]) = position;
+    chain.last = position;
+}
+
+int KORListValKORDMInstance::Shared::Locate(const KORDMInstance& instance, int from) const {
+    const auto least = static_cast<std::size_t>(from);
+    if (chains.empty()) {
+        for (std::size_t position = least; position <= members.size(); ++position) {
+            if (members[position - 1] == instance) return static_cast<int>(position);
+        }
+        return 0;
     }
-    return 0;
+    std::uint32_t position = chains[instance.Hash() & (chains.size() - 1)].first;
+    while (position != 0 && (position < least || !(members[position - 1] == instance))) {
+        position = next[position - 1];
+    }
+    return static_cast<int>(position);
 }
 
 // ---- The store

@@ -130,6 +130,33 @@ TEST(KORListValKORDMInstanceTest, AppendsItself) {
     EXPECT_THAT(CoidsIn(list), ElementsAre(1, 2, 3, 1, 2, 3, 2));
 }
 
+TEST(KORListValKORDMInstanceTest, LocatesMembersOfLongListsLikeASearchFromTheFirst) {
+    KORListValKORDMInstance list;
+    std::vector<double> coids;
+    std::mt19937 random(1);
+    while (coids.size() < 300) {
+        // Some are met again and again.
+        coids.push_back(static_cast<double>(random() % (coids.size() % 3 == 0 ? 5 : 1000)));
+        const KORListValKORDMInstance before = list;
+        list.Append(Identity(coids.back()));
+        // A copy stays what it was.
+        EXPECT_EQ(before.Size() + 1, list.Size());
+        for (const double sought : {coids.back(), static_cast<double>(random() % 1000)}) {
+            const int from = static_cast<int>(random() % (coids.size() + 2)) - 1;
+            int expected = 0;
+            for (std::size_t i = coids.size(); i >= static_cast<std::size_t>(std::max(from, 1));
+                 --i) {
+                if (coids[i - 1] == sought) expected = static_cast<int>(i);
+            }
+            ASSERT_EQ(list.Locate(Identity(sought), from), expected) << coids.size();
+        }
+    }
+    KORListValKORDMInstance twice = list;
+    twice.Append(list);
+    EXPECT_EQ(twice.Locate(Identity(coids[7]), 301), 300 + list.Locate(Identity(coids[7]), 1));
+    EXPECT_EQ(list.Locate(Identity(coids[7]), 301), 0);
+}
+
 TEST(KORListValKORDMInstanceTest, LocatesTheFirstEqualMemberFromAPosition) {
     const KORListValKORDMInstance list = ListOf({1, 2, 1, 3});
     const struct {
