@@ -72,9 +72,12 @@ class KOR_API SdaiAggrInstance {
     std::uint32_t capacity_ = 0;            // 0: the members stand in memory of the model's
     std::atomic<std::uint32_t> owners_{0};  // the handles that own the aggregate
     Layout layout_ = Layout::Cells;
-    bool selects_ = false;   // the members are select values
-    bool extent_ = false;    // may not be written
-    bool realList_ = false;  // an SdaiListClassOfSdaiReal
+    bool selects_ : 1 = false;   // the members are select values
+    bool extent_ : 1 = false;    // may not be written
+    bool realList_ : 1 = false;  // an SdaiListClassOfSdaiReal
+    bool mixed_ : 1 = false;     // members may be instances of several models
+    // Finds instances among many members; null until it is needed.
+    mutable std::atomic<class KORMemberIndex*> index_{nullptr};
 };
 
 // A list of reals. The twelve of a placement stand in the list itself: making one with `new` and

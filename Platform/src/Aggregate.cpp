@@ -2,8 +2,13 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <stdexcept>
+
+#include "MemberIndex.h"
+#include "SdaiEntityInstance.h"
 
 using kor::Cell;
 using kor::Tag;
@@ -62,6 +67,9 @@ double SdaiAggrInstance::GetRealMember(long position) const {
 
 bool SdaiAggrInstance::IsMember(const SdaiEntityInstance* instance) const {
     if (instance == nullptr) return false;
+    if (const KORMemberIndex* index = KORAggregateAccess::IndexOf(*this)) {
+        return index->CountOf(instance) != 0;
+    }
     if (layout_ == Layout::Instances) {
         SdaiEntityInstance** first = static_cast<SdaiEntityInstance**>(members_);
         return std::find(first, first + count_, instance) != first + count_;
@@ -78,6 +86,57 @@ SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
         if (GetMember(i) == value) return sdaiTRUE;
     }
     return sdaiFALSE;
+}
+
+// ---- Finding instances among many members
+
+const KORMemberIndex* KORAggregateAccess::IndexOf(const SdaiAggrInstance& aggregate) {
+    // As many members as are looked through in the time of one look into the index.
+    constexpr std::uint32_t kFew = 32;
+    if (aggregate.count_ < kFew || aggregate.layout_ == Layout::Reals ||
+        aggregate.layout_ == Layout::Integers) {
+        return nullptr;
+    }
+    if (const KORMemberIndex* made = aggregate.index_.load(std::memory_order_acquire)) return made;
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    if (const KORMemberIndex* made = aggregate.index_.load(std::memory_order_acquire)) return made;
+    try {
+        auto index = std::make_unique<KORMemberIndex>();
+        index->Reserve(aggregate.count_);
+        for (long i = 0; i < aggregate.GetMemberCount(); ++i) {
+            const SdaiEntityInstance* instance = aggregate.GetInstanceMember(i);
+            if (instance != nullptr) index->Add(instance);
+        }
+        aggregate.index_.store(index.get(), std::memory_order_release);
+        return index.release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// A member has been added.
+void KORAggregateAccess::NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInstance* instance) {
+    KORMemberIndex* index = aggregate.index_.load(std::memory_order_relaxed);
+    if (index == nullptr || instance == nullptr) return;
+    try {
+        index->Add(instance);
+    } catch (const std::bad_alloc&) {
+        DropIndex(aggregate);
+    }
+}
+
+void KORAggregateAccess::DropIndex(SdaiAggrInstance& aggregate) {
+    delete aggregate.index_.exchange(nullptr, std::memory_order_relaxed);
+}
+
+void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate,
+                                    const SdaiEntityInstance* instance) {
+    const SdaiEntityInstance* first = aggregate.GetInstanceMember(0);
+    if (first == nullptr || instance == nullptr) return;
+    if (first->FindEntityInstanceModel() != instance->FindEntityInstanceModel()) {
+        aggregate.mixed_ = true;
+    }
 }
 
 // ---- Growing and shrinking
@@ -146,6 +205,11 @@ void SdaiAggrInstance::Append(const SdaiPrimitiveH& value) {
         StoreBare(members_, count_, cell.Take());
     }
     ++count_;
+    if (layout_ == Layout::Instances || layout_ == Layout::Cells) {
+        SdaiEntityInstance* instance = GetInstanceMember(GetMemberCount() - 1);
+        KORAggregateAccess::NoteModels(*this, instance);
+        KORAggregateAccess::NoteMember(*this, instance);
+    }
 }
 
 void KORAggregateAccess::AppendReal(SdaiAggrInstance& aggregate, double value) {
@@ -160,6 +224,7 @@ void KORAggregateAccess::AppendReal(SdaiAggrInstance& aggregate, double value) {
 void KORAggregateAccess::AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance) {
     Grow(extent, std::size_t{extent.count_} + 1);
     Members<SdaiEntityInstance*>(extent)[extent.count_++] = instance;
+    NoteMember(extent, instance);
 }
 
 void SdaiAggrInstance::RemoveAll() {
@@ -169,6 +234,8 @@ void SdaiAggrInstance::RemoveAll() {
         std::for_each(cells, cells + count_, kor::ReleaseCell);
     }
     count_ = 0;
+    mixed_ = false;
+    KORAggregateAccess::DropIndex(*this);
 }
 
 SdaiAggrInstance::~SdaiAggrInstance() {
@@ -222,6 +289,12 @@ SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool s
         }
     }
     aggregate->count_ = static_cast<std::uint32_t>(members.size());
+    // A data set that is read is one model; its references may still wait for their instances.
+    if (arena == nullptr && (layout == Layout::Instances || layout == Layout::Cells)) {
+        for (long i = 1; i < aggregate->GetMemberCount() && !aggregate->mixed_; ++i) {
+            NoteModels(*aggregate, aggregate->GetInstanceMember(i));
+        }
+    }
     return aggregate;
 }
 

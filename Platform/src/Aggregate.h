@@ -37,6 +37,11 @@ class KOR_API KORAggregateAccess {
     }
     static std::size_t Count(const SdaiAggrInstance& aggregate) { return aggregate.count_; }
 
+    // What finds an instance among the members; null where they are few, or for want of memory.
+    static const KORMemberIndex* IndexOf(const SdaiAggrInstance& aggregate);
+    // Whether members may be instances of several models.
+    static bool IsMixed(const SdaiAggrInstance& aggregate) { return aggregate.mixed_; }
+
     // The member as a cell, which owns nothing.
     static kor::Cell MemberCell(const SdaiAggrInstance& aggregate, std::size_t position);
 
@@ -62,6 +67,9 @@ class KOR_API KORAggregateAccess {
     static void Grow(SdaiAggrInstance& aggregate, std::size_t count);
     static void MakeCells(SdaiAggrInstance& aggregate);
     static void FreeMembers(SdaiAggrInstance& aggregate);
+    static void NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInstance* instance);
+    static void NoteModels(SdaiAggrInstance& aggregate, const SdaiEntityInstance* instance);
+    static void DropIndex(SdaiAggrInstance& aggregate);
     friend class SdaiAggrInstance;
     friend class SdaiListClassOfSdaiReal;
 };

@@ -28,6 +28,16 @@ class KOR_API Arena {
         return memory;
     }
 
+    // Calls visit(memory) for every object, in the order in which they were handed out, where all
+    // are of that size.
+    template <class Visit>
+    void ForEach(std::size_t size, Visit visit) const {
+        size = Rounded(size);
+        for (const Chunk& chunk : chunks_) {
+            for (std::size_t at = 0; at < chunk.used; at += size) visit(chunk.memory + at);
+        }
+    }
+
   private:
     struct Chunk {
         std::byte* memory;

@@ -170,6 +170,7 @@ class Schema::Resolver {
             return;
         }
         for (Domain& domain : schema_.domains_) domain.admitted = domain.Admitted();
+        NumberAttributes();
     }
 
   private:
@@ -478,6 +479,17 @@ class Schema::Resolver {
         slot.optional = declaration.optional;
         if (!declaration.name.empty()) {
             type.renamed_.push_back({Folded(declaration.name), attribute});
+        }
+    }
+
+    void NumberAttributes() {
+        const auto add = [this](const std::string& name) {
+            const auto number = static_cast<int>(schema_.attributeNames_.size());
+            if (schema_.attributeTable_.Add(name, number)) schema_.attributeNames_.push_back(name);
+        };
+        for (const Attribute& attribute : schema_.attributes_) add(attribute.folded);
+        for (const auto& entity : schema_.ownedEntities_) {
+            for (const EntityType::Renamed& renamed : entity->renamed_) add(renamed.name);
         }
     }
 

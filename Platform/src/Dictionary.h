@@ -287,6 +287,14 @@ class KOR_API Schema final : public SdaiSchema {
         return entityTable_.Find(name);
     }
 
+    // The names of the attributes of the schema, in upper case, and the number of one of them.
+    std::size_t AttributeNameCount() const { return attributeNames_.size(); }
+    std::string_view AttributeName(std::size_t number) const { return attributeNames_[number]; }
+    template <class Name>
+    int AttributeNumber(const Name& name) const {
+        return attributeTable_.Find(name);
+    }
+
     std::vector<std::string> EntityNames() const;
     std::size_t TypeCount() const { return types_.size(); }
 
@@ -302,6 +310,8 @@ class KOR_API Schema final : public SdaiSchema {
     std::deque<std::string> typeNames_;
     NameTable entityTable_;
     NameTable typeTable_;
+    NameTable attributeTable_;
+    std::vector<std::string_view> attributeNames_;
 };
 
 }  // namespace kor

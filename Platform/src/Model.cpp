@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "SdaiUsers.h"
+
 namespace kor {
 
 namespace {
@@ -27,7 +29,9 @@ constexpr std::size_t kMostInherited = 2'000'000;
 }  // namespace
 
 Model::Model(std::shared_ptr<const Schema> schema)
-    : schema_(std::move(schema)), declaredTypes_(schema_->Entities().size()) {
+    : schema_(std::move(schema)),
+      declaredTypes_(schema_->Entities().size()),
+      relations_(schema_->AttributeNameCount()) {
     for (const EntityType* entity : schema_->Entities()) AddExtent(*entity);
     KORAggregateAccess::MakeExtent(noInstances_);
 }
@@ -39,6 +43,7 @@ Model::~Model() {
     for (const Cell& cell : retired_) ReleaseCell(cell);
     for (const auto& [typed, id] : pendingTyped_) ReleaseCell(typed);
     for (const auto& extent : extents_) delete extent.load(std::memory_order_relaxed);
+    for (const Relation* relation : madeRelations_) delete relation;
 }
 
 // ---- Types
@@ -55,6 +60,12 @@ ModelType& Model::AddType(const EntityType& entity) {
         if (entity.IsKindOf(std::string_view(extentEntities_[number]->FoldedName()))) {
             type.extents.push_back(extents_[number].load(std::memory_order_relaxed));
         }
+    }
+    for (Relation* relation : madeRelations_) {
+        const int slot = entity.SlotOf(std::string_view(relation->Attribute()));
+        if (slot == NameTable::kAbsent) continue;
+        type.relations.push_back({slot, relation});
+        relation->AddType(type, slot);
     }
     return type;
 }
@@ -127,6 +138,8 @@ void Instance::Write(int slot, const SdaiPrimitiveH& value) {
     if (definition.derived) return;
     CellHolder cell(ToCell(value, definition.domain));
     Cell& place = Cells()[index];
+    const SdaiEntityInstance* before = Relation::TargetOf(place);
+    const SdaiEntityInstance* target = Relation::TargetOf(cell.Get());
     if (place.GetTag() == Tag::Aggregate &&
         !KORAggregateAccess::HasOwners(*place.Get<SdaiAggrInstance*>())) {
         Type().model->Retire(place);
@@ -134,6 +147,10 @@ void Instance::Write(int slot, const SdaiPrimitiveH& value) {
         ReleaseCell(place);
     }
     place = cell.Take();
+    if (target != nullptr) Type().model->NoteTarget(*target);
+    for (const RelatedSlot& related : Type().relations) {
+        if (related.slot == slot) related.relation->Change(before, target, *this);
+    }
 }
 
 Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values) {
@@ -144,8 +161,16 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
         KORAggregateAccess::ReserveExtent(*extent, KORAggregateAccess::Count(*extent) + 1);
     }
     ModelType& own = types_[type.number];
-    Instance& instance = *new (own.memory.Allocate(Instance::Size(type))) Instance(type, id);
-    instances_.push_back(&instance);
+    instances_.push_back(nullptr);
+    void* memory = nullptr;
+    try {
+        memory = own.memory.Allocate(Instance::Size(type));
+    } catch (...) {
+        instances_.pop_back();
+        throw;
+    }
+    Instance& instance = *new (memory) Instance(type, id, instances_.size() - 1);
+    instances_.back() = &instance;
     std::copy(values.begin(), values.end(), instance.Cells());
 
     const std::uintptr_t chain = entry.Chain();
@@ -158,6 +183,10 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
     }
     for (SdaiAggrInstance* extent : type.extents) {
         KORAggregateAccess::AppendToExtent(*extent, &instance);
+    }
+    for (const RelatedSlot& related : type.relations) {
+        related.relation->Change(nullptr, Relation::TargetOf(instance.Cells()[related.slot]),
+                                 instance);
     }
     ++own.instanceCount;
     if (id <= kLargestId) largestId_ = std::max(largestId_, id);
@@ -204,6 +233,7 @@ void Model::ConnectReference(std::byte* place, std::uintptr_t kind) {
         SetReference(place, kind, instance);
         return;
     }
+    unsettled_ = true;
     const std::uintptr_t next = entry.Chain();
     std::memcpy(place, &next, sizeof next);
     entry.SetChain(reinterpret_cast<std::uintptr_t>(place) | kind);
@@ -246,6 +276,7 @@ Cell Model::NewTyped(SdaiString definedType, const Cell& value) {
 }
 
 void Model::AddPending(const Cell& typed, std::uint64_t id) {
+    unsettled_ = true;
     pendingTyped_.emplace_back(typed, id);
     typed.Get<KORTypedValue*>()->owners.fetch_add(1, std::memory_order_relaxed);
 }
@@ -266,6 +297,7 @@ std::vector<std::uint64_t> Model::SettleReferences() {
         ReleaseCell(typed);
     }
     pendingTyped_.clear();
+    SettleRelations();
     std::sort(missing.begin(), missing.end());
     missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
     return missing;
@@ -308,6 +340,71 @@ const SdaiAggrInstance* Model::ExtentByNumber(std::size_t number) const {
     madeExtents_.push_back(number);
     extents_[number].store(extent.get(), std::memory_order_release);
     return extent.release();
+}
+
+// ---- Back references
+
+const Relation* Model::RelationByNumber(int number) const {
+    if (forgoesRelations_ || unsettled_) return nullptr;
+    if (number == NameTable::kAbsent) return &noRelation_;
+    std::atomic<Relation*>& place = relations_[static_cast<std::size_t>(number)];
+    const Relation* relation = place.load(std::memory_order_acquire);
+    if (relation == nullptr) relation = MakeRelation(static_cast<std::size_t>(number));
+    return relation == nullptr || relation->IsLost() ? nullptr : relation;
+}
+
+// Null without the memory for it.
+const Relation* Model::MakeRelation(std::size_t number) const {
+    const std::lock_guard lock(relationMutex_);
+    std::atomic<Relation*>& place = relations_[number];
+    if (const Relation* made = place.load(std::memory_order_acquire)) return made;
+    try {
+        const std::string_view name = schema_->AttributeName(number);
+        auto relation = std::make_unique<Relation>(std::string(name));
+        std::vector<int> slots;
+        for (const ModelType& type : types_) {
+            slots.push_back(type.entity->SlotOf(name));
+            if (slots.back() == NameTable::kAbsent) continue;
+            relation->AddType(type, slots.back());
+            type.relations.reserve(type.relations.size() + 1);
+        }
+        madeRelations_.reserve(madeRelations_.size() + 1);
+        relation->Fill(*this);
+        for (const ModelType& type : types_) {
+            if (slots[type.number] == NameTable::kAbsent) continue;
+            type.relations.push_back({slots[type.number], relation.get()});
+        }
+        madeRelations_.push_back(relation.get());
+        place.store(relation.get(), std::memory_order_release);
+        return relation.release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// References have come, or have gone, that the relations were not told of.
+void Model::SettleRelations() {
+    if (!unsettled_) return;
+    unsettled_ = false;
+    for (Relation* relation : madeRelations_) relation->Fill(*this);
+}
+
+void Model::NoteTarget(const SdaiEntityInstance& target) {
+    if (target.FindEntityInstanceModel() != this) refersOutside_ = true;
+}
+
+std::vector<SdaiEntityInstance*> Model::UsersOf(const SdaiEntityInstance& target,
+                                                const SdaiName& type,
+                                                const SdaiName& attribute) const {
+    std::vector<SdaiEntityInstance*> users;
+    const SdaiEntityInstance* const targets[] = {&target};
+    SdaiIterator_Of_Users user(this, type, attribute, targets);
+    while (user.Next()) {
+        SdaiEntityInstance* candidate = user.GetCurrentMember();
+        if (static_cast<SdaiEntityInstance*>(candidate->GetAttr(attribute)) == &target)
+            users.push_back(candidate);
+    }
+    return users;
 }
 
 }  // namespace kor

@@ -20,11 +20,19 @@
 #include "Cell.h"
 #include "Dictionary.h"
 #include "IdTable.h"
+#include "Relation.h"
 #include "SdaiModel.h"
 
 namespace kor {
 
+class Instance;
 class Model;
+
+// A relation of a model, and where a type keeps the attribute.
+struct RelatedSlot {
+    int slot;
+    Relation* relation;
+};
 
 // What the instances of one entity type have in common in one model.
 struct ModelType {
@@ -38,17 +46,25 @@ struct ModelType {
     std::uint64_t instanceCount = 0;  // exactly of this type
     Arena memory;                     // of its instances
     mutable std::vector<SdaiAggrInstance*> extents;  // those made so far that list its instances
+    mutable std::vector<RelatedSlot> relations;      // those made so far that its instances are in
+
+    // Calls visit(instance) for every instance exactly of this type, in the order of creation.
+    template <class Visit>
+    void ForEachInstance(Visit visit) const;
 };
 
 // An instance; its cells follow it, one for each slot of its type.
 class KOR_API Instance final : public SdaiAppInstance {
   public:
-    Instance(const ModelType& type, std::uint64_t id) : SdaiAppInstance(&type), id_(id) {}
+    Instance(const ModelType& type, std::uint64_t id, std::uint64_t order)
+        : SdaiAppInstance(&type), id_(id), order_(order) {}
 
     const ModelType& Type() const {
         return *static_cast<const ModelType*>(SdaiEntityInstance::Type());
     }
     std::uint64_t Id() const { return id_; }
+    // Its place in the model's order of creation.
+    std::uint64_t Order() const { return order_; }
     Cell* Cells() { return reinterpret_cast<Cell*>(this + 1); }
     const Cell* Cells() const { return reinterpret_cast<const Cell*>(this + 1); }
     std::span<const Cell> Values() const { return {Cells(), Type().slotCount}; }
@@ -75,7 +91,14 @@ class KOR_API Instance final : public SdaiAppInstance {
 
   private:
     std::uint64_t id_;
+    std::uint64_t order_;
 };
+
+template <class Visit>
+void ModelType::ForEachInstance(Visit visit) const {
+    memory.ForEach(Instance::Size(*this),
+                   [&visit](std::byte* place) { visit(*reinterpret_cast<Instance*>(place)); });
+}
 
 class KOR_API Model final : public SdaiModel {
   public:
@@ -164,6 +187,27 @@ class KOR_API Model final : public SdaiModel {
                                             : ExtentByNumber(static_cast<std::size_t>(number));
     }
 
+    // ---- Back references
+
+    // Which instances refer to which through the attributes of a name; null where that is not
+    // known, for want of memory or while references wait for their instances.
+    template <class Name>
+    const Relation* FindRelation(const Name& attribute) const {
+        return RelationByNumber(schema_->AttributeNumber(attribute));
+    }
+
+    // The instances of an entity type, its subtypes included, that refer to `target` through the
+    // attribute, in the order of their creation.
+    std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& target, const SdaiName& type,
+                                             const SdaiName& attribute) const;
+
+    // Whether an instance of the model has been given a reference to one of another model.
+    bool RefersOutside() const { return refersOutside_; }
+    void NoteTarget(const SdaiEntityInstance& target);
+
+    // From now on the model answers with whole extents, as where memory lacks.
+    void ForgoRelations() { forgoesRelations_ = true; }
+
     static const Model& Of(const SdaiModel& model) { return static_cast<const Model&>(model); }
     static Model& Of(SdaiModel& model) { return static_cast<Model&>(model); }
 
@@ -173,6 +217,9 @@ class KOR_API Model final : public SdaiModel {
         return extentNumbers_.Find(name);
     }
     const SdaiAggrInstance* ExtentByNumber(std::size_t number) const;
+    const Relation* RelationByNumber(int number) const;
+    const Relation* MakeRelation(std::size_t number) const;
+    void SettleRelations();
     ModelType& AddType(const EntityType& entity);
     std::uint64_t SmallestFreeId();
     bool MayAddOwn() const;
@@ -199,6 +246,15 @@ class KOR_API Model final : public SdaiModel {
     mutable std::vector<std::size_t> madeExtents_;  // the numbers of those that are there
     mutable std::mutex extentMutex_;                // held while an extent is made
     SdaiAggrInstance noInstances_;
+
+    // Relations, by the numbers that the schema gives the names of attributes.
+    mutable std::vector<std::atomic<Relation*>> relations_;
+    mutable std::vector<Relation*> madeRelations_;
+    mutable std::mutex relationMutex_;  // held while a relation is made
+    const Relation noRelation_{{}};     // for a name that no attribute has
+    bool unsettled_ = false;            // references wait for their instances
+    bool refersOutside_ = false;
+    bool forgoesRelations_ = false;
 
     std::deque<Instance*> instances_;  // in the order of creation
     Arena aggregates_;
