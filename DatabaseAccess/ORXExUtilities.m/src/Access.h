@@ -8,14 +8,49 @@
 #include "ORXExUtilities.h"
 #include "SdaiAggrInstance.h"
 #include "SdaiModel.h"
+#include "SdaiUsers.h"
+#include "Trace.h"
 
 namespace orx {
 
-// The instances of an entity type in a model, in the model's order; none without a model. For loops
-// that may visit many: none of them creates an instance.
-inline std::span<SdaiEntityInstance* const> ExtentOf(const SdaiModel* model, const SdaiName& type) {
-    if (model == nullptr) return {};
-    return model->GetEntityExtent(type)->ExtentMembers();
+// The instances of an entity type in a model; none without a model.
+inline const SdaiAggrInstance* ExtentOf(const SdaiModel* model, const SdaiName& type) {
+    return model != nullptr ? model->GetEntityExtent(type) : nullptr;
+}
+
+using Targets = std::span<const SdaiEntityInstance* const>;
+
+// The instances of an entity type to look at where those are sought that refer to a target, in the
+// model's order. While the function traces that is the whole extent, so that the trace tells of
+// each; else those that the platform knows to refer to it. The loop over them tests each, so that
+// both come to the same.
+inline SdaiIterator_Of_Users Candidates(const Trace& trace, const SdaiModel* model,
+                                        const SdaiName& type, const SdaiName& attribute,
+                                        Targets targets) {
+    return trace.IsActive() ? SdaiIterator_Of_Users(ExtentOf(model, type))
+                            : SdaiIterator_Of_Users(model, type, attribute, targets);
+}
+// Those that refer to it over two attributes.
+inline SdaiIterator_Of_Users Candidates(const Trace& trace, const SdaiModel* model,
+                                        const SdaiName& type, const SdaiName& attribute,
+                                        const SdaiName& next, Targets targets) {
+    return trace.IsActive() ? SdaiIterator_Of_Users(ExtentOf(model, type))
+                            : SdaiIterator_Of_Users(model, type, attribute, next, targets);
+}
+// The same among the members of an aggregate, each as often as it is one.
+inline SdaiIterator_Of_Users Candidates(const Trace& trace, const SdaiAggrInstance* members,
+                                        const SdaiName& attribute,
+                                        const SdaiEntityInstance* target) {
+    return trace.IsActive() ? SdaiIterator_Of_Users(members)
+                            : SdaiIterator_Of_Users(members, attribute, target);
+}
+
+// The instance that an attribute refers to, directly or as the value of a select; null where it
+// refers to none, or for no instance.
+inline SdaiEntityInstance* ReferredBy(const SdaiEntityInstance* instance,
+                                      const SdaiName& attribute) {
+    if (instance == nullptr) return nullptr;
+    return instance->GetAttr(attribute);
 }
 
 // The text of an attribute; empty when it is not set.

@@ -294,33 +294,26 @@ SdaiEntityInstance* BuildDatedEff(SdaiString date, SdaiModel* model) {
 
 namespace {
 
-// What a walk over the instances of a type that refer to parts came to: the one that refers to the
-// part, if any, and the one visited last.
-struct Walk {
-    SdaiEntityInstance* match = nullptr;
-    SdaiEntityInstance* last = nullptr;
-};
-
-// Visits the extent in the model's order, up to the first instance whose attribute is the part. The
-// attribute is found once for the whole extent: it is read from each of perhaps many instances.
-Walk WalkTo(Trace& trace, SdaiEntityInstance* part, const SdaiName& entity,
-            const SdaiName& attribute) {
-    Walk walk;
-    if (part == nullptr) return walk;
-    SdaiInstanceReader reference(attribute);
-    for (SdaiEntityInstance* instance : ExtentOf(part->FindEntityInstanceModel(), entity)) {
-        walk.last = instance;
+// The first instance of a type, in the model's order, whose attribute is the part; null when there
+// is none.
+SdaiEntityInstance* FirstUserOf(Trace& trace, SdaiEntityInstance* part, const SdaiName& entity,
+                                const SdaiName& attribute) {
+    if (part == nullptr) return nullptr;
+    const SdaiEntityInstance* const parts[] = {part};
+    SdaiIterator_Of_Users user =
+        Candidates(trace, part->FindEntityInstanceModel(), entity, attribute, parts);
+    while (user.Next()) {
+        const SdaiEntityInstance* instance = user.GetCurrentMember();
         // What is set but holds no instance is a design all the same; it shows in the trace alone.
-        SdaiEntityInstance* referred = reference(instance);
+        SdaiEntityInstance* referred = ReferredBy(instance, attribute);
         if (referred == nullptr && trace.IsActive() && !instance->TestAttr(attribute)) {
             trace.Line("NO design on the current configuration_item");
         } else if (IsSame0Of(part, referred, [&] { return instance->GetAttr(attribute); })) {
             trace.Line(" The same Part has just been retrieved : OK ");
-            walk.match = instance;
             break;
         }
     }
-    return walk;
+    return user.GetCurrentMember();
 }
 
 }  // namespace
@@ -350,7 +343,7 @@ SdaiPrimitiveH IsPartConfigurated(const SdaiPrimitiveH& part) {
         }
         trace.Line("Part exists : OK ");
         trace.Line("Get the configuration_item entities in schema cdma : OK ");
-        if (WalkTo(trace, part, "configuration_item"_name, "design"_name).match != nullptr) {
+        if (FirstUserOf(trace, part, "configuration_item"_name, "design"_name) != nullptr) {
             trace.Line(" >> PART IS CONFIGURATED << ");
             result = sdaiLTRUE;
         } else {
@@ -405,14 +398,25 @@ SdaiPrimitiveH IsUsedByPart(const SdaiPrimitiveH& part, const SdaiPrimitiveH& ef
 
 // ---- Identifiers
 
+namespace {
+
+// The last instance of a type in the model of a part; null when it has none.
+SdaiEntityInstance* LastOf(const SdaiPrimitiveH& part, const SdaiName& entity) {
+    const SdaiAggrInstance* extent = ExtentOf(part.FindEntityInstanceModel(), entity);
+    if (extent == nullptr) return nullptr;
+    return extent->GetInstanceMember(extent->GetMemberCount() - 1);
+}
+
+}  // namespace
+
 SdaiPrimitiveH ORXIdEff(const SdaiPrimitiveH& part, const SdaiPrimitiveH& effectivity) {
     return Function<"ORXIdEff">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (part.exists() && effectivity.exists()) {
             trace.Line("Part & Effectivity exist : OK ");
             trace.Line("Get the configuration_item entities in schema cdma : OK ");
             // The item of the part; where it has none, the last item of the model.
-            const SdaiPrimitiveH item(
-                WalkTo(trace, part, "configuration_item"_name, "design"_name).last);
+            SdaiPrimitiveH item(FirstUserOf(trace, part, "configuration_item"_name, "design"_name));
+            if (!item.exists()) item = LastOf(part, "configuration_item"_name);
             SdaiString type("UNDEFINED");
             if (effectivity.IsKindOf("option_effectivity"_name)) {
                 if (effectivity.TestAttr("option_type"_name)) {
@@ -443,7 +447,7 @@ SdaiPrimitiveH ORXIdCfg(const SdaiPrimitiveH& item) {
         const SdaiPrimitiveH design = item.GetAttr("design"_name);
         trace.Line("Get the configuration_handelr entities in schema cdma : OK ");
         const SdaiPrimitiveH handler(
-            WalkTo(trace, design, "configuration_handler"_name, "apply"_name).match);
+            FirstUserOf(trace, design, "configuration_handler"_name, "apply"_name));
         if (handler.exists()) {
             result =
                 EncodeFields({kOrxTag, {'S', id.View()}, {'S', TextOf(handler, "id"_name).View()}});

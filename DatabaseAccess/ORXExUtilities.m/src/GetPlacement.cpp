@@ -167,10 +167,12 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
 
         // Which of the two is an item of the representation: on REP_2 the second is looked for
         // first, on REP_1 the first alone.
-        const auto isItem = [&items](const SdaiPrimitiveH& item) {
+        const auto isItem = [&trace, &items](const SdaiPrimitiveH& item) {
+            const SdaiAggrInstance* members = items;
             SdaiEntityInstance* sought = item;
+            if (!trace.IsActive()) return members != nullptr && members->IsMember(sought);
             const auto value = [&] { return item; };
-            SdaiIterator_Of_SdaiEntityInstanceH member(static_cast<SdaiAggrInstance*>(items));
+            SdaiIterator_Of_SdaiEntityInstanceH member(members);
             while (member.Next()) {
                 if (IsSame0Of(member.GetCurrentMember(), sought, value)) return true;
             }
@@ -250,18 +252,18 @@ namespace {
 constexpr Placement kIdentity;
 
 // The context-dependent shape representation of a link; null when its model has none.
-SdaiEntityInstance* ContextOf(SdaiEntityInstance* link) {
-    // The readers find the attributes once for the whole extent, which is walked up to the link's
-    // context on every call.
-    SdaiInstanceReader productRelation("REPRESENTED_PRODUCT_RELATION"_name);
-    SdaiInstanceReader definition("DEFINITION"_name);
-    for (SdaiEntityInstance* context :
-         ExtentOf(link->FindEntityInstanceModel(), "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION"_name)) {
-        SdaiEntityInstance* relation = productRelation(context);
+SdaiEntityInstance* ContextOf(const Trace& trace, SdaiEntityInstance* link) {
+    const SdaiEntityInstance* const targets[] = {link};
+    SdaiIterator_Of_Users context = Candidates(
+        trace, link->FindEntityInstanceModel(), "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION"_name,
+        "REPRESENTED_PRODUCT_RELATION"_name, "DEFINITION"_name, targets);
+    while (context.Next()) {
+        SdaiEntityInstance* relation =
+            ReferredBy(context.GetCurrentMember(), "REPRESENTED_PRODUCT_RELATION"_name);
         const auto value = [&] { return SelectedOf(relation, "DEFINITION"_name); };
-        if (IsSame0Of(link, definition(relation), value)) return context;
+        if (IsSame0Of(link, ReferredBy(relation, "DEFINITION"_name), value)) break;
     }
-    return nullptr;
+    return context.GetCurrentMember();
 }
 
 // The shape definition representations of the two sides of a link; null where the model has none.
@@ -274,15 +276,18 @@ Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relati
                 SdaiEntityInstance* related) {
     Shapes shapes;
     // In CONFIG_CONTROL_DESIGN the DEFINITION of a shape definition representation refers to the
-    // product definition shape itself, in other schemas it is a select: the reader gives the
-    // instance in both.
-    SdaiInstanceReader shapeDefinition("DEFINITION"_name);
-    SdaiInstanceReader productDefinition("DEFINITION"_name);
+    // product definition shape itself, in other schemas it is a select: the instance is read in
+    // both.
     trace.Line(" -> SHAPE_DEFINITION_REPRESENTATION OK ");
-    for (SdaiEntityInstance* current : ExtentOf(&model, "SHAPE_DEFINITION_REPRESENTATION"_name)) {
-        if (shapes.relating != nullptr && shapes.related != nullptr) break;
-        SdaiEntityInstance* productShape = shapeDefinition(current);
-        SdaiEntityInstance* definition = productDefinition(productShape);
+    const SdaiEntityInstance* const targets[] = {relating, related};
+    SdaiIterator_Of_Users representation =
+        Candidates(trace, &model, "SHAPE_DEFINITION_REPRESENTATION"_name, "DEFINITION"_name,
+                   "DEFINITION"_name, targets);
+    while (shapes.relating == nullptr || shapes.related == nullptr) {
+        if (!representation.Next()) break;
+        SdaiEntityInstance* current = representation.GetCurrentMember();
+        SdaiEntityInstance* productShape = ReferredBy(current, "DEFINITION"_name);
+        SdaiEntityInstance* definition = ReferredBy(productShape, "DEFINITION"_name);
         trace.Line(" - CurrShapeDefRep : #", NumberAndType{current});
         trace.Line(" - CurrP_D_S : #", NumberAndType{productShape});
         trace.Line(" - CurrProdDef : #", NumberAndType{definition});
@@ -382,7 +387,7 @@ bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdai
         return false;
     }
     trace.Line("Nom du schema: ", link->FindEntityInstanceModel()->Underlying_schema()->Name());
-    SdaiEntityInstance* context = ContextOf(link);
+    SdaiEntityInstance* context = ContextOf(trace, link);
     if (context == nullptr) {
         trace.Line("RRWT not found");
         return false;

@@ -1,5 +1,5 @@
+#include "Access.h"
 #include "Same.h"
-#include "SdaiIterator.h"
 
 using namespace orx;
 using namespace sdai_names;
@@ -18,10 +18,9 @@ SdaiPrimitiveH IsInAssembly(const SdaiPrimitiveH& root, const SdaiPrimitiveH& le
         if (root.exists() && leaf.exists() && root.TestAttr("KORASS"_name)) {
             SdaiEntityInstance* component = leaf;
             const SdaiPrimitiveH links = root.GetAttr("KORASS"_name);
-            SdaiInstanceReader ref("ref"_name);
-            SdaiIterator_Of_SdaiEntityInstanceH link(static_cast<SdaiAggrInstance*>(links));
+            SdaiIterator_Of_Users link = Candidates(trace, links, "ref"_name, component);
             while (!result && link.Next()) {
-                SdaiEntityInstance* part = ref(link.GetCurrentMember());
+                SdaiEntityInstance* part = ReferredBy(link.GetCurrentMember(), "ref"_name);
                 if (IsSame0Of(part, component, [&] { return leaf; })) result = sdaiLTRUE;
             }
         }

@@ -1,5 +1,5 @@
+#include "Access.h"
 #include "Same.h"
-#include "SdaiIterator.h"
 
 using namespace orx;
 using namespace sdai_names;
@@ -12,10 +12,9 @@ SdaiPrimitiveH QuantifyRef(const SdaiPrimitiveH& root, const SdaiPrimitiveH& lea
             if (links.GetMemberCount() > 0) {
                 trace.Line("On boucle sur la liste des liens pour compter les iLeafPart");
                 SdaiEntityInstance* component = leaf;
-                SdaiInstanceReader ref("ref"_name);
-                SdaiIterator_Of_SdaiEntityInstanceH link(static_cast<SdaiAggrInstance*>(links));
+                SdaiIterator_Of_Users link = Candidates(trace, links, "ref"_name, component);
                 while (link.Next()) {
-                    SdaiEntityInstance* part = ref(link.GetCurrentMember());
+                    SdaiEntityInstance* part = ReferredBy(link.GetCurrentMember(), "ref"_name);
                     if (IsSame0Of(part, component, [&] { return leaf; })) count += 1.0;
                 }
             }

@@ -131,10 +131,12 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
         std::optional<KORDMInstance> identityA;
         std::optional<KORDMInstance> identityB;
         int score = 0;
-        SdaiInstanceReader object("CdmaObject"_name);
-        for (SdaiEntityInstance* record :
-             ExtentOf(partA.FindEntityInstanceModel(), "cdma_id"_name)) {
-            const SdaiEntityInstance* part = object(record);
+        const SdaiEntityInstance* const parts[] = {a, b};
+        SdaiIterator_Of_Users current = Candidates(trace, partA.FindEntityInstanceModel(),
+                                                   "cdma_id"_name, "CdmaObject"_name, parts);
+        while (current.Next()) {
+            SdaiEntityInstance* record = current.GetCurrentMember();
+            const SdaiEntityInstance* part = ReferredBy(record, "CdmaObject"_name);
             const bool isA = AreSame(part, a);
             const bool isB = AreSame(part, b);
             if (isA) score += 1;
@@ -195,11 +197,13 @@ SdaiPrimitiveH IsVersion(const SdaiPrimitiveH& part, const SdaiPrimitiveH& flag)
         if (value != 0 && value != 1) return;
 
         SdaiEntityInstance* sought = part;
-        SdaiInstanceReader object("CdmaObject"_name);
+        const SdaiEntityInstance* const parts[] = {sought};
+        SdaiIterator_Of_Users current = Candidates(trace, part.FindEntityInstanceModel(),
+                                                   "cdma_id"_name, "CdmaObject"_name, parts);
         // The walk goes on after a match.
-        for (SdaiEntityInstance* record :
-             ExtentOf(part.FindEntityInstanceModel(), "cdma_id"_name)) {
-            if (!AreSame(object(record), sought)) continue;
+        while (current.Next()) {
+            SdaiEntityInstance* record = current.GetCurrentMember();
+            if (!AreSame(ReferredBy(record, "CdmaObject"_name), sought)) continue;
             trace.Line(" On a trouve la Part");
             const KORDMInstance identity = IdentityIn(trace, record);
             trace.Line(" Create the DM Instance ");
