@@ -900,8 +900,7 @@ TEST_F(ComparisonTrace, IsSameIDTTellsBothTransformations) {
 }
 
 TEST(ComparisonTraces, IsSameDocVersionTellsBothFormations) {
-    const TestModel model(R"(
-        SCHEMA documents;
+    const TestModel model(R"(SCHEMA documents;
         ENTITY product_definition_formation; id : STRING; END_ENTITY;
         ENTITY product_definition; formation : product_definition_formation; END_ENTITY;
         TYPE product_or_formation = SELECT (product_definition_formation, product_definition);
