@@ -31,14 +31,26 @@ bool historyFails = false;
 
 }  // namespace
 
-// Takes the place of the platform's own, which gives a history of whatever it can compare.
+// These take the place of the platform's own, which gives a history of whatever it can compare, and
+// does not look at the modes.
 int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int mode1, int mode2,
                                   int mode3) const {
+    EXPECT_EQ(mode1, 0);
+    EXPECT_EQ(mode2, 1);
+    EXPECT_EQ(mode3, 0);
     if (historyFails) return 1;
     using Platform = int (*)(const KORDMInstance*, KORListValKORDMInstance&, int, int, int);
     static const auto platform = reinterpret_cast<Platform>(
         dlsym(RTLD_NEXT, "_ZNK13KORDMInstance14GetAllRevisionER23KORListValKORDMInstanceiii"));
     return platform(this, list, mode1, mode2, mode3);
+}
+
+int KORDMInstance::IsNewerRevision(const KORDMInstance& other, int mode, int& diagnostic) const {
+    EXPECT_EQ(mode, 1);
+    using Platform = int (*)(const KORDMInstance*, const KORDMInstance&, int, int&);
+    static const auto platform = reinterpret_cast<Platform>(
+        dlsym(RTLD_NEXT, "_ZNK13KORDMInstance15IsNewerRevisionERKS_iRi"));
+    return platform(this, other, mode, diagnostic);
 }
 
 namespace {
