@@ -9,6 +9,8 @@ namespace host {
 
 int Functions(const Options& options);
 int Describe(const Options& options);
+int Diff(const Options& options);
+int Check(const Options& options);
 int Tree(const Options& options);
 int Report(const Options& options);
 int CallOrRun(const Options& options);

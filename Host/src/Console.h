@@ -12,7 +12,8 @@ namespace host {
 // Exit statuses.
 constexpr int kDone = 0;
 constexpr int kStatementFailed = 1;
-constexpr int kUnusable = 2;  // bad usage, or a file that cannot be read or written
+constexpr int kDifferent = 1;  // from another data set, or from what a schema allows
+constexpr int kUnusable = 2;   // bad usage, or a file that cannot be read or written
 
 // Writes a message to the standard error stream.
 void Complain(const std::string& message);

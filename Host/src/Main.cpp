@@ -30,10 +30,15 @@ void AddModuleOption(CLI::App& command, Options& options) {
         ->type_name("FILE");
 }
 
-CLI::Option* AddSchemaAndModelOptions(CLI::App& command, Options& options) {
+void AddSchemaOption(CLI::App& command, Options& options) {
     command.add_option("-s,--schema", options.schemas, "an EXPRESS schema (again for more)")
         ->type_name("FILE")
         ->allow_extra_args(false);
+    command.add_flag("--lenient", options.lenient, "read damaged files as far as they go");
+}
+
+CLI::Option* AddSchemaAndModelOptions(CLI::App& command, Options& options) {
+    AddSchemaOption(command, options);
     CLI::Option* model =
         command
             .add_option_function<std::string>(
@@ -44,7 +49,6 @@ CLI::Option* AddSchemaAndModelOptions(CLI::App& command, Options& options) {
                 "a data set (again for more); NAME is the file's stem unless given")
             ->type_name("[NAME=]FILE")
             ->trigger_on_parse();
-    command.add_flag("--lenient", options.lenient, "read damaged files as far as they go");
     return model;
 }
 
@@ -129,6 +133,34 @@ int Main(int argc, char** argv) {
         ->capture_default_str();
     AddModuleOption(*tree, options);
     tree->add_flag("--json", options.json, "one JSON object a line of the tree (UTF-8)");
+    CLI::App* diff = app.add_subcommand("diff", "what two data sets hold differently");
+    AddSchemaOption(*diff, options);
+    const auto addDataSet = [&](const char* name, const char* description) {
+        diff->add_option_function<std::string>(
+                name,
+                [&options, name](const std::string& file) {
+                    options.models.push_back({false, std::string(name) + '=' + file});
+                },
+                description)
+            ->required();
+    };
+    addDataSet("LEFT", "a data set");
+    addDataSet("RIGHT", "the one that it is compared with");
+    diff->add_option("--tolerance", options.tolerance, "by how much reals may differ")
+        ->type_name("NUMBER")
+        ->check(CLI::NonNegativeNumber.description(""));
+    AddJsonFlag(*diff, options);
+    CLI::App* check = app.add_subcommand("check", "what the schema of a data set does not allow");
+    AddSchemaOption(*check, options);
+    check
+        ->add_option_function<std::vector<std::string>>(
+            "FILE",
+            [&options](const std::vector<std::string>& files) {
+                for (const std::string& file : files) options.models.push_back({false, file});
+            },
+            "data sets")
+        ->required();
+    AddJsonFlag(*check, options);
     CLI::App* report = app.add_subcommand(
         "report", "a page for a browser: structure, drawing, configurations, versions");
     AddSchemaAndModelOptions(*report, options)->required();
@@ -160,6 +192,8 @@ int Main(int argc, char** argv) {
     if (functions->parsed()) return Functions(options);
     if (describe->parsed()) return Describe(options);
     if (tree->parsed()) return Tree(options);
+    if (diff->parsed()) return Diff(options);
+    if (check->parsed()) return Check(options);
     if (report->parsed()) return Report(options);
     if (shell->parsed()) return Shell(options);
     return CallOrRun(options);

@@ -25,6 +25,9 @@ struct Options {
     bool placements = false;
     std::size_t depth = 100;  // deeper than assemblies go; only damaged data do
 
+    // Of diff.
+    double tolerance = 0;
+
     // Of report.
     std::string output;
 

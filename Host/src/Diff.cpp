@@ -1,0 +1,50 @@
+// orx diff: what two data sets hold differently.
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "Commands.h"
+#include "Comparison.h"
+#include "Console.h"
+#include "Loading.h"
+#include "Output.h"
+
+namespace host {
+
+namespace {
+
+void PrintAsJson(const exchange::Difference& difference) {
+    nlohmann::ordered_json object{{"type", ReadableName(difference.entity)},
+                                  {"label", ReadableName(difference.label)}};
+    if (!difference.attribute.empty()) object["attribute"] = ReadableName(difference.attribute);
+    object["left"] = ReadableName(difference.left);
+    object["right"] = ReadableName(difference.right);
+    std::cout << object << '\n';
+}
+
+}  // namespace
+
+int Diff(const Options& options) {
+    Session session;
+    Load(session, options);
+    const NamedModel& left = session.Models()[0];
+    const NamedModel& right = session.Models()[1];
+    const auto print = [&](const exchange::Difference& difference) {
+        if (options.json) return PrintAsJson(difference);
+        std::string line = difference.entity + ' ' + difference.label + ": ";
+        if (difference.attribute.empty()) {
+            const bool isLeft = difference.right.empty();
+            line += "only in " + (isLeft ? left.file : right.file) + " (" +
+                    (isLeft ? difference.left : difference.right) + ')';
+        } else {
+            line += difference.attribute + ' ' + difference.left + " against " + difference.right;
+        }
+        std::cout << ReadableName(line) << '\n';
+    };
+    const std::uint64_t differences =
+        exchange::CompareModels(left.Model(), right.Model(), options.tolerance, print);
+    if (!Flush()) return kUnusable;
+    return differences == 0 ? kDone : kDifferent;
+}
+
+}  // namespace host
