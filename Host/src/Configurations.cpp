@@ -1,8 +1,10 @@
 #include "Configurations.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cmath>
+#include <cstdlib>
 #include <string_view>
 #include <unordered_map>
 
@@ -46,11 +48,19 @@ int Number(std::string_view digits) {
     return value;
 }
 
-// Month, day, year, hour, minute and second in fourteen digits.
+bool AreDigits(std::string_view text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+// Month, day, year, hour and minute in twelve digits, then the second, which may have a fraction.
 Bound DateBound(const std::string& date) {
+    constexpr std::size_t kSecond = 12;
     if (date.empty() || date == "00000000000000") return {};
     Bound bound{date, std::nullopt};
-    if (date.size() != 14 || date.find_first_not_of("0123456789") != std::string::npos) {
+    const std::string seconds = date.size() > kSecond ? date.substr(kSecond) : "";
+    const std::size_t point = std::min(seconds.find('.'), seconds.size());
+    if (!AreDigits(date.substr(0, kSecond)) || !AreDigits(seconds.substr(0, point)) ||
+        (point == seconds.size() ? point != 2 : !AreDigits(seconds.substr(point + 1)))) {
         return bound;
     }
     using namespace std::chrono;
@@ -61,14 +71,15 @@ Bound DateBound(const std::string& date) {
                              std::chrono::day(static_cast<unsigned>(number(2, 2))));
     const int hour = number(8, 2);
     const int minute = number(10, 2);
-    const int second = number(12, 2);
-    if (!day.ok() || hour > 24 || minute > 59 || second > 60) return bound;
+    const double second = std::strtod(seconds.c_str(), nullptr);
+    if (!day.ok() || hour > 24 || minute > 59 || second >= 61) return bound;
     bound.text = date.substr(4, 4) + '-' + date.substr(0, 2) + '-' + date.substr(2, 2);
     if (hour + minute + second != 0) {
-        bound.text += ' ' + date.substr(8, 2) + ':' + date.substr(10, 2) + ':' + date.substr(12, 2);
+        const std::string padding = point < 2 ? "0" : "";
+        bound.text += ' ' + date.substr(8, 2) + ':' + date.substr(10, 2) + ':' + padding + seconds;
     }
     bound.value = static_cast<double>(sys_days(day).time_since_epoch().count()) +
-                  (hour * 3600 + minute * 60 + second) / 86400.0;
+                  (hour * 3600 + minute * 60 + second) / 86400;
     return bound;
 }
 
@@ -109,14 +120,19 @@ Effectivity OfDatabase(const SdaiPrimitiveH& instance, const Assembly& assembly,
     if (holds("IsRangeType")) {
         effectivity.scale = Effectivity::Scale::Ranks;
         effectivity.start = RankBound(TextOf(module.Call("GetRangeValue", {instance, 1})));
-        effectivity.end = RankEnd(TextOf(module.Call("GetRangeValue", {instance, 2})));
+        if (!holds("IsInfiniteRank")) {
+            effectivity.end = RankBound(TextOf(module.Call("GetRangeValue", {instance, 2})));
+        }
     } else if (holds("IsDateType")) {
-        const bool onOption = static_cast<bool>(instance.IsKindOf("option_effectivity"_name));
+        // What GetStartDate and GetEndDate read, which make instances of it.
+        const bool hasOwn = static_cast<bool>(instance.IsKindOf("date_effectivity"_name));
         effectivity.scale = Effectivity::Scale::Dates;
         effectivity.start =
-            DateBound(TextOf(instance, onOption ? "option_start_date"_name : "start_date"_name));
-        effectivity.end =
-            DateBound(TextOf(instance, onOption ? "option_end_date"_name : "end_date"_name));
+            DateBound(TextOf(instance, hasOwn ? "start_date"_name : "option_start_date"_name));
+        if (!holds("IsInfiniteDate")) {
+            effectivity.end =
+                DateBound(TextOf(instance, hasOwn ? "end_date"_name : "option_end_date"_name));
+        }
     }
     const SdaiPrimitiveH usage = instance.GetAttr("usage"_name);
     SdaiIterInstance links(static_cast<SdaiAggrInstance*>(usage));
@@ -213,13 +229,12 @@ std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assemb
     // Products of one id are versions of one part, as formations of one product are.
     std::unordered_map<std::string, std::size_t> places;
     ForEach(model, "PRODUCT_DEFINITION_FORMATION"_name, [&](const SdaiPrimitiveH& formation) {
+        // Whatever the data have in the place of a product is none.
         const SdaiPrimitiveH product = formation.GetAttr("OF_PRODUCT"_name);
-        if (!product.exists()) return;
+        const SdaiEntityInstance* instance = product;
+        if (instance == nullptr) return;
         std::string id = TextOf(product, "ID"_name);
-        if (id.empty()) {
-            const SdaiEntityInstance& instance = *static_cast<SdaiEntityInstance*>(product);
-            id = '#' + std::to_string(instance.GetInstanceNameId());
-        }
+        if (id.empty()) id = '#' + std::to_string(instance->GetInstanceNameId());
         const auto [place, isNew] = places.emplace(id, families.size());
         if (isNew) families.push_back({id, {}});
         families[place->second].versions.push_back(

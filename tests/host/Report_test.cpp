@@ -30,6 +30,13 @@ class Report : public HostTest {
         return ReadXml(ReadFile(folder / "page.html"));
     }
 
+    // The same for data that the reader warns of.
+    XmlElement PageOfOddData(const std::string& schema, const std::string& data) const {
+        folder.Write("data.stp", ExchangeFile(schema, data));
+        EXPECT_EQ(Orx({"report", "-m", "data.stp", "-o", "page.html"}).status, 0);
+        return ReadXml(ReadFile(folder / "page.html"));
+    }
+
     XmlElement PageOfData(const std::string& schema, const std::string& data) const {
         folder.Write("data.stp", ExchangeFile(schema, data));
         return PageOf("data.stp");
@@ -232,6 +239,61 @@ TEST_F(Report, ShowsEffectivitiesOfExchangeData) {
     EXPECT_THAT(rows[2], ElementsAre("S", "SN-7", "SN-9"));
     EXPECT_THAT(rows[3], ElementsAre("plain", "", ""));
     EXPECT_EQ(page.All("polygon", "bar").size(), 2U);
+}
+
+TEST_F(Report, ShowsFractionsOfASecond) {
+    const XmlElement page = PageOfData(
+        "CONFIG_CONTROL_DESIGN",
+        "#1=CALENDAR_DATE(2001,7,3);\n#2=LOCAL_TIME(8,5,12.5,#9);\n#3=DATE_AND_TIME(#1,#2);\n"
+        "#9=COORDINATED_UNIVERSAL_TIME_OFFSET(0,$,.AHEAD.);\n"
+        "#4=LOCAL_TIME(8,5,13.,#9);\n#5=DATE_AND_TIME(#1,#4);\n"
+        "#6=LOCAL_TIME(0,0,0.5,#9);\n#7=DATE_AND_TIME(#1,#6);\n"
+        "#8=DATED_EFFECTIVITY('D1',#3,#5);\n#10=DATED_EFFECTIVITY('D2',#7,$);\n");
+    EXPECT_THAT(Rows(page, "id"),
+                ElementsAre(ElementsAre("D1", "2001-03-07 08:05:12.5", "2001-03-07 08:05:13"),
+                            ElementsAre("D2", "2001-03-07 00:00:00.5", "open")));
+    EXPECT_EQ(page.All("polygon", "bar").size(), 2U);
+}
+
+TEST_F(Report, TakesTheDatesAndRanksThatTheFunctionsTake) {
+    // What is an effectivity of its own and hangs on an option has bounds of its own; its end is
+    // open where both are.
+    const XmlElement page = PageOfData(
+        "cdma",
+        "#1=(DATE_EFFECTIVITY('01012024000000','12312024000000')EFFECTIVITY_OBJECT('D',$)"
+        "OPTION_EFFECTIVITY('option_date','O',$,$,'02022025000000','02022026000000'));\n"
+        "#2=(DATE_EFFECTIVITY('01012024000000','00000000000000')EFFECTIVITY_OBJECT('E',$)"
+        "OPTION_EFFECTIVITY('option_date','O',$,$,$,$));\n"
+        "#3=(EFFECTIVITY_OBJECT('R',$)RANGE_EFFECTIVITY(1,5)"
+        "OPTION_EFFECTIVITY('option_range','O',7,9,$,$));\n"
+        "#4=RANGE_EFFECTIVITY('N',$,-5,-1);\n"
+        "#5=OPTION_EFFECTIVITY('F',$,'option_date','O',3,4,'01012024000000','06012024000000');\n");
+    EXPECT_THAT(Rows(page, "id"),
+                ElementsAre(ElementsAre("D", "O", "2024-01-01", "2024-12-31"),
+                            ElementsAre("E", "O", "2024-01-01", "open"),
+                            ElementsAre("R", "O", "1", "5"), ElementsAre("N", "", "-5", "open"),
+                            ElementsAre("F", "O", "2024-01-01", "2024-06-01")));
+}
+
+TEST_F(Report, TakesNothingForAnInstanceThatIsNone) {
+    // Every attribute that should be an instance, or instances, is a text.
+    const XmlElement page =
+        PageOfOddData("AUTOMOTIVE_DESIGN",
+                      "#1=PRODUCT_DEFINITION_FORMATION('1','','x');\n"
+                      "#2=PRODUCT_DEFINITION('d','',\"0F\",.E.);\n"
+                      "#3=NEXT_ASSEMBLY_USAGE_OCCURRENCE('n','','',(1,2),#2,$);\n"
+                      "#4=NEXT_ASSEMBLY_USAGE_OCCURRENCE('n','','',#2,'y',$);\n"
+                      "#5=CONFIGURATION_ITEM('c','',$,7,$);\n#6=CONFIGURATION_DESIGN('x',.T.);\n"
+                      "#7=DATED_EFFECTIVITY('e','x',(1.,2.));\n");
+    EXPECT_THAT(page.Texts("h2"), Contains("Structure"));
+    const XmlElement database = PageOfOddData(
+        "cdma",
+        "#1=PART_OBJECT('P',$,$,$,$,('x',1,$),$,$,$,$);\n"
+        "#2=PART_OBJECT('Q',$,$,$,$,'x',$,$,$,$);\n"
+        "#3=CDMA_REVISION_HISTORY(('x',1,(2)));\n#4=CDMA_REVISION_HISTORY('x');\n"
+        "#5=RANGE_EFFECTIVITY('R',('x',1),1,2);\n#6=CONFIGURATION_ITEM('C','n','x');\n"
+        "#7=CONFIGURATION_HANDLER('H','x');\n#8=CDMA_ID('x','1',$,$,$);\n");
+    EXPECT_THAT(database.Texts("h2"), Contains("Effectivities"));
 }
 
 TEST_F(Report, ShowsBoundsThatAreNoDatesAsTheyAre) {
