@@ -1,9 +1,13 @@
 // Aggregates of the data access interface: LIST, SET, BAG and ARRAY values, and the extents of
 // entity types, all as runs of members in a fixed order.
 //
-// Ownership. An aggregate that was read from an instance, and every extent, belongs to its model.
-// One that was made with `new` belongs to whoever made it until SdaiPrimitiveH::TakeOver gives it
-// to handles. One that stands on the stack stays there. Members that are instances are shared.
+// Ownership. An aggregate that was read from an instance, and every extent, belongs to its model
+// and stays as long as the model does, whether a data set brought it or PutAttr, and also once
+// another value has taken its place: handles, pointers and iterators on it go on giving its
+// members. One that was made with `new` belongs to whoever made it until SdaiPrimitiveH::TakeOver
+// gives it to handles. One that stands on the stack stays there. Members that are instances are
+// shared. Members that are aggregates stay as long as the aggregate that they were put into, or as
+// handles own it, whether it is cleared or not.
 //
 // Any number of threads may read an aggregate that no thread writes.
 
@@ -76,6 +80,7 @@ class KOR_API SdaiAggrInstance {
     bool extent_ : 1 = false;    // may not be written
     bool realList_ : 1 = false;  // an SdaiListClassOfSdaiReal
     bool mixed_ : 1 = false;     // members may be instances of several models
+    bool keeps_ : 1 = false;     // aggregates that were members are kept until it goes
     // Finds instances among many members; null until it is needed.
     mutable std::atomic<class KORMemberIndex*> index_{nullptr};
 };

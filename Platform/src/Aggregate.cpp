@@ -6,7 +6,10 @@
 #include <mutex>
 #include <new>
 #include <stdexcept>
+#include <unordered_map>
+#include <vector>
 
+#include "Lasting.h"
 #include "MemberIndex.h"
 #include "SdaiEntityInstance.h"
 
@@ -35,6 +38,40 @@ std::size_t MemberSize(KORAggregateAccess::Layout layout) {
 void StoreBare(void* members, std::size_t position, const Cell& cell) {
     static_cast<std::uint64_t*>(members)[position] = cell.Get<std::uint64_t>();
 }
+
+bool HoldsAggregate(const Cell& cell) {
+    if (cell.GetTag() == Tag::Typed) {
+        const SdaiAggrInstance* aggregate = cell.Get<KORTypedValue*>()->value;
+        return aggregate != nullptr;
+    }
+    return cell.GetTag() == Tag::Aggregate;
+}
+
+// The members, aggregates themselves, that were taken out of aggregates which are still there. They
+// are so few that they cost other aggregates nothing but a flag.
+class KeptMembers {
+  public:
+    void Keep(const SdaiAggrInstance& aggregate, const Cell& member) {
+        const std::lock_guard lock(mutex_);
+        members_[&aggregate].push_back(member);
+    }
+
+    std::vector<Cell> Take(const SdaiAggrInstance& aggregate) {
+        const std::lock_guard lock(mutex_);
+        const auto kept = members_.extract(&aggregate);
+        if (members_.empty()) Members().swap(members_);
+        return kept.empty() ? std::vector<Cell>() : std::move(kept.mapped());
+    }
+
+  private:
+    using Members = std::unordered_map<const SdaiAggrInstance*, std::vector<Cell>>;
+
+    std::mutex mutex_;
+    Members members_;  // holds no memory when it is empty
+};
+
+// Models may go while the process ends.
+KeptMembers& TheKeptMembers() { return kor::Lasting<KeptMembers>(); }
 
 }  // namespace
 
@@ -139,6 +176,13 @@ void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate,
     }
 }
 
+void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate) {
+    if (aggregate.layout_ != Layout::Instances && aggregate.layout_ != Layout::Cells) return;
+    for (long i = 1; i < aggregate.GetMemberCount() && !aggregate.mixed_; ++i) {
+        NoteModels(aggregate, aggregate.GetInstanceMember(i));
+    }
+}
+
 // ---- Growing and shrinking
 
 void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
@@ -229,18 +273,33 @@ void KORAggregateAccess::AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInst
 
 void SdaiAggrInstance::RemoveAll() {
     if (extent_) return;
+    KORAggregateAccess::DropIndex(*this);
+    if (layout_ == Layout::Cells) {
+        const Cell* cells = static_cast<const Cell*>(members_);
+        // One at a time: what cannot be kept for want of memory stays a member.
+        while (count_ != 0) {
+            const Cell& last = cells[count_ - 1];
+            if (!KORAggregateAccess::HasOwners(*this) && HoldsAggregate(last)) {
+                TheKeptMembers().Keep(*this, last);
+                keeps_ = true;
+            } else {
+                kor::ReleaseCell(last);
+            }
+            --count_;
+        }
+    }
+    count_ = 0;
+    mixed_ = false;
+}
+
+SdaiAggrInstance::~SdaiAggrInstance() {
     if (layout_ == Layout::Cells) {
         const Cell* cells = static_cast<const Cell*>(members_);
         std::for_each(cells, cells + count_, kor::ReleaseCell);
     }
-    count_ = 0;
-    mixed_ = false;
-    KORAggregateAccess::DropIndex(*this);
-}
-
-SdaiAggrInstance::~SdaiAggrInstance() {
-    extent_ = false;
-    RemoveAll();
+    if (keeps_) {
+        for (const Cell& kept : TheKeptMembers().Take(*this)) kor::ReleaseCell(kept);
+    }
     if (capacity_ != 0) ::operator delete(members_);
 }
 
@@ -290,11 +349,7 @@ SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool s
     }
     aggregate->count_ = static_cast<std::uint32_t>(members.size());
     // A data set that is read is one model; its references may still wait for their instances.
-    if (arena == nullptr && (layout == Layout::Instances || layout == Layout::Cells)) {
-        for (long i = 1; i < aggregate->GetMemberCount() && !aggregate->mixed_; ++i) {
-            NoteModels(*aggregate, aggregate->GetInstanceMember(i));
-        }
-    }
+    if (arena == nullptr) NoteModels(*aggregate);
     return aggregate;
 }
 

@@ -41,6 +41,8 @@ class KOR_API KORAggregateAccess {
     static const KORMemberIndex* IndexOf(const SdaiAggrInstance& aggregate);
     // Whether members may be instances of several models.
     static bool IsMixed(const SdaiAggrInstance& aggregate) { return aggregate.mixed_; }
+    // Finds that out of members that are all there.
+    static void NoteModels(SdaiAggrInstance& aggregate);
 
     // The member as a cell, which owns nothing.
     static kor::Cell MemberCell(const SdaiAggrInstance& aggregate, std::size_t position);

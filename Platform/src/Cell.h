@@ -140,6 +140,7 @@ static_assert(std::endian::native == std::endian::little,
 static_assert(sizeof(Cell) == 16);
 
 struct Domain;
+class Model;
 
 // The handle of a cell; `select` says whether its attribute or aggregate is of a SELECT type.
 KOR_API SdaiPrimitiveH ToHandle(const Cell& cell, bool select);
@@ -147,8 +148,9 @@ KOR_API SdaiPrimitiveH ToHandle(const Cell& cell, bool select);
 // The cell of a value that is put where the domain is declared (null: anywhere): a number where a
 // real is declared becomes a real, a text where an enumeration is declared its item; a plain value
 // put into a select is marked with its defined type where only one can be meant; aggregates are
-// copied whole. The cell owns what it holds.
-KOR_API Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain);
+// copied whole. The cell owns what it holds, but for the copies of aggregates where a model is
+// given: they are part of it and stay until it goes.
+KOR_API Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model = nullptr);
 
 KOR_API void ReleaseCell(const Cell& cell);
 

@@ -379,12 +379,14 @@ std::string_view OnlyChoice(const Domain& select, Tag tag) {
     return only;
 }
 
-// A typed value that shares what the cell holds.
-Cell NewTypedCell(const SdaiString& definedType, const Cell& value) {
+// A typed value that takes over what the cell holds.
+Cell NewTypedCell(const SdaiString& definedType, const Cell& value, Model* model) {
+    if (model != nullptr) return model->NewTyped(definedType, value);
+    const CellHolder holder(value);
     return Cell::Of(Tag::Typed, new KORTypedValue{{1}, definedType, ToHandle(value, false)});
 }
 
-Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain) {
+Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain, Model* model) {
     const Domain* element = domain != nullptr ? domain->element : nullptr;
     struct Members {
         std::vector<Cell> cells;
@@ -393,13 +395,17 @@ Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain) {
     const std::size_t count = KORAggregateAccess::Count(aggregate);
     members.cells.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-        members.cells.push_back(ToCell(aggregate.GetMember(static_cast<long>(i)), element));
+        members.cells.push_back(ToCell(aggregate.GetMember(static_cast<long>(i)), element, model));
     }
     const bool selects =
         element != nullptr ? element->IsSelect() : KORAggregateAccess::HoldsSelects(aggregate);
-    SdaiAggrInstance* copy = KORAggregateAccess::Make(members.cells, selects, nullptr);
+    const Cell copy =
+        model != nullptr
+            ? model->NewAggregate(members.cells, selects)
+            : Cell::Of(Tag::Aggregate, KORAggregateAccess::Make(members.cells, selects, nullptr));
     members.cells.clear();
-    return Cell::Of(Tag::Aggregate, copy);
+    if (model != nullptr) KORAggregateAccess::NoteModels(*copy.Get<SdaiAggrInstance*>());
+    return copy;
 }
 
 }  // namespace
@@ -410,7 +416,7 @@ SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
     return handle;
 }
 
-Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
+Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
     using Kind = KORHandleAccess::Kind;
     const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
     KORTypedValue* typed = KORHandleAccess::TypedOf(value);
@@ -421,8 +427,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
             typed->owners.fetch_add(1, std::memory_order_relaxed);
             return Cell::Of(Tag::Typed, typed);
         }
-        const CellHolder copy(ToCell(typed->value, nullptr));
-        return NewTypedCell(typed->definedType, copy.Get());
+        return NewTypedCell(typed->definedType, ToCell(typed->value, nullptr, model), model);
     }
     Cell cell;
     const SdaiSelectH& held = KORHandleAccess::Held(value);
@@ -450,7 +455,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
             break;
         case Kind::ModelAggregate:
         case Kind::SharedAggregate:
-            cell = CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain);
+            cell = CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain, model);
             break;
         case Kind::String:
             cell = Cell::OfText(base == Domain::Base::Enumeration ? Tag::Enumeration : Tag::Text,
@@ -466,8 +471,8 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain) {
         const std::string_view choice = OnlyChoice(*domain, cell.GetTag());
         if (!choice.empty()) {
             const CellHolder plain(cell);
-            const CellHolder converted(ToCell(value, domain->Choice(choice)));
-            return NewTypedCell(SdaiString(choice), converted.Get());
+            return NewTypedCell(SdaiString(choice), ToCell(value, domain->Choice(choice), model),
+                                model);
         }
     }
     return cell;

@@ -136,18 +136,18 @@ void Instance::Write(int slot, const SdaiPrimitiveH& value) {
     const auto index = static_cast<std::size_t>(slot);
     const Slot& definition = Type().entity->Slots()[index];
     if (definition.derived) return;
-    CellHolder cell(ToCell(value, definition.domain));
+    Model& model = *Type().model;
+    CellHolder cell(ToCell(value, definition.domain, &model));
     Cell& place = Cells()[index];
     const SdaiEntityInstance* before = Relation::TargetOf(place);
     const SdaiEntityInstance* target = Relation::TargetOf(cell.Get());
-    if (place.GetTag() == Tag::Aggregate &&
-        !KORAggregateAccess::HasOwners(*place.Get<SdaiAggrInstance*>())) {
-        Type().model->Retire(place);
+    if (place.GetTag() == Tag::Aggregate) {
+        model.Retire(place);
     } else {
         ReleaseCell(place);
     }
     place = cell.Take();
-    if (target != nullptr) Type().model->NoteTarget(*target);
+    if (target != nullptr) model.NoteTarget(*target);
     for (const RelatedSlot& related : Type().relations) {
         if (related.slot == slot) related.relation->Change(before, target, *this);
     }

@@ -664,6 +664,64 @@ TEST_F(Plant, LeavesHandlesAsTheyWereWhenTheAttributeIsOverwritten) {
     EXPECT_THAT(RealsIn(machine->GetAttr("RATIOS")), ElementsAre(3.5, 4.5, 5.5));
 }
 
+// Pointers and iterators own nothing: what they are on belongs to the model, wherever it is from.
+TEST_F(Plant, LeavesPointersAndIteratorsAsTheyWereWhenTheAttributeIsOverwritten) {
+    const TestModel file(kPlant,
+                         "#1=MACHINE('m',$,$,$,$,$,$,$,$,$,$,$,((1.5,2.5),(3.5)),"
+                         "('a tag of more than fifteen characters','b'),$,$,$);");
+    auto* read = static_cast<SdaiAppInstance*>(InstanceIn(file[1]));
+    machine->PutAttr("GRID", List({List({1.5_h, 2.5_h}), List({3.5_h})}));
+    machine->PutAttr("TAGS", List({"a tag of more than fifteen characters"_h, "b"_h}));
+    for (SdaiAppInstance* instance : {machine, read}) {
+        const SdaiAggrInstance* grid = instance->GetAttr("GRID");
+        const SdaiAggrInstance* row = grid->GetMember(0);
+        const SdaiAggrInstance* tags = instance->GetAttr("TAGS");
+        SdaiIterInstance tag(tags);
+        SdaiIterator_Of_SdaiReal real(row, sdaiRO);
+        EXPECT_TRUE(real.Next() == sdaiTRUE);
+        EXPECT_TRUE(tag.Next() == sdaiTRUE);
+        for (int round = 0; round < 3; ++round) {
+            instance->PutAttr("GRID", List({List({9.5_h})}));
+            instance->PutAttr("TAGS", round == 1 ? SdaiPrimitiveH() : List({"c"_h}));
+        }
+        EXPECT_EQ(TextIn(tag.GetCurrentValue()), "a tag of more than fifteen characters");
+        EXPECT_TRUE(tag.Next() == sdaiTRUE);
+        EXPECT_EQ(TextIn(tag.GetCurrentValue()), "b");
+        EXPECT_TRUE(real.Next() == sdaiTRUE);
+        EXPECT_EQ(real.GetCurrentMember(), 2.5);
+        EXPECT_EQ(grid->GetMemberCount(), 2);
+        EXPECT_THAT(RealsIn(grid->GetMember(1)), ElementsAre(3.5));
+    }
+}
+
+TEST_F(Plant, LeavesPointersAsTheyWereWhenASelectThatHoldsAnAggregateIsOverwritten) {
+    machine->PutAttr("SIZE", SdaiSelectH("SOME_LIST", List({1.5_h, 2.5_h})));
+    const SdaiAggrInstance* size = machine->GetAttr("SIZE");
+    machine->PutAttr("SIZE", SdaiPrimitiveH());
+    EXPECT_EQ(size->GetMemberCount(), 2);
+    EXPECT_EQ(size->GetRealMember(1), 2.5);
+}
+
+TEST_F(Plant, LeavesPointersOnMembersAsTheyWereWhenTheAggregateIsCleared) {
+    const TestModel file(kPlant,
+                         "#1=MACHINE('m',$,$,$,$,$,$,$,$,$,$,$,((1.5,2.5),(3.5)),$,$,$,$);");
+    machine->PutAttr("GRID", List({List({1.5_h, 2.5_h}), List({3.5_h})}));
+    for (const SdaiEntityInstance* instance : {InstanceIn(file[1]), InstanceIn(machine)}) {
+        SdaiAggrInstance* grid = instance->GetAttr("GRID");
+        for (int round = 0; round < 2; ++round) {
+            SdaiAggrInstance* row = grid->GetMember(0);
+            row->Append(9.5_h);
+            grid->RemoveAll();
+            EXPECT_EQ(grid->GetMemberCount(), 0);
+            ASSERT_EQ(row->GetMemberCount(), 3);
+            EXPECT_EQ(row->GetRealMember(1), 2.5);
+            row->Append(10.5_h);
+            EXPECT_EQ(row->GetRealMember(3), 10.5);
+            grid->Append(List({1.5_h, 2.5_h}));
+        }
+    }
+}
+
 TEST_F(Plant, WritesInstancesThatWereReadFromAFile) {
     const TestModel file("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
     auto* product = static_cast<SdaiAppInstance*>(InstanceIn(file[1]));

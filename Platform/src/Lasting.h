@@ -1,0 +1,21 @@
+// Objects that static destructors and ending threads can use.
+
+#ifndef KOR_LASTING_H
+#define KOR_LASTING_H
+
+#include <cstddef>
+#include <new>
+
+namespace kor {
+
+// The object of that type: made when it is first asked for, never destroyed.
+template <class T>
+T& Lasting() {
+    alignas(T) static std::byte storage[sizeof(T)];
+    static T& object = *new (storage) T;
+    return object;
+}
+
+}  // namespace kor
+
+#endif
