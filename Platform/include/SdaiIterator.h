@@ -1,10 +1,13 @@
 // Iterators over aggregates. An iterator is built on the stack, owns nothing and must not outlive
 // its aggregate; a null aggregate has no members. It visits the members that the aggregate had when
 // `Beginning` was called (or the iterator was built), in their order; members added meanwhile are
-// not visited.
+// not visited, and members that were removed are not missed: where the aggregate has become shorter
+// the iteration ends at its end.
 
 #ifndef SDAIITERATOR_H
 #define SDAIITERATOR_H
+
+#include <algorithm>
 
 #include "SdaiAggrInstance.h"
 
@@ -22,16 +25,20 @@ class SdaiIterInstance {
 
     // Goes to the next member; FALSE when there is none.
     SdaiBoolean Next() {
+        if (aggregate_ != nullptr) end_ = std::min(end_, aggregate_->GetMemberCount());
         if (position_ < end_) ++position_;
         return SdaiBoolean(position_ < end_);
     }
 
     // The current member; unset where there is none.
     SdaiPrimitiveH GetCurrentValue() const {
-        return aggregate_ != nullptr ? aggregate_->GetMember(position_) : SdaiPrimitiveH();
+        return aggregate_ != nullptr ? aggregate_->GetMember(Position()) : SdaiPrimitiveH();
     }
 
   protected:
+    // Where the current member stands; nowhere, -1, past the end: a member may have been added.
+    long Position() const { return position_ < end_ ? position_ : -1; }
+
     const SdaiAggrInstance* aggregate_;
     long position_;
     long end_;
@@ -49,7 +56,7 @@ class SdaiIterator_Of_SdaiEntityInstanceH : public SdaiIterInstance {
 
     // The current member; null where there is none or it is no instance.
     SdaiEntityInstance* GetCurrentMember() const {
-        return aggregate_ != nullptr ? aggregate_->GetInstanceMember(position_) : nullptr;
+        return aggregate_ != nullptr ? aggregate_->GetInstanceMember(Position()) : nullptr;
     }
 };
 
@@ -61,7 +68,7 @@ class SdaiIterator_Of_SdaiReal : public SdaiIterInstance {
 
     // The current member; 0.0 where there is none or it is no number.
     double GetCurrentMember() const {
-        return aggregate_ != nullptr ? aggregate_->GetRealMember(position_) : 0.0;
+        return aggregate_ != nullptr ? aggregate_->GetRealMember(Position()) : 0.0;
     }
 };
 

@@ -471,7 +471,33 @@ TEST(Iterator, FindsNothingWhereTheMembersWereRemoved) {
     EXPECT_TRUE(iterator.Next() == sdaiTRUE);
     static_cast<SdaiAggrInstance*>(list)->RemoveAll();
     EXPECT_TRUE(IsUnset(iterator.GetCurrentValue()));
-    while (iterator.Next()) EXPECT_TRUE(IsUnset(iterator.GetCurrentValue()));
+    EXPECT_TRUE(iterator.Next() == sdaiFALSE);
+    EXPECT_TRUE(IsUnset(iterator.GetCurrentValue()));
+}
+
+TEST(Iterator, EndsWhereAnAggregateThatWasMadeAnewEnds) {
+    const SdaiPrimitiveH list = List({1_h, 2_h, 3_h, 4_h});
+    SdaiAggrInstance* const aggregate = list;
+    SdaiIterInstance iterator(aggregate);
+    EXPECT_TRUE(iterator.Next() == sdaiTRUE);
+    aggregate->RemoveAll();
+    aggregate->Append(5_h);
+    aggregate->Append(6_h);
+    EXPECT_TRUE(iterator.Next() == sdaiTRUE);
+    EXPECT_EQ(IntegerIn(iterator.GetCurrentValue()), 6);
+    EXPECT_TRUE(iterator.Next() == sdaiFALSE);
+    EXPECT_TRUE(IsUnset(iterator.GetCurrentValue()));
+}
+
+TEST(Iterator, HasNoCurrentMemberAtItsEndWhereMembersWereAdded) {
+    const SdaiPrimitiveH list = List({1_h});
+    SdaiIterInstance iterator(list);
+    EXPECT_TRUE(iterator.Next() == sdaiTRUE);
+    EXPECT_TRUE(iterator.Next() == sdaiFALSE);
+    static_cast<SdaiAggrInstance*>(list)->Append(2_h);
+    EXPECT_TRUE(IsUnset(iterator.GetCurrentValue()));
+    EXPECT_TRUE(iterator.Next() == sdaiFALSE);
+    EXPECT_TRUE(IsUnset(iterator.GetCurrentValue()));
 }
 
 TEST(InstanceIterator, GivesInstancesAndThoseThatSelectsHold) {
