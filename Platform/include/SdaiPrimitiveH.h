@@ -154,7 +154,8 @@ class KOR_API SdaiPrimitiveH {
     SdaiModel* FindEntityInstanceModel() const;
 
     // TRUE for equal values: the same instance, equal texts, numbers (whatever their kinds) or
-    // truth values, aggregates with equal members in the same order; UNKNOWN when either is unset.
+    // truth values; UNKNOWN when either is unset. Aggregates are compared member by member in their
+    // order: FALSE where the counts or any pair differ, else UNKNOWN where any pair is, else TRUE.
     SdaiLogical operator==(const SdaiPrimitiveH& other) const;
 
     // The references are valid until this handle is written or destroyed.

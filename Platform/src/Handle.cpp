@@ -331,11 +331,10 @@ SdaiLogical SdaiPrimitiveH::operator==(const SdaiPrimitiveH& other) const {
     const SdaiAggrInstance* members = *this;
     const SdaiAggrInstance* otherMembers = other;
     if (members != nullptr && otherMembers != nullptr) {
-        if (members == otherMembers) return sdaiLTRUE;
         const long count = members->GetMemberCount();
         SdaiLogical equal = SdaiBoolean(count == otherMembers->GetMemberCount());
-        for (long i = 0; equal && i < count; ++i) {
-            equal = members->GetMember(i) == otherMembers->GetMember(i);
+        for (long i = 0; i < count && !(equal == sdaiLFALSE); ++i) {
+            equal = equal && members->GetMember(i) == otherMembers->GetMember(i);
         }
         return equal;
     }

@@ -485,6 +485,39 @@ TEST(HandleEquality, IsUnknownWhereAHandleIsUnset) {
     }
 }
 
+TEST(HandleEquality, OfAggregatesGoesByEveryPair) {
+    const SdaiPrimitiveH unset;
+    const SdaiPrimitiveH nan = std::numeric_limits<double>::quiet_NaN();
+    const struct {
+        const char* values;
+        SdaiPrimitiveH a;
+        SdaiPrimitiveH b;
+        const char* equal;
+    } rows[] = {
+        {"($,1) and ($,2)", List({unset, 1_h}), List({unset, 2_h}), "FALSE"},
+        {"(1,$) and (2,$)", List({1_h, unset}), List({2_h, unset}), "FALSE"},
+        {"($,1) and ($,1)", List({unset, 1_h}), List({unset, 1_h}), "UNKNOWN"},
+        {"(1,$) and (1,3)", List({1_h, unset}), List({1_h, 3_h}), "UNKNOWN"},
+        {"($,$) and ($)", List({unset, unset}), List({unset}), "FALSE"},
+        {"(($),1) and (($),2)", List({List({unset}), 1_h}), List({List({unset}), 2_h}), "FALSE"},
+        {"(($),1) and (($),1)", List({List({unset}), 1_h}), List({List({unset}), 1_h}), "UNKNOWN"},
+        {"(nan) and (nan)", List({nan}), List({nan}), "FALSE"},
+    };
+    for (const auto& [values, a, b, equal] : rows) {
+        EXPECT_EQ(Name(a == b), equal) << values;
+        EXPECT_EQ(Name(b == a), equal) << values;
+    }
+}
+
+TEST(HandleEquality, OfAnAggregateAndItselfIsThatOfACopy) {
+    const SdaiPrimitiveH nan = List({1_h, std::numeric_limits<double>::quiet_NaN()});
+    const SdaiPrimitiveH unset = List({1_h, SdaiPrimitiveH()});
+    const SdaiPrimitiveH set = List({1_h, 2.5_h, "a"_h});
+    EXPECT_EQ(Name(nan == nan), "FALSE");
+    EXPECT_EQ(Name(unset == unset), "UNKNOWN");
+    EXPECT_EQ(Name(set == set), "TRUE");
+}
+
 TEST(HandleEquality, TellsAnIntegerFromARealThatIsNearToIt) {
     // A real has no room for this integer; the nearest one is 1 less.
     const SdaiPrimitiveH integer = (1L << 53) + 1;
