@@ -133,6 +133,7 @@ std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const Enti
     // parts has no values here.
     const std::size_t slotCount = type->slots_.size();
     for (const EntityType* part : parts) type->InheritFrom(*part, places);
+    type->kinds_.Add(type->folded_, 0);
     type->slots_.resize(slotCount);
     type->AddNames(places);
     return type;

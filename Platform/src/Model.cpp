@@ -120,7 +120,13 @@ const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& par
         inheritedByOwn_ += part->IsDeclared() ? part->Slots().size() + part->Lineage().size() : 0;
     }
     if (!MayAddOwn() || inheritedByOwn_ > kMostInherited) return nullptr;
-    return complex_[parts] = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
+    const EntityType* entity = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
+    // Parts that the schema does not declare may differ in their values under one name.
+    if (extentNumbers_.Find(std::string_view(entity->FoldedName())) == NameTable::kAbsent) {
+        AddExtent(*entity);
+        undeclared_.emplace_back();
+    }
+    return complex_[parts] = entity;
 }
 
 // ---- Instances

@@ -233,13 +233,13 @@ class KOR_API Model final : public SdaiModel {
     std::vector<ModelType*> declaredTypes_;  // by the number of the entity type
     std::vector<ModelType*> ownTypes_;       // the same for the entity types below
 
-    // Entity types that the schema does not declare: by name, then by number of values; and those
-    // that are several types at once.
+    // Entity types that the schema does not declare: by name, then by number of values (none under
+    // the name of a complex type); and those that are several types at once.
     std::vector<std::vector<const EntityType*>> undeclared_;
     std::map<std::vector<const EntityType*>, const EntityType*> complex_;
     std::vector<std::unique_ptr<EntityType>> ownEntities_;
 
-    // Extents, numbered: first those of the schema's entity types, then of the undeclared ones.
+    // Extents, numbered: first those of the schema's entity types, then of the model's own.
     NameTable extentNumbers_;
     std::vector<const EntityType*> extentEntities_;
     mutable std::deque<std::atomic<SdaiAggrInstance*>> extents_;

@@ -655,6 +655,17 @@ TEST(ORX_GetModelId_Exp, TakesTheModelsOfTheDatabase) {
     EXPECT_EQ(TextIn(ORX_GetModelId_Exp(model[2])), "EMPTY\xB1VALUE" + kTag2 + "EMPTY VALUE");
 }
 
+TEST(ORX_GetModelId_Exp, ReadsAnInstanceOfSeveralTypes) {
+    const TestModel model(
+        "SCHEMA s; ENTITY a; c_soft_ver : STRING; END_ENTITY;"
+        " ENTITY b; s_next : INTEGER; END_ENTITY; END_SCHEMA;",
+        "#1=(A('R 1')B(3));");
+    EXPECT_EQ(TextIn(ORX_GetModelId_Exp(model[1])),
+              "R\xB1"
+              "1" +
+                  kTag2 + "R 1");
+}
+
 TEST(ORX_GetModelId_Exp, LosesNothingOfVersionsAndTypesOfAnyLength) {
     for (const std::size_t length : kLengths) {
         const std::string version = NameOfLength(length);

@@ -272,6 +272,46 @@ TEST(Kind, OfAComplexInstanceIsEachOfItsTypes) {
     }
 }
 
+TEST(ComplexType, IsFoundByItsNameWithItsExtent) {
+    const TestModel model("AUTOMOTIVE_DESIGN",
+                          "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));"
+                          "#2=(MASS_UNIT()NAMED_UNIT(*)SI_UNIT(.KILO.,.GRAM.));"
+                          "#3=(SI_UNIT($,.METRE.)NAMED_UNIT(*)LENGTH_UNIT());"
+                          // A part that no schema declares, with one value and with two.
+                          "#4=(LENGTH_UNIT()NAMED_UNIT(*)STRANGE_UNIT(1));"
+                          "#5=(LENGTH_UNIT()NAMED_UNIT(*)STRANGE_UNIT(1,2));"
+                          "#6=STRANGE_UNIT(1);");
+    const SdaiPrimitiveH instance = model[1];
+    for (const char* name : {"LENGTH_UNIT+NAMED_UNIT+SI_UNIT", "length_unit+Named_Unit+si_unit"}) {
+        SdaiEntity* entity = model.Model().GetEntityDefinition(name);
+        ASSERT_NE(entity, nullptr) << name;
+        EXPECT_EQ(static_cast<SdaiNamedType*>(entity), instance.GetInstanceType());
+        EXPECT_NE(entity->AttrDefinition("PREFIX"), nullptr);
+        EXPECT_EQ(entity->AttrDefinition("UNITS"), nullptr);
+        EXPECT_THAT(Extent(model, name), ElementsAre(1, 3));
+        EXPECT_THAT(IdsIn(model.Model().GetEntityExtent(entity)), ElementsAre(1, 3));
+        EXPECT_TRUE(instance.IsKindOf(name) == sdaiTRUE);
+        EXPECT_TRUE(model[2].IsKindOf(name) == sdaiFALSE);
+    }
+    EXPECT_NE(model.Model().GetEntityDefinition("LENGTH_UNIT+NAMED_UNIT+STRANGE_UNIT"), nullptr);
+    EXPECT_THAT(Extent(model, "LENGTH_UNIT+NAMED_UNIT+STRANGE_UNIT"), ElementsAre(4, 5));
+    EXPECT_THAT(Extent(model, "STRANGE_UNIT"), ElementsAre(4, 5, 6));
+    // What the model holds no instances of is no type of its own.
+    EXPECT_EQ(model.Model().GetEntityDefinition("LENGTH_UNIT+MASS_UNIT"), nullptr);
+    EXPECT_THAT(Extent(model, "LENGTH_UNIT+MASS_UNIT"), ElementsAre());
+}
+
+TEST(ComplexType, IsThatOfInstancesThatAreCreated) {
+    const TestModel model("AUTOMOTIVE_DESIGN",
+                          "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));");
+    EXPECT_THAT(Extent(model, "LENGTH_UNIT+NAMED_UNIT+SI_UNIT"), ElementsAre(1));
+    SdaiAppInstance* created = New(model.Model(), "LENGTH_UNIT+NAMED_UNIT+SI_UNIT");
+    ASSERT_NE(created, nullptr);
+    created->PutAttr("NAME", SdaiPrimitiveH::Enumeration("METRE"));
+    EXPECT_THAT(Extent(model, "LENGTH_UNIT+NAMED_UNIT+SI_UNIT"), ElementsAre(1, 2));
+    EXPECT_THAT(Extent(model, "SI_UNIT"), ElementsAre(1, 2));
+}
+
 TEST(UndeclaredType, IsKeptWithItsInstances) {
     const TestModel model("AUTOMOTIVE_DESIGN",
                           "#1=MYSTERY_TYPE('a',2,#2);#2=APPLICATION_CONTEXT('x');"
