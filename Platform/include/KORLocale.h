@@ -9,6 +9,9 @@ class KOR_API KORLocale {
   public:
     // Plain decimals, without padding.
     static KORUnicodeString sConvertNumToString(long value);
+    static KORUnicodeString sConvertNumToString(int value) {
+        return sConvertNumToString(static_cast<long>(value));
+    }
 
     // The shortest decimals that read back as the same real; "nan", "inf" or "-inf" for one that is
     // not finite.

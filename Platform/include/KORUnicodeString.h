@@ -26,6 +26,8 @@ enum KORSearchMode { KORSearchForward = 1, KORSearchFirst = 2 };
 // Which end Strip takes blanks from.
 enum KORStripMode { KORStripLeading = 1, KORStripTrailing = 2, KORStripBoth = 3 };
 
+class SdaiString;
+
 class KOR_API KORUnicodeString {
   public:
     KORUnicodeString() noexcept : size_(0), shared_(false), small_{} {}
@@ -33,6 +35,8 @@ class KOR_API KORUnicodeString {
     KORUnicodeString(const char* text);
     // Any characters, NUL among them.
     explicit KORUnicodeString(std::string_view text);
+    // The text of a string; what takes a SdaiString itself stands with it, in SdaiString.h.
+    explicit KORUnicodeString(const SdaiString& string);
     KORUnicodeString(const KORUnicodeString& other) noexcept;
     KORUnicodeString(KORUnicodeString&& other) noexcept;
     KORUnicodeString& operator=(const KORUnicodeString& other) noexcept;
@@ -56,6 +60,7 @@ class KOR_API KORUnicodeString {
     KORUnicodeString& Append(const KORUnicodeString& text);
     KORUnicodeString& Append(std::string_view text);
     KORUnicodeString& Append(const char* text) { return Append(std::string_view(text)); }
+    KORUnicodeString& Append(const SdaiString& string);
     // Makes room for a text of that length, so that appending up to it allocates no more.
     void Reserve(std::size_t length);
 

@@ -23,12 +23,19 @@ class SdaiBoolean {
     constexpr SdaiBoolean operator||(SdaiBoolean other) const {
         return SdaiBoolean(value_ || other.value_);
     }
+    // With a logical, as two logicals.
+    constexpr SdaiLogical operator&&(SdaiLogical other) const;
+    constexpr SdaiLogical operator||(SdaiLogical other) const;
     constexpr SdaiBoolean operator!() const { return SdaiBoolean(!value_); }
     constexpr SdaiBoolean operator==(SdaiBoolean other) const {
         return SdaiBoolean(value_ == other.value_);
     }
     constexpr SdaiBoolean operator==(SdaiLogical other) const;
     constexpr SdaiBoolean operator!=(SdaiBoolean other) const { return !(*this == other); }
+    constexpr SdaiBoolean operator!=(SdaiLogical other) const;
+
+    // Writes TRUE or FALSE.
+    friend KOR_API std::ostream& operator<<(std::ostream& stream, SdaiBoolean value);
 
     // 1 for TRUE, 0 for FALSE, so that a boolean stands in a condition.
     constexpr operator int() const { return value_ ? 1 : 0; }
@@ -60,6 +67,10 @@ class SdaiLogical {
         return *this == SdaiLogical(other);
     }
     constexpr SdaiBoolean operator!=(SdaiLogical other) const { return !(*this == other); }
+    constexpr SdaiBoolean operator!=(SdaiBoolean other) const { return !(*this == other); }
+
+    // Writes TRUE, FALSE or UNKNOWN.
+    friend KOR_API std::ostream& operator<<(std::ostream& stream, SdaiLogical value);
 
     // 1 for TRUE, 0 for FALSE and for UNKNOWN, so that a logical stands in a condition.
     constexpr operator int() const { return value_ == kTrue ? 1 : 0; }
@@ -73,12 +84,18 @@ class SdaiLogical {
     Value value_ = kUnknown;
 };
 
+constexpr SdaiLogical SdaiBoolean::operator&&(SdaiLogical other) const {
+    return SdaiLogical(*this) && other;
+}
+constexpr SdaiLogical SdaiBoolean::operator||(SdaiLogical other) const {
+    return SdaiLogical(*this) || other;
+}
 constexpr SdaiBoolean SdaiBoolean::operator==(SdaiLogical other) const {
     return SdaiLogical(*this) == other;
 }
-
-// Writes TRUE, FALSE or UNKNOWN.
-KOR_API std::ostream& operator<<(std::ostream& stream, SdaiLogical value);
+constexpr SdaiBoolean SdaiBoolean::operator!=(SdaiLogical other) const {
+    return SdaiLogical(*this) != other;
+}
 
 // The runtime's constants.
 class KORSdaiStaticGlobalData {

@@ -93,10 +93,10 @@ class KOR_API SdaiModel {
     const SdaiString& SchemaName() const;
 
     // The model's schema.
-    const SdaiSchema* Underlying_schema() const;
+    SdaiSchema* Underlying_schema() const;
 
     // The named entity type of the model's schema, or one that the schema does not declare but the
-    // model holds instances of; null when there is neither.
+    // model holds instances of, "A+B+C" for one of several types; null when there is neither.
     SdaiEntity* GetEntityDefinition(const SdaiString& name) const;
     SdaiEntity* GetEntityDefinition(const SdaiName& name) const;
 

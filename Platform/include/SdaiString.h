@@ -52,4 +52,21 @@ inline SdaiBoolean operator==(const SdaiString& left, const SdaiString& right) {
     return SdaiBoolean(left.View() == right.View());
 }
 
+inline SdaiBoolean operator!=(const SdaiString& left, const char* right) {
+    return !(left == right);
+}
+inline SdaiBoolean operator!=(const SdaiString& left, const SdaiString& right) {
+    return !(left == right);
+}
+inline bool operator==(const KORUnicodeString& left, const SdaiString& right) {
+    return left.View() == right.View();
+}
+
+inline KORUnicodeString::KORUnicodeString(const SdaiString& string)
+    : KORUnicodeString(static_cast<const KORUnicodeString&>(string)) {}
+
+inline KORUnicodeString& KORUnicodeString::Append(const SdaiString& string) {
+    return Append(static_cast<const KORUnicodeString&>(string));
+}
+
 #endif

@@ -103,7 +103,9 @@ const SdaiAttribute* SdaiEntity::AttrDefinition(const SdaiName& name) const {
 
 // ---- Models
 
-const SdaiSchema* SdaiModel::Underlying_schema() const { return &Model::Of(*this).GetSchema(); }
+SdaiSchema* SdaiModel::Underlying_schema() const {
+    return const_cast<kor::Schema*>(&Model::Of(*this).GetSchema());
+}
 
 const SdaiString& SdaiModel::SchemaName() const { return Model::Of(*this).GetSchema().Name(); }
 
