@@ -5,6 +5,7 @@
 
 #include "KORDMInstance.h"
 #include "KORDMNarvo.h"
+#include "Lasting.h"
 #include "SdaiIterator.h"
 #include "SdaiModel.h"
 
@@ -41,8 +42,12 @@ KORDMInstance IdentityOf(const SdaiEntityInstance& record) {
             KORDMNarvo::HexaToDouble(text("Compid"_name))};
 }
 
+// Emptied, not destroyed, when the library is unloaded or the process ends.
 Store& TheStore() {
-    static Store store;
+    static Store& store = kor::Lasting<Store>();
+    static const struct Emptied {
+        ~Emptied() { kor::Lasting<Store>() = Store(); }
+    } emptied;
     return store;
 }
 

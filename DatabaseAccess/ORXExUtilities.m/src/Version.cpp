@@ -2,6 +2,8 @@
 // family of revisions.
 
 #include <algorithm>
+#include <cstddef>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -50,7 +52,14 @@ struct SeenFamilies {
     }
 };
 
-SeenFamilies seen;
+// Engines call while they end, too. So what was seen is never destroyed: it is emptied when the
+// module is unloaded or the process ends, and whoever calls after that finds, and leaves, nothing.
+alignas(SeenFamilies) std::byte storage[sizeof(SeenFamilies)];
+SeenFamilies& seen = *new (storage) SeenFamilies;
+
+const struct Emptied {
+    ~Emptied() { seen = SeenFamilies(); }
+} emptied;
 
 KORDMInstance Identity(const SdaiString& coid, const SdaiString& compid, const SdaiString& caenv,
                        const SdaiString& catab) {
@@ -238,11 +247,9 @@ SdaiPrimitiveH IsVersion(const SdaiPrimitiveH& part, const SdaiPrimitiveH& flag)
 
 SdaiPrimitiveH RemoveValueVersion() {
     return Function<"RemoveValueVersion">(sdaiLTRUE, [&](Trace& trace, SdaiLogical&) {
-        seen.revisions.RemoveAll();
+        seen = SeenFamilies();
         trace.Line("Taille DMList : ", seen.revisions.Size());
-        seen.representatives.clear();
         trace.Line("Taille SdaiList : ", seen.representatives.size());
-        seen.ends.clear();
         trace.Line("Taille IndList : ", seen.ends.size());
     });
 }
