@@ -7,15 +7,24 @@
 //
 // The service writes the first and the last line itself: one when a scope opens and one when it
 // closes, so that a call shows even where the function writes nothing. Lines go out whole, one
-// after the other, as the bytes that were written (ISO 8859-1).
+// after the other, as the bytes that were written (ISO 8859-1), except that a line feed or carriage
+// return in the middle of a line, which only data can bring, is written as \n or \r: one line is
+// always one message.
 //
-// The level is 0 (off) unless the environment variable KOR_TRACE or Configure sets it; a level is
-// active when it is at most the one that is set, so 12 shows the lines of the mapping functions.
-// Lines go to the file that KOR_TRACE_FILE or Configure names, else to the standard error stream. A
-// file that cannot be opened or written loses lines and nothing else.
+// The level is 0 (off) unless the environment variable KOR_TRACE (a whole number; anything else is
+// told on the standard error stream when the library is loaded, and leaves the trace off) or
+// Configure sets it; a level is active when it is at most the one that is set, so 12 shows the
+// lines of the mapping functions.
+//
+// Lines go to the file that KOR_TRACE_FILE or Configure names, else to the standard error stream.
+// The file of KOR_TRACE_FILE is opened when the first line is written, and appended to, so that
+// processes can share it; a pipe then waits for its reader. A file that cannot be opened or written
+// loses lines and nothing else.
 //
 // Off, a scope costs one test when it opens and one when it closes, and allocates nothing. Each
-// thread has scopes and lines of its own; the service puts their lines one after the other.
+// scope has a line of its own, so that a call in the middle of a line leaves it as it is; the
+// service puts the lines of scopes and threads one after the other. It can be used for as long as
+// the process runs: by static destructors and ending threads, too.
 
 #ifndef KORPSNTRACE_H
 #define KORPSNTRACE_H
@@ -59,7 +68,7 @@ class KOR_API KORPSNTrace {
     KORPSNTrace& operator=(const KORPSNTrace&) = delete;
     // Closes it.
     ~KORPSNTrace() {
-        if (open_) Close();
+        if (state_ != State::Closed) Close();
     }
 
     // The level that the scope was built with.
@@ -89,17 +98,27 @@ class KOR_API KORPSNTrace {
     // The label.
     KORString GetMethod() const { return KORString(label_); }
 
-    // The line to write into; what was written into it and not handed over is dropped.
+    // The scope's line to write into, as a new stream would: what was written into it and not
+    // handed over is dropped.
     KORPSNLigne GetLigne();
 
-    // Hands the finished line over, with the line break that was written into it.
+    // Hands the finished line over, the line break at its end included; it gets one if it has none.
+    // Nothing where nothing was written.
     void Out();
 
-    // Sets the level and the sink: the path of a file, which is emptied, or null or "" for the
-    // standard error stream. False when the file cannot be opened; the trace is then off.
+    // Sets the level and the sink: the path of a file, which is emptied here and appended to from
+    // then on, or null or "" for the standard error stream. False when the file cannot be opened;
+    // the trace is then off.
     static bool Configure(int level, const char* file);
 
   private:
+    struct Line;
+    class Lines;
+    struct Service;
+
+    // Lent: the scope wrote no first line, but has a line.
+    enum class State : unsigned char { Closed, Lent, Open };
+
     void Open() noexcept;
     void Close() noexcept;
     void WriteMark(const char* mark) noexcept;
@@ -109,7 +128,8 @@ class KOR_API KORPSNTrace {
 
     const char* label_;
     int level_;
-    bool open_ = false;
+    State state_ = State::Closed;
+    Line* line_ = nullptr;  // once it was asked for
 };
 
 #endif

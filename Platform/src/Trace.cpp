@@ -1,20 +1,77 @@
 #include "KORPSNTrace.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
-#include <fstream>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <ctime>
 #include <iostream>
 #include <locale>
 #include <mutex>
-#include <new>
-#include <sstream>
+#include <optional>
+#include <streambuf>
 #include <string>
 #include <string_view>
 
 #include "KORSystem.h"
 
+// Functions may trace while the process ends or a thread does. So what the service keeps needs no
+// construction and is never destroyed; what it holds is given back when the library is unloaded and
+// fetched anew should another line come.
+
 namespace {
+
+// Line breaks inside a line, which come from data, are written as "\n" and "\r": a value cannot
+// make up lines. The line ends with the one break that it is given here.
+std::string OneLine(std::string_view text) {
+    if (text.ends_with('\n')) text.remove_suffix(1);
+    std::string line;
+    line.reserve(text.size() + 1);
+    for (const char c : text) {
+        switch (c) {
+            case '\n': line += "\\n"; break;
+            case '\r': line += "\\r"; break;
+            default: line += c;
+        }
+    }
+    return line += '\n';
+}
+
+// Keeps the signal of a pipe without readers from ending the process.
+class PipeSignalHeldBack {
+  public:
+    PipeSignalHeldBack() {
+        sigemptyset(&pipe_);
+        sigaddset(&pipe_, SIGPIPE);
+        sigset_t pending;
+        sigpending(&pending);
+        pending_ = sigismember(&pending, SIGPIPE) == 1;
+        pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
+    }
+    ~PipeSignalHeldBack() {
+        const timespec now{};
+        if (!pending_) sigtimedwait(&pipe_, nullptr, &now);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    PipeSignalHeldBack(const PipeSignalHeldBack&) = delete;
+    PipeSignalHeldBack& operator=(const PipeSignalHeldBack&) = delete;
+
+  private:
+    sigset_t pipe_;
+    sigset_t before_;
+    bool pending_;
+};
+
+bool IsPipe(const char* file) {
+    struct stat status {};
+    return stat(file, &status) == 0 && S_ISFIFO(status.st_mode);
+}
 
 // Where lines go instead.
 constinit std::atomic<KORPSNSink*> redirected{nullptr};
@@ -22,61 +79,141 @@ constinit std::atomic<KORPSNSink*> redirected{nullptr};
 // Where finished lines go.
 class Sink {
   public:
-    bool Open(const char* file) {
+    // Lines are appended to the file, which is opened when the first one comes.
+    void Append(const char* file) {
         const std::lock_guard lock(mutex_);
-        file_.close();
-        file_.clear();
-        toFile_ = file != nullptr && *file != '\0';
-        if (toFile_) file_.open(file, std::ios::binary | std::ios::trunc);
-        return !toFile_ || file_.is_open();
+        Set(file);
     }
 
+    // The same for a file that is emptied now. A pipe is opened later: that waits for its reader.
+    bool StartAnew(const char* file) {
+        const std::lock_guard lock(mutex_);
+        if (!Set(file)) return false;
+        if (file_[0] == '\0') return true;
+        if (IsPipe(file_)) return access(file_, W_OK) == 0;
+        if (!Open()) {
+            file_[0] = '\0';
+            return false;
+        }
+        return !regular_ || shared_ || ftruncate(descriptor_, 0) == 0;
+    }
+
+    // What cannot be written is lost; later lines may go through again.
     void Write(std::string_view line) {
         // Without the lock: a sink may wait for locks of its own.
         if (KORPSNSink* other = redirected.load(std::memory_order_acquire)) {
             return other->Write(line);
         }
         const std::lock_guard lock(mutex_);
-        std::ostream& stream = toFile_ ? static_cast<std::ostream&>(file_) : std::cerr;
-        stream.write(line.data(), static_cast<std::streamsize>(line.size()));
-        stream.flush();
-        // What could not be written is lost; later lines may go through again.
-        stream.clear();
+        if (file_[0] == '\0') {
+            std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
+            std::cerr.flush();
+            std::cerr.clear();
+        } else if (descriptor_ >= 0 || Open()) {
+            std::optional<PipeSignalHeldBack> heldBack;
+            if (!regular_) heldBack.emplace();
+            while (!line.empty()) {
+                const ssize_t written = write(descriptor_, line.data(), line.size());
+                if (written < 0 && errno != EINTR) break;
+                if (written > 0) line.remove_prefix(static_cast<std::size_t>(written));
+            }
+        }
+    }
+
+    void Close() {
+        const std::lock_guard lock(mutex_);
+        CloseFile();
     }
 
   private:
+    void CloseFile() {
+        if (descriptor_ >= 0) close(descriptor_);
+        descriptor_ = -1;
+    }
+
+    // Takes the path as it is meant now, whatever the working directory is when it is opened.
+    bool Set(const char* file) {
+        CloseFile();
+        file_[0] = '\0';
+        if (file == nullptr || *file == '\0') return true;
+        std::size_t size = 0;
+        if (*file != '/' && getcwd(file_, sizeof file_ - 1) != nullptr) {
+            size = std::strlen(file_);
+            file_[size++] = '/';
+        }
+        const std::size_t length = std::strlen(file);
+        if (size + length >= sizeof file_) {
+            file_[0] = '\0';
+            return false;
+        }
+        std::memcpy(file_ + size, file, length + 1);
+        return true;
+    }
+
+    bool Open() {
+        constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY;
+        do {
+            descriptor_ = open(file_, kFlags, 0666);
+        } while (descriptor_ < 0 && errno == EINTR);
+        struct stat status {};
+        if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) return false;
+        regular_ = S_ISREG(status.st_mode);
+        // A standard stream that goes to this very file has a position of its own in it, at which
+        // it would write over the lines: they go through that stream's descriptor.
+        shared_ = ShareWith(STDOUT_FILENO, status) || ShareWith(STDERR_FILENO, status);
+        return true;
+    }
+
+    bool ShareWith(int standard, const struct stat& status) {
+        struct stat other {};
+        if (fstat(standard, &other) != 0 || other.st_dev != status.st_dev ||
+            other.st_ino != status.st_ino || (fcntl(standard, F_GETFL) & O_ACCMODE) == O_RDONLY) {
+            return false;
+        }
+        const int shared = fcntl(standard, F_DUPFD_CLOEXEC, 0);
+        if (shared < 0) return false;
+        close(descriptor_);
+        descriptor_ = shared;
+        return true;
+    }
+
     std::mutex mutex_;
-    bool toFile_ = false;
-    std::ofstream file_;
+    int descriptor_ = -1;       // not open yet
+    bool regular_ = false;      // a file, no pipe or device
+    bool shared_ = false;       // with a standard stream
+    char file_[PATH_MAX] = {};  // "": the standard error stream
 };
+static_assert(std::is_trivially_destructible_v<Sink>);
 
-Sink& TheSink() {
-    static Sink sink;
-    return sink;
+constinit Sink sink;
+
+// A whole number, with blanks around it and a sign before it; one that an int cannot hold is the
+// nearest one that it can.
+std::optional<int> LevelIn(std::string_view text) {
+    constexpr std::string_view kBlank = " \t";
+    text.remove_prefix(std::min(text.find_first_not_of(kBlank), text.size()));
+    text = text.substr(0, text.find_last_not_of(kBlank) + 1);
+    if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
+    int level = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), level);
+    if (end != text.data() + text.size()) return std::nullopt;
+    if (error == std::errc::result_out_of_range) return text.front() == '-' ? INT_MIN : INT_MAX;
+    return error == std::errc() ? std::optional(level) : std::nullopt;
 }
 
-// Reads KOR_TRACE and KOR_TRACE_FILE when the library is loaded.
-const bool configuredFromEnvironment = [] {
-    const char* level = KORGetEnv("KOR_TRACE");
-    if (level == nullptr) return false;
-    int number = 0;
-    const std::string_view text(level);
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size()) return false;
-    return KORPSNTrace::Configure(number, KORGetEnv("KOR_TRACE_FILE"));
-}();
+// The level that KOR_TRACE sets. An empty one sets none.
+int LevelOfEnvironment() {
+    const char* text = KORGetEnv("KOR_TRACE");
+    if (text == nullptr || *text == '\0') return 0;
+    const std::optional<int> level = LevelIn(text);
+    if (level.has_value()) return *level;
+    std::cerr << OneLine(std::string("KOR_TRACE=") + text +
+                         ": a trace level is a whole number; the trace is off");
+    return 0;
+}
 
-// The open scopes of this thread that wrote their first line, and the line being written.
+// The open scopes of this thread that wrote their first line.
 thread_local int depth = 0;
-
-std::ostringstream& Line() {
-    thread_local std::ostringstream line = [] {
-        std::ostringstream stream;
-        stream.imbue(std::locale::classic());
-        return stream;
-    }();
-    return line;
-}
 
 constexpr int kWidestIndent = 1000;
 constexpr auto kBlanks = [] {
@@ -86,9 +223,101 @@ constexpr auto kBlanks = [] {
     return blanks;
 }();
 
+// Takes what is written as it comes.
+class LineBuffer final : public std::streambuf {
+  public:
+    std::string text;
+
+  private:
+    int_type overflow(int_type c) override {
+        if (!traits_type::eq_int_type(c, traits_type::eof())) {
+            text.push_back(traits_type::to_char_type(c));
+        }
+        return traits_type::not_eof(c);
+    }
+    std::streamsize xsputn(const char* characters, std::streamsize count) override {
+        text.append(characters, static_cast<std::size_t>(count));
+        return count;
+    }
+};
+
 }  // namespace
 
+// The line of a scope. Those that no scope has are kept for the next one.
+struct KORPSNTrace::Line {
+    Line() : stream(&buffer) { stream.imbue(std::locale::classic()); }
+
+    // Empty, and formatting as a new stream does.
+    void Clear() {
+        buffer.text.clear();
+        stream.clear();
+        stream.flags(std::ios_base::skipws | std::ios_base::dec);
+        stream.precision(6);
+        stream.width(0);
+        stream.fill(' ');
+    }
+
+    LineBuffer buffer;
+    std::ostream stream;
+    Line* next = nullptr;
+};
+
+class KORPSNTrace::Lines {
+  public:
+    static Line* Take() {
+        {
+            const std::lock_guard lock(mutex_);
+            if (Line* line = free_) {
+                free_ = line->next;
+                return line;
+            }
+        }
+        return new Line;
+    }
+
+    static void GiveBack(Line* line) {
+        constexpr std::size_t kLong = std::size_t{1} << 16;
+        if (line->buffer.text.capacity() > kLong) {
+            delete line;
+            return;
+        }
+        const std::lock_guard lock(mutex_);
+        line->next = free_;
+        free_ = line;
+    }
+
+    static void Free() {
+        const std::lock_guard lock(mutex_);
+        while (Line* line = free_) {
+            free_ = line->next;
+            delete line;
+        }
+    }
+
+  private:
+    static constinit std::mutex mutex_;
+    static constinit Line* free_;
+};
+
+constinit std::mutex KORPSNTrace::Lines::mutex_;
+constinit KORPSNTrace::Line* KORPSNTrace::Lines::free_ = nullptr;
+
 constinit std::atomic<int> KORPSNTrace::activeLevel_{0};
+
+// Loads and unloads with the library.
+struct KORPSNTrace::Service {
+    Service() {
+        sink.Append(KORGetEnv("KOR_TRACE_FILE"));
+        activeLevel_.store(LevelOfEnvironment(), std::memory_order_relaxed);
+    }
+    ~Service() {
+        sink.Close();
+        Lines::Free();
+    }
+
+    static const Service service;
+};
+const KORPSNTrace::Service KORPSNTrace::Service::service;
 
 int KORPSNTrace::GetIndent() { return 3 * std::max(depth - 1, 0); }
 
@@ -97,20 +326,23 @@ KORString KORPSNTrace::Indent(int count) {
 }
 
 KORPSNTrace::Target KORPSNTrace::Redirect(Target target) {
-    KORPSNSink* const sink = redirected.exchange(target.sink, std::memory_order_acq_rel);
-    return {activeLevel_.exchange(target.level, std::memory_order_relaxed), sink};
+    KORPSNSink* const before = redirected.exchange(target.sink, std::memory_order_acq_rel);
+    return {activeLevel_.exchange(target.level, std::memory_order_relaxed), before};
 }
 
 void KORPSNTrace::Open() noexcept {
-    open_ = true;
+    state_ = State::Open;
     ++depth;
     WriteMark(" {\n");
 }
 
 void KORPSNTrace::Close() noexcept {
-    // The trace may have been switched off since.
-    if (LevelIsActive(level_) != 0) WriteMark(" }\n");
-    --depth;
+    if (state_ == State::Open) {
+        // The trace may have been switched off since.
+        if (LevelIsActive(level_) != 0) WriteMark(" }\n");
+        --depth;
+    }
+    if (line_ != nullptr) Lines::GiveBack(line_);
 }
 
 // Writes the line that opens or closes the scope. A line that cannot be written is lost: the trace
@@ -124,16 +356,25 @@ void KORPSNTrace::WriteMark(const char* mark) noexcept {
 }
 
 KORPSNLigne KORPSNTrace::GetLigne() {
-    std::ostringstream& line = Line();
-    line.str({});
-    line.clear();
-    return KORPSNLigne(line);
+    if (line_ == nullptr) {
+        line_ = Lines::Take();
+        if (state_ == State::Closed) state_ = State::Lent;
+    }
+    line_->Clear();
+    return KORPSNLigne(line_->stream);
 }
 
-void KORPSNTrace::Out() { TheSink().Write(Line().view()); }
+void KORPSNTrace::Out() {
+    if (line_ == nullptr) return;
+    // A stream that ran out of memory holds half a line.
+    if (line_->stream.good() && !line_->buffer.text.empty()) {
+        sink.Write(OneLine(line_->buffer.text));
+    }
+    line_->Clear();
+}
 
 bool KORPSNTrace::Configure(int level, const char* file) {
-    const bool opened = TheSink().Open(file);
+    const bool opened = sink.StartAnew(file);
     activeLevel_.store(opened ? level : 0, std::memory_order_relaxed);
     return opened;
 }

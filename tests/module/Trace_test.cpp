@@ -505,8 +505,8 @@ OrxResult RunTraced(const std::string& level, const std::string& file) {
 }  // namespace
 
 TEST(TraceVariables, SwitchTheTraceOnIntoAFile) {
-    const TemporaryDirectory directory;
     for (const char* level : {"12", "99"}) {
+        const TemporaryDirectory directory;
         const OrxResult run = RunTraced(level, directory / "trace");
         EXPECT_EQ(run.status, 0);
         EXPECT_EQ(run.out, kResult);
