@@ -292,19 +292,27 @@ void SdaiAggrInstance::RemoveAll() {
     mixed_ = false;
 }
 
+// At the end of the aggregate: with the members that it keeps.
+void KORAggregateAccess::ReleaseMembers(SdaiAggrInstance& aggregate) {
+    DropIndex(aggregate);
+    if (aggregate.layout_ == Layout::Cells) {
+        const Cell* cells = Members<Cell>(aggregate);
+        std::for_each(cells, cells + aggregate.count_, kor::ReleaseCell);
+    }
+    aggregate.count_ = 0;
+    if (aggregate.keeps_) {
+        for (const Cell& kept : TheKeptMembers().Take(aggregate)) kor::ReleaseCell(kept);
+    }
+    aggregate.keeps_ = false;
+}
+
 SdaiAggrInstance::~SdaiAggrInstance() {
-    if (layout_ == Layout::Cells) {
-        const Cell* cells = static_cast<const Cell*>(members_);
-        std::for_each(cells, cells + count_, kor::ReleaseCell);
-    }
-    if (keeps_) {
-        for (const Cell& kept : TheKeptMembers().Take(*this)) kor::ReleaseCell(kept);
-    }
+    KORAggregateAccess::ReleaseMembers(*this);
     if (capacity_ != 0) ::operator delete(members_);
 }
 
 SdaiListClassOfSdaiReal::~SdaiListClassOfSdaiReal() {
-    RemoveAll();
+    KORAggregateAccess::ReleaseMembers(*this);
     KORAggregateAccess::FreeMembers(*this);
 }
 

@@ -72,6 +72,7 @@ class KOR_API KORAggregateAccess {
     static void NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInstance* instance);
     static void NoteModels(SdaiAggrInstance& aggregate, const SdaiEntityInstance* instance);
     static void DropIndex(SdaiAggrInstance& aggregate);
+    static void ReleaseMembers(SdaiAggrInstance& aggregate);
     friend class SdaiAggrInstance;
     friend class SdaiListClassOfSdaiReal;
 };
