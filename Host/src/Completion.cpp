@@ -51,7 +51,8 @@ class Completer {
         } else {
             for (const std::string& function : calls::FunctionNames()) Add({function + '('});
             Add(evaluator_.VariableNames());
-            Add({"ADD", "EACH", "LET", "NEW", "SET", "IN", "TO", "WHERE"});
+            Add({"ADD", "AND", "COUNT(", "EACH", "LET", "NEW", "NOT", "OR", "SET", "IN", "TO",
+                 "WHERE"});
             if (const auto each = FindEach()) Add({each->variable});
         }
         return Chosen();

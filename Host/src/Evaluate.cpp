@@ -44,9 +44,25 @@ std::vector<Source> Sources(const Options& options) {
 
 int Evaluate(Session& session, const Options& options, const calls::Module& module) {
     const Printer printer(session, options.json);
-    Evaluator evaluator(module, session, printer);
     int status = kDone;
+    std::string sourceName;
+    const auto complain = [&](const char* kind, const ScriptError& error) {
+        std::cout.flush();
+        Complain(kind + sourceName + ':' + std::to_string(error.Where().line) + ':' +
+                 std::to_string(error.Where().column) + ": " + error.what());
+    };
+    const auto fail = [&](const ScriptError& error) {
+        complain("", error);
+        status = kStatementFailed;
+    };
+    Leniency leniency;
+    if (options.lenient) {
+        leniency.warn = [&](const ScriptError& error) { complain("warning: ", error); };
+    }
+    if (options.keepGoing) leniency.skip = fail;
+    Evaluator evaluator(module, session, printer, leniency);
     for (const Source& source : Sources(options)) {
+        sourceName = source.name;
         ScriptReader reader(source.text, source.start, session.ModelNames());
         for (;;) {
             try {
@@ -54,10 +70,7 @@ int Evaluate(Session& session, const Options& options, const calls::Module& modu
                 if (!statement.has_value()) break;
                 evaluator.Run(*statement);
             } catch (const ScriptError& error) {
-                std::cout.flush();
-                Complain(source.name + ':' + std::to_string(error.Where().line) + ':' +
-                         std::to_string(error.Where().column) + ": " + error.what());
-                status = kStatementFailed;
+                fail(error);
                 if (!options.keepGoing) return Flush() ? status : kUnusable;
             }
         }

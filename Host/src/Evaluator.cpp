@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "Aggregate.h"
+#include "Expectation.h"
 #include "Names.h"
+#include "Operators.h"
 #include "SdaiIterator.h"
 #include "Signature.h"
 
@@ -46,20 +48,28 @@ void Evaluator::RunEach(const Statement& statement) {
         const std::string& name;
         std::optional<SdaiPrimitiveH> hidden;
     } scope(variables_, statement.variable);
-    std::vector<SdaiPrimitiveH> values;
     while (members.Next()) {
         const SdaiPrimitiveH member = members.GetCurrentValue();
         variables_[statement.variable] = member;
-        if (statement.where != nullptr) {
-            const SdaiPrimitiveH holds = Evaluate(*statement.where);
-            if (static_cast<const SdaiLogical&>(holds) != sdaiLTRUE) continue;
+        try {
+            RunMember(statement, member);
+        } catch (const ScriptError& error) {
+            const bool isInstance = static_cast<SdaiEntityInstance*>(member) != nullptr;
+            const std::string name = isInstance ? ToText(member, session_) + ": " : "";
+            const ScriptError named(error.Where(), name + error.what());
+            if (!leniency_.skip) throw named;
+            leniency_.skip(named);
         }
-        values.clear();
-        for (const Item& item : statement.items) {
-            if (auto value = RunItem(item)) values.push_back(std::move(*value));
-        }
-        if (!values.empty()) printer_.Print(statement.position, member, values);
     }
+}
+
+void Evaluator::RunMember(const Statement& statement, const SdaiPrimitiveH& member) {
+    if (statement.where != nullptr && Truth(*statement.where, "WHERE") != sdaiLTRUE) return;
+    std::vector<SdaiPrimitiveH> values;
+    for (const Item& item : statement.items) {
+        if (auto value = RunItem(item)) values.push_back(std::move(*value));
+    }
+    if (!values.empty()) printer_.Print(statement.position, member, values);
 }
 
 // What an EACH walks; the owner keeps an aggregate that belongs to no model.
@@ -108,6 +118,10 @@ void Evaluator::Add(const Item& item) const {
     SdaiEntityInstance& instance = TargetOf(item);
     const SdaiPrimitiveH present = instance.GetAttr(SdaiString(std::string_view(item.name)));
     if (SdaiAggrInstance* members = present) {
+        const kor::EntityType& entity = *kor::Instance::Of(instance).Type().entity;
+        const int slot = entity.SlotOf(std::string_view(item.name));
+        const kor::Domain* domain = entity.Slots()[static_cast<std::size_t>(slot)].domain;
+        CheckKind(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
         members->Append(value);
     } else if (present.exists()) {
         throw ScriptError(item.position,
@@ -147,6 +161,8 @@ SdaiPrimitiveH Evaluator::Evaluate(const Expression& expression) const {
         case Expression::Kind::Attribute: return ReadAttribute(expression);
         case Expression::Kind::Call: return CallFunction(expression);
         case Expression::Kind::New: return NewInstance(expression);
+        case Expression::Kind::Index: return MemberAt(expression);
+        case Expression::Kind::Operation: return Operate(expression);
         case Expression::Kind::Model: break;
     }
     ModelNamed(expression.model, expression.position);
@@ -199,15 +215,121 @@ SdaiPrimitiveH Evaluator::FindInstance(const Expression& expression) const {
 
 SdaiPrimitiveH Evaluator::ReadAttribute(const Expression& expression) const {
     const SdaiPrimitiveH owner = Evaluate(*expression.operands.front());
-    if (owner.exists() && static_cast<SdaiEntityInstance*>(owner) == nullptr) {
+    if (!owner.exists()) return {};
+    const SdaiEntityInstance* instance = owner;
+    if (instance == nullptr) {
         throw ScriptError(
             expression.position,
             "an attribute is asked of " + ToText(owner, session_) + ", which is no instance");
     }
-    return owner.GetAttr(SdaiString(std::string_view(expression.name)));
+    const kor::Instance& asked = kor::Instance::Of(*instance);
+    const int slot = asked.SlotOf(std::string_view(expression.name));
+    if (slot != kor::NameTable::kAbsent) return asked.Read(slot);
+    const kor::EntityType& entity = *asked.Type().entity;
+    FailUnlessLenient(
+        {expression.position, ToText(owner, session_) + " is of type " +
+                                  std::string(entity.Name().View()) + ", which has no attribute '" +
+                                  expression.name + "'" +
+                                  kor::DidYouMean(expression.name, entity.AttributeNames())});
+    return {};
+}
+
+// Throws the error, or warns of it where data are read leniently.
+void Evaluator::FailUnlessLenient(const ScriptError& error) const {
+    if (!leniency_.warn) throw error;
+    leniency_.warn(error);
+}
+
+// ---- Operators
+
+SdaiPrimitiveH Evaluator::Operate(const Expression& expression) const {
+    const Expression& first = *expression.operands.front();
+    switch (expression.operation) {
+        case Operator::Not: return !Truth(first, "NOT");
+        case Operator::And: {
+            const SdaiLogical left = Truth(first, "AND");
+            if (left == sdaiLFALSE) return left;
+            return left && Truth(*expression.operands.back(), "AND");
+        }
+        case Operator::Or: {
+            const SdaiLogical left = Truth(first, "OR");
+            if (left == sdaiLTRUE) return left;
+            return left || Truth(*expression.operands.back(), "OR");
+        }
+        default: break;
+    }
+    const SdaiPrimitiveH left = Evaluate(first);
+    const SdaiPrimitiveH right = Evaluate(*expression.operands.back());
+    const auto result = Compare(expression.operation, left, right);
+    if (!result.has_value()) {
+        throw ScriptError(expression.position, ToText(left, session_) + " and " +
+                                                   ToText(right, session_) +
+                                                   " have no order to each other");
+    }
+    return *result;
+}
+
+// The truth value of an operand; of one in parentheses, too.
+SdaiLogical Evaluator::Truth(const Expression& expression, const char* what) const {
+    if (expression.kind == Expression::Kind::List && expression.operands.size() == 1) {
+        return Truth(*expression.operands.front(), what);
+    }
+    const SdaiPrimitiveH value = Evaluate(expression);
+    const auto truth = TruthOf(value);
+    if (!truth.has_value()) {
+        throw ScriptError(expression.position,
+                          std::string(what) + " takes a logical, found " + ToText(value, session_));
+    }
+    return *truth;
+}
+
+SdaiPrimitiveH Evaluator::MemberAt(const Expression& expression) const {
+    const SdaiPrimitiveH owner = Evaluate(*expression.operands.front());
+    const Expression& at = *expression.operands.back();
+    const SdaiPrimitiveH index = Evaluate(at);
+    if (index.UnderlyingTypeName().View() != "INTEGER") {
+        throw ScriptError(at.position,
+                          "the number of a member expected, found " + ToText(index, session_));
+    }
+    if (!owner.exists()) return {};
+    const long position = index;
+    long count = 0;
+    if (const SdaiAggrInstance* members = owner) {
+        count = members->GetMemberCount();
+        if (position >= 1 && position <= count) return members->GetMember(position - 1);
+    } else if (const SdaiEntityInstance* instance = owner) {
+        const kor::Instance& asked = kor::Instance::Of(*instance);
+        const kor::EntityType& entity = *asked.Type().entity;
+        if (entity.IsDeclared()) {
+            throw ScriptError(expression.position, ToText(owner, session_) + " is of type " +
+                                                       std::string(entity.Name().View()) +
+                                                       ", whose attributes have names");
+        }
+        count = std::ssize(entity.Slots());
+        if (position >= 1 && position <= count) return asked.Read(static_cast<int>(position - 1));
+    } else {
+        throw ScriptError(expression.position,
+                          "a member is asked of " + ToText(owner, session_) + ", which is no list");
+    }
+    throw ScriptError(at.position, "there is no member " + std::to_string(position) +
+                                       ": the list has " + std::to_string(count));
+}
+
+SdaiPrimitiveH Evaluator::Count(const Expression& expression) const {
+    if (expression.operands.size() != 1) {
+        throw ScriptError(expression.position, "COUNT takes 1 argument, found " +
+                                                   std::to_string(expression.operands.size()));
+    }
+    const SdaiPrimitiveH list = Evaluate(*expression.operands.front());
+    if (list.exists() && static_cast<SdaiAggrInstance*>(list) == nullptr) {
+        throw ScriptError(expression.operands.front()->position,
+                          "COUNT takes a list, found " + ToText(list, session_));
+    }
+    return list.GetMemberCount();
 }
 
 SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
+    if (expression.name == "COUNT") return Count(expression);
     const orx::Export* function = orx::FindExport(expression.name);
     if (function == nullptr) {
         Unknown(expression.position, "function", expression.name, calls::FunctionNames());
@@ -233,15 +355,21 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
 SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {
     kor::Model& model = ModelNamed(expression.model, expression.position).Model();
     const kor::EntityType& entity = EntityNamed(expression, model);
-    // The values first: an instance is made only when all of them are there.
+    // The values first: an instance is made only when all of them are there and fit.
     std::vector<SdaiPrimitiveH> values;
     for (const Assignment& assignment : expression.assignments) {
         values.push_back(Evaluate(*assignment.value));
     }
-    for (const Assignment& assignment : expression.assignments) {
-        if (entity.SlotOf(std::string_view(assignment.attribute)) == kor::NameTable::kAbsent) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const Assignment& assignment = expression.assignments[i];
+        const int slot = entity.SlotOf(std::string_view(assignment.attribute));
+        if (slot == kor::NameTable::kAbsent) {
             Unknown(assignment.position, "attribute", assignment.attribute,
                     entity.AttributeNames());
+        }
+        if (!leniency_.warn) {
+            CheckKind(values[i], entity.Slots()[static_cast<std::size_t>(slot)].domain,
+                      assignment.attribute, assignment.position);
         }
     }
     SdaiEntityInstance* instance = entity.CreateEntityInstance(&model);
@@ -277,7 +405,7 @@ const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
 }
 
 void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
-                    const SdaiPrimitiveH& value) {
+                    const SdaiPrimitiveH& value) const {
     const kor::EntityType& entity = *kor::Instance::Of(instance).Type().entity;
     const int slot = entity.SlotOf(std::string_view(attribute));
     if (slot == kor::NameTable::kAbsent) {
@@ -286,7 +414,16 @@ void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, 
     if (entity.Slots()[static_cast<std::size_t>(slot)].derived) {
         throw ScriptError(position, "attribute '" + attribute + "' is derived from others");
     }
+    CheckKind(value, entity.Slots()[static_cast<std::size_t>(slot)].domain, attribute, position);
     static_cast<SdaiAppInstance&>(instance).PutAttr(SdaiString(std::string_view(attribute)), value);
+}
+
+void Evaluator::CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,
+                          const std::string& attribute, Position position) const {
+    if (calls::Fits(value, domain)) return;
+    FailUnlessLenient({position, "attribute '" + attribute + "' takes " +
+                                     calls::Expectation(*domain) + ", found " +
+                                     ToText(value, session_)});
 }
 
 const NamedModel& Evaluator::ModelNamed(const std::optional<std::string>& name,

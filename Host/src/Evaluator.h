@@ -3,6 +3,7 @@
 #ifndef HOST_EVALUATOR_H
 #define HOST_EVALUATOR_H
 
+#include <functional>
 #include <map>
 #include <string>
 
@@ -13,10 +14,21 @@
 
 namespace host {
 
+// What becomes of what is wrong.
+struct Leniency {
+    // Told of an attribute that an instance lacks, which then is unset, and of a value of another
+    // kind than the schema declares, which then is kept. Where it is empty, either is an error.
+    std::function<void(const ScriptError&)> warn;
+    // Told of a member of an EACH that fails; the next one follows. Where it is empty, the EACH
+    // ends.
+    std::function<void(const ScriptError&)> skip;
+};
+
 class Evaluator {
   public:
-    Evaluator(const calls::Module& module, Session& session, const Printer& printer)
-        : module_(module), session_(session), printer_(printer) {}
+    Evaluator(const calls::Module& module, Session& session, const Printer& printer,
+              Leniency leniency = {})
+        : module_(module), session_(session), printer_(printer), leniency_(std::move(leniency)) {}
 
     // Throws ScriptError when the statement fails; what it did before that stays done.
     void Run(const Statement& statement);
@@ -31,6 +43,7 @@ class Evaluator {
     using Variables = std::map<std::string, SdaiPrimitiveH, std::less<>>;
 
     void RunEach(const Statement& statement);
+    void RunMember(const Statement& statement, const SdaiPrimitiveH& member);
     const SdaiAggrInstance* Members(const Statement& statement, SdaiPrimitiveH& owner) const;
     // The value of an item that prints one.
     std::optional<SdaiPrimitiveH> RunItem(const Item& item);
@@ -45,16 +58,24 @@ class Evaluator {
     SdaiPrimitiveH FindInstance(const Expression& expression) const;
     SdaiPrimitiveH ReadAttribute(const Expression& expression) const;
     SdaiPrimitiveH CallFunction(const Expression& expression) const;
+    SdaiPrimitiveH Count(const Expression& expression) const;
+    SdaiPrimitiveH MemberAt(const Expression& expression) const;
+    SdaiPrimitiveH Operate(const Expression& expression) const;
+    SdaiLogical Truth(const Expression& expression, const char* what) const;
     SdaiPrimitiveH NewInstance(const Expression& expression) const;
     const kor::EntityType& EntityNamed(const Expression& expression, kor::Model& model) const;
-    static void Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
-                    const SdaiPrimitiveH& value);
+    void Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
+             const SdaiPrimitiveH& value) const;
+    void CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,
+                   const std::string& attribute, Position position) const;
+    void FailUnlessLenient(const ScriptError& error) const;
 
     const NamedModel& ModelNamed(const std::optional<std::string>& name, Position position) const;
 
     const calls::Module& module_;
     Session& session_;
     const Printer& printer_;
+    const Leniency leniency_;
     Variables variables_;
 };
 

@@ -118,7 +118,7 @@ class ScriptReader::Parser {
         } else if (IsLetter(Peek())) {
             statement.entityType = Name("an entity type");
             SkipBlanks();
-            if (Peek() != '.' && Peek() != '(') return;
+            if (Peek() != '.' && Peek() != '(' && Peek() != '[') return;
         }
         at_ = start;
         statement.model.reset();
@@ -153,7 +153,7 @@ class ScriptReader::Parser {
 
     // expr.attribute, which is written, not read.
     void ParseTarget(Item& item, const std::string& statement) {
-        ExpressionPtr target = ParseExpression();
+        ExpressionPtr target = ParsePostfix();
         if (target->kind != Expression::Kind::Attribute) {
             throw ScriptError(target->position, statement + " takes an attribute of an instance");
         }
@@ -167,18 +167,98 @@ class ScriptReader::Parser {
     ExpressionPtr ParseExpression() {
         CheckNesting(++depth_, Here());
         SkipToItem();
+        ExpressionPtr expression = ParseOr();
+        --depth_;
+        return expression;
+    }
+
+    ExpressionPtr ParseOr() {
+        ExpressionPtr left = ParseAnd();
+        for (Position position = NextHere(); TakeKeyword("OR"); position = NextHere()) {
+            left = MakeOperation(Operator::Or, position, std::move(left), ParseAnd());
+        }
+        return left;
+    }
+
+    ExpressionPtr ParseAnd() {
+        ExpressionPtr left = ParseNot();
+        for (Position position = NextHere(); TakeKeyword("AND"); position = NextHere()) {
+            left = MakeOperation(Operator::And, position, std::move(left), ParseNot());
+        }
+        return left;
+    }
+
+    ExpressionPtr ParseNot() {
+        std::vector<Position> negations;
+        for (Position position = NextHere(); TakeKeyword("NOT"); position = NextHere()) {
+            negations.push_back(position);
+        }
+        ExpressionPtr expression = ParseComparison();
+        for (; !negations.empty(); negations.pop_back()) {
+            expression = MakeOperation(Operator::Not, negations.back(), std::move(expression));
+        }
+        return expression;
+    }
+
+    ExpressionPtr ParseComparison() {
+        ExpressionPtr left = ParsePostfix();
+        const Position position = NextHere();
+        const std::optional<Operator> comparison = TakeComparison();
+        if (!comparison.has_value()) return left;
+        return MakeOperation(*comparison, position, std::move(left), ParsePostfix());
+    }
+
+    std::optional<Operator> TakeComparison() {
+        struct Sign {
+            std::string_view text;
+            Operator operation;
+        };
+        // One that begins another comes after it.
+        static constexpr Sign kSigns[] = {
+            {"<>", Operator::NotEqual}, {"<=", Operator::LessEqual}, {">=", Operator::GreaterEqual},
+            {"=", Operator::Equal},     {"<", Operator::Less},       {">", Operator::Greater},
+        };
+        for (const auto& [text, operation] : kSigns) {
+            if (!text_.substr(at_).starts_with(text)) continue;
+            at_ += text.size();
+            continues_ = false;
+            return operation;
+        }
+        return std::nullopt;
+    }
+
+    static ExpressionPtr MakeOperation(Operator operation, Position position, ExpressionPtr first,
+                                       ExpressionPtr second = nullptr) {
+        Expression expression{Expression::Kind::Operation, position};
+        expression.operation = operation;
+        expression.operands.push_back(std::move(first));
+        if (second != nullptr) expression.operands.push_back(std::move(second));
+        return Make(std::move(expression));
+    }
+
+    // A primary expression with the attributes and members asked of it.
+    ExpressionPtr ParsePostfix() {
+        SkipToItem();
         ExpressionPtr expression = ParsePrimary();
         for (;;) {
             SkipBlanks();
-            if (Peek() != '.' || !IsLetter(Peek(1))) break;
-            ++at_;
-            Expression attribute{Expression::Kind::Attribute, Here()};
-            attribute.name = Name("an attribute");
-            attribute.operands.push_back(std::move(expression));
-            expression = Make(std::move(attribute));
+            Expression next{Expression::Kind::Attribute, Here()};
+            if (Peek() == '[') {
+                ++at_;
+                next.kind = Expression::Kind::Index;
+                next.operands.push_back(std::move(expression));
+                next.operands.push_back(ParseExpression());
+                Expect(']');
+            } else if (Peek() == '.' && IsLetter(Peek(1))) {
+                ++at_;
+                next.position = Here();
+                next.name = Name("an attribute");
+                next.operands.push_back(std::move(expression));
+            } else {
+                return expression;
+            }
+            expression = Make(std::move(next));
         }
-        --depth_;
-        return expression;
     }
 
     ExpressionPtr ParsePrimary() {
@@ -197,6 +277,11 @@ class ScriptReader::Parser {
         } else if (Take('(')) {
             expression.kind = Expression::Kind::List;
             expression.operands = Operands();
+            // Parentheses around a comparison only hold it together.
+            if (expression.operands.size() == 1 &&
+                expression.operands.front()->kind == Expression::Kind::Operation) {
+                return std::move(expression.operands.front());
+            }
         } else if (c == '#') {
             expression.kind = Expression::Kind::Instance;
             expression.id = InstanceName();
@@ -375,6 +460,11 @@ class ScriptReader::Parser {
 
     Position Here() const {
         return {line_, static_cast<std::uint64_t>(static_cast<long>(at_) - lineStart_ + 1)};
+    }
+
+    Position NextHere() {
+        SkipBlanks();
+        return Here();
     }
 
     void NewLine() {

@@ -16,6 +16,11 @@
 //     Function(expr, ...)
 //     NEW [@model.]ENTITY_TYPE(ATTRIBUTE = expr, ...)      A+B for an instance of several types
 //     name                                                 what LET or EACH named so
+//     expr[expr]                                           a member, counted from 1; a value of an
+//                                                          instance that no schema declares
+//     COUNT(expr)                                          the number of members
+//     =  <>  <  <=  >  >=  NOT  AND  OR                    from the tightest to the loosest; (a OR
+//     b)
 
 #ifndef HOST_SCRIPT_H
 #define HOST_SCRIPT_H
@@ -48,6 +53,8 @@ class ScriptError : public std::runtime_error {
     Position position_;
 };
 
+enum class Operator { Equal, NotEqual, Less, LessEqual, Greater, GreaterEqual, Not, And, Or };
+
 struct Expression;
 using ExpressionPtr = std::unique_ptr<Expression>;
 
@@ -68,6 +75,8 @@ struct Expression {
         Attribute,  // name of operands[0]
         Call,       // name with operands
         New,        // name in model, assignments
+        Index,      // operands[1] of operands[0]
+        Operation,  // operation on operands
     };
 
     Kind kind;
@@ -76,6 +85,7 @@ struct Expression {
     std::string name{};
     std::optional<std::string> model{};  // empty: the first
     std::uint64_t id = 0;
+    Operator operation = Operator::Equal;
     std::vector<ExpressionPtr> operands{};
     std::vector<Assignment> assignments{};
     int height = 1;  // of the tree of expressions under this one

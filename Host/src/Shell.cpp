@@ -24,6 +24,8 @@ constexpr const char* kHelp =
     "  #12  @model#12  #12.NAME.NAME             an instance, an attribute of it\n"
     "  'text'  7  1.5  .T.  (1.,2.)  $           values, as exchange files write them\n"
     "  GetAbsPlacement(#12)                      a function\n"
+    "  #12.ITEMS[1]  COUNT(#12.ITEMS)            a member of a list, the number of members\n"
+    "  p.ID = 'x' AND NOT p.NAME <> q.NAME       comparisons: = <> < <= > >=  AND OR NOT\n"
     "  LET name = expression                     names a value\n"
     "  SET #12.NAME = expression                 sets an attribute\n"
     "  ADD expression TO #12.ITEMS               adds to an aggregate\n"
