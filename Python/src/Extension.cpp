@@ -47,6 +47,11 @@ Model::~Model() {
 }
 
 bool Model::MayBeWritten() const {
+    if (TraceIsTold()) {
+        PyErr_SetString(classes.error,
+                        "a model cannot be written while a callable takes a line of the trace");
+        return false;
+    }
     if (readers_ == 0) return true;
     PyErr_SetString(classes.error,
                     "the model cannot be written while another thread writes it to a file or works "

@@ -153,6 +153,13 @@ bool MayCreate(std::string_view name) {
 
 // What the calls of certain functions mean for the lives of models.
 bool BeforeCall(const orx::Export& row, std::span<const calls::Argument> arguments) {
+    // The versions that are seen are one state for all calls.
+    if (row.unit == "Version" && TraceIsTold()) {
+        PyErr_Format(classes.error,
+                     "%s cannot be called while a callable takes a line of the trace",
+                     std::string(row.name).c_str());
+        return false;
+    }
     if (row.name != "IsVersion" && !MayCreate(row.name)) return true;
     for (const calls::Argument& argument : arguments) {
         const SdaiEntityInstance* instance = argument.handle;

@@ -47,7 +47,8 @@ class Model {
       private:
         Model& model_;
     };
-    // False, with an exception, while that is so.
+    // False, with an exception, while that is so, or while a function is in the middle of a line of
+    // its trace.
     bool MayBeWritten() const;
 
   private:
@@ -144,6 +145,9 @@ bool AddFunctions(PyObject* module);
 
 // Whether a callable that takes trace lines has raised meanwhile; the exception is then set.
 bool TraceHasRaised();
+// Whether a callable is at work: the function whose line it has stands in the middle of its walk,
+// and what that walks over must stay, whatever thread would change it.
+bool TraceIsTold();
 
 }  // namespace python
 

@@ -100,6 +100,8 @@ class Lines final : public KORPSNSink {
         writing_ = false;
     }
 
+    bool IsWriting() const { return writing_; }
+
     // The exception of a callable, which is now set.
     bool Raise() {
         if (!raised_.has_value()) return false;
@@ -124,6 +126,7 @@ Lines& TheLines() {
 }  // namespace
 
 bool TraceHasRaised() { return TheLines().Raise(); }
+bool TraceIsTold() { return TheLines().IsWriting(); }
 
 void AddTrace(py::module_& module) {
     py::class_<Target>(

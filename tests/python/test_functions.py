@@ -184,6 +184,27 @@ def test_a_trace_callable_may_call_functions_and_delete_models():
     assert set(seen) == {2}
 
 
+def test_a_trace_callable_cannot_change_what_a_function_walks_over(database):
+    refused = []
+
+    def change(line):
+        for work in (
+            lambda: database.create("cdma_id"),
+            lambda: setattr(database["part_object"][0], "S_PART_NUMBER", "x"),
+            lambda: orx.BuildDatedEff("12312099235959", database),
+            orx.RemoveValueVersion,
+        ):
+            with pytest.raises(orx.Error, match="while a callable takes a line of the trace"):
+                work()
+        refused.append(line)
+
+    count = len(database)
+    with orx.trace(change):
+        assert orx.IsVersion(database["part_object"][0], 1) is not False
+    assert refused and len(database) == count
+    database.create("cdma_id")
+
+
 def test_results_are_equal_with_and_without_a_trace(lamp, database):
     def results():
         return [

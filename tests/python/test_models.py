@@ -1,6 +1,7 @@
 """Models, extents and instances."""
 
 import collections.abc
+import copy
 import gc
 import os
 import pickle
@@ -85,6 +86,19 @@ def test_instances_are_equal_when_they_are_one(lamp):
     assert len({lamp[202], lamp[202], lamp[212]}) == 2
     with pytest.raises(TypeError):
         lamp[202] < lamp[212]
+
+
+def test_instances_and_extents_come_from_models_alone(lamp):
+    for make in (
+        orx.Instance,
+        orx.Extent,
+        lambda: object.__new__(orx.Instance),
+        lambda: object.__new__(orx.Extent),
+        lambda: copy.copy(lamp[202]),
+        lambda: type("Own", (orx.Instance,), {}),
+    ):
+        with pytest.raises(TypeError):
+            make()
 
 
 def test_values_of_every_kind_are_read_as_they_were_written(triangles):
