@@ -1,7 +1,6 @@
 #include "Module.h"
 
 #include <dlfcn.h>
-#include <link.h>
 
 #include <filesystem>
 #include <new>
@@ -17,26 +16,14 @@ namespace {
 
 constexpr const char* kLibrary = "libORXExUtilities.so." ORX_SOVERSION;
 
-// The program or the shared object that this code is part of.
-std::filesystem::path OwnFile() {
-    Dl_info info;
-    link_map* object = nullptr;
-    const auto* here = reinterpret_cast<const void*>(&OwnFile);
-    if (dladdr1(here, &info, reinterpret_cast<void**>(&object), RTLD_DL_LINKMAP) != 0 &&
-        object->l_name != nullptr && *object->l_name != '\0') {
-        return object->l_name;
-    }
-    std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error);
-}
-
-// The library that is built or installed with this code; its plain name, which the system looks
-// for, when it is not there.
+// The library beside the platform's, with which it is built and installed; its plain name, which
+// the system looks for, when it is not there.
 std::string DefaultFile() {
-    std::error_code error;
-    const std::filesystem::path own = OwnFile();
-    for (const char* directory : {ORX_LIBDIR, "../lib", "."}) {
-        const std::filesystem::path file = own.parent_path() / directory / kLibrary;
+    Dl_info platform;
+    if (dladdr(reinterpret_cast<const void*>(&KORMemory::TakeExhausted), &platform) != 0) {
+        const std::filesystem::path file =
+            std::filesystem::path(platform.dli_fname).parent_path() / kLibrary;
+        std::error_code error;
         if (std::filesystem::exists(file, error)) return file.string();
     }
     return kLibrary;

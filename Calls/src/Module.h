@@ -29,8 +29,8 @@ const char* Misfit(orx::Kind kind, const Argument& argument);
 class Module {
   public:
     // Loads a library and finds every function of the export table in it. Empty: the library that
-    // is built or installed with the program, or with the shared object, that this code is part of.
-    // Throws std::runtime_error with the reason when that fails.
+    // is built or installed with the platform's. Throws std::runtime_error with the reason when
+    // that fails.
     explicit Module(const std::string& file);
     ~Module();
     Module(const Module&) = delete;

@@ -1,6 +1,9 @@
 """What the tests of the Python package share."""
 
+import contextlib
+import ctypes
 import gc
+import importlib
 from pathlib import Path
 
 import orxexutilities as orx
@@ -28,6 +31,28 @@ def collect():
     """What a test leaves behind goes while it is its turn."""
     yield
     gc.collect()
+
+
+# Under AddressSanitizer: leaks are looked for while the interpreter still holds what is its own. What
+# the libraries of others lose when they are imported does not count.
+SANITIZER = ctypes.CDLL(None)
+LOOKS_FOR_LEAKS = hasattr(SANITIZER, "__lsan_do_recoverable_leak_check")
+
+
+def pytest_sessionstart():
+    if LOOKS_FOR_LEAKS:
+        SANITIZER.__lsan_disable()
+        for library in ("numpy", "pandas", "matplotlib.pyplot"):
+            with contextlib.suppress(ImportError):
+                importlib.import_module(library)
+        SANITIZER.__lsan_enable()
+
+
+def pytest_sessionfinish(session):
+    if LOOKS_FOR_LEAKS:
+        gc.collect()
+        if SANITIZER.__lsan_do_recoverable_leak_check():
+            session.exitstatus = pytest.ExitCode.TESTS_FAILED
 
 
 HEADER = """ISO-10303-21;
