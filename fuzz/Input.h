@@ -37,7 +37,7 @@ inline void Require(bool holds, std::string_view promise, std::string_view detai
 }
 
 // Calls a function and checks that its result is of a kind that the export table allows.
-inline void CallAndCheck(const host::Module& module, const RandomCall& call,
+inline void CallAndCheck(const calls::Module& module, const RandomCall& call,
                          const host::Session& session) {
     const SdaiPrimitiveH result = module.Call(*call.function, call.arguments);
     const orx::Kind allowed = call.function->result;
@@ -52,8 +52,8 @@ inline void CallAndCheck(const host::Module& module, const RandomCall& call,
     }
 }
 
-inline const host::Module& TheModule() {
-    static const host::Module module{""};
+inline const calls::Module& TheModule() {
+    static const calls::Module module{""};
     return module;
 }
 
