@@ -1,8 +1,8 @@
 // Values as exchange files (ISO 10303-21) write them. The functions append to a text.
 //
-// A string stands between apostrophes. An apostrophe and a backslash are doubled; a byte that is
-// not a printable ASCII character is \X\hh. A \X2\...\X0\ or \X4\...\X0\ directive, which stands
-// for characters that ISO 8859-1 lacks, is passed through as it is.
+// A string stands between apostrophes. An apostrophe and a backslash are doubled; a character below
+// U+0100 that is not printable ASCII is \X\hh, and those beyond stand in \X2\...\X0\ directives, or
+// \X4\...\X0\ beyond U+FFFF.
 
 #ifndef EXCHANGETEXT_H
 #define EXCHANGETEXT_H
@@ -10,11 +10,15 @@
 #include <string>
 #include <string_view>
 
+#include "KORUnicodeString.h"
 #include "SdaiLogical.h"
 
 namespace exchange {
 
+// ISO 8859-1; code points; and a text of either kind.
 void AppendString(std::string& to, std::string_view text);
+void AppendString(std::string& to, std::u32string_view text);
+void AppendString(std::string& to, const KORUnicodeString& text);
 
 void AppendInteger(std::string& to, long value);
 
@@ -31,22 +35,20 @@ void AppendEnumeration(std::string& to, std::string_view name);
 // "hhh"
 void AppendBinary(std::string& to, std::string_view digits);
 
-// The length of a \X2\ or \X4\ directive at the start of a text; 0 when there is none.
-std::size_t DirectiveLength(std::string_view text);
-
-// ISO 8859-1 as UTF-8, directives included.
-std::string ToUtf8(std::string_view text);
-
 // Decodes what stands between the apostrophes of a string: doubled characters, directives (of all
-// code pages), and raw UTF-8, which some writers put there; a byte that is neither ASCII nor UTF-8
-// stays as it is, line breaks go. Characters beyond ISO 8859-1 are kept as directives. What cannot
-// be decoded stays as it is; the first such place is told.
+// code pages), and raw characters beyond ASCII, which some writers put there; line breaks go. What
+// cannot be decoded stays as it is, and U+FFFD stands for half of a surrogate pair and a code point
+// beyond U+10FFFF; the first such place is told.
 struct DecodedString {
-    std::string text;
+    KORUnicodeString text;
     const char* error = nullptr;  // what is wrong, null when nothing is
     std::size_t errorAt = 0;      // where, in the encoded text
 };
-DecodedString DecodeString(std::string_view encoded);
+
+// How the raw characters are written. A byte that is no UTF-8 is ISO 8859-1 in either.
+enum class Encoding { Utf8, Latin1 };
+
+DecodedString DecodeString(std::string_view encoded, Encoding encoding = Encoding::Utf8);
 
 }  // namespace exchange
 

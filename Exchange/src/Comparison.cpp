@@ -71,7 +71,7 @@ std::string PlainText(const Cell& cell) {
         case Tag::Real: AppendReal(text, cell.Get<double>()); break;
         case Tag::Logical:
         case Tag::Boolean: AppendLogical(text, cell.Get<SdaiLogical>()); break;
-        case Tag::Text: text = '\'' + ToUtf8(cell.Text()) + '\''; break;
+        case Tag::Text: text = '\'' + cell.SharedText().ToUtf8() + '\''; break;
         case Tag::Enumeration: AppendEnumeration(text, cell.Text()); break;
         case Tag::Binary: AppendBinary(text, cell.Text()); break;
         default: text += '$';
@@ -84,7 +84,9 @@ std::uint64_t PlainHash(const Cell& cell) {
     switch (cell.GetTag()) {
         case Tag::Integer: return Mixed(tag, static_cast<std::uint64_t>(cell.Get<long>()));
         case Tag::Real: return Mixed(tag, std::bit_cast<std::uint64_t>(cell.Get<double>()));
-        case Tag::Text: return Mixed(tag, HashOf(cell.Text()));
+        case Tag::Text:
+            return Mixed(tag,
+                         cell.IsWide() ? HashOf(cell.SharedText().ToUtf8()) : HashOf(cell.Text()));
         default: return HashOf(PlainText(cell));
     }
 }
@@ -274,7 +276,9 @@ constexpr int kDeepestLabel = 8;
 // The first text of an instance that is not empty; empty when there is none.
 std::string FirstText(const Instance& instance) {
     for (const Cell& cell : instance.Values()) {
-        if (cell.GetTag() == Tag::Text && !cell.Text().empty()) return ToUtf8(cell.Text());
+        if (cell.GetTag() != Tag::Text) continue;
+        const KORUnicodeString text = cell.SharedText();
+        if (text.GetLengthInChar() != 0) return text.ToUtf8();
     }
     return {};
 }
@@ -584,7 +588,7 @@ class Comparer {
         switch (a.GetTag()) {
             case Tag::Real: return EqualReals(a.Get<double>(), b.Get<double>());
             case Tag::Integer: return a.Get<long>() == b.Get<long>();
-            case Tag::Text: return a.Text() == b.Text();
+            case Tag::Text: return a.SharedText() == b.SharedText();
             case Tag::Instance: {
                 const std::uint32_t l = left_.NumberOf(a);
                 const std::uint32_t r = right_.NumberOf(b);
@@ -672,7 +676,7 @@ class Comparer {
             case Tag::Typed: {
                 const KORTypedValue& typed = *cell.Get<KORTypedValue*>();
                 const kor::CellHolder value(kor::ToCell(typed.value, nullptr));
-                to += ToUtf8(typed.definedType.View()) + '(';
+                to += typed.definedType.ToUtf8() + '(';
                 AppendShown(to, side, value.Get());
                 to += ')';
                 break;

@@ -7,6 +7,7 @@
 #include "ExchangeText.h"
 #include "Model.h"
 #include "Quoted.h"
+#include "Utf8.h"
 
 namespace exchange {
 
@@ -332,15 +333,29 @@ Cell ExchangeLexer::EncodedString(const char* start) {
         in_.at += 2;
     }
     const std::string_view encoded(start, static_cast<std::size_t>(in_.at - start));
-    const DecodedString decoded = DecodeString(encoded);
+    const DecodedString decoded = DecodeString(encoded, EncodingOf(place, encoded));
     const char* const error = start + (decoded.error != nullptr ? decoded.errorAt : 0);
     in_.NewLines(start, error);
     const Place errorPlace = in_.PlaceOf(error);
     in_.NewLines(error, in_.at);
     ++in_.at;
     if (decoded.error != nullptr) problems_.Mend(errorPlace, decoded.error);
-    CheckText(place, decoded.text.size());
+    CheckText(place, static_cast<std::size_t>(decoded.text.GetLengthInChar()));
     return Cell::OfText(Tag::Text, decoded.text);
+}
+
+// How the raw characters of a string are written. A file that is not UTF-8 throughout is ISO
+// 8859-1, which is found out, and told, where it first matters.
+Encoding ExchangeLexer::EncodingOf(Place place, std::string_view encoded) {
+    const bool ascii = std::all_of(encoded.begin(), encoded.end(),
+                                   [](char c) { return kor::CodePoint(c) < 0x80; });
+    if (!ascii && !encoding_.has_value()) {
+        encoding_ = in_.IsUtf8() ? Encoding::Utf8 : Encoding::Latin1;
+        if (encoding_ == Encoding::Latin1) {
+            problems_.Warn(place, "the file is not UTF-8 throughout and is read as ISO 8859-1");
+        }
+    }
+    return encoding_.value_or(Encoding::Utf8);
 }
 
 // Directives and line breaks in it say nothing; its letters may be small.

@@ -7,11 +7,13 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "Cell.h"
 #include "Dictionary.h"
+#include "ExchangeText.h"
 #include "Input.h"
 #include "Problems.h"
 
@@ -176,12 +178,14 @@ class ExchangeLexer {
     kor::Cell Integer(const char* start, const char* end, bool realExpected) const;
     double Real(const char* start, const char* end) const;
     kor::Cell EncodedString(const char* start);
+    Encoding EncodingOf(Place place, std::string_view encoded);
 
     Input in_;
     Problems& problems_;
     const std::size_t longestText_;
     std::string keyword_;
     std::map<std::string, std::uint64_t> greatNames_;  // what names that are too large stand for
+    std::optional<Encoding> encoding_;                 // of the file, once it matters
 };
 
 }  // namespace exchange

@@ -124,7 +124,9 @@ class Writer {
                 break;
             case Tag::Logical:
             case Tag::Boolean: AppendLogical(text, cell.Get<SdaiLogical>()); break;
-            case Tag::Text: AppendString(text, cell.Text()); break;
+            case Tag::Text:
+                cell.Characters([this](auto characters) { AppendString(text, characters); });
+                break;
             case Tag::Enumeration:
                 if (!IsWord(cell.Text())) unwritable_ = "an enumeration item that is no word";
                 AppendEnumeration(text, cell.Text());

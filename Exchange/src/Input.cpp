@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "Utf8.h"
+
 namespace exchange {
 
 namespace {
@@ -31,7 +33,26 @@ class FileSource final : public Source {
 
     void Rewind() override { lseek(descriptor_, 0, SEEK_SET); }
 
+    bool IsUtf8() override {
+        std::vector<char> block(kUtf8Block);
+        std::size_t cut = 0;  // the bytes of a character that the last block ended within
+        for (off_t at = 0;;) {
+            const ssize_t count = pread(descriptor_, block.data() + cut, block.size() - cut, at);
+            if (count < 0 && errno == EINTR) continue;
+            if (count <= 0) return count < 0 || cut == 0;
+            at += count;
+            std::string_view text(block.data(), cut + static_cast<std::size_t>(count));
+            kor::SkipUtf8(text);
+            cut = text.size();
+            // The longest character has four bytes.
+            if (cut > 3) return false;
+            text.copy(block.data(), cut);
+        }
+    }
+
   private:
+    static constexpr std::size_t kUtf8Block = std::size_t{1} << 16;
+
     int descriptor_;
 };
 
@@ -47,6 +68,7 @@ class TextSource final : public Source {
     }
 
     void Rewind() override { read_ = 0; }
+    bool IsUtf8() override { return kor::IsUtf8(text_); }
 
   private:
     std::string own_;

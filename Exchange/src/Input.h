@@ -28,6 +28,8 @@ class Source {
     // Reads up to `size` bytes; 0 at the end. On failure gives 0 and sets `error`.
     virtual std::size_t Read(char* to, std::size_t size) = 0;
     virtual void Rewind() = 0;
+    // Whether all of it is UTF-8; reading goes on where it was. What cannot be read counts as such.
+    virtual bool IsUtf8() = 0;
 
     std::string error;
 
@@ -46,6 +48,8 @@ class Input {
 
     const char* at;
     const char* end;
+
+    bool IsUtf8() { return source_.IsUtf8(); }
 
     // Makes sure that the next kAhead bytes are in the window, or all that are left.
     void Ahead() {

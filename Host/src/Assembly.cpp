@@ -12,7 +12,7 @@ using namespace sdai_names;
 namespace {
 
 std::string TextOf(const SdaiPrimitiveH& value) {
-    return std::string(static_cast<const SdaiString&>(value).View());
+    return static_cast<const SdaiString&>(value).ToUtf8();
 }
 
 // The occurrences of one part side by side, in the order of the first of each part; the number of

@@ -28,7 +28,7 @@ struct Occurrence {
 
 struct Part {
     SdaiEntityInstance* instance;
-    std::string id;                       // as the data have them: ISO 8859-1
+    std::string id;                       // as the data have them: UTF-8
     std::string name;                     // the id, or "#12", where the data name nothing
     std::vector<Occurrence> occurrences;  // what the part consists of, in the order of the data
     bool isUsed = false;                  // in another part

@@ -18,7 +18,7 @@ using namespace sdai_names;
 namespace {
 
 std::string TextOf(const SdaiPrimitiveH& value) {
-    return Readable(static_cast<const SdaiString&>(value).View());
+    return Readable(static_cast<const SdaiString&>(value).ToUtf8());
 }
 
 std::string TextOf(const SdaiPrimitiveH& owner, const SdaiName& attribute) {

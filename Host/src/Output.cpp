@@ -6,6 +6,7 @@
 
 #include "Cell.h"
 #include "ExchangeText.h"
+#include "Utf8.h"
 
 namespace host {
 
@@ -19,8 +20,8 @@ Kind KindOf(const SdaiPrimitiveH& value) {
 }
 
 // The text of a string, enumeration item or binary.
-std::string_view TextOf(const SdaiPrimitiveH& value) {
-    return KORHandleAccess::TextOf(KORHandleAccess::Held(value)).View();
+const SdaiString& TextOf(const SdaiPrimitiveH& value) {
+    return KORHandleAccess::TextOf(KORHandleAccess::Held(value));
 }
 
 std::string InstanceName(const SdaiEntityInstance& instance, const Session& session) {
@@ -37,9 +38,11 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
         case Kind::Real: exchange::AppendReal(to, value); break;
         case Kind::Logical:
         case Kind::Boolean: exchange::AppendLogical(to, value); break;
-        case Kind::String: exchange::AppendString(to, TextOf(value)); break;
-        case Kind::Enumeration: exchange::AppendEnumeration(to, TextOf(value)); break;
-        case Kind::Binary: exchange::AppendBinary(to, TextOf(value)); break;
+        case Kind::String:
+            exchange::AppendString(to, static_cast<const KORUnicodeString&>(TextOf(value)));
+            break;
+        case Kind::Enumeration: exchange::AppendEnumeration(to, TextOf(value).View()); break;
+        case Kind::Binary: exchange::AppendBinary(to, TextOf(value).View()); break;
         case Kind::Instance:
             to += InstanceName(*static_cast<SdaiEntityInstance*>(value), session);
             break;
@@ -71,13 +74,13 @@ Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
             if (logical == SdaiLogical()) return "UNKNOWN";
             return static_cast<bool>(logical);
         }
-        case Kind::String: return exchange::ToUtf8(TextOf(value));
-        case Kind::Enumeration: return Json{{"enumeration", TextOf(value)}};
-        case Kind::Binary: return Json{{"binary", TextOf(value)}};
+        case Kind::String: return TextOf(value).ToUtf8();
+        case Kind::Enumeration: return Json{{"enumeration", TextOf(value).View()}};
+        case Kind::Binary: return Json{{"binary", TextOf(value).View()}};
         case Kind::Instance:
             return Json{{"instance", ReadableName(InstanceName(
                                          *static_cast<SdaiEntityInstance*>(value), session))},
-                        {"type", exchange::ToUtf8(value.GetInstanceType()->Name().View())}};
+                        {"type", value.GetInstanceType()->Name().ToUtf8()}};
         case Kind::ModelAggregate:
         case Kind::SharedAggregate: {
             const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
@@ -116,11 +119,10 @@ Json RealToJson(double value) {
     return name;
 }
 
-std::string Readable(std::string_view text) {
-    const std::string utf8 = exchange::ToUtf8(text);
+std::string Readable(std::string_view utf8) {
     std::string readable;
     for (std::size_t i = 0; i < utf8.size(); ++i) {
-        const std::string_view rest = std::string_view(utf8).substr(i);
+        const std::string_view rest = utf8.substr(i);
         const auto first = static_cast<unsigned char>(rest[0]);
         const auto second = static_cast<unsigned char>(rest.size() > 1 ? rest[1] : '\0');
         std::size_t length = 0;  // of a character that is shown as another
@@ -138,12 +140,7 @@ std::string Readable(std::string_view text) {
 }
 
 std::string ReadableName(std::string_view name) {
-    std::string encoded;
-    for (const char c : name) {
-        encoded += c;
-        if (c == '\'' || c == '\\') encoded += c;
-    }
-    return Readable(exchange::DecodeString(encoded).text);
+    return Readable(kor::IsUtf8(name) ? std::string(name) : KORUnicodeString(name).ToUtf8());
 }
 
 void Printer::Print(Position position, const SdaiPrimitiveH& value) const {

@@ -21,11 +21,12 @@ std::string ToText(const SdaiPrimitiveH& value, const Session& session);
 // A real; one that is not finite as the text nan, inf or -inf.
 nlohmann::ordered_json RealToJson(double value);
 
-// A text of the data for a reader: UTF-8, each control character and each character that is none
-// replaced by U+FFFD.
-std::string Readable(std::string_view text);
+// A text of the data, as UTF-8, for a reader: each control character and each character that is
+// none replaced by U+FFFD.
+std::string Readable(std::string_view utf8);
 
-// The same for the name of a file or of a model, which is as the system has it: UTF-8 as a rule.
+// The same for the name of a file or of a model, which is as the system has it: UTF-8 as a rule,
+// else ISO 8859-1.
 std::string ReadableName(std::string_view name);
 
 // Prints results to the standard output, one line each.

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "ExchangeText.h"
+#include "Utf8.h"
 
 namespace host {
 
@@ -56,6 +57,7 @@ class ScriptReader::Parser {
   public:
     Parser(std::string_view text, Position start, std::vector<std::string> modelNames)
         : text_(text),
+          encoding_(kor::IsUtf8(text) ? exchange::Encoding::Utf8 : exchange::Encoding::Latin1),
           line_(start.line),
           lineStart_(-static_cast<long>(start.column - 1)),
           modelNames_(std::move(modelNames)) {}
@@ -359,12 +361,12 @@ class ScriptReader::Parser {
             ++at_;
         }
         const exchange::DecodedString decoded =
-            exchange::DecodeString(text_.substr(start, at_ - start));
+            exchange::DecodeString(text_.substr(start, at_ - start), encoding_);
         if (decoded.error != nullptr) {
             throw ScriptError({line_, position.column + 1 + decoded.errorAt}, decoded.error);
         }
         ++at_;
-        return SdaiString(std::string_view(decoded.text));
+        return SdaiString(decoded.text);
     }
 
     SdaiPrimitiveH Binary() {
@@ -562,6 +564,7 @@ class ScriptReader::Parser {
     }
 
     const std::string_view text_;
+    const exchange::Encoding encoding_;
     std::size_t at_ = 0;
     std::uint64_t line_;
     long lineStart_;  // where the line starts in the text; before it, for a column beyond the first

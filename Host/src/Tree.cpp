@@ -101,8 +101,8 @@ class TreePrinter {
             {"level", node.level},
             {"part", NameOf(*part.instance)},
             {"parent", node.parent != nullptr ? Json(NameOf(*node.parent->instance)) : Json()},
-            {"id", exchange::ToUtf8(part.id)},
-            {"name", exchange::ToUtf8(part.name)},
+            {"id", part.id},
+            {"name", part.name},
             {"count", node.level == 0 ? 1 : node.occurrences.size()},
             {"components", part.occurrences.size()}};
         if (options_.placements && node.level != 0) {

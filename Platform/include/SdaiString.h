@@ -21,6 +21,12 @@ class KOR_API SdaiString {
     SdaiString(KORUnicodeString&& text) noexcept : text_(static_cast<KORUnicodeString&&>(text)) {}
     explicit SdaiString(std::string_view text) : text_(text) {}
 
+    // As those of KORUnicodeString.
+    static SdaiString FromUtf8(std::string_view utf8) {
+        return SdaiString(KORUnicodeString::FromUtf8(utf8));
+    }
+    std::string ToUtf8() const { return text_.ToUtf8(); }
+
     SdaiString& operator=(const char* text);
     SdaiString& operator=(const KORUnicodeString& text);
 
@@ -46,10 +52,11 @@ KOR_API SdaiString operator+(const SdaiString& left, const SdaiString& right);
 
 // Exact comparisons, letter case included.
 inline SdaiBoolean operator==(const SdaiString& left, const char* right) {
-    return SdaiBoolean(left.View() == std::string_view(right ? right : ""));
+    return SdaiBoolean(static_cast<const KORUnicodeString&>(left) == right);
 }
 inline SdaiBoolean operator==(const SdaiString& left, const SdaiString& right) {
-    return SdaiBoolean(left.View() == right.View());
+    return SdaiBoolean(static_cast<const KORUnicodeString&>(left) ==
+                       static_cast<const KORUnicodeString&>(right));
 }
 
 inline SdaiBoolean operator!=(const SdaiString& left, const char* right) {
@@ -59,7 +66,7 @@ inline SdaiBoolean operator!=(const SdaiString& left, const SdaiString& right) {
     return !(left == right);
 }
 inline bool operator==(const KORUnicodeString& left, const SdaiString& right) {
-    return left.View() == right.View();
+    return left == static_cast<const KORUnicodeString&>(right);
 }
 
 inline KORUnicodeString::KORUnicodeString(const SdaiString& string)

@@ -25,27 +25,45 @@ class SdaiEntityInstance;
 class KORTextAccess {
   public:
     using Buffer = KORUnicodeString::Buffer;
+    using WideBuffer = KORUnicodeString::WideBuffer;
 
+    // Null for a text that stands in place.
     static Buffer* BufferOf(const KORUnicodeString& text) {
-        return text.shared_ ? text.buffer_ : nullptr;
+        return text.storage_ != Storage::InPlace ? text.buffer_ : nullptr;
     }
     static void Share(Buffer* buffer) { buffer->owners.fetch_add(1, std::memory_order_relaxed); }
-    static void Release(Buffer* buffer) { KORUnicodeString::ReleaseBuffer(buffer); }
+    static void Release(Buffer* buffer, bool wide) {
+        KORUnicodeString::ReleaseBuffer(buffer, wide ? Storage::Wide : Storage::Shared);
+    }
     static Buffer* NewBuffer(std::string_view text) {
         Buffer* buffer = KORUnicodeString::NewBuffer(text.size());
         std::memcpy(buffer->Characters(), text.data(), text.size());
         buffer->Characters()[text.size()] = '\0';
         return buffer;
     }
+    static std::string_view NarrowIn(Buffer* buffer, std::uint32_t size) {
+        return {buffer->Characters(), size};
+    }
+    static std::u32string_view WideIn(Buffer* buffer, std::uint32_t size) {
+        return {static_cast<WideBuffer*>(buffer)->Characters(), size};
+    }
     // A text that shares the buffer.
-    static KORUnicodeString TextIn(Buffer* buffer, std::uint32_t size) {
+    static KORUnicodeString TextIn(Buffer* buffer, std::uint32_t size, bool wide) {
         KORUnicodeString text;
         Share(buffer);
         text.size_ = size;
-        text.shared_ = true;
+        text.storage_ = wide ? Storage::Wide : Storage::Shared;
         text.buffer_ = buffer;
         return text;
     }
+    // Calls visit with the characters as a std::string_view or a std::u32string_view.
+    template <class Visit>
+    static decltype(auto) Characters(const KORUnicodeString& text, Visit visit) {
+        return text.Characters(visit);
+    }
+
+  private:
+    using Storage = KORUnicodeString::Storage;
 };
 
 namespace kor {
@@ -81,12 +99,15 @@ class Cell {
         }
         return cell;
     }
-    // The same for a text that is there already: a long one is shared.
+    // The same for a text that is there already: a long one is shared. Items and binaries are never
+    // wide: one that would be is kept in its exchange form.
     static Cell OfText(Tag tag, const KORUnicodeString& text) {
         KORTextAccess::Buffer* buffer = KORTextAccess::BufferOf(text);
-        if (buffer == nullptr || text.View().size() <= kInline) return OfText(tag, text.View());
+        const auto size = static_cast<std::size_t>(text.GetLengthInChar());
+        const bool copied = text.IsWide() ? tag != Tag::Text : buffer == nullptr || size <= kInline;
+        if (copied) return OfText(tag, text.View());
         KORTextAccess::Share(buffer);
-        return InBuffer(tag, buffer, text.View().size());
+        return InBuffer(tag, buffer, size, text.IsWide());
     }
 
     Tag GetTag() const { return static_cast<Tag>(high_ >> kTagShift); }
@@ -101,28 +122,37 @@ class Cell {
 
     // Of a text, enumeration item or binary.
     KORTextAccess::Buffer* Buffer() const {
-        return Length() == kInBuffer ? Get<KORTextAccess::Buffer*>() : nullptr;
+        return Length() >= kInWideBuffer ? Get<KORTextAccess::Buffer*>() : nullptr;
     }
+    bool IsWide() const { return Length() == kInWideBuffer; }
+    // Of a text that is not wide.
     std::string_view Text() const {
-        if (Length() == kInBuffer) return {Buffer()->Characters(), BufferSize()};
+        if (Length() == kInBuffer) return KORTextAccess::NarrowIn(Buffer(), BufferSize());
         return {reinterpret_cast<const char*>(this), Length()};
     }
+    // Calls visit with the characters as a std::string_view or a std::u32string_view.
+    template <class Visit>
+    decltype(auto) Characters(Visit visit) const {
+        return IsWide() ? visit(KORTextAccess::WideIn(Buffer(), BufferSize())) : visit(Text());
+    }
     KORUnicodeString SharedText() const {
-        if (Length() == kInBuffer) return KORTextAccess::TextIn(Buffer(), BufferSize());
-        return KORUnicodeString(Text());
+        if (Length() < kInWideBuffer) return KORUnicodeString(Text());
+        return KORTextAccess::TextIn(Buffer(), BufferSize(), IsWide());
     }
 
   private:
     static constexpr int kTagShift = 56;
     static constexpr int kLengthShift = 48;
     static constexpr std::uint64_t kInBuffer = 0xFF;
+    static constexpr std::uint64_t kInWideBuffer = 0xFE;
 
     static constexpr std::uint64_t Head(Tag tag, std::uint64_t length) {
         return static_cast<std::uint64_t>(tag) << kTagShift | length << kLengthShift;
     }
-    static Cell InBuffer(Tag tag, KORTextAccess::Buffer* buffer, std::size_t size) {
+    static Cell InBuffer(Tag tag, KORTextAccess::Buffer* buffer, std::size_t size,
+                         bool wide = false) {
         Cell cell = Of(tag, buffer);
-        cell.high_ = Head(tag, kInBuffer) | size;
+        cell.high_ = Head(tag, wide ? kInWideBuffer : kInBuffer) | size;
         return cell;
     }
     std::uint64_t Length() const { return high_ >> kLengthShift & 0xFF; }
@@ -130,8 +160,8 @@ class Cell {
 
     // A number or pointer, or the first characters of a text.
     std::uint64_t low_ = 0;
-    // From the last byte down: the tag; of a text its length, or kInBuffer; its other characters,
-    // or the length in its buffer.
+    // From the last byte down: the tag; of a text its length, kInBuffer or kInWideBuffer; its other
+    // characters, or the length in its buffer.
     std::uint64_t high_ = 0;
 };
 

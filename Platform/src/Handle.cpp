@@ -340,7 +340,7 @@ SdaiLogical SdaiPrimitiveH::operator==(const SdaiPrimitiveH& other) const {
     }
     if (a.kind_ != b.kind_) return sdaiLFALSE;
     if (a.kind_ == Kind::Instance) return SdaiBoolean(a.instance_->IsSameInstance(b.instance_));
-    return SdaiBoolean(a.text_.View() == b.text_.View());
+    return a.text_ == b.text_;
 }
 
 // ---- Values of a model
@@ -482,7 +482,9 @@ void ReleaseCell(const Cell& cell) {
         case Tag::Text:
         case Tag::Enumeration:
         case Tag::Binary:
-            if (KORTextAccess::Buffer* buffer = cell.Buffer()) KORTextAccess::Release(buffer);
+            if (KORTextAccess::Buffer* buffer = cell.Buffer()) {
+                KORTextAccess::Release(buffer, cell.IsWide());
+            }
             break;
         case Tag::Typed: {
             auto* typed = cell.Get<KORTypedValue*>();

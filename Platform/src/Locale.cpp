@@ -52,12 +52,24 @@ KORUnicodeString KORLocale::sConvertNumToString(double value, int, int decimals)
 }
 
 int KORLocale::sConvertStringToNum(const KORUnicodeString& text, long* number) {
-    return ReadNumber(text.View(), *number);
+    *number = 0;
+    if (text.IsWide()) return 0;
+    // Nearly always a few digits.
+    const std::string_view digits = text.View();
+    constexpr std::size_t kSurelyInRange = 18;
+    long value = 0;
+    for (const char c : digits) {
+        if (c < '0' || c > '9' || digits.size() > kSurelyInRange)
+            return ReadNumber(digits, *number);
+        value = 10 * value + (c - '0');
+    }
+    *number = value;
+    return digits.empty() ? 0 : 1;
 }
 
 int KORLocale::sConvertStringToNum(const KORUnicodeString& text, double* number) {
     double value = 0.0;
-    const int success = ReadNumber(text.View(), value);
+    const int success = text.IsWide() ? 0 : ReadNumber(text.View(), value);
     // The names of infinities and NaNs are not numbers.
     *number = success == 1 && std::isfinite(value) ? value : 0.0;
     return success == 1 && std::isfinite(value) ? 1 : 0;

@@ -2,68 +2,121 @@
 
 #include <locale.h>
 #include <algorithm>
+#include <charconv>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 #include "KORUnicodeString.h"
 #include "SdaiString.h"
+#include "Utf8.h"
 
 // ---- Buffers
 
+namespace {
+
+// A length must be an int.
+void CheckLength(std::size_t length) {
+    if (length > INT_MAX) throw std::bad_alloc();
+}
+
+}  // namespace
+
 KORUnicodeString::Buffer* KORUnicodeString::NewBuffer(std::size_t capacity) {
-    if (capacity > INT_MAX) throw std::bad_alloc();  // a length would be no int
+    CheckLength(capacity);
     void* memory = ::operator new(sizeof(Buffer) + capacity + 1);
     return new (memory) Buffer{{1}, static_cast<std::uint32_t>(capacity)};
 }
 
-void KORUnicodeString::ReleaseBuffer(Buffer* buffer) {
-    if (buffer->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-        buffer->~Buffer();
-        ::operator delete(buffer);
-    }
+KORUnicodeString::WideBuffer* KORUnicodeString::NewWideBuffer(std::size_t capacity) {
+    CheckLength(capacity);
+    void* memory = ::operator new(sizeof(WideBuffer) + capacity * sizeof(char32_t));
+    return new (memory) WideBuffer{{{1}, static_cast<std::uint32_t>(capacity)}, nullptr};
+}
+
+void KORUnicodeString::ReleaseBuffer(Buffer* buffer, Storage storage) {
+    if (buffer->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (storage == Storage::Wide) delete static_cast<WideBuffer*>(buffer)->exchangeForm.load();
+    ::operator delete(buffer);
+}
+
+void KORUnicodeString::Hold(Buffer* buffer, Storage storage, std::size_t size) {
+    Release();
+    buffer_ = buffer;
+    storage_ = storage;
+    size_ = static_cast<std::uint32_t>(size);
+}
+
+// Whether the text stands in a buffer with room for that many characters that no other text shares.
+bool KORUnicodeString::OwnsAlone(std::size_t capacity) const {
+    return storage_ != Storage::InPlace && buffer_->owners.load(std::memory_order_acquire) == 1 &&
+           buffer_->capacity >= capacity;
 }
 
 void KORUnicodeString::SetLength(std::size_t length) {
     size_ = static_cast<std::uint32_t>(length);
-    (shared_ ? buffer_->Characters() : small_)[length] = '\0';
+    (storage_ == Storage::InPlace ? small_ : buffer_->Characters())[length] = '\0';
 }
 
-// Where the characters stand, with room for `length` of them, none of them shared. What fits of the
-// text so far is kept.
+// Where the characters of a text that is not wide stand, with room for `length` of them, none of
+// them shared. What fits of the text so far is kept.
 char* KORUnicodeString::MakeWritable(std::size_t length) {
-    if (shared_) {
-        if (buffer_->owners.load(std::memory_order_acquire) == 1 && buffer_->capacity >= length) {
-            return buffer_->Characters();
-        }
-    } else if (length <= kSmall) {
-        return small_;
-    }
+    if (OwnsAlone(length)) return buffer_->Characters();
+    if (storage_ == Storage::InPlace && length <= kSmall) return small_;
     Buffer* buffer = NewBuffer(length);
-    std::memcpy(buffer->Characters(), Characters(), std::min<std::size_t>(size_, length));
-    Release();
-    buffer_ = buffer;
-    shared_ = true;
+    std::memcpy(buffer->Characters(), Narrow(), std::min<std::size_t>(size_, length));
+    Hold(buffer, Storage::Shared, size_);
     return buffer->Characters();
 }
 
 // ---- Construction
 
-KORUnicodeString::KORUnicodeString(const char* text)
-    : KORUnicodeString(std::string_view(text != nullptr ? text : "")) {}
+namespace {
 
-KORUnicodeString::KORUnicodeString(std::string_view text) : KORUnicodeString() {
-    if (text.empty()) return;
+void CopyWide(std::string_view characters, char32_t* to) {
+    std::transform(characters.begin(), characters.end(), to,
+                   [](char c) { return kor::CodePoint(c); });
+}
+void CopyWide(std::u32string_view characters, char32_t* to) {
+    std::copy(characters.begin(), characters.end(), to);
+}
+
+bool IsNarrow(std::u32string_view characters) {
+    return std::all_of(characters.begin(), characters.end(),
+                       [](char32_t c) { return c <= kor::kLastNarrow; });
+}
+
+}  // namespace
+
+void KORUnicodeString::AssignLong(std::string_view text) {
     std::memcpy(MakeWritable(text.size()), text.data(), text.size());
     SetLength(text.size());
 }
 
+KORUnicodeString::KORUnicodeString(std::u32string_view characters) : KORUnicodeString() {
+    const std::size_t size = characters.size();
+    if (IsNarrow(characters)) {
+        std::transform(characters.begin(), characters.end(), MakeWritable(size),
+                       [](char32_t c) { return static_cast<char>(c); });
+        SetLength(size);
+    } else {
+        WideBuffer* buffer = NewWideBuffer(size);
+        std::transform(characters.begin(), characters.end(), buffer->Characters(),
+                       [](char32_t c) { return kor::IsCharacter(c) ? c : kor::kReplacement; });
+        Hold(buffer, Storage::Wide, size);
+    }
+}
+
 KORUnicodeString::KORUnicodeString(const KORUnicodeString& other) noexcept
-    : size_(other.size_), shared_(other.shared_) {
-    if (shared_) {
+    : size_(other.size_), storage_(other.storage_) {
+    if (storage_ != Storage::InPlace) {
         buffer_ = other.buffer_;
         buffer_->owners.fetch_add(1, std::memory_order_relaxed);
     } else {
@@ -87,77 +140,199 @@ KORUnicodeString& KORUnicodeString::operator=(KORUnicodeString&& other) noexcept
 
 void KORUnicodeString::TakeFrom(KORUnicodeString& other) noexcept {
     size_ = other.size_;
-    shared_ = other.shared_;
-    if (shared_) {
+    storage_ = other.storage_;
+    if (storage_ != Storage::InPlace) {
         buffer_ = other.buffer_;
     } else {
         std::memcpy(small_, other.small_, sizeof small_);
     }
     other.size_ = 0;
-    other.shared_ = false;
+    other.storage_ = Storage::InPlace;
     other.small_[0] = '\0';
+}
+
+// ---- Other forms
+
+KORUnicodeString KORUnicodeString::FromUtf8(std::string_view utf8) {
+    kor::TextBuilder text;
+    while (!utf8.empty()) {
+        char32_t character = kor::kReplacement;
+        if (!kor::TakeUtf8(utf8, character)) utf8.remove_prefix(1);
+        text.Add(character);
+    }
+    return text.Text();
+}
+
+std::string KORUnicodeString::ToUtf8() const {
+    std::string utf8;
+    Characters([&utf8](auto characters) {
+        utf8.reserve(characters.size());
+        for (const auto c : characters) kor::AppendUtf8(utf8, kor::CodePoint(c));
+    });
+    return utf8;
+}
+
+// Of a wide text. Several threads may ask for the first time.
+std::string_view KORUnicodeString::ExchangeForm() const {
+    auto& kept = static_cast<WideBuffer*>(buffer_)->exchangeForm;
+    const std::string* form = kept.load(std::memory_order_acquire);
+    if (form != nullptr) return *form;
+    auto made = std::make_unique<std::string>();
+    for (const char32_t c : Wide()) {
+        if (c <= kor::kLastNarrow) {
+            *made += static_cast<char>(c);
+        } else {
+            kor::AppendDirective(*made, c);
+        }
+    }
+    std::string* other = nullptr;
+    if (!kept.compare_exchange_strong(other, made.get(), std::memory_order_acq_rel)) return *other;
+    return *made.release();
+}
+
+KORUnicodeString KORUnicodeString::ReadBack(std::string_view bytes) const {
+    if (!IsWide()) return KORUnicodeString(bytes);
+    kor::TextBuilder text;
+    const auto addBytes = [&text, &bytes](std::size_t count) {
+        for (const char c : bytes.substr(0, count)) text.Add(kor::CodePoint(c));
+        bytes.remove_prefix(std::min(count, bytes.size()));
+    };
+    for (const char32_t character : Wide()) {
+        if (character <= kor::kLastNarrow) {
+            addBytes(1);
+            continue;
+        }
+        const std::size_t length = kor::DirectiveLength(character);
+        const char32_t now = kor::CharacterOfDirective(bytes.substr(0, length));
+        if (now == 0) {
+            addBytes(length);
+        } else {
+            text.Add(now);
+            bytes.remove_prefix(length);
+        }
+    }
+    addBytes(bytes.size());
+    return text.Text();
 }
 
 // ---- Parts of a text
 
-KORUnicodeString KORUnicodeString::SubString(int start, int length) const {
-    const auto first = static_cast<std::size_t>(std::max(start, 0));
-    if (first >= size_ || length <= 0) return {};
-    if (first == 0 && static_cast<std::size_t>(length) >= size_) return *this;
-    return KORUnicodeString(View().substr(first, static_cast<std::size_t>(length)));
+KORUnicodeString KORUnicodeString::LongPart(std::size_t first, std::size_t count) const {
+    if (count == size_) return *this;
+    return Characters([&](auto all) { return KORUnicodeString(all.substr(first, count)); });
 }
+
+namespace {
+
+template <class A, class B>
+bool Begins(std::basic_string_view<A> text, std::basic_string_view<B> start) {
+    return start.size() <= text.size() &&
+           std::equal(start.begin(), start.end(), text.begin(),
+                      [](B s, A t) { return kor::CodePoint(s) == kor::CodePoint(t); });
+}
+
+// A place that was found, or -1.
+int Position(std::size_t found) {
+    return found == std::string_view::npos ? -1 : static_cast<int>(found);
+}
+
+// The characters that are left once the blanks at these ends are taken.
+template <class Char>
+std::basic_string_view<Char> Stripped(std::basic_string_view<Char> text, KORStripMode mode) {
+    if ((mode & KORStripLeading) != 0) {
+        text.remove_prefix(std::min(text.find_first_not_of(Char{' '}), text.size()));
+    }
+    if ((mode & KORStripTrailing) != 0) {
+        text = text.substr(0, text.find_last_not_of(Char{' '}) + 1);
+    }
+    return text;
+}
+
+}  // namespace
 
 int KORUnicodeString::SearchSubString(const KORUnicodeString& what, int start,
                                       KORSearchMode) const {
-    const auto position = View().find(what.View(), static_cast<std::size_t>(std::max(start, 0)));
-    return position == std::string_view::npos ? -1 : static_cast<int>(position);
+    if (!what.IsWide()) return Search(what.View(), start);
+    if (!IsWide()) return -1;
+    return Position(Wide().find(what.Wide(), static_cast<std::size_t>(std::max(start, 0))));
+}
+
+int KORUnicodeString::Search(std::string_view what, int start) const {
+    const auto from = static_cast<std::size_t>(std::max(start, 0));
+    if (!IsWide()) return Position(View().find(what, from));
+    std::u32string wide(what.size(), U'\0');
+    CopyWide(what, wide.data());
+    return Position(Wide().find(wide, from));
 }
 
 void KORUnicodeString::Strip(KORStripMode mode) {
-    std::string_view kept = View();
-    if ((mode & KORStripLeading) != 0) {
-        kept.remove_prefix(std::min(kept.find_first_not_of(' '), kept.size()));
-    }
-    if ((mode & KORStripTrailing) != 0) {
-        kept = kept.substr(0, kept.find_last_not_of(' ') + 1);
-    }
-    if (kept.size() != size_) *this = KORUnicodeString(kept);
+    Characters([this, mode](auto all) {
+        const auto kept = Stripped(all, mode);
+        if (kept.size() != all.size()) *this = KORUnicodeString(kept);
+    });
 }
 
-int KORUnicodeString::Compare(const KORUnicodeString& other) const {
-    const std::string_view a = View();
-    const std::string_view b = other.View();
-    if (a == b) return 2;
-    const std::string_view& shorter = a.size() < b.size() ? a : b;
-    const std::string_view& longer = a.size() < b.size() ? b : a;
-    return !shorter.empty() && longer.starts_with(shorter) ? 1 : 0;
+// Where one of the texts is wide.
+int KORUnicodeString::CompareWide(const KORUnicodeString& other) const {
+    const KORUnicodeString& shorter = size_ < other.size_ ? *this : other;
+    const KORUnicodeString& longer = size_ < other.size_ ? other : *this;
+    const bool begins = longer.Characters([&](auto text) {
+        return shorter.Characters([&](auto start) { return Begins(text, start); });
+    });
+    if (!begins || shorter.size_ == 0) return 0;
+    return shorter.size_ == longer.size_ ? 2 : 1;
 }
 
 // ---- Building a text
 
 void KORUnicodeString::Reserve(std::size_t length) {
-    MakeWritable(std::max<std::size_t>(length, size_));
-    SetLength(size_);
+    const std::size_t capacity = std::max<std::size_t>(length, size_);
+    if (IsWide()) {
+        if (!OwnsAlone(capacity)) Hold(WideCopy(capacity), Storage::Wide, size_);
+    } else {
+        MakeWritable(capacity);
+        SetLength(size_);
+    }
+}
+
+// A buffer with a copy of the characters and room for `capacity` of them.
+KORUnicodeString::WideBuffer* KORUnicodeString::WideCopy(std::size_t capacity) const {
+    WideBuffer* buffer = NewWideBuffer(capacity);
+    Characters([buffer](auto all) { CopyWide(all, buffer->Characters()); });
+    return buffer;
+}
+
+// The room for a text of that length that is built piece by piece: half as much again as before, so
+// that it is copied a few times only.
+std::size_t KORUnicodeString::Grown(std::size_t length) const {
+    const std::size_t before = storage_ == Storage::InPlace ? kSmall : buffer_->capacity;
+    return std::max({length, before, std::size_t{size_} + size_ / 2});
 }
 
 KORUnicodeString& KORUnicodeString::Append(const KORUnicodeString& text) {
+    if (text.IsWide()) {
+        AppendWide(text.Wide());
+        return *this;
+    }
     return Append(text.View());
 }
 
 KORUnicodeString& KORUnicodeString::Append(std::string_view text) {
     if (text.empty()) return *this;
     const std::size_t length = size_ + text.size();
-    if (!shared_ && length <= kSmall) {
+    if (IsWide()) {
+        AppendWide(text);
+        return *this;
+    }
+    if (storage_ == Storage::InPlace && length <= kSmall) {
         std::memmove(small_ + size_, text.data(), text.size());
-    } else if (shared_ && buffer_->owners.load(std::memory_order_acquire) == 1 &&
-               buffer_->capacity >= length) {
+    } else if (OwnsAlone(length)) {
         std::memmove(buffer_->Characters() + size_, text.data(), text.size());
     } else {
-        // Half as much again, so that a text built piece by piece is copied a few times only. The
-        // piece may be part of this text: the old characters stay until the piece is copied.
+        // The piece may be part of this text: the old characters stay until the piece is copied.
         KORUnicodeString grown;
-        char* characters = grown.MakeWritable(std::max<std::size_t>(length, size_ + size_ / 2));
-        std::memcpy(characters, Characters(), size_);
+        char* characters = grown.MakeWritable(Grown(length));
+        std::memcpy(characters, Narrow(), size_);
         std::memcpy(characters + size_, text.data(), text.size());
         *this = static_cast<KORUnicodeString&&>(grown);
     }
@@ -165,41 +340,132 @@ KORUnicodeString& KORUnicodeString::Append(std::string_view text) {
     return *this;
 }
 
+// Appends to a text that is wide, or becomes so. The piece may be part of this text.
+template <class Char>
+void KORUnicodeString::AppendWide(std::basic_string_view<Char> text) {
+    const std::size_t length = size_ + text.size();
+    if (IsWide() && OwnsAlone(length)) {
+        auto* buffer = static_cast<WideBuffer*>(buffer_);
+        CopyWide(text, buffer->Characters() + size_);
+        delete buffer->exchangeForm.exchange(nullptr);
+    } else {
+        WideBuffer* buffer = WideCopy(Grown(length));
+        CopyWide(text, buffer->Characters() + size_);
+        Hold(buffer, Storage::Wide, size_);
+    }
+    size_ = static_cast<std::uint32_t>(length);
+}
+
 namespace {
 
-// Writes the number with a format that is one printf conversion, whose last character is one of the
-// letters; the length modifier (of an integer, "l") is put before it.
-template <class Number>
-KORUnicodeString Print(Number value, const char* format, std::string_view letters,
-                       std::string_view lengthModifier) {
-    std::string conversion(format != nullptr ? format : "");
-    const std::size_t letter = conversion.find_first_not_of("-+ #0123456789.", 1);
-    if (!conversion.starts_with('%') || letter != conversion.size() - 1 ||
-        letters.find(conversion.back()) == std::string_view::npos) {
-        return {};
+// A printf conversion: %, flags, a width, a precision and a letter.
+struct Conversion {
+    std::string_view flags;
+    int width = 0;
+    bool hasPrecision = false;
+    char letter = '\0';
+};
+
+// More characters are not written; what asks for more is no conversion.
+constexpr int kMostCharacters = 511;
+
+// Takes digits from the front of a text; without any the number is 0. Nothing for one too large.
+std::optional<int> TakeDigits(std::string_view& text) {
+    int number = 0;
+    const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
+    if (count != 0) {
+        const auto [end, error] = std::from_chars(text.data(), text.data() + count, number);
+        if (error != std::errc() || number > kMostCharacters) return std::nullopt;
     }
-    conversion.insert(letter, lengthModifier);
+    text.remove_prefix(count);
+    return number;
+}
+
+// Nothing for a format of another shape, or whose letter is none of these.
+std::optional<Conversion> ParseConversion(std::string_view format, std::string_view letters) {
+    if (!format.starts_with('%')) return std::nullopt;
+    format.remove_prefix(1);
+    Conversion conversion;
+    conversion.flags = format.substr(0, format.find_first_not_of("-+ #0"));
+    format.remove_prefix(conversion.flags.size());
+    const std::optional<int> width = TakeDigits(format);
+    if (!width.has_value()) return std::nullopt;
+    conversion.width = *width;
+    conversion.hasPrecision = format.starts_with('.');
+    if (conversion.hasPrecision) {
+        format.remove_prefix(1);
+        if (!TakeDigits(format).has_value()) return std::nullopt;
+    }
+    if (format.size() != 1 || letters.find(format.front()) == std::string_view::npos) {
+        return std::nullopt;
+    }
+    conversion.letter = format.front();
+    return conversion;
+}
+
+constexpr std::string_view kIntegerLetters = "diuxXo";
+constexpr std::string_view kRealLetters = "eEfFgG";
+
+// How printf is told the type of an integer.
+std::string_view LengthModifier(int) { return ""; }
+std::string_view LengthModifier(long) { return "l"; }
+std::string_view LengthModifier(double) { return ""; }
+
+// The text of a number by the conversions that are used most, of decimal integers and of reals in
+// general notation padded with zeros: %d, %04d, %02g.
+template <class Number>
+char* WriteSimply(Number value, char* to, char* end) {
+    if constexpr (std::is_same_v<Number, double>) {
+        return std::to_chars(to, end, value, std::chars_format::general, 6).ptr;
+    } else {
+        return std::to_chars(to, end, value).ptr;
+    }
+}
+
+bool IsSimple(const Conversion& conversion, char letter) {
+    return conversion.letter == letter && !conversion.hasPrecision &&
+           (conversion.flags == "0" || (conversion.flags.empty() && conversion.width == 0));
+}
+
+template <class Number>
+KORUnicodeString Print(Number value, const char* format, std::string_view letters, char simple) {
+    const std::string_view whole(format != nullptr ? format : "");
+    const std::optional<Conversion> conversion = ParseConversion(whole, letters);
+    if (!conversion.has_value()) return {};
+    char text[kMostCharacters + 1];
+    if (IsSimple(*conversion, simple) && std::isfinite(static_cast<double>(value))) {
+        char digits[32];
+        char* end = WriteSimply(value, digits, digits + sizeof digits);
+        char* first = digits;
+        char* to = text;
+        if (*first == '-') *to++ = *first++;
+        const long zeros = conversion->width - (end - digits);
+        for (long i = 0; i < zeros; ++i) *to++ = '0';
+        to = std::copy(first, end, to);
+        return KORUnicodeString(std::string_view(text, static_cast<std::size_t>(to - text)));
+    }
+    std::string modified(whole.substr(0, whole.size() - 1));
+    modified.append(LengthModifier(value)).append(1, conversion->letter);
     static const locale_t kLocale = newlocale(LC_ALL_MASK, "C", nullptr);
     const locale_t before = uselocale(kLocale);
-    char text[512];
-    const int length = std::snprintf(text, sizeof text, conversion.c_str(), value);
+    const int length = std::snprintf(text, sizeof text, modified.c_str(), value);
     uselocale(before);
-    if (length < 0 || length >= static_cast<int>(sizeof text)) return {};
+    if (length < 0 || length > kMostCharacters) return {};
     return KORUnicodeString(text);
 }
 
 }  // namespace
 
 void KORUnicodeString::BuildFromNum(int value, const char* format) {
-    BuildFromNum(static_cast<long>(value), format);
+    *this = Print(value, format, kIntegerLetters, 'd');
 }
 
 void KORUnicodeString::BuildFromNum(long value, const char* format) {
-    *this = Print(value, format, "diuxXo", "l");
+    *this = Print(value, format, kIntegerLetters, 'd');
 }
 
 void KORUnicodeString::BuildFromNum(double value, const char* format) {
-    *this = Print(value, format, "eEfFgG", "");
+    *this = Print(value, format, kRealLetters, 'g');
 }
 
 // ---- SdaiString
@@ -214,22 +480,31 @@ SdaiString& SdaiString::operator=(const KORUnicodeString& text) {
     return *this;
 }
 
+namespace {
+
+// A position or length as KORUnicodeString takes it: no text is longer.
+int Clamped(unsigned value) { return static_cast<int>(std::min<unsigned>(value, INT_MAX)); }
+
+}  // namespace
+
 SdaiString SdaiString::substr(unsigned first, unsigned last) const {
     if (first > last || first >= length()) return {};
-    return SdaiString(View().substr(first, std::size_t{last} - first + 1));
+    return SdaiString(
+        text_.SubString(Clamped(first), Clamped(std::min(last, length()) - first + 1)));
 }
 
 void SdaiString::remove(unsigned first, unsigned last) {
     if (first > last || first >= length()) return;
-    const std::string_view all = View();
-    KORUnicodeString kept(all.substr(0, first));
-    if (last < all.size()) kept.Append(all.substr(std::size_t{last} + 1));
+    KORUnicodeString kept = text_.SubString(0, Clamped(first));
+    if (last < length()) kept.Append(text_.SubString(Clamped(last) + 1, INT_MAX));
     text_ = static_cast<KORUnicodeString&&>(kept);
 }
 
 SdaiString operator+(const SdaiString& left, const SdaiString& right) {
+    const KORUnicodeString& start = left;
+    const KORUnicodeString& end = right;
     KORUnicodeString text;
-    text.Reserve(left.View().size() + right.View().size());
-    text.Append(left.View()).Append(right.View());
+    text.Reserve(left.length() + right.length());
+    text.Append(start).Append(end);
     return SdaiString(static_cast<KORUnicodeString&&>(text));
 }

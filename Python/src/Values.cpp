@@ -6,7 +6,6 @@
 
 #include "Aggregate.h"
 #include "Cell.h"
-#include "ExchangeText.h"
 #include "Package.h"
 
 namespace python {
@@ -64,32 +63,14 @@ std::string Place::ToString() const {
 // ---- Texts
 
 PyObject* ToPython(const SdaiString& text) {
-    const std::string_view characters = text.View();
-    const auto size = static_cast<Py_ssize_t>(characters.size());
-    // Characters beyond ISO 8859-1 stand as directives.
-    if (characters.find('\\') == std::string_view::npos) {
-        return PyUnicode_DecodeLatin1(characters.data(), size, nullptr);
+    if (!static_cast<const KORUnicodeString&>(text).IsWide()) {
+        const std::string_view characters = text.View();
+        return PyUnicode_DecodeLatin1(characters.data(), static_cast<Py_ssize_t>(characters.size()),
+                                      nullptr);
     }
-    const std::string utf8 = exchange::ToUtf8(characters);
-    return PyUnicode_DecodeUTF8(utf8.data(), static_cast<Py_ssize_t>(utf8.size()), "replace");
+    const std::string utf8 = text.ToUtf8();
+    return PyUnicode_DecodeUTF8(utf8.data(), static_cast<Py_ssize_t>(utf8.size()), nullptr);
 }
-
-namespace {
-
-void AppendCharacter(std::string& text, Py_UCS4 character) {
-    if (character <= 0xFF) {
-        text += static_cast<char>(character);
-        return;
-    }
-    const bool wide = character > 0xFFFF;
-    text += wide ? "\\X4\\" : "\\X2\\";
-    for (int shift = wide ? 28 : 12; shift >= 0; shift -= 4) {
-        text += "0123456789ABCDEF"[character >> shift & 0xF];
-    }
-    text += "\\X0\\";
-}
-
-}  // namespace
 
 bool FromPython(PyObject* text, const Place& place, SdaiString& converted) {
     if (PyUnicode_READY(text) != 0) return false;
@@ -113,16 +94,17 @@ bool FromPython(PyObject* text, const Place& place, SdaiString& converted) {
         converted = SdaiString(characters);
         return true;
     }
-    std::string characters;
+    std::u32string characters;
+    characters.reserve(static_cast<std::size_t>(size));
     for (Py_ssize_t i = 0; i < size; ++i) {
         const Py_UCS4 character = PyUnicode_READ(kind, data, i);
         if (character == 0) return refuse("a NUL", character, i);
         if (character >= 0xD800 && character <= 0xDFFF) {
             return refuse("a lone surrogate", character, i);
         }
-        AppendCharacter(characters, character);
+        characters += static_cast<char32_t>(character);
     }
-    converted = SdaiString(std::string_view(characters));
+    converted = KORUnicodeString(std::u32string_view(characters));
     return true;
 }
 

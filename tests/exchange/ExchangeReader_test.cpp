@@ -8,6 +8,7 @@
 #include <bit>
 #include <climits>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -400,7 +401,6 @@ TEST(ExchangeReader, DecodesTexts) {
         {"'\\S\\i'", "\xE9"},
         {"'\\PB\\\\S\\i'", "\xE9"},
         {"'caf\xC3\xA9'", "caf\xE9"},
-        {"'caf\xE9'", "caf\xE9"},
         {"'\\X2\\03B1\\X0\\'", "\\X2\\03B1\\X0\\"},
         {"'\\X4\\0001F600\\X0\\'", "\\X4\\0001F600\\X0\\"},
         {"'\xCE\xB1'", "\\X2\\03B1\\X0\\"},
@@ -414,10 +414,94 @@ TEST(ExchangeReader, DecodesTexts) {
     }
 }
 
+// One text in each of several languages, as a file may write it.
+const struct {
+    const char* raw;
+    const char* directives;
+} kTexts[] = {
+    {"Łódź", "\\X2\\0141\\X0\\\\X\\F3d\\X2\\017A\\X0\\"},
+    {"Άξων", "\\X2\\038603BE03C903BD\\X0\\"},
+    {"Болт 7", "\\X2\\0411043E043B0442\\X0\\ 7"},
+    {"齿轮", "\\X2\\9F7F8F6E\\X0\\"},
+    {"a😀b", "a\\X4\\0001F600\\X0\\b"},
+};
+
+TEST(ExchangeReader, ReadsTheTextsOfEveryLanguage) {
+    for (const auto& [raw, directives] : kTexts) {
+        for (const std::string encoded : {raw, directives}) {
+            const Data file("#1=TEXT_HOLDER('" + encoded + "');");
+            const SdaiPrimitiveH text = Attribute(file[1], "text");
+            EXPECT_EQ(static_cast<const SdaiString&>(text).ToUtf8(), raw) << encoded;
+            EXPECT_THAT(Written(file),
+                        HasSubstr("#1=TEXT_HOLDER('" + std::string(directives) + "');"));
+        }
+    }
+    const Data file("#1=TEXT_HOLDER('\\PE\\\\S\\1\\S\\^\\S\\[\\S\\b');");
+    const SdaiPrimitiveH text = Attribute(file[1], "text");
+    EXPECT_EQ(static_cast<const SdaiString&>(text).ToUtf8(), "Болт");
+}
+
+TEST(ExchangeReader, ReadsAFileThatIsNotUtf8ThroughoutAsIso8859) {
+    // The one byte that is no UTF-8 stands behind text that could be, more than a block away.
+    const std::string filler(200'000, ' ');
+    const File file(FileOf("#1=TEXT_HOLDER('plain');\n#2=TEXT_HOLDER('\xC3\xA9');" + filler +
+                           "\n#3=TEXT_HOLDER('caf\xE9');\n#4=TEXT_HOLDER('\\X2\\0141\\X0\\');"));
+    EXPECT_EQ(file.messages.ErrorCount(), 0U);
+    ASSERT_EQ(file.messages.Warnings().size(), 1U);
+    EXPECT_EQ(file.messages.Warnings()[0].line, 9U);
+    EXPECT_EQ(file.messages.Warnings()[0].column, 16U);
+    EXPECT_THAT(file.messages.Warnings()[0].text, HasSubstr("ISO 8859-1"));
+    const auto text = [&file](unsigned long id) {
+        const SdaiPrimitiveH value = Attribute(file[id], "text");
+        return static_cast<const SdaiString&>(value).ToUtf8();
+    };
+    EXPECT_EQ(text(2), "Ã©");
+    EXPECT_EQ(text(3), "café");
+    EXPECT_EQ(text(4), "Ł");
+}
+
+TEST(ExchangeReader, SaysNothingOfBytesThatNoStringHolds) {
+    const Data file("/* caf\xE9 */#1=TEXT_HOLDER('plain');");
+    EXPECT_EQ(TextIn(Attribute(file[1], "text")), "plain");
+}
+
+TEST(ExchangeReader, FindsUtf8CharactersThatBlocksCut) {
+    // Read from a file: in blocks that end within characters.
+    std::string text;
+    while (text.size() < 300'000) text += "é😀Ł";
+    const std::string path = testing::TempDir() + "utf8_blocks.stp";
+    std::ofstream(path) << FileOf("#1=TEXT_HOLDER('" + text + "');");
+    Messages messages;
+    const exchange::DataSet read =
+        exchange::ReadDataSet(path, TestSchemas(), exchange::ReadOptions(), messages);
+    std::remove(path.c_str());
+    EXPECT_TRUE(messages.Warnings().empty());
+    ASSERT_NE(read.model, nullptr);
+    const SdaiPrimitiveH value = Attribute(read.model->Find(1), "text");
+    EXPECT_EQ(static_cast<const SdaiString&>(value).ToUtf8(), text);
+}
+
+TEST(ExchangeReader, RefusesHalfOfASurrogatePair) {
+    const std::string text = FileOf("#1=TEXT_HOLDER('ab\\X2\\0141D83D\\X0\\');");
+    const File strict(text);
+    EXPECT_EQ(strict.dataSet.model, nullptr);
+    ASSERT_EQ(strict.messages.ErrorCount(), 1U);
+    EXPECT_EQ(strict.messages.Errors()[0].line, 8U);
+    EXPECT_EQ(strict.messages.Errors()[0].column, 27U);
+    EXPECT_THAT(strict.messages.Errors()[0].text, HasSubstr("surrogate"));
+    exchange::ReadOptions options;
+    options.lenient = true;
+    const File lenient(text, options);
+    ASSERT_EQ(lenient.messages.Warnings().size(), 1U);
+    EXPECT_EQ(lenient.messages.Warnings()[0].column, 27U);
+    const SdaiPrimitiveH value = Attribute(lenient[1], "text");
+    EXPECT_EQ(static_cast<const SdaiString&>(value).ToUtf8(), "abŁ\uFFFD");
+}
+
 TEST(ExchangeReader, AFileReadAndWrittenSaysTheSame) {
     for (const char* literal :
          {"'it''s'", "'\\\\'", "'\\X\\E9'", "'\\X2\\03B1\\X0\\'", "'a\\X2\\03B103B2\\X0\\b'",
-          "'\\X4\\0001F600\\X0\\'", "'\\\\X2\\\\03'"}) {
+          "'\\X4\\0001F600\\X0\\'", "'\\\\X2\\\\03'", "'\\\\X2\\\\0041\\\\X0\\\\'"}) {
         EXPECT_THAT(Written(Data("#1=TEXT_HOLDER(" + std::string(literal) + ");")),
                     HasSubstr("#1=TEXT_HOLDER(" + std::string(literal) + ");"));
     }

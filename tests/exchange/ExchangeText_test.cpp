@@ -32,7 +32,16 @@ std::string Appended(Append append, const Values&... values) {
     return text.substr(7);
 }
 
-std::string StringLiteral(std::string_view text) { return Appended(exchange::AppendString, text); }
+std::string StringLiteral(const KORUnicodeString& text) {
+    std::string literal = "before ";
+    exchange::AppendString(literal, text);
+    EXPECT_EQ(literal.substr(0, 7), "before ");
+    return literal.substr(7);
+}
+std::string StringLiteral(std::string_view text) { return StringLiteral(KORUnicodeString(text)); }
+std::string LiteralOfUtf8(std::string_view text) {
+    return StringLiteral(KORUnicodeString::FromUtf8(text));
+}
 std::string RealLiteral(double value) { return Appended(exchange::AppendReal, value); }
 
 struct Pair {
@@ -65,51 +74,30 @@ TEST(AppendString, WritesOtherBytesAsDirectives) {
     for (const Pair& pair : table) EXPECT_EQ(StringLiteral(pair.from), pair.to);
 }
 
-TEST(AppendString, PassesDirectivesForOtherCharactersThrough) {
+TEST(AppendString, WritesCharactersBeyondIso8859AsDirectives) {
     const Pair table[] = {
-        {"\\X2\\03B1\\X0\\", "'\\X2\\03B1\\X0\\'"},
-        {"a\\X2\\03B103B2\\X0\\'b", "'a\\X2\\03B103B2\\X0\\''b'"},
-        {"\\X4\\0001F600\\X0\\\xE9", "'\\X4\\0001F600\\X0\\\\X\\E9'"},
-        {"\\\\X2\\03B1\\X0\\", "'\\\\\\X2\\03B1\\X0\\'"},  // a backslash before the directive
-        // What only looks like one is text.
-        {"\\X2\\03B1", "'\\\\X2\\\\03B1'"},
-        {"\\X2\\03B\\X0\\", "'\\\\X2\\\\03B\\\\X0\\\\'"},
-        {"\\X4\\03B1\\X0\\", "'\\\\X4\\\\03B1\\\\X0\\\\'"},
-        {"\\X\\E9", "'\\\\X\\\\E9'"},
-        {"\\S\\i", "'\\\\S\\\\i'"},
-        {"\\X0\\", "'\\\\X0\\\\'"},
+        {"α", "'\\X2\\03B1\\X0\\'"},
+        {"Łódź", "'\\X2\\0141\\X0\\\\X\\F3d\\X2\\017A\\X0\\'"},
+        // Those that come one after the other share a directive, as far as they have as many
+        // digits.
+        {"aαβ'b", "'a\\X2\\03B103B2\\X0\\''b'"},
+        {"😀é", "'\\X4\\0001F600\\X0\\\\X\\E9'"},
+        {"😀😁α", "'\\X4\\0001F6000001F601\\X0\\\\X2\\03B1\\X0\\'"},
+        {"\\齿\\", "'\\\\\\X2\\9F7F\\X0\\\\\\'"},
+        {"\uFFFF\U00010000", "'\\X2\\FFFF\\X0\\\\X4\\00010000\\X0\\'"},
     };
-    for (const Pair& pair : table) EXPECT_EQ(StringLiteral(pair.from), pair.to);
+    for (const Pair& pair : table) EXPECT_EQ(LiteralOfUtf8(pair.from), pair.to);
 }
 
-TEST(DirectiveLength, IsThatOfADirectiveAtTheStart) {
-    struct Case {
-        const char* text;
-        std::size_t length;
+TEST(AppendString, WritesWhatLooksLikeADirectiveAsText) {
+    const Pair table[] = {
+        {"\\X2\\0041\\X0\\", "'\\\\X2\\\\0041\\\\X0\\\\'"},
+        {"\\X4\\0001F600\\X0\\", "'\\\\X4\\\\0001F600\\\\X0\\\\'"},
+        {"\\X2\\03B1", "'\\\\X2\\\\03B1'"},
+        {"\\X\\E9", "'\\\\X\\\\E9'"},
+        {"\\S\\i", "'\\\\S\\\\i'"},
     };
-    const Case table[] = {
-        {"", 0},
-        {"x", 0},
-        {"\\", 0},
-        {"\\X2\\", 0},
-        {"\\X2\\03B1\\X0\\", 12},
-        {"\\X2\\03B1\\X0\\\\X2\\03B1\\X0\\", 12},
-        {"\\X2\\03B103B2\\X0\\rest", 16},
-        {"\\X4\\0001F600\\X0\\", 16},
-        {"\\X4\\0001F6000001F601\\X0\\", 24},
-        {"\\X4\\0001F6\\X0\\", 0},
-        {"\\X2\\03B\\X0\\", 0},
-        {"\\X2\\03G1\\X0\\", 0},
-        {"\\X2\\03B1\\X0", 0},
-        {"\\X2\\03B1", 0},
-        {" \\X2\\03B1\\X0\\", 0},
-        {"\\X\\E9", 0},
-        {"\\X0\\", 0},
-        {"\\X3\\03B1\\X0\\", 0},
-    };
-    for (const Case& tested : table) {
-        EXPECT_EQ(exchange::DirectiveLength(tested.text), tested.length) << tested.text;
-    }
+    for (const Pair& pair : table) EXPECT_EQ(StringLiteral(pair.from), pair.to);
 }
 
 // ---- Other values to a file
@@ -211,31 +199,21 @@ TEST(AppendReal, ReadsBackExactlyWhateverTheValue) {
     }
 }
 
-// ---- UTF-8
-
-TEST(ToUtf8, EncodesCharactersAndDirectives) {
-    const Pair table[] = {
-        {"", ""},
-        {"plain 'text' \\", "plain 'text' \\"},
-        {"\xE9t\xE9", "\xC3\xA9t\xC3\xA9"},
-        {"\x80\xBF\xC0\xFF", "\xC2\x80\xC2\xBF\xC3\x80\xC3\xBF"},
-        {"a\\X2\\03B103B2\\X0\\b",
-         "a\xCE\xB1\xCE\xB2"
-         "b"},
-        {"\\X2\\4E2D\\X0\\", "\xE4\xB8\xAD"},
-        {"\\X4\\0001F600\\X0\\\\X4\\000003B1\\X0\\", "\xF0\x9F\x98\x80\xCE\xB1"},
-        {"\\X2\\03B", "\\X2\\03B"},  // no directive
-    };
-    for (const Pair& pair : table) EXPECT_EQ(exchange::ToUtf8(pair.from), pair.to) << pair.from;
-}
-
 // ---- Strings from a file
 
-std::string Decoded(std::string_view encoded) {
-    const DecodedString decoded = DecodeString(encoded);
+KORUnicodeString DecodedText(std::string_view encoded,
+                             exchange::Encoding encoding = exchange::Encoding::Utf8) {
+    const DecodedString decoded = DecodeString(encoded, encoding);
     EXPECT_EQ(decoded.error, nullptr) << encoded << ": " << decoded.error;
     return decoded.text;
 }
+// Of characters below U+0100.
+std::string Decoded(std::string_view encoded) {
+    const KORUnicodeString text = DecodedText(encoded);
+    EXPECT_FALSE(text.IsWide()) << encoded;
+    return std::string(text.View());
+}
+std::string DecodedUtf8(std::string_view encoded) { return DecodedText(encoded).ToUtf8(); }
 
 TEST(DecodeString, UndoublesApostrophesAndBackslashes) {
     const Pair table[] = {
@@ -276,30 +254,52 @@ TEST(DecodeString, DecodesRunsOfCharacters) {
     for (const Pair& pair : table) EXPECT_EQ(Decoded(pair.from), pair.to) << pair.from;
 }
 
-TEST(DecodeString, KeepsOtherCharactersAsDirectives) {
-    for (const char* encoded :
-         {"\\X2\\03B1\\X0\\", "a\\X2\\03B103B2\\X0\\b", "\\X4\\0001F600\\X0\\",
-          "\\X2\\03B1\\X0\\ \\X2\\03B2\\X0\\", "\\X2\\0100\\X0\\", "\\X2\\FFFD\\X0\\"}) {
-        EXPECT_EQ(Decoded(encoded), encoded);
+TEST(DecodeString, DecodesCharactersBeyondIso8859) {
+    const Pair table[] = {
+        {"\\X2\\03B1\\X0\\", "α"},
+        {"a\\X2\\03B103B2\\X0\\b", "aαβb"},
+        {"\\X4\\0001F600\\X0\\", "😀"},
+        {"\\X2\\D83DDE00\\X0\\", "😀"},  // both halves of a surrogate pair
+        {"\\X2\\03B1\\X0\\ \\X2\\03B2\\X0\\", "α β"},
+        {"\\X2\\0100\\X0\\", "Ā"},
+        {"\\X2\\FFFD\\X0\\", "\uFFFD"},
+        {"\\X2\\00E903B100E8\\X0\\", "éαè"},
+        {"\\X2\\03B1\\X0\\\\X2\\03B2\\X0\\", "αβ"},
+        {"\\X4\\000003B10001F600000000E9\\X0\\", "α😀é"},
+        {"\\X2\\03B1\\X0\\\\X\\E9\\X4\\0001F600\\X0\\", "αé😀"},
+    };
+    for (const Pair& pair : table) {
+        EXPECT_EQ(DecodedUtf8(pair.from), pair.to) << pair.from;
+        // ... and they stay these when they are written and read again.
+        const std::string literal = LiteralOfUtf8(pair.to);
+        EXPECT_EQ(DecodedUtf8(literal.substr(1, literal.size() - 2)), pair.to) << literal;
     }
 }
 
-// Whatever way the characters are kept, they are these.
-TEST(DecodeString, MixesBothKindsOfCharacters) {
-    const Pair table[] = {
-        {"\\X2\\00E903B100E8\\X0\\", "\xC3\xA9\xCE\xB1\xC3\xA8"},
-        {"\\X2\\03B1\\X0\\\\X2\\03B2\\X0\\", "\xCE\xB1\xCE\xB2"},
-        {"\\X4\\000003B10001F600000000E9\\X0\\", "\xCE\xB1\xF0\x9F\x98\x80\xC3\xA9"},
-        {"\\X2\\03B1\\X0\\\\X\\E9\\X4\\0001F600\\X0\\", "\xCE\xB1\xC3\xA9\xF0\x9F\x98\x80"},
+TEST(DecodeString, TellsWhatIsNoCharacter) {
+    struct Case {
+        const char* encoded;
+        std::size_t errorAt;
+        const char* utf8;
     };
-    for (const Pair& pair : table) {
-        const std::string text = Decoded(pair.from);
-        EXPECT_EQ(exchange::ToUtf8(text), pair.to) << pair.from;
-        // ... and stay these when they are written and read again.
-        const std::string literal = StringLiteral(text);
-        EXPECT_EQ(Decoded(literal.substr(1, literal.size() - 2)), text) << literal;
+    const Case table[] = {
+        {"\\X2\\D83D\\X0\\", 4, "\uFFFD"},
+        {"\\X2\\DE00\\X0\\", 4, "\uFFFD"},
+        {"\\X2\\0041D83D\\X0\\", 8, "A\uFFFD"},
+        {"\\X2\\D83D0041\\X0\\", 4, "\uFFFDA"},
+        {"\\X2\\DE00D83D\\X0\\", 4, "\uFFFD\uFFFD"},
+        // A pair stands within one directive.
+        {"ab\\X2\\D83D\\X0\\\\X2\\DE00\\X0\\", 6, "ab\uFFFD\uFFFD"},
+        {"\\X4\\0000D83D\\X0\\", 4, "\uFFFD"},
+        {"\\X4\\00110000\\X0\\", 4, "\uFFFD"},
+        {"\\X4\\FFFFFFFF\\X0\\", 4, "\uFFFD"},
+    };
+    for (const Case& tested : table) {
+        const DecodedString decoded = DecodeString(tested.encoded);
+        EXPECT_NE(decoded.error, nullptr) << tested.encoded;
+        EXPECT_EQ(decoded.errorAt, tested.errorAt) << tested.encoded;
+        EXPECT_EQ(decoded.text.ToUtf8(), tested.utf8) << tested.encoded;
     }
-    EXPECT_EQ(Decoded("\\X2\\00E903B1\\X0\\"), "\xE9\\X2\\03B1\\X0\\");
 }
 
 TEST(DecodeString, KnowsTheCodePages) {
@@ -324,21 +324,28 @@ TEST(DecodeString, KnowsTheCodePages) {
         {"\\PG\\text", "text"},
     };
     for (const Case& tested : table) {
-        EXPECT_EQ(exchange::ToUtf8(Decoded(tested.encoded)), tested.utf8) << tested.encoded;
+        EXPECT_EQ(DecodedUtf8(tested.encoded), tested.utf8) << tested.encoded;
     }
     EXPECT_EQ(Decoded("\\PB\\\\S\\i"), "\xE9");
-    EXPECT_EQ(Decoded("\\PG\\\\S\\a"), "\\X2\\03B1\\X0\\");
     EXPECT_EQ(Decoded("\\S\\i"), "\xE9") << "each string begins with page A";
 }
 
 TEST(DecodeString, DecodesUtf8) {
     EXPECT_EQ(Decoded("caf\xC3\xA9"), "caf\xE9");
     EXPECT_EQ(Decoded("\xC2\x80\xC3\xBF"), "\x80\xFF");
-    EXPECT_EQ(Decoded("\xCE\xB1"), "\\X2\\03B1\\X0\\");
-    EXPECT_EQ(Decoded("\xE4\xB8\xAD"), "\\X2\\4E2D\\X0\\");
-    EXPECT_EQ(Decoded("\xF0\x9F\x98\x80"), "\\X4\\0001F600\\X0\\");
-    EXPECT_EQ(exchange::ToUtf8(Decoded("\xCE\xB1\xC3\xA9\xCE\xB2\xCE\xB3")),
-              "\xCE\xB1\xC3\xA9\xCE\xB2\xCE\xB3");
+    EXPECT_EQ(DecodedUtf8("\xCE\xB1"), "α");
+    EXPECT_EQ(DecodedUtf8("\xE4\xB8\xAD"), "中");
+    EXPECT_EQ(DecodedUtf8("\xF0\x9F\x98\x80"), "😀");
+    EXPECT_EQ(DecodedUtf8("αéβγ"), "αéβγ");
+}
+
+TEST(DecodeString, DecodesIso8859) {
+    const auto decoded = [](std::string_view encoded) {
+        return DecodedText(encoded, exchange::Encoding::Latin1).ToUtf8();
+    };
+    EXPECT_EQ(decoded("caf\xE9"), "café");
+    EXPECT_EQ(decoded("\xC3\xA9"), "Ã©");
+    EXPECT_EQ(decoded("\xE9\\X2\\03B1\\X0\\"), "éα");
 }
 
 TEST(DecodeString, KeepsBytesThatAreNoUtf8) {
@@ -356,7 +363,7 @@ TEST(DecodeString, KeepsBytesThatAreNoUtf8) {
 TEST(DecodeString, DropsLineBreaks) {
     EXPECT_EQ(Decoded("a\nb"), "ab");
     EXPECT_EQ(Decoded("a\r\nb\n\nc\r"), "abc");
-    EXPECT_EQ(Decoded("\\X2\\03B1\\X0\\\n''"), "\\X2\\03B1\\X0\\'");
+    EXPECT_EQ(DecodedUtf8("\\X2\\03B1\\X0\\\n''"), "α'");
 }
 
 TEST(DecodeString, TellsTheFirstPlaceThatCannotBeDecodedAndKeepsIt) {
@@ -386,7 +393,7 @@ TEST(DecodeString, TellsTheFirstPlaceThatCannotBeDecodedAndKeepsIt) {
         const DecodedString decoded = DecodeString(tested.encoded);
         EXPECT_NE(decoded.error, nullptr) << tested.encoded;
         EXPECT_EQ(decoded.errorAt, tested.errorAt) << tested.encoded;
-        EXPECT_EQ(decoded.text, tested.encoded);
+        EXPECT_EQ(decoded.text.View(), tested.encoded);
     }
 }
 
@@ -394,7 +401,7 @@ TEST(DecodeString, GoesOnAfterWhatCannotBeDecoded) {
     const DecodedString decoded = DecodeString("\\Q \\X\\E9 it''s \\Z");
     EXPECT_NE(decoded.error, nullptr);
     EXPECT_EQ(decoded.errorAt, 0U);
-    EXPECT_EQ(decoded.text, "\\Q \xE9 it's \\Z");
+    EXPECT_EQ(decoded.text.View(), "\\Q \xE9 it's \\Z");
 }
 
 TEST(DecodeString, SurvivesWhateverItIsGiven) {
@@ -409,8 +416,8 @@ TEST(DecodeString, SurvivesWhateverItIsGiven) {
         if (decoded.error != nullptr) {
             EXPECT_LT(decoded.errorAt, encoded.size()) << encoded;
         }
-        StringLiteral(decoded.text);
-        exchange::ToUtf8(decoded.text);
+        const std::string literal = StringLiteral(decoded.text);
+        EXPECT_EQ(DecodedText(literal.substr(1, literal.size() - 2)), decoded.text) << encoded;
     }
 }
 
@@ -429,6 +436,25 @@ TEST(DecodeString, GivesBackWhatAppendStringWrote) {
             return c >= ' ' && c <= '~';
         })) << literal;
         EXPECT_EQ(Decoded(literal.substr(1, literal.size() - 2)), text);
+    }
+}
+
+TEST(DecodeString, GivesBackCharactersThatAppendStringWrote) {
+    std::mt19937 random(13);
+    for (int i = 0; i < 20000; ++i) {
+        std::u32string characters;
+        for (std::size_t length = random() % 40; length > 0; --length) {
+            static constexpr char32_t kLimits[] = {0x80, 0x100, 0x400, 0xD800, 0x110000};
+            char32_t c = static_cast<char32_t>(random()) % kLimits[random() % 5];
+            if (random() % 4 == 0) c = U"'\\X2"[random() % 4];
+            characters += c;
+        }
+        const KORUnicodeString text{std::u32string_view(characters)};
+        const std::string literal = StringLiteral(text);
+        EXPECT_TRUE(std::all_of(literal.begin(), literal.end(), [](char c) {
+            return c >= ' ' && c <= '~';
+        })) << literal;
+        EXPECT_EQ(DecodedText(literal.substr(1, literal.size() - 2)), text) << literal;
     }
 }
 

@@ -89,7 +89,7 @@ std::string Told(const SdaiPrimitiveH& value) {
         return told + text;
     }
     if (kind == "STRING" || kind == "ENUMERATION" || kind == "BINARY") {
-        return told + std::string(KORHandleAccess::TextOf(KORHandleAccess::Held(value)).View());
+        return told + KORHandleAccess::TextOf(KORHandleAccess::Held(value)).ToUtf8();
     }
     if (kind == "LOGICAL" || kind == "BOOLEAN") {
         const SdaiLogical truth = static_cast<const SdaiLogical&>(value);
@@ -159,21 +159,20 @@ class RandomModel {
         instances_.push_back(&model.Create(*model.TypeOf(*type)));
     }
 
-    std::string Text() {
-        std::string text;
+    SdaiString Text() {
+        std::u32string text;
         // Around the length of 14 characters that a model keeps in place, and longer.
         for (std::size_t length = Below(3) == 0 ? Below(200) : Below(18); length > 0; --length) {
             switch (Below(12)) {
-                case 0: text += static_cast<char>(1 + Below(255)); break;
-                case 1: text += '\''; break;
-                case 2: text += '\\'; break;
-                case 3:
-                    text += Below(2) == 0 ? "\\X2\\03B1\\X0\\." : "\\X4\\0001F600\\X0\\.";
-                    break;
-                default: text += static_cast<char>('a' + Below(26));
+                case 0: text += static_cast<char32_t>(1 + Below(255)); break;
+                case 1: text += U'\''; break;
+                case 2: text += U'\\'; break;
+                case 3: text += Below(2) == 0 ? U"α" : U"😀"; break;
+                case 4: text += U"\\X2\\03B1\\X0\\"; break;  // these characters
+                default: text += static_cast<char32_t>('a' + Below(26));
             }
         }
-        return text;
+        return KORUnicodeString(std::u32string_view(text));
     }
     long Integer() {
         const auto bits = static_cast<long>(random_());
@@ -223,7 +222,7 @@ class RandomModel {
             return SdaiPrimitiveH(SdaiSelectH(type, value));
         };
         switch (Below(8)) {
-            case 0: return select("LABEL", SdaiString(std::string_view(Text())));
+            case 0: return select("LABEL", Text());
             case 1: return select("LENGTH_MEASURE", Real());
             case 2: return select("COUNT_MEASURE", Integer());
             case 3: return select("AMOUNT", Number());
@@ -236,7 +235,7 @@ class RandomModel {
     // A value as the types that no schema declares hold it.
     SdaiPrimitiveH Any(int depth = 0) {
         switch (Below(depth < 3 ? 8 : 6)) {
-            case 0: return SdaiString(std::string_view(Text()));
+            case 0: return Text();
             case 1: return Integer();
             case 2: return Real();
             case 3: return Binary();
@@ -251,7 +250,7 @@ class RandomModel {
         const auto put = [this, &instance](const char* name, auto value) {
             if (Often()) instance.PutAttr(SdaiString(name), value());
         };
-        put("A_TEXT", [this] { return SdaiString(std::string_view(Text())); });
+        put("A_TEXT", [this] { return Text(); });
         put("AN_INTEGER", [this] { return Integer(); });
         put("A_REAL", [this] { return Real(); });
         put("A_NUMBER", [this] { return Number(); });
@@ -261,8 +260,7 @@ class RandomModel {
         put("A_COLOUR", [this] { return Colour(); });
         put("A_NODE", [this] { return Node(); });
         put("A_CHOICE", [this] { return Choice(); });
-        put("TEXTS",
-            [this] { return List([this] { return SdaiString(std::string_view(Text())); }); });
+        put("TEXTS", [this] { return List([this] { return Text(); }); });
         put("INTEGERS", [this] { return List([this] { return Integer(); }); });
         put("REALS", [this] {
             return List([this] { return Often() ? SdaiPrimitiveH(Real()) : SdaiPrimitiveH(); });
@@ -276,7 +274,7 @@ class RandomModel {
                 [this] { return List([this] { return List([this] { return Choice(); }); }); });
         });
         put("RADIUS", [this] { return Real(); });
-        put("RED", [this] { return SdaiString(std::string_view(Text())); });
+        put("RED", [this] { return Text(); });
         put("BIG", [this] { return Choice(); });
         const auto& slots = instance.Type().entity->Slots();
         for (std::size_t i = 0; i < slots.size(); ++i) {

@@ -50,8 +50,8 @@ TEST_F(CallAndRun, PrintsTexts) {
         {R"('\X\09\X\0A\X\7F\X\00')", R"('\X\09\X\0A\X\7F\X\00')"},
         {"'\xC3\xA9'", R"('\X\E9')"},
         {R"('\X2\00E9\X0\')", R"('\X\E9')"},
-        // What ISO 8859-1 has no room for stays as it is.
         {R"('\X2\20AC\X0\')", R"('\X2\20AC\X0\')"},
+        {"'Łódź'", R"('\X2\0141\X0\\X\F3d\X2\017A\X0\')"},
         {R"('\X4\0001F600\X0\')", R"('\X4\0001F600\X0\')"},
         {"'-- no remark'", "'-- no remark'"},
         {"'; # @ ( ) , :'", "'; # @ ( ) , :'"},

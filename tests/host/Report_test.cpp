@@ -347,7 +347,7 @@ TEST_F(Report, ShowsHostileTextsAsTexts) {
     const XmlElement page = PageOfData(
         "cdma",
         "#1=PART_OBJECT(" + text + ",$,$,$," + text + ",(#3),$,$,$,$);\n" +
-            "#2=PART_OBJECT('2',$,$,$,'\\X\\00\\X\\1B\\X\\85 \\X\\E9 \\X2\\20ACFFFFD800\\X0\\',"
+            "#2=PART_OBJECT('2',$,$,$,'\\X\\00\\X\\1B\\X\\85 \\X\\E9 \\X2\\20ACFFFFFFFE\\X0\\',"
             "$,$,$,$,$);\n#3=PART_LINK(" +
             text + ",#1,#2,$,$,$,$);\n" + "#4=CONFIGURATION_ITEM(" + text + "," + text + ",#1);\n" +
             "#5=RANGE_EFFECTIVITY(" + text + ",(#3),1,2);\n" + "#6=CDMA_ID(#1," + text +

@@ -88,10 +88,11 @@ Answer Yes(std::vector<std::string> messages) { return {"TRUE", std::move(messag
 Answer No(std::vector<std::string> messages) { return {"FALSE", std::move(messages)}; }
 
 // The characters of a text from a position, as far as it has them. A length below 0 can lead to
-// positions before the text, where there are none.
+// positions before the text, which count as its start.
 std::string Cut(const std::string& text, long start, long length) {
-    if (start < 0 || length <= 0 || static_cast<std::size_t>(start) >= text.size()) return "";
-    return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(length));
+    const auto first = static_cast<std::size_t>(std::max(start, 0L));
+    if (length <= 0 || first >= text.size()) return "";
+    return text.substr(first, static_cast<std::size_t>(length));
 }
 
 std::string Trimmed(const std::string& text) {

@@ -454,6 +454,37 @@ TEST(TextBuildFromNum, WritesTheWholeRangeOfIntegers) {
     EXPECT_EQ(text.View(), "9223372036854775807");
 }
 
+TEST(TextBuildFromNum, WritesANegativeIntegerInAnotherBaseAsItsTypeHoldsIt) {
+    KORUnicodeString text;
+    text.BuildFromNum(-1, "%x");
+    EXPECT_EQ(text.View(), "ffffffff");
+    text.BuildFromNum(-1L, "%x");
+    EXPECT_EQ(text.View(), "ffffffffffffffff");
+    text.BuildFromNum(-2, "%u");
+    EXPECT_EQ(text.View(), "4294967294");
+    text.BuildFromNum(-1, "%o");
+    EXPECT_EQ(text.View(), "37777777777");
+}
+
+TEST(TextBuildFromNum, PadsWithZerosBehindTheSign) {
+    KORUnicodeString text;
+    const auto built = [&text](auto value, const char* format) {
+        text.BuildFromNum(value, format);
+        return std::string(text.View());
+    };
+    EXPECT_EQ(built(-7, "%02d"), "-7");
+    EXPECT_EQ(built(-7, "%03d"), "-07");
+    EXPECT_EQ(built(123, "%02d"), "123");
+    EXPECT_EQ(built(-1.5, "%02g"), "-1.5");
+    EXPECT_EQ(built(-1.5, "%06g"), "-001.5");
+    EXPECT_EQ(built(-0.0, "%02g"), "-0");
+    EXPECT_EQ(built(5.25, "%02g"), "5.25");
+    EXPECT_EQ(built(1234567.0, "%02g"), "1.23457e+06");
+    EXPECT_EQ(built(0.00001, "%02g"), "1e-05");
+    EXPECT_EQ(built(INFINITY, "%05g"), "  inf");
+    EXPECT_EQ(built(-INFINITY, "%02g"), "-inf");
+}
+
 TEST(TextBuildFromNum, WritesRealsAsPrintfWould) {
     const struct {
         double value;
@@ -474,8 +505,9 @@ TEST(TextBuildFromNum, WritesRealsAsPrintfWould) {
 }
 
 TEST(TextBuildFromNum, GivesAnEmptyTextForAFormatOfAnotherShape) {
-    for (const char* format : {"", "%", "abc", "%s", "%n", "%p", "%c", "%d%d", "%d %g", "%*d",
-                               "%.*d", "%04", "%1$d%2$d"}) {
+    for (const char* format : {"",     "%",       "abc",  "%s",    "%n",    "%p",       "%c",
+                               "%d%d", "%d %g",   "%*d",  "%.*d",  "%04",   "%1$d%2$d", "%1.2.3d",
+                               "%4-d", "%1.2.3g", "%4+g", "%.-3d", "%.-3g", "%ld",      "%lg"}) {
         KORUnicodeString text("something before");
         text.BuildFromNum(7, format);
         EXPECT_EQ(text.View(), "") << "an int with " << format;

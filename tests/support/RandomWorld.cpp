@@ -95,6 +95,11 @@ constexpr const char* kPieces[] = {
     "a text that is longer than others",
 };
 
+// The same with characters beyond ISO 8859-1, as UTF-8.
+constexpr const char* kWidePieces[] = {
+    "Łódź", "S0004Łódź", "ź.model", "齿轮.KORźShape", "Б", "_ORX_Ł", "Άξων", "S0003ORXS0001Ł", "😀",
+};
+
 }  // namespace
 
 RandomWorld::RandomWorld(Choices& choices, std::size_t instanceCount) : choices_(choices) {
@@ -144,7 +149,9 @@ SdaiString RandomWorld::Text() {
     std::string text;
     for (std::size_t pieces = choices_.Below(6); pieces > 0; --pieces) text += OneOf(kPieces);
     if (Seldom()) text += static_cast<char>(choices_.Below(256));
-    return SdaiString(std::string_view(text));
+    KORUnicodeString whole{std::string_view(text)};
+    if (Seldom()) whole.Append(KORUnicodeString::FromUtf8(OneOf(kWidePieces)));
+    return SdaiString(whole);
 }
 
 SdaiPrimitiveH RandomWorld::Truth() {

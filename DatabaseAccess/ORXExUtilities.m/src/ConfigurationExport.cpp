@@ -103,7 +103,7 @@ SdaiPrimitiveH ExtractCFGType(const SdaiPrimitiveH& identifier, const SdaiPrimit
     return Function<"ExtractCFGType">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (identifier.exists() && mode.exists()) {
             trace.Line("The ATTRIBUTE VALUE exists : OK ");
-            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
+            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
             const long flag = mode;
             trace.Line(" -> InputFlag = ", flag);
             static constexpr std::array kAccepted{"range_effectivity", "date_effectivity",
@@ -112,11 +112,11 @@ SdaiPrimitiveH ExtractCFGType(const SdaiPrimitiveH& identifier, const SdaiPrimit
                 trace.Line(" >> Invalid search mode << ");
                 return;
             }
-            const FieldAt item = ReadField(text, kOrxTagLength);
-            const FieldAt type = ReadField(text, item.next);
+            const FieldAt item(text, kOrxTagLength);
+            const FieldAt type(text, item.Next());
             const char* accepted = kAccepted[static_cast<std::size_t>(flag - 1)];
             // Not only identity: one text beginning the other is enough.
-            result = SdaiBoolean(OneBeginsOther(type.value, accepted));
+            result = SdaiBoolean(type.Compare(accepted) != 0);
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
         }
@@ -427,8 +427,7 @@ SdaiPrimitiveH ORXIdEff(const SdaiPrimitiveH& part, const SdaiPrimitiveH& effect
             } else if (effectivity.IsKindOf("date_effectivity"_name)) {
                 type = "date_effectivity";
             }
-            result =
-                EncodeFields({kOrxTag, {'S', TextOf(item, "id"_name).View()}, {'S', type.View()}});
+            result = EncodeFields({kOrxTag, {"S", TextOf(item, "id"_name)}, {"S", type}});
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
         }
@@ -449,10 +448,9 @@ SdaiPrimitiveH ORXIdCfg(const SdaiPrimitiveH& item) {
         const SdaiPrimitiveH handler(
             FirstUserOf(trace, design, "configuration_handler"_name, "apply"_name));
         if (handler.exists()) {
-            result =
-                EncodeFields({kOrxTag, {'S', id.View()}, {'S', TextOf(handler, "id"_name).View()}});
+            result = EncodeFields({kOrxTag, {"S", id}, {"S", TextOf(handler, "id"_name)}});
         } else {
-            result = EncodeFields({kOrxTag, {'S', id.View()}});
+            result = EncodeFields({kOrxTag, {"S", id}});
         }
         trace.Line(">> la valeur retournee est : ", result, " <<");
     });
@@ -467,13 +465,13 @@ SdaiPrimitiveH ConcatEffAtb(const SdaiPrimitiveH& effectivity) {
         trace.Line("Effectivity exists : OK ");
         const SdaiString id = TextOf(effectivity, "id"_name);
         if (effectivity.IsKindOf("option_effectivity"_name)) {
-            result = EncodeFields({{'S', TextOf(effectivity, "option_type"_name).View()},
-                                   {'S', TextOf(effectivity, "option_id"_name).View()},
-                                   {'S', id.View()}});
+            result = EncodeFields({{"S", TextOf(effectivity, "option_type"_name)},
+                                   {"S", TextOf(effectivity, "option_id"_name)},
+                                   {"S", id}});
         } else if (effectivity.IsKindOf("range_effectivity"_name)) {
-            result = EncodeFields({{'S', "range"}, {'S', id.View()}});
+            result = EncodeFields({{"S", "range"}, {"S", id}});
         } else if (effectivity.IsKindOf("date_effectivity"_name)) {
-            result = EncodeFields({{'S', "date"}, {'S', id.View()}});
+            result = EncodeFields({{"S", "date"}, {"S", id}});
         } else {
             trace.Line("UNKNOWN Effectivity", result, " <<");
             return;
@@ -486,13 +484,13 @@ SdaiPrimitiveH HasAORXValue(const SdaiPrimitiveH& item) {
     return Function<"HasAORXValue">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         const SdaiPrimitiveH description = DescriptionOf(trace, item);
         if (description.exists()) {
-            const std::string_view text = static_cast<const SdaiString&>(description).View();
-            const long end = std::ssize(text);
+            const KORUnicodeString& text = static_cast<const SdaiString&>(description);
+            const long end = text.GetLengthInChar();
             if (end < kOrxTagLength) return trace.Line("NOT a ORX DESCRIPTION : length = ", end);
             long position = 0;
             for (int field = 0; field < 3; ++field) {
                 if (position > end) return trace.Line("On se moque");
-                if (!(TextAt(text, position, 1) == "S")) return trace.Line("NOT a good format");
+                if (!IsTextAt(text, position, "S")) return trace.Line("NOT a good format");
                 const std::optional<long> length = LengthAt(text, position + 1);
                 if (!length.has_value()) return trace.Line("On se moque encore");
                 position += kFieldHead + *length;

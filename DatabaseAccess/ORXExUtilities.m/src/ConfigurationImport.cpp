@@ -102,16 +102,16 @@ SdaiPrimitiveH ExtractEFFType(const SdaiPrimitiveH& text, const SdaiPrimitiveH& 
     return Function<"ExtractEFFType">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (text.exists() && mode.exists()) {
             trace.Line("The attibute ID & InputFlag exist : OK ");
-            const std::string_view encoded = static_cast<const SdaiString&>(text).View();
+            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
             const long flag = mode;
             static constexpr std::array kAccepted{"range", "date", "option_range", "option_date"};
             if (flag < 1 || flag > static_cast<long>(kAccepted.size())) {
                 trace.Line(" >> Invalid search mode : ", flag, " << ");
                 return;
             }
-            if (TextAt(encoded, 0, 1) == "S") {
+            if (IsTextAt(encoded, 0, "S")) {
                 const char* accepted = kAccepted[static_cast<std::size_t>(flag - 1)];
-                result = SdaiBoolean(ReadField(encoded, 0).value == accepted);
+                result = SdaiBoolean(FieldAt(encoded, 0).Compare(accepted) == 2);
             }
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
@@ -124,28 +124,30 @@ SdaiPrimitiveH DecodeEFF(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode)
     return Function<"DecodeEFF">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (text.exists() && mode.exists()) {
             trace.Line("The attibute ID & InputFlag exist : OK ");
-            const std::string_view encoded = static_cast<const SdaiString&>(text).View();
+            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
             const long flag = mode;
             trace.Line(" -> InputFlag = ", flag);
             if (flag != 1 && flag != 2) return trace.Line(" >> Invalid search mode << ");
-            const auto isField = [&encoded](long position) {
-                return TextAt(encoded, position, 1) == "S";
-            };
-            if (isField(0)) {
-                const FieldAt type = ReadField(encoded, 0);
-                const bool isOption = type.value != "range" && type.value != "date";
+            if (IsTextAt(encoded, 0, "S")) {
+                const FieldAt first(encoded, 0);
+                const bool isOption = first.Compare("range") != 2 && first.Compare("date") != 2;
                 if (!isOption && flag == 2) {
                     trace.Line(" >> Incompatible search mode with Input Value << ");
-                    return trace.Line(" >> Eff type : ", Characters{encoded}, " << ");
+                    return trace.Line(" >> Eff type : ", encoded, " << ");
                 }
-                if (!isField(type.next)) return trace.Line(" >> Incorrect encoded string << ");
-                FieldAt field = ReadField(encoded, type.next);
+                long position = first.Next();
+                const auto isString = [&] {
+                    if (IsTextAt(encoded, position, "S")) return true;
+                    trace.Line(" >> Incorrect encoded string << ");
+                    return false;
+                };
+                if (!isString()) return;
                 // The id of the effectivity stands behind that of its option.
                 if (isOption && flag == 1) {
-                    if (!isField(field.next)) return trace.Line(" >> Incorrect encoded string << ");
-                    field = ReadField(encoded, field.next);
+                    position = FieldAt(encoded, position).Next();
+                    if (!isString()) return;
                 }
-                result = SdaiString(field.value);
+                result = FieldAt(encoded, position).Value();
             }
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
@@ -158,13 +160,13 @@ SdaiPrimitiveH IsAORXCfg(const SdaiPrimitiveH& item) {
     return Function<"IsAORXCfg">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         const SdaiPrimitiveH description = DescriptionOf(trace, item);
         if (description.exists()) {
-            const std::string_view text = static_cast<const SdaiString&>(description).View();
-            const long length = std::ssize(text);
+            const KORUnicodeString& text = static_cast<const SdaiString&>(description);
+            const int length = text.GetLengthInChar();
             if (length < kOrxTagLength) {
                 return trace.Line("NOT a ORX DESCRIPTION : length = ", length);
             }
-            result = SdaiBoolean(TextAt(text, 0, 1) == "S" && LengthAt(text, 1) == 3 &&
-                                 TextAt(text, kFieldHead, 3) == "ORX");
+            result = SdaiBoolean(IsTextAt(text, 0, "S") && LengthAt(text, 1) == 3 &&
+                                 IsTextAt(text, kFieldHead, "ORX"));
         }
         trace.Line(result ? ">> ORX DESCRIPTION OK <<" : ">> NO ORX DESCRIPTION <<");
     });

@@ -24,7 +24,8 @@
 namespace orx {
 
 // What configuration and effectivity identifiers begin with, as a field: 8 characters.
-inline constexpr Field kOrxTag{'S', "ORX"};
+inline const KORUnicodeString kOrx("ORX");
+inline const Field kOrxTag{"S", kOrx};
 inline constexpr int kOrxTagLength = 8;
 
 inline constexpr const char* kOpenDate = "00000000000000";

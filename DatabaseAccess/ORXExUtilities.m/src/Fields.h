@@ -14,9 +14,9 @@
 #ifndef ORX_FIELDS_H
 #define ORX_FIELDS_H
 
-#include <cstddef>
+#include <algorithm>
+#include <climits>
 #include <initializer_list>
-#include <iterator>
 #include <optional>
 #include <string_view>
 
@@ -25,39 +25,55 @@
 namespace orx {
 
 struct Field {
-    char letter;
-    std::string_view value;
+    const char* letter;
+    const KORUnicodeString& value;
 };
 
 // A text of these fields, behind a prefix.
-SdaiString EncodeFields(std::initializer_list<Field> fields, std::string_view prefix = {});
+SdaiString EncodeFields(std::initializer_list<Field> fields, const KORUnicodeString& prefix = {});
 
 // The length of the field's length and letter, and of its length alone.
 inline constexpr long kFieldHead = 5;
 inline constexpr long kFieldLength = 4;
 
-// Reading. What is read stands in the text and is not copied.
+// Reading. A text has fewer characters than a position outside int.
+
+inline int PositionIn(long position) {
+    return static_cast<int>(std::clamp<long>(position, INT_MIN, INT_MAX));
+}
+
+// The `length` characters at a position, as SubString cuts them.
+inline KORUnicodeString TextAt(const KORUnicodeString& text, long position, long length) {
+    return text.SubString(PositionIn(position), PositionIn(length));
+}
+
+// Whether these are the characters at a position.
+inline bool IsTextAt(const KORUnicodeString& text, long position, std::string_view characters) {
+    return text.ComparePart(PositionIn(position), static_cast<int>(characters.size()),
+                            characters) == 2;
+}
 
 // The length that stands at a position; nothing when the characters there are no number.
-std::optional<long> LengthAt(std::string_view text, long position);
+std::optional<long> LengthAt(const KORUnicodeString& text, long position);
 
-// The `length` characters at a position, as far as the text has them.
-constexpr std::string_view TextAt(std::string_view text, long position, long length) {
-    if (position < 0 || position >= std::ssize(text) || length <= 0) return {};
-    return text.substr(static_cast<std::size_t>(position), static_cast<std::size_t>(length));
-}
-
-// A field read at a position, whatever its letter; a length that is no number counts as 0.
+// A field at a position, whatever its letter; a length that is no number counts as 0.
 struct FieldAt {
-    std::string_view value;
-    long next;  // the position after it
-};
-FieldAt ReadField(std::string_view text, long position);
+    FieldAt(const KORUnicodeString& key, long position)
+        : text(key),
+          start(position + kFieldHead),
+          length(LengthAt(key, position + 1).value_or(0)) {}
 
-// Whether the shorter of two texts, which is not empty, begins the longer.
-constexpr bool OneBeginsOther(std::string_view a, std::string_view b) {
-    return !a.empty() && !b.empty() && (a.starts_with(b) || b.starts_with(a));
-}
+    KORUnicodeString Value() const { return TextAt(text, start, length); }
+    // As Compare of the value.
+    int Compare(std::string_view other) const {
+        return text.ComparePart(PositionIn(start), PositionIn(length), other);
+    }
+    long Next() const { return start + length; }  // the position after it
+
+    const KORUnicodeString& text;
+    long start;  // of the value
+    long length;
+};
 
 }  // namespace orx
 

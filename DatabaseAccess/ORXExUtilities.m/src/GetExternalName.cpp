@@ -15,7 +15,10 @@ SdaiPrimitiveH GetExternalName(const SdaiPrimitiveH& instance, const SdaiPrimiti
                 if (id.UnderlyingTypeName() == "STRING") name = static_cast<const SdaiString&>(id);
             }
         }
-        if (name.length() > kModelExtension.size() && name.View().ends_with(kModelExtension)) {
+        const KORUnicodeString& text = name;
+        const int extension = text.GetLengthInChar() - kExtensionLength;
+        if (extension > 0 &&
+            text.ComparePart(extension, kExtensionLength, kModelExtension.View()) == 2) {
             const SdaiPrimitiveH model = ModelName(name, SdaiPrimitiveH(0L));
             const SdaiString& modelName = model;
             if (modelName.length() != 0) name = modelName;

@@ -4,17 +4,15 @@
 #ifndef ORX_KEYS_H
 #define ORX_KEYS_H
 
-#include <string_view>
-
 #include "SdaiPrimitiveH.h"
 
 namespace orx {
 
-// DecodeKey of a key that is part of a text.
-SdaiPrimitiveH DecodeKey(std::string_view key, const SdaiPrimitiveH& place);
+// DecodeKey of the key that a text has from `start` on.
+SdaiPrimitiveH DecodeKey(const KORUnicodeString& text, long start, const SdaiPrimitiveH& place);
 
 // ConcatDocAtb, with a prefix before the key; "EMPTY VALUE" alone when the document is missing.
-SdaiPrimitiveH DocumentKey(const SdaiPrimitiveH& document, std::string_view prefix);
+SdaiPrimitiveH DocumentKey(const SdaiPrimitiveH& document, const KORUnicodeString& prefix);
 
 }  // namespace orx
 

@@ -7,16 +7,16 @@
 namespace orx {
 
 template <class Routine>
-SdaiString NameConversion::Convert(std::string_view name, std::string_view ending,
-                                   Routine routine) {
+KORUnicodeString NameConversion::Convert(std::string_view bytes, const KORUnicodeString* wide,
+                                         const KORUnicodeString& ending, Routine routine) {
     KORUnicodeString text;
-    text.Reserve(name.size() + ending.size());
-    for (std::string_view rest = name;;) {
+    text.Reserve(bytes.size() + static_cast<std::size_t>(ending.GetLengthInChar()));
+    for (std::string_view rest = bytes;;) {
         const std::size_t length = std::min(rest.find('\0'), rest.size());
         rest.copy(input_.Characters(), length);
         input_.Characters()[length] = '\0';
         routine(input_.Characters(), output_.Characters());
-        // The result has as many characters as the name.
+        // The result has as many bytes as the name.
         output_.Characters()[length] = '\0';
         // A NUL of the name follows it.
         const bool more = length < rest.size();
@@ -24,19 +24,31 @@ SdaiString NameConversion::Convert(std::string_view name, std::string_view endin
         if (!more) break;
         rest.remove_prefix(length + 1);
     }
+    if (wide != nullptr) text = wide->ReadBack(text.View());
     text.Append(ending);
-    return SdaiString(std::move(text));
+    return text;
 }
 
-SdaiString NameConversion::ToFileName(std::string_view name, std::string_view ending) {
-    return Convert(name, ending, [](const char* input, char* output) {
-        int status = 0;  // never read
-        cmbflmd(input, output, &status);
-    });
+KORUnicodeString NameConversion::ToFileName(const KORUnicodeString& name,
+                                            const KORUnicodeString& ending) {
+    return Convert(name.View(), name.IsWide() ? &name : nullptr, ending,
+                   [](const char* input, char* output) {
+                       int status = 0;  // never read
+                       cmbflmd(input, output, &status);
+                   });
 }
 
-SdaiString NameConversion::ToDatabaseName(std::string_view fileName) {
-    return Convert(fileName, {}, cmbrcmd);
+KORUnicodeString NameConversion::ToDatabaseName(const KORUnicodeString& fileName, int start,
+                                                int length) {
+    if (fileName.IsWide()) {
+        const KORUnicodeString part = fileName.SubString(start, length);
+        return Convert(part.View(), part.IsWide() ? &part : nullptr, {}, cmbrcmd);
+    }
+    // The part is converted where it stands.
+    const std::string_view bytes = fileName.View();
+    const std::size_t first = std::min(static_cast<std::size_t>(std::max(start, 0)), bytes.size());
+    const auto count = static_cast<std::size_t>(std::max(length, 0));
+    return Convert(bytes.substr(first, count), nullptr, {}, cmbrcmd);
 }
 
 }  // namespace orx

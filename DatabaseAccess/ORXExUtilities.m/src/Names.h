@@ -4,6 +4,7 @@
 #define ORX_NAMES_H
 
 #include <array>
+#include <climits>
 #include <memory>
 #include <string_view>
 
@@ -15,18 +16,22 @@ namespace orx {
 // The byte 0xB1, in traces.
 inline constexpr const char* kFileBlank = "\xB1";
 
-inline constexpr std::string_view kModelExtension = ".model";
+inline const KORUnicodeString kModelExtension(".model");
+inline constexpr int kExtensionLength = 6;
 
-// Conversions of names up to a length, by the platform's routines and with one buffer for what they
-// put out. A name of any bytes is converted whole, in one call; of a name that holds NULs, which
-// the routines end at, each piece is converted by itself.
+// Conversions of names up to a length in bytes, by the platform's routines and with one buffer for
+// what they put out. A name of any bytes is converted whole, in one call; of a name that holds
+// NULs, which the routines end at, each piece is converted by itself. A wide name is converted as
+// its bytes, from which it is read back.
 class NameConversion {
   public:
     explicit NameConversion(std::size_t longestName) : input_(longestName), output_(longestName) {}
 
-    // The name in file form, with an ending; and in database form.
-    SdaiString ToFileName(std::string_view name, std::string_view ending = {});
-    SdaiString ToDatabaseName(std::string_view fileName);
+    // The name in file form, with an ending; and the part that SubString(start, length) names in
+    // database form.
+    KORUnicodeString ToFileName(const KORUnicodeString& name, const KORUnicodeString& ending = {});
+    KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int start = 0,
+                                    int length = INT_MAX);
 
   private:
     // Room for a name of 80 characters, and for a longer one where there is need, with its NUL.
@@ -43,18 +48,21 @@ class NameConversion {
     };
 
     template <class Routine>
-    SdaiString Convert(std::string_view name, std::string_view ending, Routine routine);
+    KORUnicodeString Convert(std::string_view bytes, const KORUnicodeString* wide,
+                             const KORUnicodeString& ending, Routine routine);
 
     Buffer input_;
     Buffer output_;
 };
 
 // The same for one name.
-inline SdaiString ToFileName(std::string_view name, std::string_view ending = {}) {
-    return NameConversion(name.size()).ToFileName(name, ending);
+inline KORUnicodeString ToFileName(const KORUnicodeString& name,
+                                   const KORUnicodeString& ending = {}) {
+    return NameConversion(name.View().size()).ToFileName(name, ending);
 }
-inline SdaiString ToDatabaseName(std::string_view fileName) {
-    return NameConversion(fileName.size()).ToDatabaseName(fileName);
+inline KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int start = 0,
+                                       int length = INT_MAX) {
+    return NameConversion(fileName.View().size()).ToDatabaseName(fileName, start, length);
 }
 
 // ORX_GetModelName, for the functions that call it: throws what it cannot get memory for.

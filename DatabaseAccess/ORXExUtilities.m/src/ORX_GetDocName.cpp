@@ -12,13 +12,13 @@ SdaiPrimitiveH ORX_GetDocName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& 
                 trace.Line("Conversion NARVO name -> file name");
                 trace.Line("Nom de document en base: ", given);
                 trace.Line("On remplace les blancs par des ", kFileBlank);
-                result = ToFileName(given.View());
+                result = ToFileName(given);
             } else {
                 trace.Line("Conversion file name - >NARVO name ");
                 trace.Line("Nom du fichier: ", given);
                 trace.Line("Longueur: ", given.length());
                 trace.Line("On remplace les ", kFileBlank, " par des blancs");
-                result = ToDatabaseName(given.View());
+                result = ToDatabaseName(given);
             }
             trace.Line("Nom de model traite : ", result);
         }

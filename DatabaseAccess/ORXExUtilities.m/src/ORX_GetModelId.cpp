@@ -1,6 +1,7 @@
 // Model identifiers: NAME _ORXExchangedRep_ NUMBER _ORXExchangedRep2_ NAME, the names in file form.
 
 #include <algorithm>
+#include <climits>
 
 #include "Access.h"
 #include "Function.h"
@@ -16,20 +17,16 @@ constexpr std::string_view kTag = "_ORXExchangedRep_";
 constexpr std::string_view kTag2 = "_ORXExchangedRep2_";
 
 // The position of a tag; a tag at the very start counts as absent, as does one that is not there.
-constexpr std::size_t kNoTag = 0;
-std::size_t PositionOf(std::string_view tag, std::string_view identifier) {
-    const std::size_t position = identifier.find(tag);
-    return position != std::string_view::npos ? position : kNoTag;
+constexpr int kNoTag = 0;
+int PositionOf(std::string_view tag, const KORUnicodeString& identifier) {
+    return std::max(identifier.SearchSubString(tag, 0, KORSearchForward), kNoTag);
 }
 
-// What follows a tag.
-std::string_view After(std::string_view identifier, std::size_t position, std::string_view tag) {
-    return identifier.substr(position + tag.size());
-}
+constexpr int Length(std::string_view tag) { return static_cast<int>(tag.size()); }
 
-void TraceReading(Trace& trace, std::string_view identifier, const char* what) {
+void TraceReading(Trace& trace, const KORUnicodeString& identifier, const char* what) {
     trace.Line("Conversion file name -> NARVO name ");
-    trace.Line("Nom du fichier: ", Characters{identifier});
+    trace.Line("Nom du fichier: ", identifier);
     trace.Line(what);
 }
 
@@ -60,14 +57,15 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
             const SdaiString version =
                 has("C_SOFT_VER"_name) ? TextOf(model, "C_SOFT_VER"_name) : kEmptyValue;
             trace.Line("ON REMPLACE LES BLANCS PAR DES ", kFileBlank);
-            const std::string_view name = version.View();
-            NameConversion conversion(std::max<std::size_t>(typeRep.length(), name.size()));
-            conversion.ToFileName(typeRep.View());
-            const SdaiString fileName = conversion.ToFileName(name);
+            const KORUnicodeString& name = version;
+            NameConversion conversion(std::max(
+                static_cast<const KORUnicodeString&>(typeRep).View().size(), name.View().size()));
+            conversion.ToFileName(typeRep);
+            const KORUnicodeString fileName = conversion.ToFileName(name);
             trace.Line("CREATION DE LA CHAINE POUR LA SORTIE");
             KORUnicodeString identifier;
-            identifier.Reserve(2 * name.size() + kTag2.size());
-            identifier.Append(fileName.View()).Append(kTag2).Append(name);
+            identifier.Reserve(2 * version.length() + kTag2.size());
+            identifier.Append(fileName).Append(kTag2).Append(name);
             result = identifier;
         }
         trace.Line("ORX_GetModelId en mode EXPORT de donnees retourne: >", result, "<");
@@ -77,11 +75,10 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
 SdaiPrimitiveH ORX_GetModelId_Imp1(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp1">(SdaiString(), [&](Trace& trace, SdaiString& result) {
         if (identifier.exists()) {
-            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
+            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
             TraceReading(trace, text, "ON RECUPERE LA CHAINE AVANT LE TAG ORX_TAG");
-            const std::string_view field = text.substr(0, PositionOf(kTag, text));
             trace.Line("ON REMPLACE LES ", kFileBlank, " PAR DES BLANCS");
-            result = ToDatabaseName(field);
+            result = ToDatabaseName(text, 0, PositionOf(kTag, text));
         }
         trace.Line("on retourne comme cle: >", result, "<");
     });
@@ -90,17 +87,18 @@ SdaiPrimitiveH ORX_GetModelId_Imp1(const SdaiPrimitiveH& identifier) {
 SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp2">(-999L, [&](Trace& trace, long& result) {
         if (identifier.exists()) {
-            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
+            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
             TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG");
-            const std::size_t position = PositionOf(kTag, text);
+            const int position = PositionOf(kTag, text);
             if (position != kNoTag) {
-                const std::string_view rest = After(text, position, kTag);
+                const int start = position + Length(kTag);
                 trace.Line("il faut garder la chaine avant le tag ORX_TAG2");
-                const std::size_t end = PositionOf(kTag2, rest);
-                const std::string_view field = end != kNoTag ? rest.substr(0, end) : rest;
+                const int end = text.SearchSubString(kTag2, start, KORSearchForward);
+                const KORUnicodeString field =
+                    text.SubString(start, end > start ? end - start : INT_MAX);
                 trace.Line("on a la chaine desiree on peut la convertir");
                 result = 0;  // where the field is no number
-                KORLocale::sConvertStringToNum(KORUnicodeString(field), &result);
+                KORLocale::sConvertStringToNum(field, &result);
             }
         }
         trace.Line("on retourne la cle : >", result, "<");
@@ -110,12 +108,12 @@ SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
 SdaiPrimitiveH ORX_GetModelId_Imp3(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp3">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (identifier.exists()) {
-            const std::string_view text = static_cast<const SdaiString&>(identifier).View();
+            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
             TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG2");
-            const std::size_t position = PositionOf(kTag2, text);
+            const int position = PositionOf(kTag2, text);
             if (position != kNoTag) {
                 trace.Line("on remplace les ", kFileBlank, " par des blancs");
-                result = ToDatabaseName(After(text, position, kTag2));
+                result = ToDatabaseName(text, position + Length(kTag2));
             }
         }
         trace.Line("on retourne la cle: ", result, "<");

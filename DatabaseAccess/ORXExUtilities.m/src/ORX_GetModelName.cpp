@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "Function.h"
 #include "Names.h"
 
@@ -16,10 +18,13 @@ SdaiPrimitiveH orx::ModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& 
                 trace.Line("Conversion NARVO name -> file name");
                 trace.Line("Nom de model en base: ", given);
                 trace.Line("On remplace les blancs par des ", kFileBlank);
-                result = ToFileName(given.View(), kModelExtension);
+                result = ToFileName(given, kModelExtension);
                 // Without the extension.
-                trace.Line("Nom de model traite : ",
-                           Characters{result.View().substr(0, given.View().size())});
+                if (trace.IsActive()) {
+                    const KORUnicodeString& whole = result;
+                    const int length = static_cast<int>(given.length());
+                    trace.Line("Nom de model traite : ", whole.SubString(0, length));
+                }
             } else {
                 trace.Line("Conversion file name - >NARVO name ");
                 trace.Line("Nom du fichier: ", given);
@@ -27,12 +32,14 @@ SdaiPrimitiveH orx::ModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& 
                 trace.Line("Longueur: ", given.length());
                 // The last six characters go, whatever they are: the caller passes names of model
                 // files only.
-                std::string_view shortened = given.View();
-                shortened.remove_suffix(std::min(shortened.size(), kModelExtension.size()));
-                trace.Line("Nom du fichier SANS extension: ", Characters{shortened});
-                trace.Line("Longueur: ", shortened.size());
+                const KORUnicodeString& whole = given;
+                const int length = std::max(whole.GetLengthInChar() - kExtensionLength, 0);
+                if (trace.IsActive()) {
+                    trace.Line("Nom du fichier SANS extension: ", whole.SubString(0, length));
+                }
+                trace.Line("Longueur: ", length);
                 trace.Line("On remplace les ", kFileBlank, " par des blancs");
-                result = ToDatabaseName(shortened);
+                result = ToDatabaseName(whole, 0, length);
                 trace.Line("Nom de model traite : ", result);
             }
         }

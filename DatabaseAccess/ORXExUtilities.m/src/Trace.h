@@ -44,16 +44,6 @@ class Trace {
     KORPSNTrace scope_;
 };
 
-// A piece of a line: a text that is not followed by a NUL. Like any text, it is written up to its
-// first NUL.
-struct Characters {
-    std::string_view text;
-
-    friend std::ostream& operator<<(std::ostream& line, const Characters& piece) {
-        return line << piece.text.substr(0, piece.text.find('\0'));
-    }
-};
-
 // A piece of a line: the name of the entity type of a value, nothing for no instance. Looked up
 // only when the line is written.
 struct TypeNameOf {

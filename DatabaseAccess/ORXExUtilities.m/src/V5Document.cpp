@@ -7,7 +7,7 @@ using namespace orx;
 
 namespace {
 
-constexpr std::string_view kMarker = "_ORX_";
+const KORUnicodeString kMarker("_ORX_");
 
 }  // namespace
 
@@ -26,12 +26,11 @@ SdaiPrimitiveH IsEncodedNARVOV5(const SdaiPrimitiveH& value) {
     return Function<"IsEncodedNARVOV5">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (value.exists()) {
             trace.Line("the input value exists");
-            const std::string_view text = static_cast<const SdaiString&>(value).View();
+            const KORUnicodeString& text = static_cast<const SdaiString&>(value);
+            const int length = kMarker.GetLengthInChar();
             // The marker is looked for with ORXTrunc; untraced, where it stands.
-            if (trace.IsActive() && text.size() >= kMarker.size()) {
-                ORXTrunc(value, SdaiPrimitiveH(static_cast<long>(kMarker.size())));
-            }
-            result = SdaiBoolean(text.starts_with(kMarker));
+            if (trace.IsActive() && text.GetLengthInChar() >= length) ORXTrunc(value, length);
+            result = SdaiBoolean(text.ComparePart(0, length, kMarker.View()) == 2);
         }
         trace.Line(" Valeur retournee : ", result);
     });
@@ -46,7 +45,7 @@ SdaiPrimitiveH DecodeNARVOV5(const SdaiPrimitiveH& key, const SdaiPrimitiveH& pl
             result = SdaiPrimitiveH();
             return;
         }
-        result = orx::DecodeKey(static_cast<const SdaiString&>(key).View().substr(kMarker.size()),
-                                place);
+        result =
+            orx::DecodeKey(static_cast<const SdaiString&>(key), kMarker.GetLengthInChar(), place);
     });
 }
