@@ -288,6 +288,7 @@ const EntityType& InstanceReader::ComplexInstance() {
     });
     std::vector<const EntityType*> entities;
     std::vector<Cell> ordered;
+    ordered.reserve(values_.size());
     for (const Part& part : parts) {
         if (!entities.empty() && entities.back()->FoldedName() == part.entity->FoldedName()) {
             lexer_.Fail(start, "an instance that is " + part.entity->FoldedName() + " twice");

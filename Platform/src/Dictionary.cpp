@@ -124,6 +124,9 @@ std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const Enti
     type->complex_ = true;
     type->number_ = number;
     Places places;
+    std::size_t ownSlots = 0;
+    for (const EntityType* part : parts) ownSlots += part->OwnSlots().size();
+    type->slots_.reserve(ownSlots);
     for (const EntityType* part : parts) {
         const std::size_t first = type->slots_.size();
         for (const Slot& slot : part->OwnSlots()) type->AddSlot(slot, places);
