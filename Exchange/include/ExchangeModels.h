@@ -26,7 +26,9 @@ std::unique_ptr<SdaiModel> NewModel(std::string_view schema, std::vector<std::st
                                     std::string_view express = {});
 
 // The model that an exchange file holds, of the schema that the file names. Null, with messages,
-// when the file cannot be read: a file is read as a whole or not at all.
+// when the file cannot be read: a file is read as a whole or not at all. What the file has around
+// its instances (header, anchors, references, names of data sections, scopes) is no part of the
+// model.
 std::unique_ptr<SdaiModel> ReadModel(const std::string& path, std::vector<std::string>& messages,
                                      std::string_view express = {});
 

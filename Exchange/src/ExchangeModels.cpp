@@ -31,6 +31,13 @@ std::optional<SchemaCatalog> CatalogWith(std::string_view express, Lines& lines)
     return catalog;
 }
 
+// Whether there is nothing around the instances but one section without a name.
+bool IsPlain(const Structure& structure) {
+    return structure.anchors.empty() && structure.references.empty() && structure.scopes.empty() &&
+           structure.sections.size() <= 1 &&
+           (structure.sections.empty() || structure.sections.front().parameters.empty());
+}
+
 }  // namespace
 
 std::unique_ptr<SdaiModel> NewModel(std::string_view schema, Lines& messages,
@@ -52,6 +59,11 @@ std::unique_ptr<SdaiModel> ReadModel(const std::string& path, Lines& messages,
     if (!catalog.has_value()) return nullptr;
     Messages ofFile;
     DataSet dataSet = ReadDataSet(path, *catalog, {}, ofFile);
+    if (dataSet.model != nullptr && !IsPlain(dataSet.structure)) {
+        ofFile.AddWarning({path, 0, 0,
+                           "anchors, references, names of data sections and scopes are no part of "
+                           "the model and are not written with it"});
+    }
     Tell(ofFile, messages);
     return std::move(dataSet.model);
 }

@@ -76,6 +76,23 @@ TEST_F(ExchangeModels, OfAFileThatCannotBeReadAreNone) {
     EXPECT_THAT(messages_[1], HasSubstr(path_ + ":2:4: "));
 }
 
+TEST_F(ExchangeModels, TellWhatIsNotKept) {
+    const std::string head = "ISO-10303-21;HEADER;FILE_SCHEMA(('PDM_SCHEMA'));ENDSEC;";
+    const std::string end = "ENDSEC;END-ISO-10303-21;";
+    const auto read = [&](const std::string& sections) {
+        std::ofstream(path_) << head << sections << end;
+        messages_.clear();
+        return exchange::ReadModel(path_, messages_);
+    };
+    for (const char* sections : {"ANCHOR;<a>=1;ENDSEC;DATA;", "REFERENCE;#1=<a>;ENDSEC;DATA;",
+                                 "DATA('a',('PDM_SCHEMA'));", "DATA;#1=&SCOPE ENDSCOPE OWN();"}) {
+        EXPECT_NE(read(sections), nullptr);
+        EXPECT_THAT(messages_, ElementsAre(HasSubstr("not written with it"))) << sections;
+    }
+    EXPECT_NE(read("DATA;"), nullptr);
+    EXPECT_THAT(messages_, IsEmpty());
+}
+
 TEST_F(ExchangeModels, AreNotWrittenWhereNothingCanBe) {
     const auto model = exchange::NewModel("cdma", messages_);
     EXPECT_FALSE(exchange::WriteModel(*model, "no/such/directory/file.stp", messages_));
