@@ -15,8 +15,11 @@ namespace exchange {
 
 namespace {
 
+// In a file, the letters of a hexadecimal number may be small.
+int Digit(char c) { return kor::HexValue(SdaiFoldCase(c)); }
+
 bool IsHex(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return kor::HexValue(c) >= 0; });
+    return std::all_of(text.begin(), text.end(), [](char c) { return Digit(c) >= 0; });
 }
 
 // Whether a character stands for itself in a string.
@@ -48,7 +51,7 @@ std::size_t LengthOfDirective(std::string_view text) {
 char32_t TakeHex(std::string_view& digits, std::size_t width) {
     char32_t value = 0;
     for (const char c : digits.substr(0, width)) {
-        value = 16 * value + static_cast<char32_t>(kor::HexValue(c));
+        value = 16 * value + static_cast<char32_t>(Digit(c));
     }
     digits.remove_prefix(width);
     return value;
@@ -221,6 +224,8 @@ class StringDecoder {
                    rest_[2] <= 'I' && rest_[3] == '\\') {
             page_ = rest_[2];
             rest_.remove_prefix(4);
+        } else if (rest_.starts_with("\\N\\") || rest_.starts_with("\\F\\")) {
+            rest_.remove_prefix(3);  // for printers: a new line, a new page
         } else if (const std::size_t length = LengthOfDirective(rest_); length != 0) {
             AddDirective(rest_.substr(0, length));
             rest_.remove_prefix(length);

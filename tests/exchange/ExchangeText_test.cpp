@@ -236,6 +236,9 @@ TEST(DecodeString, DecodesSingleCharacters) {
         {"\\S\\i", "\xE9"},  // 69 and 80 hexadecimal
         {"\\S\\ \\S\\~", "\xA0\xFE"},
         {"\\X\\E9\\S\\i", "\xE9\xE9"},
+        {"\\X\\e9\\X2\\00e9\\X0\\\\X4\\000000eA\\X0\\", "\xE9\xE9\xEA"},
+        {"\\N\\a\\F\\b\\N\\\\F\\", "ab"},
+        {"a\\\\N\\\\b", "a\\N\\b"},
     };
     for (const Pair& pair : table) EXPECT_EQ(Decoded(pair.from), pair.to) << pair.from;
 }
