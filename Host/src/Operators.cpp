@@ -53,8 +53,8 @@ std::optional<std::partial_ordering> OrderOf(const SdaiPrimitiveH& left,
     }
     if (IsTruth(a) && IsTruth(b)) return RankOf(left) <=> RankOf(right);
     if (a == Kind::String && b == Kind::String) {
-        return static_cast<const SdaiString&>(left).View() <=>
-               static_cast<const SdaiString&>(right).View();
+        return static_cast<const SdaiString&>(left).ToUtf8() <=>
+               static_cast<const SdaiString&>(right).ToUtf8();
     }
     return std::nullopt;
 }
