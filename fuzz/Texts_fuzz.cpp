@@ -48,6 +48,14 @@ void UsePlatform(const KORUnicodeString& text, const KORUnicodeString& other, in
     Require(part.GetLengthInChar() <= text.GetLengthInChar(), "a part is no longer than the whole");
     const int found = text.SearchSubString(other, number, KORSearchForward);
     Require(found < static_cast<int>(text.GetLengthInChar()) + 1, "a part is found in the whole");
+    Require(KORUnicodeString::FromUtf8(text.ToUtf8()) == text, "a text is read back from UTF-8");
+    Require(text.ReadBack(text.View()) == text, "a text is read back from its bytes");
+    KORUnicodeString whole = part;
+    whole.Append(other);
+    Require(whole.GetLengthInChar() == part.GetLengthInChar() + other.GetLengthInChar(),
+            "lengths add up");
+    Require(whole.SubString(part.GetLengthInChar(), other.GetLengthInChar()) == other,
+            "what is appended is cut off again");
     KORUnicodeString stripped = text;
     stripped.Strip(KORStripBoth);
     KORUnicodeString formatted;
@@ -64,8 +72,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
                                             : input.ConsumeIntegral<long>();
     const std::string other = input.ConsumeRandomLengthString();
     const std::string text = input.ConsumeRemainingBytesAsString();
-    const SdaiString first{std::string_view(text)};
-    const SdaiString second{std::string_view(other)};
+    // Bytes, or characters of every language.
+    const bool utf8 = (number & 1) != 0;
+    const auto textOf = [utf8](const std::string& bytes) {
+        return utf8 ? SdaiString::FromUtf8(bytes) : SdaiString(std::string_view(bytes));
+    };
+    const SdaiString first = textOf(text);
+    const SdaiString second = textOf(other);
     CallFunctions(first, second, number);
     UsePlatform(first, second, static_cast<int>(number));
     return 0;
