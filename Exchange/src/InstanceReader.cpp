@@ -170,6 +170,12 @@ Cell InstanceReader::Value(const Domain* domain, int depth) {
             lexer_.Advance();
             const Cell item = lexer_.Enumeration(domain);
             Check(start, domain, item.GetTag());
+            if (item.GetTag() == Tag::Enumeration && domain != nullptr &&
+                !domain->AdmitsItem(item.Text())) {
+                problems_.Warn(
+                    lexer_.PlaceOf(start),
+                    std::string(item.Text()) + " is not an item of the enumeration" + Context());
+            }
             return item;
         }
         case '(':

@@ -68,7 +68,9 @@ class KOR_API SdaiAppInstance : public SdaiEntityInstance {
   public:
     // Sets the named attribute; an unset value clears it. The model keeps a copy of its own of an
     // aggregate and of its members. A number given where the schema declares a REAL is kept as a
-    // real. An attribute that the type lacks, or that the type derives, stays as it is.
+    // real, a text where an ENUMERATION is declared as its item. An attribute that the type lacks,
+    // or that the type derives, stays as it is; so it does for an item that the schema does not
+    // declare.
     void PutAttr(const SdaiString& name, const SdaiPrimitiveH& value);
     void PutAttr(const SdaiName& name, const SdaiPrimitiveH& value);
 

@@ -120,7 +120,9 @@ class KOR_API SdaiPrimitiveH {
     static SdaiPrimitiveH TakeOver(SdaiAggrInstance* aggregate) noexcept;
 
     // An item of an enumeration, by its name without the points; the digits of a binary, as an
-    // exchange file (ISO 10303-21) writes them between the double quotes.
+    // exchange file (ISO 10303-21) writes them between the double quotes. Unset for a text that is
+    // no word (letters, digits, underscores), or no hexadecimal digits of which the first is from 0
+    // to 3.
     static SdaiPrimitiveH Enumeration(const SdaiString& item) noexcept;
     static SdaiPrimitiveH Binary(const SdaiString& digits) noexcept;
 

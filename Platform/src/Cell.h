@@ -11,6 +11,8 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "KORExport.h"
@@ -181,6 +183,10 @@ KOR_API SdaiPrimitiveH ToHandle(const Cell& cell, bool select);
 // copied whole. The cell owns what it holds, but for the copies of aggregates where a model is
 // given: they are part of it and stay until it goes.
 KOR_API Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model = nullptr);
+
+// A text in a value that would be put where the domain is declared as an item of an enumeration and
+// is none; nothing where there is none.
+KOR_API std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain);
 
 KOR_API void ReleaseCell(const Cell& cell);
 

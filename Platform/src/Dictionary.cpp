@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kMostLevels = 1'000;         // of subtypes
 constexpr std::size_t kMostInherited = 2'000'000;  // attributes and supertypes, over all entities
 constexpr std::size_t kMostChoices = 1'000'000;    // over all selects
+constexpr std::size_t kMostItems = 1'000'000;      // over all enumerations
 
 // Further unknown names get no suggestion: nobody reads so many messages.
 constexpr std::size_t kMostSuggestions = 20;
@@ -47,6 +48,19 @@ TagSet Domain::Admitted() const {
         case Base::Generic: break;
     }
     return kAnyKind;
+}
+
+bool Domain::AdmitsItem(std::string_view word) const {
+    if (base == Base::Enumeration) {
+        return items.empty() || std::binary_search(items.begin(), items.end(), Folded(word));
+    }
+    bool hasEnumeration = false;
+    for (const auto& [name, choice] : choices) {
+        if (choice->base != Base::Enumeration) continue;
+        if (choice->AdmitsItem(word)) return true;
+        hasEnumeration = true;
+    }
+    return !hasEnumeration;
 }
 
 // ---- Entity types
@@ -168,6 +182,7 @@ class Schema::Resolver {
         NameEverything();
         try {
             for (std::size_t i = 0; i < declaration_.types.size(); ++i) ResolveType(i);
+            ResolveEnumerations();
             ResolveSelects();
             ResolveEntities();
         } catch (const TooMuch&) {
@@ -298,11 +313,15 @@ class Schema::Resolver {
             if (next.has_value()) {
                 *typeDomains_[type] = *typeDomains_[*next];
                 types_[type].select = types_[*next].select;
+                types_[type].enumeration = types_[*next].enumeration;
             } else {
                 Define(type);
             }
             if (types_[type].select != nullptr) {
                 selects_.emplace_back(typeDomains_[type], types_[type].select);
+            }
+            if (types_[type].enumeration != nullptr) {
+                enumerations_.emplace_back(typeDomains_[type], types_[type].enumeration);
             }
             next = type;
         }
@@ -320,11 +339,54 @@ class Schema::Resolver {
                     FillIn(domain, type.alias);
                 }
                 break;
-            case TypeDeclaration::Kind::Enumeration: domain.base = Domain::Base::Enumeration; break;
+            case TypeDeclaration::Kind::Enumeration:
+                domain.base = Domain::Base::Enumeration;
+                types_[index].enumeration = &type;
+                break;
             case TypeDeclaration::Kind::Select:
                 domain.base = Domain::Base::Select;
                 types_[index].select = &type;
                 break;
+        }
+    }
+
+    // Lists the items of each enumeration: its own, those of the one that it extends, and those of
+    // the ones that extend it.
+    void ResolveEnumerations() {
+        std::multimap<std::string, const TypeDeclaration*> extensions;
+        for (const TypeDeclaration& type : declaration_.types) {
+            if (type.kind == TypeDeclaration::Kind::Enumeration && !type.basedOn.empty()) {
+                extensions.emplace(Folded(type.basedOn), &type);
+            }
+        }
+        for (const auto& [domain, declaration] : enumerations_) {
+            std::set<const TypeDeclaration*> seen;
+            const auto add = [&, items = &domain->items](const TypeDeclaration* type) {
+                const bool isEnumeration = type->kind == TypeDeclaration::Kind::Enumeration;
+                if (!isEnumeration || !seen.insert(type).second) return false;
+                listed_ += type->members.size() + 1;
+                if (listed_ > kMostItems) {
+                    FailOfLimit(type->position,
+                                "the enumerations of the schema list more than 1,000,000 items");
+                }
+                for (const std::string& item : type->members) items->push_back(Folded(item));
+                return true;
+            };
+            const TypeDeclaration* base = declaration;
+            while (add(base)) {
+                const int next = schema_.typeTable_.Find(std::string_view(base->basedOn));
+                if (next == NameTable::kAbsent) break;
+                base = &declaration_.types[static_cast<std::size_t>(next)];
+            }
+            std::vector<const TypeDeclaration*> open{declaration};
+            while (!open.empty()) {
+                const auto [first, last] = extensions.equal_range(Folded(open.back()->name));
+                open.pop_back();
+                for (auto extension = first; extension != last; ++extension) {
+                    if (add(extension->second)) open.push_back(extension->second);
+                }
+            }
+            std::sort(domain->items.begin(), domain->items.end());
         }
     }
 
@@ -505,14 +567,18 @@ class Schema::Resolver {
     enum class State : std::uint8_t { Unseen, Open, Resolved, Circular };
     struct TypeState {
         State state = State::Unseen;
-        const TypeDeclaration* select = nullptr;  // what the type finally is, if it is a select
+        // What the type finally is, if it is a select or an enumeration.
+        const TypeDeclaration* select = nullptr;
+        const TypeDeclaration* enumeration = nullptr;
     };
     std::vector<TypeState> types_ = std::vector<TypeState>(declaration_.types.size());
     std::vector<Domain*> typeDomains_;
     std::vector<Domain*> entityDomains_;
     std::vector<std::pair<Domain*, const TypeDeclaration*>> selects_;
+    std::vector<std::pair<Domain*, const TypeDeclaration*>> enumerations_;
     std::size_t inherited_ = 0;
     std::size_t chosen_ = 0;
+    std::size_t listed_ = 0;
 };
 
 std::shared_ptr<const Schema> Schema::Make(const SchemaDeclaration& declaration,

@@ -137,11 +137,16 @@ struct KOR_API Domain {
     std::vector<std::pair<std::string, const Domain*>> choices;  // of a select: its defined types,
                                                                  // in upper case, selects resolved
     std::vector<const EntityType*> entities;                     // of a select: its entity types
+    std::vector<std::string> items;  // of an enumeration, folded and sorted; none: not declared
 
     bool IsSelect() const { return base == Base::Select; }
 
     // The kinds of values that the base (and, of a select, the choices) allows.
     TagSet Admitted() const;
+
+    // Whether the word may stand here as an item of an enumeration, in any case. Where no
+    // enumeration with items is declared, every word may.
+    bool AdmitsItem(std::string_view word) const;
 
     // The domain of the defined type under which a select value was selected; null for a name that
     // is none of the choices.

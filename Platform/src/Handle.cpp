@@ -172,10 +172,16 @@ SdaiPrimitiveH SdaiPrimitiveH::TakeOver(SdaiAggrInstance* aggregate) noexcept {
 }
 
 SdaiPrimitiveH SdaiPrimitiveH::Enumeration(const SdaiString& item) noexcept {
+    if (!kor::IsWord(item.View())) return {};
     return KORHandleAccess::OfText(SdaiSelectH::Kind::Enumeration, item);
 }
 
 SdaiPrimitiveH SdaiPrimitiveH::Binary(const SdaiString& digits) noexcept {
+    const std::string_view text = digits.View();
+    if (text.find_first_of("0123") != 0 ||
+        text.find_first_not_of("0123456789ABCDEF") != std::string_view::npos) {
+        return {};
+    }
     return KORHandleAccess::OfText(SdaiSelectH::Kind::Binary, digits);
 }
 
@@ -475,6 +481,31 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
         }
     }
     return cell;
+}
+
+std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
+    using Kind = KORHandleAccess::Kind;
+    const KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    if (typed != nullptr && domain != nullptr && domain->IsSelect()) {
+        domain = domain->Choice(typed->definedType.View());
+    }
+    const SdaiSelectH& held = KORHandleAccess::Held(value);
+    const Kind kind = KORHandleAccess::KindOf(held);
+    const bool isItem = kind == Kind::Enumeration || (kind == Kind::String && domain != nullptr &&
+                                                      domain->base == Domain::Base::Enumeration);
+    if (isItem) {
+        const std::string_view item = KORHandleAccess::TextOf(held).View();
+        const bool fits = IsWord(item) && (domain == nullptr || domain->AdmitsItem(item));
+        return fits ? std::nullopt : std::optional<std::string>(item);
+    }
+    if (kind != Kind::ModelAggregate && kind != Kind::SharedAggregate) return std::nullopt;
+    const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
+    const Domain* element = domain != nullptr ? domain->element : nullptr;
+    std::optional<std::string> wrong;
+    for (long i = 0; !wrong.has_value() && i < members.GetMemberCount(); ++i) {
+        wrong = WrongItem(members.GetMember(i), element);
+    }
+    return wrong;
 }
 
 void ReleaseCell(const Cell& cell) {

@@ -142,6 +142,7 @@ void Instance::Write(int slot, const SdaiPrimitiveH& value) {
     const auto index = static_cast<std::size_t>(slot);
     const Slot& definition = Type().entity->Slots()[index];
     if (definition.derived) return;
+    if (WrongItem(value, definition.domain).has_value()) return;
     Model& model = *Type().model;
     CellHolder cell(ToCell(value, definition.domain, &model));
     Cell& place = Cells()[index];

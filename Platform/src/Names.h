@@ -74,6 +74,9 @@ class KOR_API NameTable {
     std::size_t size_ = 0;
 };
 
+// Whether a text is a word, as the items of enumerations are: letters, digits and underscores.
+KOR_API bool IsWord(std::string_view text);
+
 // What to add to a message about an unknown name: "; did you mean 'NAME'?" with the candidate that
 // is the fewest edits away, case ignored; nothing when none is near enough to be a slip of the pen.
 KOR_API std::string DidYouMean(std::string_view name, const std::vector<std::string>& candidates);

@@ -510,6 +510,40 @@ TEST(ExpressReader, ReadsExtensibleEnumerations) {
     }
 }
 
+TEST(ExpressReader, ListsTheItemsOfAnEnumeration) {
+    const SchemaPtr schema = ParseBody(R"(
+TYPE plain = ENUMERATION OF (Red, green); END_TYPE;
+TYPE alias = plain; END_TYPE;
+TYPE base = EXTENSIBLE ENUMERATION OF (a, b); END_TYPE;
+TYPE more = ENUMERATION BASED_ON base WITH (c); END_TYPE;
+TYPE other = ENUMERATION BASED_ON base WITH (d); END_TYPE;
+TYPE open = EXTENSIBLE ENUMERATION; END_TYPE;
+TYPE choice = SELECT (plain, more, text); END_TYPE;
+TYPE text = STRING; END_TYPE;
+TYPE texts = SELECT (text); END_TYPE;
+ENTITY e; plain : plain; alias : alias; base : base; more : more; open : open; choice : choice;
+  texts : texts; number : INTEGER;
+END_ENTITY;)");
+    const auto admitted = [&](const char* attribute) {
+        std::string items;
+        for (const char* item : {"RED", "green", "Blue", "A", "B", "C", "D"}) {
+            if (DomainOf(schema, "e", attribute).AdmitsItem(item)) items += std::string(item) + ' ';
+        }
+        return items;
+    };
+    EXPECT_EQ(admitted("plain"), "RED green ");
+    EXPECT_EQ(admitted("alias"), "RED green ");
+    // An extensible one has the items of all that extend it, these those of what they extend.
+    EXPECT_EQ(admitted("base"), "A B C D ");
+    EXPECT_EQ(admitted("more"), "A B C ");
+    EXPECT_EQ(admitted("choice"), "RED green A B C ");
+    // Where no items are declared, every word may be one.
+    const std::string all = "RED green Blue A B C D ";
+    EXPECT_EQ(admitted("open"), all);
+    EXPECT_EQ(admitted("texts"), all);
+    EXPECT_EQ(admitted("number"), all);
+}
+
 // ---- Inheritance
 
 TEST(ExpressReader, InheritsDepthFirstAndEachSupertypeOnce) {

@@ -528,3 +528,18 @@ TEST(HandleEquality, TellsAnIntegerFromARealThatIsNearToIt) {
     // 2 to the power 63 is no integer at all.
     EXPECT_EQ(Name(SdaiPrimitiveH(LONG_MAX) == SdaiPrimitiveH(9223372036854775808.0)), "FALSE");
 }
+
+TEST(SdaiPrimitiveH, IsUnsetForAnItemThatIsNoWordAndABinaryThatIsNone) {
+    for (const char* text : {"", "A B", ".A.", "A.", "A\xC9", "A\n", "x.);#9=FOO(.y"}) {
+        EXPECT_FALSE(SdaiPrimitiveH::Enumeration(text).exists()) << text;
+    }
+    for (const char* text : {"A", "not_known", "A1_B2"}) {
+        EXPECT_TRUE(SdaiPrimitiveH::Enumeration(text).exists()) << text;
+    }
+    for (const char* text : {"", "4F", "0f", "0\"", "0 ", "FF"}) {
+        EXPECT_FALSE(SdaiPrimitiveH::Binary(text).exists()) << text;
+    }
+    for (const char* text : {"0", "0F", "3ABCDEF0123456789"}) {
+        EXPECT_TRUE(SdaiPrimitiveH::Binary(text).exists()) << text;
+    }
+}

@@ -576,6 +576,23 @@ TEST_F(Plant, KeepsAnIntegerAsARealWhereARealIsDeclared) {
     EXPECT_EQ(IntegerIn(machine->GetAttr("SLOTS")), 7);
 }
 
+TEST_F(Plant, LeavesAnAttributeAsItIsForAnItemThatIsNotDeclared) {
+    machine->PutAttr("PAINT", "red"_h);
+    machine->PutAttr("COLOURS", List({"GREEN"_h}));
+    for (const char* text : {"BLUE", "RED.);#9=MACHINE(.RED", "", " RED", "R\xC9", "RED\n"}) {
+        machine->PutAttr("PAINT", SdaiString(text));
+        EXPECT_TRUE(IsTrue(machine->GetAttr("PAINT") == SdaiPrimitiveH::Enumeration("red")))
+            << text;
+        machine->PutAttr("COLOURS", List({"RED"_h, SdaiPrimitiveH(SdaiString(text))}));
+        const SdaiAggrInstance* colours = machine->GetAttr("COLOURS");
+        EXPECT_EQ(colours->GetMemberCount(), 1) << text;
+    }
+    machine->PutAttr("PAINT", SdaiPrimitiveH::Enumeration("BLUE"));
+    EXPECT_TRUE(IsTrue(machine->GetAttr("PAINT") == SdaiPrimitiveH::Enumeration("red")));
+    machine->PutAttr("PAINT", {});
+    EXPECT_FALSE(machine->TestAttr("PAINT"));
+}
+
 TEST_F(Plant, KeepsAStringAsAnItemWhereAnEnumerationIsDeclared) {
     machine->PutAttr("PAINT", "RED"_h);
     EXPECT_EQ(TypeName(machine->GetAttr("PAINT")), "ENUMERATION");
