@@ -1,0 +1,9 @@
+// What a sanitizer finds ends a program with a status that it has for nothing else, so that a
+// script that expects 1 or 2 sees it.
+
+#define OPTIONS extern "C" __attribute__((visibility("default"), used)) const char*
+
+OPTIONS __asan_default_options() { return "exitcode=99"; }
+OPTIONS __lsan_default_options() { return "exitcode=99"; }
+OPTIONS __tsan_default_options() { return "exitcode=99"; }
+OPTIONS __ubsan_default_options() { return "exitcode=99"; }
