@@ -173,6 +173,61 @@ void Assembly::Walk(std::size_t depth, bool single,
     }
 }
 
+std::optional<double> Assembly::CountPlaces(std::size_t depth, bool single) const {
+    if (parts_.empty()) return 0;
+    const auto numberOf = [this](const Part* part) {
+        return static_cast<std::size_t>(part - parts_.data());
+    };
+    // What a part consists of before the part itself.
+    std::vector<std::size_t> order;
+    std::vector<std::size_t> uses(parts_.size());  // by parts that do not stand in the order yet
+    for (const Part& part : parts_) {
+        for (const Occurrence& occurrence : part.occurrences) ++uses[numberOf(occurrence.part)];
+    }
+    for (std::size_t i = 0; i < parts_.size(); ++i) {
+        if (uses[i] == 0) order.push_back(i);
+    }
+    for (std::size_t done = 0; done < order.size(); ++done) {
+        for (const Occurrence& occurrence : parts_[order[done]].occurrences) {
+            const std::size_t used = numberOf(occurrence.part);
+            if (--uses[used] == 0) order.push_back(used);
+        }
+    }
+    if (order.size() < parts_.size()) return std::nullopt;
+    std::reverse(order.begin(), order.end());
+
+    // The places that a part has: its own and those of its components.
+    std::vector<double> places(parts_.size(), 1);
+    const auto count = [&](const Part& part, const std::vector<double>& ofComponents) {
+        double sum = 1;
+        for (std::size_t i = 0; i < part.occurrences.size(); ++i) {
+            const Part* component = part.occurrences[i].part;
+            const bool isNew = i == 0 || component != part.occurrences[i - 1].part;
+            if (single || isNew) sum += ofComponents[numberOf(component)];
+        }
+        return sum;
+    };
+    std::vector<std::size_t> levels(parts_.size());  // below a part
+    for (const std::size_t i : order) {
+        for (const Occurrence& occurrence : parts_[i].occurrences) {
+            levels[i] = std::max(levels[i], levels[numberOf(occurrence.part)] + 1);
+        }
+        places[i] = count(parts_[i], places);
+    }
+    const std::size_t most = *std::max_element(levels.begin(), levels.end());
+    if (most > depth) {
+        // Level by level, up to the depth.
+        std::fill(places.begin(), places.end(), 1.0);
+        for (std::size_t level = 0; level < depth; ++level) {
+            const std::vector<double> before = places;
+            for (const std::size_t i : order) places[i] = count(parts_[i], before);
+        }
+    }
+    double sum = 0;
+    for (const Part* root : roots_) sum += places[numberOf(root)];
+    return sum;
+}
+
 // ---- Placements
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -69,6 +70,10 @@ class Assembly {
     // visit gives true. Several occurrences of one part in another are one place, or one each
     // (`single`). Shared sub-assemblies are walked wherever they occur.
     void Walk(std::size_t depth, bool single, const std::function<bool(const Node&)>& visit) const;
+
+    // The number of places that Walk would visit, however many; none where parts consist of
+    // themselves, which Walk alone finds out.
+    std::optional<double> CountPlaces(std::size_t depth, bool single) const;
 
   private:
     void AddPart(SdaiEntityInstance* instance);

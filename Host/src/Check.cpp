@@ -1,11 +1,11 @@
 // orx check: what the schemas of data sets do not allow.
 
 #include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Conformity.h"
 #include "Console.h"
+#include "Json.h"
 #include "Loading.h"
 #include "Output.h"
 
@@ -20,15 +20,19 @@ int Check(const Options& options) {
             const std::string instance = '#' + std::to_string(violation.instance->Id());
             const std::string& type = violation.instance->Type().entity->FoldedName();
             if (options.json) {
-                std::cout << nlohmann::ordered_json{{"file", ReadableName(model.file)},
-                                                    {"instance", instance},
-                                                    {"type", ReadableName(type)},
-                                                    {"attribute", violation.attribute},
-                                                    {"problem", ReadableName(violation.text)}}
-                          << '\n';
+                Json json;
+                json.Object([&] {
+                    json.Name("file").Text(NameToUtf8(model.file));
+                    json.Name("instance").Text(instance);
+                    json.Name("type").Text(type);
+                    json.Name("attribute").Text(violation.attribute);
+                    json.Name("problem").Text(violation.text);
+                });
+                std::cout << json.Line() << '\n';
             } else {
-                std::cout << ReadableName(model.file + ": " + instance + ' ' + type + '.' +
-                                          violation.attribute + ": " + violation.text)
+                std::cout << ReadableName(model.file) << ": "
+                          << Readable(instance + ' ' + type + '.' + violation.attribute + ": " +
+                                      violation.text)
                           << '\n';
             }
         };

@@ -7,13 +7,17 @@
 #include <iostream>
 #include <string_view>
 
+#include "Printable.h"
+
 namespace host {
 
-void Complain(const std::string& message) {
-    std::cerr << Coloured("orx:", Colour::Red, HasColours(STDERR_FILENO)) << ' ' << message << '\n';
+void Complain(std::string_view message) {
+    std::cerr << (HasColours(STDERR_FILENO) ? "\033[1;31morx:\033[0m " : "orx: ");
+    WritePrintable(message, [](std::string_view piece) { std::cerr << piece; });
+    std::cerr << '\n';
 }
 
-void Refuse(const std::string& message) {
+void Refuse(std::string_view message) {
     Complain(message);
     throw Unusable();
 }

@@ -4,6 +4,7 @@
 #define HOST_CONSOLE_H
 
 #include <string>
+#include <string_view>
 
 #include "Exchange.h"
 
@@ -15,13 +16,13 @@ constexpr int kStatementFailed = 1;
 constexpr int kDifferent = 1;  // from another data set, or from what a schema allows
 constexpr int kUnusable = 2;   // bad usage, or a file that cannot be read or written
 
-// Writes a message to the standard error stream.
-void Complain(const std::string& message);
+// Writes a message to the standard error stream, as it may reach a terminal. Allocates nothing.
+void Complain(std::string_view message);
 
 // Ends the program with kUnusable; the messages have been given.
 struct Unusable {};
 
-[[noreturn]] void Refuse(const std::string& message);
+[[noreturn]] void Refuse(std::string_view message);
 
 // Writes what there is to say about a file; throws Unusable when there is an error.
 void Tell(const exchange::Messages& messages);

@@ -1,10 +1,11 @@
 #include <iomanip>
 #include <iostream>
 #include <map>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Console.h"
+#include "ExchangeText.h"
+#include "Json.h"
 #include "Loading.h"
 #include "Output.h"
 
@@ -31,6 +32,24 @@ void PrintCounts(const std::map<std::string, std::uint64_t>& counts) {
     }
 }
 
+void PrintJson(const NamedModel& model, const TypeCounts& counts) {
+    Json json;
+    const auto write = [&json](const char* name, const std::map<std::string, std::uint64_t>& all) {
+        json.Name(name).Object([&] {
+            for (const auto& [type, count] : all) json.Name(Readable(type)).Count(count);
+        });
+    };
+    json.Object([&] {
+        json.Name("model").Text(NameToUtf8(model.name));
+        json.Name("file").Text(NameToUtf8(model.file));
+        json.Name("schema").Text(model.Model().SchemaName().ToUtf8());
+        json.Name("instances").Count(model.Model().InstanceCount());
+        write("declared", counts.declared);
+        write("undeclared", counts.undeclared);
+    });
+    std::cout << json.Line() << '\n';
+}
+
 }  // namespace
 
 int Describe(const Options& options) {
@@ -40,18 +59,12 @@ int Describe(const Options& options) {
         const TypeCounts counts(model.Model());
         const std::string schema(model.Model().SchemaName().View());
         if (options.json) {
-            std::cout << nlohmann::ordered_json{{"model", ReadableName(model.name)},
-                                                {"file", ReadableName(model.file)},
-                                                {"schema", schema},
-                                                {"instances", model.Model().InstanceCount()},
-                                                {"declared", counts.declared},
-                                                {"undeclared", counts.undeclared}}
-                      << '\n';
+            PrintJson(model, counts);
             continue;
         }
-        std::cout << "model " << model.name << '\n';
-        if (!model.file.empty()) std::cout << "file " << model.file << '\n';
-        std::cout << "schema " << schema << '\n'
+        std::cout << "model " << ReadableName(model.name) << '\n';
+        if (!model.file.empty()) std::cout << "file " << ReadableName(model.file) << '\n';
+        std::cout << "schema " << Readable(schema) << '\n'
                   << "instances " << model.Model().InstanceCount() << '\n';
         PrintCounts(counts.declared);
         if (!counts.undeclared.empty()) {

@@ -1,11 +1,11 @@
 // orx diff: what two data sets hold differently.
 
 #include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Comparison.h"
 #include "Console.h"
+#include "Json.h"
 #include "Loading.h"
 #include "Output.h"
 
@@ -14,12 +14,15 @@ namespace host {
 namespace {
 
 void PrintAsJson(const exchange::Difference& difference) {
-    nlohmann::ordered_json object{{"type", ReadableName(difference.entity)},
-                                  {"label", ReadableName(difference.label)}};
-    if (!difference.attribute.empty()) object["attribute"] = ReadableName(difference.attribute);
-    object["left"] = ReadableName(difference.left);
-    object["right"] = ReadableName(difference.right);
-    std::cout << object << '\n';
+    Json json;
+    json.Object([&] {
+        json.Name("type").Text(difference.entity);
+        json.Name("label").Text(difference.label);
+        if (!difference.attribute.empty()) json.Name("attribute").Text(difference.attribute);
+        json.Name("left").Text(difference.left);
+        json.Name("right").Text(difference.right);
+    });
+    std::cout << json.Line() << '\n';
 }
 
 }  // namespace
@@ -34,12 +37,12 @@ int Diff(const Options& options) {
         std::string line = difference.entity + ' ' + difference.label + ": ";
         if (difference.attribute.empty()) {
             const bool isLeft = difference.right.empty();
-            line += "only in " + (isLeft ? left.file : right.file) + " (" +
+            line += "only in " + ReadableName(isLeft ? left.file : right.file) + " (" +
                     (isLeft ? difference.left : difference.right) + ')';
         } else {
             line += difference.attribute + ' ' + difference.left + " against " + difference.right;
         }
-        std::cout << ReadableName(line) << '\n';
+        std::cout << Readable(line) << '\n';
     };
     const std::uint64_t differences =
         exchange::CompareModels(left.Model(), right.Model(), options.tolerance, print);

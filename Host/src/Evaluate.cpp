@@ -1,9 +1,10 @@
 // orx call and orx run.
 
-#include <filesystem>
-#include <fstream>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <iostream>
-#include <sstream>
+#include <memory>
 
 #include "Commands.h"
 #include "Console.h"
@@ -21,24 +22,34 @@ struct Source {
     Position start;
 };
 
+// The whole of a script: one that cannot be read to its end is not begun.
+std::string ReadScript(const std::string& file) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
+        file == "-" ? stdin : std::fopen(file.c_str(), "rb"), &std::fclose);
+    const auto refuse = [&file] {
+        Refuse((file == "-" ? "the standard input" : file) +
+               ": cannot be read: " + std::strerror(errno));
+    };
+    if (opened == nullptr) refuse();
+    std::string text;
+    constexpr std::size_t kBlock = 1 << 16;
+    for (std::size_t size = 0;;) {
+        text.resize(size + kBlock);
+        size += std::fread(text.data() + size, 1, kBlock, opened.get());
+        if (std::ferror(opened.get())) refuse();
+        text.resize(size);
+        if (std::feof(opened.get())) return text;
+    }
+}
+
 std::vector<Source> Sources(const Options& options) {
     std::vector<Source> sources;
     for (const std::string& expression : options.expressions) {
         sources.push_back({"<command line>", expression, {sources.size() + 1, 1}});
     }
     if (options.script.empty()) return sources;
-    std::ostringstream text;
-    if (options.script == "-") {
-        text << std::cin.rdbuf();
-        sources.push_back({"<standard input>", text.str(), {}});
-        return sources;
-    }
-    std::ifstream file(options.script, std::ios::binary);
-    if (!file || std::filesystem::is_directory(options.script)) {
-        Refuse(options.script + ": cannot be read");
-    }
-    text << file.rdbuf();
-    sources.push_back({options.script, text.str(), {}});
+    const std::string name = options.script == "-" ? "<standard input>" : options.script;
+    sources.push_back({name, ReadScript(options.script), {}});
     return sources;
 }
 

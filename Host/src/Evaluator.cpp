@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Aggregate.h"
+#include "Cell.h"
 #include "Expectation.h"
 #include "Names.h"
 #include "Operators.h"
@@ -20,6 +21,21 @@ namespace {
                       "unknown " + what + " '" + name + "'" + kor::DidYouMean(name, known));
 }
 
+// Lists in lists are no deeper than in exchange files. They are copied as wholes, so that a list of
+// itself, again and again, would cost ever more.
+constexpr int kDeepestNesting = 100;
+
+void CheckNesting(const SdaiPrimitiveH& value, int depth, Position position) {
+    const SdaiAggrInstance* members = value;
+    if (members == nullptr) return;
+    if (depth >= kDeepestNesting) {
+        throw ScriptError(position,
+                          "lists nested more than " + std::to_string(kDeepestNesting) + " deep");
+    }
+    const long count = members->GetMemberCount();
+    for (long i = 0; i < count; ++i) CheckNesting(members->GetMember(i), depth + 1, position);
+}
+
 }  // namespace
 
 // ---- Statements
@@ -35,18 +51,17 @@ void Evaluator::Run(const Statement& statement) {
 void Evaluator::RunEach(const Statement& statement) {
     SdaiPrimitiveH owner;
     SdaiIterInstance members(Members(statement, owner));
-    // What the name stood for before, it stands for afterwards.
+    // What the name stood for before, it stands for afterwards; to put it back takes no memory.
     struct Scope {
-        Scope(Variables& all, const std::string& variable) : variables(all), name(variable) {
-            if (const auto outer = all.find(name); outer != all.end()) hidden = outer->second;
-        }
+        Scope(Variables& all, const std::string& variable)
+            : variables(all), name(variable), hidden(all.extract(variable)) {}
         ~Scope() {
             variables.erase(name);
-            if (hidden.has_value()) variables.emplace(name, *hidden);
+            variables.insert(std::move(hidden));
         }
         Variables& variables;
         const std::string& name;
-        std::optional<SdaiPrimitiveH> hidden;
+        Variables::node_type hidden;
     } scope(variables_, statement.variable);
     while (members.Next()) {
         const SdaiPrimitiveH member = members.GetCurrentValue();
@@ -115,6 +130,7 @@ void Evaluator::Set(const Item& item) const {
 // A first member makes the aggregate.
 void Evaluator::Add(const Item& item) const {
     const SdaiPrimitiveH value = Evaluate(*item.value);
+    CheckNesting(value, 1, item.position);
     SdaiEntityInstance& instance = TargetOf(item);
     const SdaiPrimitiveH present = instance.GetAttr(SdaiString(std::string_view(item.name)));
     if (SdaiAggrInstance* members = present) {
@@ -122,6 +138,7 @@ void Evaluator::Add(const Item& item) const {
         const int slot = entity.SlotOf(std::string_view(item.name));
         const kor::Domain* domain = entity.Slots()[static_cast<std::size_t>(slot)].domain;
         CheckKind(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
+        CheckItem(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
         members->Append(value);
     } else if (present.exists()) {
         throw ScriptError(item.position,
@@ -177,7 +194,10 @@ calls::Argument Evaluator::EvaluateArgument(const Expression& expression) const 
 // A list whose members are all numbers, or that has none, is a list of reals.
 SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
     std::vector<SdaiPrimitiveH> members;
-    for (const ExpressionPtr& operand : expression.operands) members.push_back(Evaluate(*operand));
+    for (const ExpressionPtr& operand : expression.operands) {
+        members.push_back(Evaluate(*operand));
+        CheckNesting(members.back(), 1, expression.position);
+    }
     const bool numbers = std::all_of(members.begin(), members.end(), [](const auto& member) {
         const SdaiString kind = member.UnderlyingTypeName();
         return kind == "REAL" || kind == "INTEGER";
@@ -362,20 +382,13 @@ SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {
     }
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Assignment& assignment = expression.assignments[i];
-        const int slot = entity.SlotOf(std::string_view(assignment.attribute));
-        if (slot == kor::NameTable::kAbsent) {
-            Unknown(assignment.position, "attribute", assignment.attribute,
-                    entity.AttributeNames());
-        }
-        if (!leniency_.warn) {
-            CheckKind(values[i], entity.Slots()[static_cast<std::size_t>(slot)].domain,
-                      assignment.attribute, assignment.position);
-        }
+        CheckPut(entity, assignment.attribute, assignment.position, values[i]);
     }
     SdaiEntityInstance* instance = entity.CreateEntityInstance(&model);
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Assignment& assignment = expression.assignments[i];
-        Put(*instance, assignment.attribute, assignment.position, values[i]);
+        static_cast<SdaiAppInstance*>(instance)->PutAttr(
+            SdaiString(std::string_view(assignment.attribute)), values[i]);
     }
     return instance;
 }
@@ -406,16 +419,32 @@ const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
 
 void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
                     const SdaiPrimitiveH& value) const {
-    const kor::EntityType& entity = *kor::Instance::Of(instance).Type().entity;
+    CheckPut(*kor::Instance::Of(instance).Type().entity, attribute, position, value);
+    static_cast<SdaiAppInstance&>(instance).PutAttr(SdaiString(std::string_view(attribute)), value);
+}
+
+void Evaluator::CheckPut(const kor::EntityType& entity, const std::string& attribute,
+                         Position position, const SdaiPrimitiveH& value) const {
     const int slot = entity.SlotOf(std::string_view(attribute));
     if (slot == kor::NameTable::kAbsent) {
         Unknown(position, "attribute", attribute, entity.AttributeNames());
     }
-    if (entity.Slots()[static_cast<std::size_t>(slot)].derived) {
+    const kor::Slot& definition = entity.Slots()[static_cast<std::size_t>(slot)];
+    if (definition.derived) {
         throw ScriptError(position, "attribute '" + attribute + "' is derived from others");
     }
-    CheckKind(value, entity.Slots()[static_cast<std::size_t>(slot)].domain, attribute, position);
-    static_cast<SdaiAppInstance&>(instance).PutAttr(SdaiString(std::string_view(attribute)), value);
+    CheckKind(value, definition.domain, attribute, position);
+    CheckItem(value, definition.domain, attribute, position);
+}
+
+void Evaluator::CheckItem(const SdaiPrimitiveH& value, const kor::Domain* domain,
+                          const std::string& attribute, Position position) {
+    if (const auto item = kor::WrongItem(value, domain)) {
+        std::string known;
+        if (domain != nullptr) known = kor::DidYouMean(*item, domain->items);
+        throw ScriptError(position, "'" + Readable(*item) + "' is not an item of the enumeration " +
+                                        "of attribute '" + attribute + "'" + known);
+    }
 }
 
 void Evaluator::CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,

@@ -66,8 +66,13 @@ class Evaluator {
     const kor::EntityType& EntityNamed(const Expression& expression, kor::Model& model) const;
     void Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
              const SdaiPrimitiveH& value) const;
+    // Throw where the value may not become that of the attribute.
+    void CheckPut(const kor::EntityType& entity, const std::string& attribute, Position position,
+                  const SdaiPrimitiveH& value) const;
     void CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,
                    const std::string& attribute, Position position) const;
+    static void CheckItem(const SdaiPrimitiveH& value, const kor::Domain* domain,
+                          const std::string& attribute, Position position);
     void FailUnlessLenient(const ScriptError& error) const;
 
     const NamedModel& ModelNamed(const std::optional<std::string>& name, Position position) const;

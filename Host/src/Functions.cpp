@@ -1,8 +1,8 @@
 #include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Console.h"
+#include "Json.h"
 #include "Signature.h"
 
 namespace host {
@@ -11,12 +11,17 @@ int Functions(const Options& options) {
     for (const orx::Export& row : orx::kExports) {
         const std::string result = calls::KindNames(row.result);
         if (options.json) {
-            const nlohmann::ordered_json line{{"name", row.name},
-                                              {"arguments", calls::ArgumentKinds(row)},
-                                              {"result", result},
-                                              {"unit", row.unit},
-                                              {"label", row.label}};
-            std::cout << line << '\n';
+            Json json;
+            json.Object([&] {
+                json.Name("name").Text(row.name);
+                json.Name("arguments").Array([&] {
+                    for (const std::string& kind : calls::ArgumentKinds(row)) json.Text(kind);
+                });
+                json.Name("result").Text(result);
+                json.Name("unit").Text(row.unit);
+                json.Name("label").Text(row.label);
+            });
+            std::cout << json.Line() << '\n';
             continue;
         }
         std::cout << calls::Signature(row) << '\t' << result << '\t' << row.unit << '\t'

@@ -12,8 +12,10 @@
 #include <filesystem>
 #include <iostream>
 
+#include "Console.h"
 #include "Html.h"
 #include "Names.h"
+#include "Printable.h"
 
 namespace host {
 
@@ -45,7 +47,7 @@ void List(const std::vector<std::string>& names) {
     std::cout << '\n';
     for (std::size_t row = 0; row < rows; ++row) {
         for (std::size_t i = row; i < count; i += rows) {
-            std::cout << names[i];
+            std::cout << Printable(names[i]);
             if (i + rows < count) std::cout << std::string(longest + 2 - names[i].size(), ' ');
         }
         std::cout << '\n';
@@ -125,7 +127,8 @@ class LineEditor::Terminal {
             std::cout << "^C" << std::endl;
             return Result::Cancelled;
         }
-        if (text == nullptr || count <= 0) {
+        if (count < 0) Refuse("the terminal cannot be read");
+        if (text == nullptr || count == 0) {
             std::cout << std::endl;
             return Result::End;
         }
@@ -195,7 +198,11 @@ LineEditor::~LineEditor() = default;
 
 LineEditor::Result LineEditor::Read(const std::string& prompt, std::string& line) {
     if (terminal_ != nullptr) return terminal_->Read(prompt, line);
-    return std::getline(std::cin, line) ? Result::Line : Result::End;
+    // A line that cannot be read whole is not the end: a lack of memory is thrown.
+    std::cin.exceptions(std::ios::badbit);
+    if (std::getline(std::cin, line)) return Result::Line;
+    if (std::ferror(stdin)) Refuse("the standard input cannot be read");
+    return Result::End;
 }
 
 std::string HistoryFile() {

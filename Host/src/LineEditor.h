@@ -25,6 +25,7 @@ class LineEditor {
 
     // What came of a line. On a terminal, Ctrl-C cancels the line and Ctrl-D on an empty one ends
     // the input.
+    // An input that cannot be read is told, and Unusable thrown.
     enum class Result { Line, Cancelled, End };
     Result Read(const std::string& prompt, std::string& line);
 

@@ -10,6 +10,7 @@
 #include "Console.h"
 #include "KORPSNTrace.h"
 #include "Names.h"
+#include "Output.h"
 
 namespace host {
 
@@ -47,7 +48,7 @@ class Progress {
         if (!isTerminal_ || std::chrono::steady_clock::now() < next_) return;
         next_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
         shown_ = true;
-        std::cerr << "\rreading " << file_ << ": " << read / 1'000'000 << " MB";
+        std::cerr << "\rreading " << ReadableName(file_) << ": " << read / 1'000'000 << " MB";
         if (size_ != 0)
             std::cerr << " (" << std::min<std::uint64_t>(100, 100 * read / size_) << "%)";
         std::cerr << std::flush;
@@ -90,7 +91,49 @@ NamedModel NewModel(const Session& session, const std::string& argument) {
     return {named.name, "", exchange::NewDataSet(schema, named.name)};
 }
 
+// Whether two paths lead to one file, which need not be there yet. Two may lead to one device.
+bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
+    std::error_code error;
+    if (std::filesystem::is_character_file(a, error)) return false;
+    if (std::filesystem::equivalent(a, b, error)) return true;
+    const auto place = [](const std::filesystem::path& path) {
+        std::error_code unknown;
+        std::filesystem::path whole = std::filesystem::absolute(path, unknown);
+        // A link may lead to what is not there yet.
+        for (int links = 0; links < 40 && std::filesystem::is_symlink(whole, unknown); ++links) {
+            whole = whole.parent_path() / std::filesystem::read_symlink(whole, unknown);
+        }
+        const std::filesystem::path resolved = std::filesystem::weakly_canonical(whole, unknown);
+        return unknown ? whole.lexically_normal() : resolved;
+    };
+    return place(a) == place(b);
+}
+
 }  // namespace
+
+void CheckTargets(const Options& options) {
+    std::vector<std::string> sources = options.schemas;
+    for (const Options::Model& model : options.models) {
+        if (!model.isNew) sources.push_back(Split(model.argument).value);
+    }
+    if (!options.script.empty() && options.script != "-") sources.push_back(options.script);
+    std::vector<std::string> targets;
+    const auto add = [&](const std::string& target) {
+        for (const std::string& other : targets) {
+            if (IsSameFile(other, target)) Refuse(target + ": two results cannot go into one file");
+        }
+        targets.push_back(target);
+    };
+    // A model may be saved where it came from.
+    for (const std::string& save : options.saves) add(Split(save).value);
+    for (const std::string& target : {options.trace, options.output}) {
+        if (target.empty() || target == "-") continue;
+        for (const std::string& source : sources) {
+            if (IsSameFile(source, target)) Refuse(target + ": is read, and not to be overwritten");
+        }
+        add(target);
+    }
+}
 
 void Load(Session& session, const Options& options) {
     for (const std::string& file : options.schemas) {

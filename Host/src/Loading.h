@@ -12,6 +12,10 @@
 
 namespace host {
 
+// Refuses a command line that would write over what it reads (a trace or a page in the place of a
+// data set, schema or script), or two things into one file.
+void CheckTargets(const Options& options);
+
 // Reads the schemas and the data sets.
 void Load(Session& session, const Options& options);
 

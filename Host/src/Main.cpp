@@ -7,10 +7,13 @@
 #include <csignal>
 #include <iostream>
 #include <new>
+#include <sstream>
 
 #include "Commands.h"
 #include "Console.h"
+#include "Loading.h"
 #include "Options.h"
+#include "Printable.h"
 
 namespace host {
 
@@ -131,6 +134,10 @@ int Main(int argc, char** argv) {
         ->type_name("N")
         ->check(CLI::NonNegativeNumber.description(""))
         ->capture_default_str();
+    tree->add_option("--lines", options.lines, "how many lines of a tree are shown")
+        ->type_name("N")
+        ->check(CLI::NonNegativeNumber.description(""))
+        ->capture_default_str();
     AddModuleOption(*tree, options);
     tree->add_flag("--json", options.json, "one JSON object a line of the tree (UTF-8)");
     CLI::App* diff = app.add_subcommand("diff", "what two data sets hold differently");
@@ -184,11 +191,16 @@ int Main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::Success& success) {
         app.exit(success);
-        return kDone;
+        return Flush() ? kDone : kUnusable;
     } catch (const CLI::ParseError& error) {
-        app.exit(error, std::cerr, std::cerr);
+        // Its message may hold any argument.
+        std::ostringstream message;
+        app.exit(error, message, message);
+        std::istringstream lines(message.str());
+        for (std::string line; std::getline(lines, line);) std::cerr << Printable(line) << '\n';
         return kUnusable;
     }
+    CheckTargets(options);
     if (functions->parsed()) return Functions(options);
     if (describe->parsed()) return Describe(options);
     if (tree->parsed()) return Tree(options);
@@ -207,9 +219,11 @@ int main(int argc, char** argv) {
     try {
         return host::Main(argc, argv);
     } catch (const host::Unusable&) {
-        return host::kUnusable;
+        // The message has been given.
     } catch (const std::bad_alloc&) {
         host::Complain("out of memory");
-        return host::kUnusable;
+    } catch (const std::exception& error) {
+        host::Complain(error.what());
     }
+    return host::kUnusable;
 }

@@ -23,7 +23,8 @@ struct Options {
 
     // Of tree.
     bool placements = false;
-    std::size_t depth = 100;  // deeper than assemblies go; only damaged data do
+    std::size_t depth = 100;        // deeper than assemblies go; only damaged data do
+    std::size_t lines = 1'000'000;  // more than anybody reads; shared sub-assemblies may have more
 
     // Of diff.
     double tolerance = 0;

@@ -1,11 +1,11 @@
 #include "Output.h"
 
-#include <cmath>
 #include <iostream>
-#include <nlohmann/json.hpp>
 
 #include "Cell.h"
 #include "ExchangeText.h"
+#include "Json.h"
+#include "Printable.h"
 #include "Utf8.h"
 
 namespace host {
@@ -13,7 +13,6 @@ namespace host {
 namespace {
 
 using Kind = KORHandleAccess::Kind;
-using Json = nlohmann::ordered_json;
 
 Kind KindOf(const SdaiPrimitiveH& value) {
     return KORHandleAccess::KindOf(KORHandleAccess::Held(value));
@@ -44,7 +43,7 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
         case Kind::Enumeration: exchange::AppendEnumeration(to, TextOf(value).View()); break;
         case Kind::Binary: exchange::AppendBinary(to, TextOf(value).View()); break;
         case Kind::Instance:
-            to += InstanceName(*static_cast<SdaiEntityInstance*>(value), session);
+            to += Printable(InstanceName(*static_cast<SdaiEntityInstance*>(value), session));
             break;
         case Kind::ModelAggregate:
         case Kind::SharedAggregate: {
@@ -64,36 +63,50 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
     }
 }
 
-Json ToJson(const SdaiPrimitiveH& value, const Session& session) {
+void Write(Json& json, const SdaiPrimitiveH& value, const Session& session) {
     switch (KindOf(value)) {
-        case Kind::Integer: return static_cast<long>(value);
-        case Kind::Real: return RealToJson(value);
+        case Kind::Integer: json.Integer(static_cast<long>(value)); break;
+        case Kind::Real: json.Real(value); break;
         case Kind::Logical:
         case Kind::Boolean: {
             const SdaiLogical& logical = value;
-            if (logical == SdaiLogical()) return "UNKNOWN";
-            return static_cast<bool>(logical);
-        }
-        case Kind::String: return TextOf(value).ToUtf8();
-        case Kind::Enumeration: return Json{{"enumeration", TextOf(value).View()}};
-        case Kind::Binary: return Json{{"binary", TextOf(value).View()}};
-        case Kind::Instance:
-            return Json{{"instance", ReadableName(InstanceName(
-                                         *static_cast<SdaiEntityInstance*>(value), session))},
-                        {"type", value.GetInstanceType()->Name().ToUtf8()}};
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate: {
-            const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
-            Json list = Json::array();
-            for (long i = 0; i < members.GetMemberCount(); ++i) {
-                list.push_back(ToJson(members.GetMember(i), session));
+            if (logical == SdaiLogical()) {
+                json.Text("UNKNOWN");
+            } else {
+                json.Truth(static_cast<bool>(logical));
             }
-            return list;
+            break;
         }
+        case Kind::String: json.Text(TextOf(value).ToUtf8()); break;
+        case Kind::Enumeration:
+            json.Object([&] { json.Name("enumeration").Text(TextOf(value).View()); });
+            break;
+        case Kind::Binary:
+            json.Object([&] { json.Name("binary").Text(TextOf(value).View()); });
+            break;
+        case Kind::Instance:
+            json.Object([&] {
+                const SdaiEntityInstance& instance = *static_cast<SdaiEntityInstance*>(value);
+                json.Name("instance").Text(NameToUtf8(InstanceName(instance, session)));
+                json.Name("type").Text(value.GetInstanceType()->Name().ToUtf8());
+            });
+            break;
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate:
+            json.Array([&] {
+                const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
+                for (long i = 0; i < members.GetMemberCount(); ++i) {
+                    Write(json, members.GetMember(i), session);
+                }
+            });
+            break;
         default: {
             const std::string_view external = exchange::ExternalReference(value);
-            if (external.empty()) return nullptr;
-            return Json{{"external", external}};
+            if (external.empty()) {
+                json.Null();
+            } else {
+                json.Object([&] { json.Name("external").Text(external); });
+            }
         }
     }
 }
@@ -112,61 +125,45 @@ std::string ToText(const SdaiPrimitiveH& value, const Session& session) {
     return text;
 }
 
-Json RealToJson(double value) {
-    if (std::isfinite(value)) return value;
-    std::string name;
-    exchange::AppendReal(name, value);
-    return name;
+std::string Readable(std::string_view utf8) { return Printable(utf8); }
+
+std::string NameToUtf8(std::string_view name) {
+    return kor::IsUtf8(name) ? std::string(name) : KORUnicodeString(name).ToUtf8();
 }
 
-std::string Readable(std::string_view utf8) {
-    std::string readable;
-    for (std::size_t i = 0; i < utf8.size(); ++i) {
-        const std::string_view rest = utf8.substr(i);
-        const auto first = static_cast<unsigned char>(rest[0]);
-        const auto second = static_cast<unsigned char>(rest.size() > 1 ? rest[1] : '\0');
-        std::size_t length = 0;  // of a character that is shown as another
-        if (first < 0x20 || first == 0x7F) length = 1;
-        if (first == 0xC2 && second < 0xA0) length = 2;  // U+0080 to U+009F
-        if (rest.starts_with("\xEF\xBF\xBE") || rest.starts_with("\xEF\xBF\xBF")) length = 3;
-        if (length == 0) {
-            readable += rest[0];
-        } else {
-            readable += "\uFFFD";
-            i += length - 1;
-        }
-    }
-    return readable;
-}
-
-std::string ReadableName(std::string_view name) {
-    return Readable(kor::IsUtf8(name) ? std::string(name) : KORUnicodeString(name).ToUtf8());
-}
+std::string ReadableName(std::string_view name) { return Printable(NameToUtf8(name)); }
 
 void Printer::Print(Position position, const SdaiPrimitiveH& value) const {
-    if (json_) {
-        const Json result{
-            {"line", position.line}, {"kind", KindName(value)}, {"value", ToJson(value, session_)}};
-        std::cout << result << '\n';
-    } else {
+    if (!json_) {
         std::cout << ToText(value, session_) << '\n';
+        return;
     }
+    Json json;
+    json.Object([&] {
+        json.Name("line").Count(position.line);
+        json.Name("kind").Text(KindName(value));
+        Write(json.Name("value"), value, session_);
+    });
+    std::cout << json.Line() << '\n';
 }
 
 void Printer::Print(Position position, const SdaiPrimitiveH& member,
                     std::span<const SdaiPrimitiveH> values) const {
-    if (json_) {
-        Json list = Json::array();
-        for (const SdaiPrimitiveH& value : values) list.push_back(ToJson(value, session_));
-        const Json result{{"line", position.line},
-                          {"member", ToJson(member, session_)},
-                          {"values", std::move(list)}};
-        std::cout << result << '\n';
+    if (!json_) {
+        std::string line = ToText(member, session_);
+        for (const SdaiPrimitiveH& value : values) line += '\t' + ToText(value, session_);
+        std::cout << line << '\n';
         return;
     }
-    std::string line = ToText(member, session_);
-    for (const SdaiPrimitiveH& value : values) line += '\t' + ToText(value, session_);
-    std::cout << line << '\n';
+    Json json;
+    json.Object([&] {
+        json.Name("line").Count(position.line);
+        Write(json.Name("member"), member, session_);
+        json.Name("values").Array([&] {
+            for (const SdaiPrimitiveH& value : values) Write(json, value, session_);
+        });
+    });
+    std::cout << json.Line() << '\n';
 }
 
 }  // namespace host

@@ -3,7 +3,6 @@
 #ifndef HOST_OUTPUT_H
 #define HOST_OUTPUT_H
 
-#include <nlohmann/json_fwd.hpp>
 #include <span>
 #include <string>
 #include <string_view>
@@ -18,15 +17,12 @@ namespace host {
 // model as @name#12.
 std::string ToText(const SdaiPrimitiveH& value, const Session& session);
 
-// A real; one that is not finite as the text nan, inf or -inf.
-nlohmann::ordered_json RealToJson(double value);
-
-// A text of the data, as UTF-8, for a reader: each control character and each character that is
-// none replaced by U+FFFD.
+// A text of the data, as UTF-8, for a reader: printable (see Printable.h).
 std::string Readable(std::string_view utf8);
 
-// The same for the name of a file or of a model, which is as the system has it: UTF-8 as a rule,
-// else ISO 8859-1.
+// The name of a file or of a model, which is as the system has it (UTF-8 as a rule, else
+// ISO 8859-1), as UTF-8; the same for a reader.
+std::string NameToUtf8(std::string_view name);
 std::string ReadableName(std::string_view name);
 
 // Prints results to the standard output, one line each.

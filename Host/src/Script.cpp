@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "ExchangeText.h"
+#include "Printable.h"
 #include "Utf8.h"
 
 namespace host {
@@ -554,7 +555,7 @@ class ScriptReader::Parser {
         SkipBlanks();
         std::string found = "the end of the line";
         if (!AtLineEnd()) {
-            std::size_t end = at_ + 1;
+            std::size_t end = at_ + FirstOf(text_.substr(at_)).length;
             while (IsLetter(Peek()) && end < text_.size() && IsWordCharacter(text_[end])) ++end;
             found = "'";
             found += text_.substr(at_, end - at_);

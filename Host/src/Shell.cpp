@@ -12,6 +12,8 @@
 #include "LineEditor.h"
 #include "Loading.h"
 #include "Names.h"
+#include "Output.h"
+#include "Printable.h"
 #include "Signature.h"
 
 namespace host {
@@ -86,8 +88,9 @@ class ShellSession {
     void Greet() const {
         std::cout << "orx " ORX_VERSION "; `help` says what can be typed, Ctrl-D leaves\n";
         for (const NamedModel& model : session_.Models()) {
-            std::cout << "model " << model.name << ": " << model.Model().SchemaName().View() << ", "
-                      << model.Model().InstanceCount() << " instances\n";
+            std::cout << "model " << ReadableName(model.name) << ": "
+                      << model.Model().SchemaName().View() << ", " << model.Model().InstanceCount()
+                      << " instances\n";
         }
     }
 
@@ -113,13 +116,22 @@ class ShellSession {
         }
         const std::string_view line = rest.substr(0, rest.find('\n'));
         if (line.empty()) return;
-        std::string blanks(line.substr(0, position.column - 1));
         // A tab stays one; a character of several bytes has one column.
+        const auto shown = [](std::string_view text) {
+            std::string printable;
+            for (std::size_t tab = text.find('\t'); tab != std::string_view::npos;
+                 tab = text.find('\t')) {
+                printable += Printable(text.substr(0, tab)) + '\t';
+                text.remove_prefix(tab + 1);
+            }
+            return printable + Printable(text);
+        };
+        std::string blanks = shown(line.substr(0, position.column - 1));
         std::erase_if(blanks,
                       [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; });
         std::replace_if(
             blanks.begin(), blanks.end(), [](char c) { return c != '\t'; }, ' ');
-        std::cerr << "    " << line << "\n    " << blanks
+        std::cerr << "    " << shown(line) << "\n    " << blanks
                   << Coloured("^", Colour::Red, HasColours(STDERR_FILENO)) << '\n';
     }
 

@@ -2,22 +2,21 @@
 
 #include <unistd.h>
 
-#include <cmath>
 #include <iostream>
-#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "Assembly.h"
 #include "Commands.h"
 #include "Console.h"
 #include "ExchangeText.h"
+#include "Html.h"
+#include "Json.h"
 #include "Loading.h"
 #include "Output.h"
 
 namespace host {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 // (1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,25.)
 std::string ToText(const Placement& placement) {
@@ -27,12 +26,6 @@ std::string ToText(const Placement& placement) {
         exchange::AppendReal(text, value);
     }
     return text + ')';
-}
-
-Json ToJson(const Placement& placement) {
-    Json list = Json::array();
-    for (const double value : placement) list.push_back(RealToJson(value));
-    return list;
 }
 
 std::string NameOf(const SdaiEntityInstance& instance) {
@@ -49,7 +42,12 @@ class TreePrinter {
             std::cout << "no parts: model " << ReadableName(model_.name) << " holds no "
                       << (assembly_.IsDatabase() ? "part_object" : "PRODUCT_DEFINITION") << '\n';
         }
-        assembly_.Walk(options_.depth, options_.placements, [this](const Node& node) {
+        std::size_t lines = 0;
+        assembly_.Walk(options_.depth, options_.placements, [&](const Node& node) {
+            if (++lines > options_.lines) {
+                PrintCut();
+                return false;
+            }
             if (options_.json) {
                 PrintJson(node);
             } else {
@@ -96,23 +94,59 @@ class TreePrinter {
 
     void PrintJson(const Node& node) const {
         const Part& part = *node.part;
-        Json line{
-            {"model", ReadableName(model_.name)},
-            {"level", node.level},
-            {"part", NameOf(*part.instance)},
-            {"parent", node.parent != nullptr ? Json(NameOf(*node.parent->instance)) : Json()},
-            {"id", part.id},
-            {"name", part.name},
-            {"count", node.level == 0 ? 1 : node.occurrences.size()},
-            {"components", part.occurrences.size()}};
-        if (options_.placements && node.level != 0) {
-            const Occurrence& occurrence = node.occurrences.front();
-            line["occurrence"] = NameOf(*occurrence.link);
-            line["placement"] = ToJson(PlacementOf(occurrence, assembly_, module_));
+        Json json;
+        json.Object([&] {
+            json.Name("model").Text(NameToUtf8(model_.name));
+            json.Name("level").Count(node.level);
+            json.Name("part").Text(NameOf(*part.instance));
+            json.Name("parent");
+            if (node.parent != nullptr) {
+                json.Text(NameOf(*node.parent->instance));
+            } else {
+                json.Null();
+            }
+            json.Name("id").Text(part.id);
+            json.Name("name").Text(part.name);
+            json.Name("count").Count(node.level == 0 ? 1 : node.occurrences.size());
+            json.Name("components").Count(part.occurrences.size());
+            if (options_.placements && node.level != 0) {
+                const Occurrence& occurrence = node.occurrences.front();
+                json.Name("occurrence").Text(NameOf(*occurrence.link));
+                json.Name("placement").Array([&] {
+                    for (const double value : PlacementOf(occurrence, assembly_, module_)) {
+                        json.Real(value);
+                    }
+                });
+            }
+            if (node.isCycle) json.Name("remark").Text("cycle");
+            if (node.isCut) json.Name("remark").Text("depth");
+        });
+        std::cout << json.Line() << '\n';
+    }
+
+    // Says that the tree goes on, and how many places it has.
+    void PrintCut() const {
+        const std::optional<double> places =
+            assembly_.CountPlaces(options_.depth, options_.placements);
+        if (options_.json) {
+            Json json;
+            json.Object([&] {
+                json.Name("model").Text(NameToUtf8(model_.name));
+                json.Name("remark").Text("lines");
+                json.Name("lines").Count(options_.lines);
+                json.Name("places");
+                if (places.has_value()) {
+                    json.Real(*places);
+                } else {
+                    json.Null();
+                }
+            });
+            std::cout << json.Line() << '\n';
+            return;
         }
-        if (node.isCycle) line["remark"] = "cycle";
-        if (node.isCut) line["remark"] = "depth";
-        std::cout << line << '\n';
+        std::cout << "the first " << options_.lines << " lines";
+        if (places.has_value()) std::cout << " of " << Shown(*places, 15);
+        std::cout << " (--lines shows more)\n";
     }
 
     const NamedModel& model_;

@@ -1,10 +1,14 @@
 // What orx says of statements that cannot be evaluated.
 
+#include <chrono>
+
 #include "HostTest.h"
 
+using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::Not;
 using testing::StartsWith;
 
 namespace {
@@ -284,4 +288,94 @@ TEST_F(Errors, DoNotStopACallThatKeepsGoing) {
 
 TEST_F(Errors, LeaveNothingToTellWhereARunKeepsGoingAndAllIsWell) {
     ExpectPrints(Run("1\n2\n", {"--keep-going"}), "1\n2\n");
+}
+
+// ---- Items of enumerations
+
+namespace {
+
+std::string Units() {
+    return ExchangeFile("AUTOMOTIVE_DESIGN",
+                        "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));\n"
+                        "#2=OWN_TYPE(.ANY.);\n");
+}
+
+}  // namespace
+
+TEST_F(Errors, AreItemsThatTheSchemaDoesNotDeclare) {
+    folder.Write("units.stp", Units());
+    const auto run = [this](const std::string& statement) {
+        return Run(statement + "\n#1.PREFIX\nEACH u IN NAMED_UNIT: u.NAME\n",
+                   {"-m", "units.stp", "-o", "units=out.stp", "--keep-going"});
+    };
+    const std::string unchanged = ".MILLI.\n#1\t.METRE.\n";
+    for (const std::string value : {"'x.);#9=FOO(.y'", "'MILLY'", ".MILLY.", "''", "'MILLI '"}) {
+        for (const std::string& statement :
+             {"SET #1.PREFIX = " + value, "NEW SI_UNIT(NAME = .METRE., PREFIX = " + value + ")"}) {
+            const OrxResult result = run(statement);
+            EXPECT_EQ(result.status, 1) << statement;
+            EXPECT_EQ(result.out, unchanged) << statement;
+            EXPECT_THAT(result.err, HasSubstr("is not an item of the enumeration of attribute "
+                                              "'PREFIX'"))
+                << statement;
+        }
+    }
+    EXPECT_THAT(run("SET #1.PREFIX = 'MILLY'").err, HasSubstr("did you mean 'MILLI'?"));
+    EXPECT_THAT(ReadFile(folder / "out.stp"), Not(HasSubstr("FOO")));
+    EXPECT_EQ(run("SET #1.PREFIX = 'KILO'").out, ".KILO.\n#1\t.METRE.\n");
+    EXPECT_EQ(run("SET #1.PREFIX = .CENTI.").out, ".CENTI.\n#1\t.METRE.\n");
+    EXPECT_EQ(run("SET #1.PREFIX = $").out, "$\n#1\t.METRE.\n");
+}
+
+TEST_F(Errors, OfItemsAreWarningsOnReading) {
+    folder.Write("units.stp",
+                 ExchangeFile("AUTOMOTIVE_DESIGN", "#1=SI_UNIT(*,.MILLY.,.METRE.);\n"));
+    const OrxResult result = Call({"-m", "units.stp", "#1.PREFIX"});
+    EXPECT_EQ(result.out, ".MILLY.\n");
+    EXPECT_EQ(result.err,
+              "orx: warning: units.stp:8:14: MILLY is not an item of the enumeration "
+              "(attribute PREFIX)\n");
+    EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(Errors, AreListsThatNestTooDeep) {
+    std::string script = "LET a = ()\n";
+    for (int i = 0; i < 99; ++i) script += "LET a = (a)\n";
+    EXPECT_EQ(Run(script).err, "");
+    const OrxResult result = Run(script + "LET a = (a)\n");
+    EXPECT_EQ(result.err, "orx: script.orx:101:9: lists nested more than 100 deep\n");
+    EXPECT_EQ(result.status, 1);
+    // As a member of an attribute's aggregate it would be one level deeper, too.
+    const std::string add =
+        "LET n = NEW PRODUCT(FRAME_OF_REFERENCE = (1))\n"
+        "ADD a TO n.FRAME_OF_REFERENCE\n";
+    EXPECT_THAT(Run(script + add, {"-n", "m=AUTOMOTIVE_DESIGN"}).err,
+                AllOf(HasSubstr(":102:"), HasSubstr("lists nested more than 100 deep")));
+}
+
+// ---- Scripts that cannot be read
+
+TEST_F(Errors, EndARunWhoseScriptCannotBeReadToItsEnd) {
+    // Reading a process's memory from its start gives an error of the device; a folder is no file.
+    for (const std::string command : {"run /proc/self/mem", "run .", "run - <.", "shell <."}) {
+        const std::string line = "cd '" + folder.Path() + "' && " ORX_PROGRAM " " + command +
+                                 " -m parts.stp -o parts=out.stp 2>err.txt";
+        EXPECT_EQ(WEXITSTATUS(std::system(line.c_str())), 2) << command;
+        EXPECT_THAT(ReadFile(folder / "err.txt"), HasSubstr("cannot be read")) << command;
+        EXPECT_EQ(ReadFile(folder / "out.stp"), "") << command;
+    }
+}
+
+// ---- Names that are unknown, over and over
+
+TEST_F(Errors, CostNoMoreThanTheyAreWorth) {
+    // As many names as there are, none of them known and none alike.
+    std::string script;
+    for (int i = 0; i < 5'000; ++i) {
+        script += "LET variable_of_some_length_" + std::to_string(i) + " = 1\n";
+        script += "something_else_" + std::to_string(i) + "\n";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Lines(Run(script, {"--keep-going"}).err).size(), 5'000U);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
 }

@@ -263,4 +263,22 @@ TEST_F(Faults, NumbersBeyond32BitsAreReadAndWritten) {
                                              "-9223372036854775808,4294967297,#4294967297);"));
 }
 
+// ---- What a sanitizer finds
+
+// Reads memory that has been given back.
+int ReadFreed() {
+    int* volatile memory = new int(1);
+    delete memory;
+    return *memory;
+}
+
+TEST(Sanitizers, EndAProgramWithAStatusOfTheirOwn) {
+#if defined(__SANITIZE_ADDRESS__)
+    EXPECT_EXIT(std::exit(ReadFreed()), testing::ExitedWithCode(99), "heap-use-after-free");
+#else
+    static_cast<void>(ReadFreed);
+    GTEST_SKIP() << "there is no sanitizer";
+#endif
+}
+
 }  // namespace

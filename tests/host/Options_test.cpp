@@ -431,6 +431,62 @@ TEST_F(Options, JsonIsUtf8WhateverAFileIsNamed) {
     }
 }
 
+// ---- What is written over
+
+TEST_F(Options, NothingIsWrittenOverWhatIsRead) {
+    const std::string data = Parts();
+    const auto expectRefused = [&](const std::vector<std::string>& arguments) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        ExpectRefused(Orx(arguments), "is read, and not to be overwritten");
+        EXPECT_EQ(File("parts.stp"), data);
+    };
+    folder.Write("script.orx", "1\n");
+    folder.Write("own.exp", "SCHEMA own;\nEND_SCHEMA;\n");
+    std::filesystem::create_symlink("parts.stp", folder / "link.stp");
+    std::filesystem::create_hard_link(folder / "parts.stp", folder / "second.stp");
+    for (const std::string trace : {"parts.stp", "./parts.stp", "link.stp", "second.stp"}) {
+        expectRefused({"call", "-t", trace, "-m", "parts.stp", "1"});
+        expectRefused({"shell", "-t", trace, "-m", "a=parts.stp"});
+        expectRefused({"report", "-m", "parts.stp", "-o", trace});
+    }
+    expectRefused({"call", "-t", "own.exp", "-s", "own.exp", "1"});
+    expectRefused({"run", "-t", "script.orx", "script.orx"});
+    EXPECT_EQ(File("script.orx"), "1\n");
+    // A model may be saved where it came from, and nothing else is meant by "-".
+    ExpectPrints(Call({"-m", "db.stp", "-o", "db=db.stp", "1"}), "1\n");
+    EXPECT_EQ(Call({"-t", "-", "-m", "parts.stp", "1"}).status, 0);
+}
+
+TEST_F(Options, NoTwoResultsGoIntoOneFile) {
+    const auto expectRefused = [&](const std::vector<std::string>& arguments) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        ExpectRefused(Call(arguments), "two results cannot go into one file");
+        EXPECT_FALSE(std::filesystem::exists(folder / "out.stp"));
+    };
+    const std::vector<std::string> both = {"-n", "a=PDM_SCHEMA", "-n", "b=PDM_SCHEMA"};
+    const auto with = [&both](std::vector<std::string> more) {
+        more.insert(more.begin(), both.begin(), both.end());
+        more.emplace_back("1");
+        return more;
+    };
+    expectRefused(with({"-o", "a=out.stp", "-o", "b=out.stp"}));
+    expectRefused(with({"-o", "a=out.stp", "-o", "b=./x/../out.stp"}));
+    expectRefused(with({"-o", "a=out.stp", "-o", "a=" + (folder / "out.stp")}));
+    expectRefused(with({"-o", "a=out.stp", "-t", "out.stp"}));
+    std::filesystem::create_symlink("out.stp", folder / "link.stp");
+    expectRefused(with({"-o", "a=out.stp", "-o", "b=link.stp"}));
+    ExpectPrints(Call(with({"-o", "a=/dev/null", "-o", "b=/dev/null"})), "1\n");
+    ExpectPrints(Call(with({"-o", "a=out.stp", "-o", "b=other.stp"})), "1\n");
+}
+
+TEST_F(Options, HelpThatCannotBeWrittenIsTold) {
+    if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+    for (const std::string option : {"--help", "--version", "call --help"}) {
+        const std::string command = ORX_PROGRAM " " + option + " >/dev/full 2>/dev/null";
+        EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 2) << option;
+    }
+}
+
 // ---- Trace
 
 TEST_F(Options, TraceIsWrittenIntoAFile) {

@@ -159,6 +159,44 @@ TEST_F(Tree, EndsForDataOfAnyDepth) {
     EXPECT_THAT(Lines(whole.out).back(), HasSubstr("\"last\""));
 }
 
+TEST_F(Tree, IsCutWhereItHasMoreLinesThanAnybodyReads) {
+    // Each of 40 assemblies uses the next one twice, in different places.
+    std::string data;
+    constexpr int kLevels = 40;
+    for (int i = 1; i <= kLevels; ++i) {
+        data +=
+            Part(i, "P", "(#" + std::to_string(100 + i) + ",#" + std::to_string(200 + i) + ")") +
+            Link(100 + i, i + 1) + Link(200 + i, i + 1);
+    }
+    data += Part(kLevels + 1, "last", "$");
+    // With an occurrence in each line there are 1 + 2 + 4 + ... + 2^40 of them.
+    const OrxResult cut = TreeOfDatabase(data, {"--placements", "--lines", "1000"});
+    EXPECT_EQ(cut.status, 0);
+    ASSERT_EQ(Lines(cut.out).size(), 1001U);
+    EXPECT_EQ(Lines(cut.out).back(), "the first 1000 lines of 2199023255551 (--lines shows more)");
+    const OrxResult json = TreeOf("data.stp", {"--placements", "--lines", "3", "--json"});
+    ASSERT_EQ(Lines(json.out).size(), 4U);
+    EXPECT_EQ(nlohmann::json::parse(Lines(json.out).back()),
+              nlohmann::json::parse(R"({"model": "data", "remark": "lines", "lines": 3,
+                                        "places": 2199023255551})"));
+    // Up to a depth there are fewer; together they are one line each.
+    EXPECT_EQ(
+        Lines(TreeOf("data.stp", {"--placements", "--lines", "3", "--depth", "4"}).out).back(),
+        "the first 3 lines of 31 (--lines shows more)");
+    EXPECT_EQ(
+        Lines(TreeOf("data.stp", {"--placements", "--lines", "31", "--depth", "4"}).out).size(),
+        31U);
+    EXPECT_EQ(Lines(TreeOf("data.stp", {"--lines", "3"}).out).back(),
+              "the first 3 lines of 41 (--lines shows more)");
+    // What is a part of itself has no such number.
+    EXPECT_EQ(Lines(TreeOfDatabase(
+                        Part(1, "A", "(#11)") + Part(2, "B", "(#12)") + Link(11, 2) + Link(12, 2),
+                        {"--lines", "2"})
+                        .out)
+                  .back(),
+              "the first 2 lines (--lines shows more)");
+}
+
 TEST_F(Tree, LeavesOutLinksThatLackAnEnd) {
     ExpectPrints(TreeOfDatabase(Part(1, "A", "(#3,#4)") + "#3=PART_LINK('L',#1,$,$,$,$,$);\n" +
                                 Link(4, 2) + Part(2, "B", "$")),
