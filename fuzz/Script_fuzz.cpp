@@ -14,7 +14,8 @@ constexpr std::string_view kStep =
     "#1=PRODUCT_DEFINITION('root',$,$,$);#2=PRODUCT_DEFINITION('leaf',$,$,$);"
     "#3=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#1,#2,$);#4=CARTESIAN_POINT('',(1.,2.,3.));"
     "#5=AXIS2_PLACEMENT_3D('',#4,$,$);#6=CONFIGURATION_ITEM('c','n',$,$,$);"
-    "#7=OWN_TYPE('text',(1,2),MEASURE(2.5),#1);ENDSEC;END-ISO-10303-21;";
+    "#7=OWN_TYPE('text',(1,2),MEASURE(2.5),#1);#8=SI_UNIT(*,.MILLI.,.METRE.);"
+    "ENDSEC;END-ISO-10303-21;";
 constexpr std::string_view kDatabase =
     "ISO-10303-21;HEADER;FILE_SCHEMA(('cdma'));ENDSEC;DATA;"
     "#1=PART_OBJECT('ROOT','A',1,'t','d',(#3),(),(),(#5),$);#2=PART_OBJECT($,$,$,$,$,$,$,$,$,$);"
