@@ -66,7 +66,9 @@ class Writer {
         model_ = instance.Type().model;
         const kor::EntityType& entity = *instance.Type().entity;
         if (closed != nullptr) {
-            text += "ENDSCOPE" + closed->exported + ' ';
+            text += "ENDSCOPE";
+            text += closed->exported;
+            text += ' ';
         } else {
             InstanceName(instance);
             text += '=';

@@ -126,7 +126,9 @@ TEST_P(FailingCall, GivesTheSameTraced) {
         const Outcome outcome =
             creates ? CallOnNewData(n, Extent::Once) : Call(arguments, n, Extent::Once);
         if (!outcome.failed) break;
-        if (!isNew) EXPECT_THAT(outcome.text, AnyOf(right, Default()));
+        if (!isNew) {
+            EXPECT_THAT(outcome.text, AnyOf(right, Default()));
+        }
     }
 }
 
