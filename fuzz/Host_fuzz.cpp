@@ -90,6 +90,7 @@ void RunCommand(int (*command)(const host::Options&), host::Options options) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    TheModule();  // stays loaded: the fuzzer goes on reading the counters in it
     const MemoryFile file(AsText(data, size));
     host::Options options;
     options.models.push_back({false, "m=" + file.Name()});

@@ -239,11 +239,13 @@ class Reader {
     void SettleReferences() {
         std::vector<std::uint64_t> missing = Model().SettleReferences();
         dataSet_.structure.scopes = instances_.TakeScopes();
-        for (const std::string& anchor : dataSet_.structure.anchors) {
+        std::erase_if(dataSet_.structure.anchors, [&](const std::string& anchor) {
+            const std::size_t before = missing.size();
             for (const std::uint64_t id : InstancesOf(anchor)) {
                 if (Model().Find(id) == nullptr) missing.push_back(id);
             }
-        }
+            return missing.size() != before;
+        });
         std::sort(missing.begin(), missing.end());
         // What refers to a broken instance is sound itself.
         if (!options_.lenient)

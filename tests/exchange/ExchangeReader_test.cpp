@@ -1119,6 +1119,18 @@ TEST(ExchangeReader, AnExternalReferenceNeedsAnAddress) {
               "#1 has an external reference without an address, which no exchange file can hold");
 }
 
+TEST(ExchangeReader, ALenientReadingDropsAnchorsOfInstancesThatAreNotThere) {
+    exchange::ReadOptions options;
+    options.lenient = true;
+    const File file(kHeader +
+                        "ANCHOR;\n<a>=#7;\n<b>=#1;\nENDSEC;\n"
+                        "DATA;\n#1=ITEM('a');\nENDSEC;\nEND-ISO-10303-21;\n",
+                    options);
+    ASSERT_NE(file.dataSet.model, nullptr);
+    EXPECT_THAT(file.dataSet.structure.anchors, testing::ElementsAre("<b>=#1"));
+    EXPECT_EQ(file.messages.WarningCount(), 1U);
+}
+
 TEST(ExchangeReader, KeepsTheNamesOfDataSections) {
     const std::string data =
         "DATA('first',('TEST_SCHEMA'));\n#1=ITEM_HOLDER(#2);\nENDSEC;\nDATA('empty',('TEST_SCHEMA')"
