@@ -188,7 +188,7 @@ std::string WriteInPlace(const std::string& path,
     Replacement temporary(folder / "orx", S_IRUSR | S_IWUSR);
     OutputFile whole(temporary.Descriptor());
     temporary.Remove();
-    const std::string problem = Fill(whole, fill);
+    std::string problem = Fill(whole, fill);
     if (!problem.empty()) return problem;
     OutputFile target(open(path.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
     CopyInPlace(whole, target);
@@ -220,7 +220,7 @@ std::string WriteTo(const std::string& path, const WriteOptions& options,
     Replacement replacement(target, exists ? status.st_mode & kPermissions : 0666);
     OutputFile file(replacement.Descriptor());
     if (exists) warning = KeepOwner(file, status);
-    const std::string problem = Fill(file, fill);
+    std::string problem = Fill(file, fill);
     if (!problem.empty()) return problem;
     file.Note(replacement.Replace());
     return Reason(file.Error());

@@ -70,10 +70,10 @@ void Evaluator::RunEach(const Statement& statement) {
             RunMember(statement, member);
         } catch (const ScriptError& error) {
             const bool isInstance = static_cast<SdaiEntityInstance*>(member) != nullptr;
-            const std::string name = isInstance ? ToText(member, session_) + ": " : "";
-            const ScriptError named(error.Where(), name + error.what());
-            if (!leniency_.skip) throw named;
-            leniency_.skip(named);
+            const std::string message =
+                (isInstance ? ToText(member, session_) + ": " : "") + error.what();
+            if (!leniency_.skip) throw ScriptError(error.Where(), message);
+            leniency_.skip({error.Where(), message});
         }
     }
 }

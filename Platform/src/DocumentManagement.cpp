@@ -97,14 +97,16 @@ KORListValKORDMInstance::Shared& KORListValKORDMInstance::Own() {
 }
 
 void KORListValKORDMInstance::Append(const KORDMInstance& instance) {
-    const KORDMInstance added = instance;  // which may be a member
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it may be a member.
+    const KORDMInstance added = instance;
     Shared& own = Own();
     own.Reserve(own.members.size() + 1);
     own.Append(added);
 }
 
 void KORListValKORDMInstance::Append(const KORListValKORDMInstance& list) {
-    const KORListValKORDMInstance added = list;  // which may be this list
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it may be this list.
+    const KORListValKORDMInstance added = list;
     Shared& own = Own();
     own.Reserve(own.members.size() + static_cast<std::size_t>(added.Size()));
     for (int i = 1; i <= added.Size(); ++i) own.Append(added[i]);

@@ -64,7 +64,7 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
             const KORUnicodeString fileName = conversion.ToFileName(name);
             trace.Line("CREATION DE LA CHAINE POUR LA SORTIE");
             KORUnicodeString identifier;
-            identifier.Reserve(2 * version.length() + kTag2.size());
+            identifier.Reserve(2 * static_cast<std::size_t>(version.length()) + kTag2.size());
             identifier.Append(fileName).Append(kTag2).Append(name);
             result = identifier;
         }
