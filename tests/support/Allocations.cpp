@@ -20,15 +20,21 @@ static bool Fails() {
     return true;
 }
 
-static void* Allocate(std::size_t size) {
+// Null when the allocation fails.
+static void* TryAllocate(std::size_t size) noexcept {
     ++allocations;
-    if (Fails()) throw std::bad_alloc();
-    if (void* memory = std::malloc(size != 0 ? size : 1)) return memory;
+    return Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
+}
+
+static void* Allocate(std::size_t size) {
+    if (void* memory = TryAllocate(size)) return memory;
     throw std::bad_alloc();
 }
 
 void* operator new(std::size_t size) { return Allocate(size); }
 void* operator new[](std::size_t size) { return Allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return TryAllocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return TryAllocate(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
