@@ -529,17 +529,20 @@ class Schema::Resolver {
         const EntityType* owner =
             schema_.FindEntity(std::string_view(declaration.redeclaredEntity));
         const int ownerSlot =
-            owner == nullptr || !type.IsKindOf(std::string_view(owner->FoldedName()))
-                ? NameTable::kAbsent
-                : owner->SlotOf(std::string_view(declaration.redeclaredAttribute));
-        if (ownerSlot == NameTable::kAbsent) {
+            owner == nullptr ? NameTable::kAbsent
+                             : owner->SlotOf(std::string_view(declaration.redeclaredAttribute));
+        const Attribute* attribute =
+            ownerSlot == NameTable::kAbsent
+                ? nullptr
+                : owner->Slots()[static_cast<std::size_t>(ownerSlot)].attribute;
+        const auto place = places.find(attribute);
+        if (place == places.end() || place->second >= type.firstOwnSlot_) {
             Fail(declaration.position, "'" + declaration.redeclaredEntity + "." +
                                            declaration.redeclaredAttribute +
                                            "' is not an attribute of a supertype");
             return;
         }
-        const Attribute* attribute = owner->Slots()[static_cast<std::size_t>(ownerSlot)].attribute;
-        Slot& slot = type.slots_[places.at(attribute)];
+        Slot& slot = type.slots_[place->second];
         slot.derived |= declaration.derived;
         slot.domain = DomainOf(declaration.type);
         slot.optional = declaration.optional;

@@ -738,6 +738,13 @@ INSTANTIATE_TEST_SUITE_P(
                   "SCHEMA a;\nENTITY b; x : REAL; END_ENTITY;\nENTITY c;\n"
                   "  ^SELF\\b.x : REAL;\nEND_ENTITY;\nEND_SCHEMA;",
                   "b", true},
+        BadSchema{"RedeclaresItsOwnAttribute",
+                  "SCHEMA a;\nENTITY b; x : REAL;\n  ^SELF\\b.x : REAL;\nEND_ENTITY;\nEND_SCHEMA;",
+                  "'b.x' is not an attribute of a supertype", true},
+        BadSchema{"RedeclaresAnAttributeOfItsNamesake",
+                  "SCHEMA a;\nENTITY b; x : REAL; END_ENTITY;\n"
+                  "ENTITY ^B; SELF\\b.x : REAL; END_ENTITY;\nEND_SCHEMA;",
+                  "b", true},
         BadSchema{"EntityTwice",
                   "SCHEMA a;\nENTITY b; END_ENTITY;\nENTITY ^B; END_ENTITY;\nEND_SCHEMA;", "b",
                   true},
