@@ -1,11 +1,12 @@
 // Generates a STEP file to measure with: an assembly of occurrences, and the geometry of its parts
 // in the mixture in which CAD systems write it.
 //
-//     generate-step OCCURRENCES MEGABYTES > FILE
+//     generate-step OCCURRENCES MEGABYTES [tree|flat|deep] > FILE
 //
-// The occurrences stand in a tree in which each assembly has up to ten components; a tenth as many
-// parts are used by all of them. Geometry follows until the file has about so many megabytes. The
-// same arguments give the same file.
+// The occurrences stand in a tree in which each assembly has up to ten components; or all in one
+// assembly; or ten in each of a chain of assemblies, each a component of the one before it. A tenth
+// as many parts are used by all of them. Geometry follows until the file has about so many
+// megabytes. The same arguments give the same file.
 
 #include <cstdint>
 #include <cstdio>
@@ -18,8 +19,10 @@ namespace {
 
 class Generator {
   public:
-    Generator(long occurrences, double megabytes)
-        : occurrences_(occurrences), bytes_(static_cast<std::uint64_t>(megabytes * 1e6)) {}
+    Generator(long occurrences, double megabytes, const std::string& shape)
+        : occurrences_(occurrences),
+          bytes_(static_cast<std::uint64_t>(megabytes * 1e6)),
+          shape_(shape) {}
 
     void Run() {
         Header();
@@ -112,13 +115,16 @@ class Generator {
         for (long i = 0; i < partCount; ++i) parts.push_back(NewPart(i));
         const long assemblies = partCount / 2 + 1;
         for (long i = 0; i < occurrences_; ++i) {
-            Part& parent = parts[static_cast<std::size_t>(i % assemblies)];
+            const long parent = shape_ == "flat" ? 0 : shape_ == "deep" ? i / 10 : i % assemblies;
             // A component has a larger number than its parent, so that no part holds itself.
-            const long least = i % assemblies + 1;
-            const long choice =
-                least +
-                static_cast<long>(random_() % static_cast<std::uint64_t>(partCount - least));
-            Occurrence(parent, parts[static_cast<std::size_t>(choice)], i + 1);
+            const long least = parent + 1;
+            const bool isNext = shape_ == "deep" && i % 10 == 0;
+            const long component =
+                isNext ? least
+                       : least + static_cast<long>(random_() %
+                                                   static_cast<std::uint64_t>(partCount - least));
+            Occurrence(parts[static_cast<std::size_t>(parent)],
+                       parts[static_cast<std::size_t>(component)], i + 1);
         }
         for (const Part& part : parts) {
             std::string items;
@@ -185,6 +191,7 @@ class Generator {
 
     const long occurrences_;
     const std::uint64_t bytes_;
+    const std::string shape_;
     std::mt19937_64 random_{42};
     std::string buffer_;
     std::uint64_t written_ = 0;
@@ -198,10 +205,12 @@ class Generator {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: generate-step OCCURRENCES MEGABYTES > FILE\n");
+    const std::string shape = argc == 4 ? argv[3] : "tree";
+    if (argc < 3 || argc > 4 || (shape != "tree" && shape != "flat" && shape != "deep")) {
+        std::fprintf(stderr,
+                     "usage: generate-step OCCURRENCES MEGABYTES [tree|flat|deep] > FILE\n");
         return 2;
     }
-    Generator(std::atol(argv[1]), std::atof(argv[2])).Run();
+    Generator(std::atol(argv[1]), std::atof(argv[2]), shape).Run();
     return std::ferror(stdout) != 0 ? 1 : 0;
 }

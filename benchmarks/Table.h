@@ -94,6 +94,7 @@ auto Repeat(Body body) {
 void AddFunctions(Table& table);
 void AddScans(Table& table);
 void AddFiles(Table& table, const std::string& directory);
+void AddScale(Table& table, const std::string& directory);
 
 }  // namespace bench
 
