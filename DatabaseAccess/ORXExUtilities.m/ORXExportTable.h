@@ -1,6 +1,6 @@
-// The export table: every mapping function with its arguments, its result, the source unit that
-// holds it and the label under which it traces. An engine binds its rules with it; the module takes
-// its labels from it; the list of exported symbols is made from it.
+// The export table: every mapping function with its arguments, result, source unit and trace label.
+// An engine uses it to bind its rules, the module takes its labels from it, and the list of
+// exported symbols is generated from it.
 
 #ifndef ORXEXPORTTABLE_H
 #define ORXEXPORTTABLE_H
@@ -11,8 +11,8 @@
 
 namespace orx {
 
-// Kinds of values. Those of an argument say what a function reads it as: any other value is taken
-// as one of the wrong shape, never refused.
+// Kinds of values. An argument's kinds are those that the function expects; a value of another kind
+// is never rejected, but read as empty.
 enum Kind : unsigned {
     None = 0,
     String = 1U << 0,
@@ -36,7 +36,7 @@ constexpr Kind operator|(Kind a, Kind b) {
 struct Export {
     std::string_view name;
     std::array<Kind, 3> arguments;  // None after the last
-    Kind result;                    // all kinds that the function may give
+    Kind result;                    // all kinds that the function may return
     std::string_view unit;
     std::string_view label;  // NUL-terminated
 
@@ -47,14 +47,13 @@ struct Export {
     }
 };
 
-// Every function takes handles by constant reference, one for each argument, and returns a handle,
-// except
+// Every function takes one handle per argument, by constant reference, and returns a handle, except
 //   SdaiEntityInstance* BuildDatedEff(SdaiString, SdaiModel*)
 //   void ComputeABSPlacement(const SdaiPrimitiveH&, const SdaiPrimitiveH&,
 //                            SdaiListClassOfSdaiReal*&)
 //   void GetPlacement0(const SdaiPrimitiveH&, const SdaiString&, const SdaiPrimitiveH&)
 //   SdaiPrimitiveH RemoveValueVersion()
-// One row a line.
+// One row per line.
 // clang-format off
 inline constexpr std::array kExports{
     Export{"IsEncodedKey",             {String},                       Logical,                         "ConcatAtb",           "SdaiPrimitiveH IsEncodeKey ->"},
@@ -135,7 +134,7 @@ inline constexpr std::array kExports{
 
 static_assert(kExports.size() == 73);
 
-// The row of a function; null for a name that is none.
+// Returns the row of a function, or null if there is no such function.
 constexpr const Export* FindExport(std::string_view name) {
     for (const Export& row : kExports) {
         if (row.name == name) return &row;

@@ -13,31 +13,32 @@
 
 namespace orx {
 
-// The instances of an entity type in a model; none without a model.
+// The instances of an entity type in a model; null if there is no model.
 inline const SdaiAggrInstance* ExtentOf(const SdaiModel* model, const SdaiName& type) {
     return model != nullptr ? model->GetEntityExtent(type) : nullptr;
 }
 
 using Targets = std::span<const SdaiEntityInstance* const>;
 
-// The instances of an entity type to look at where those are sought that refer to a target, in the
-// model's order. While the function traces that is the whole extent, so that the trace tells of
-// each; else those that the platform knows to refer to it. The loop over them tests each, so that
-// both come to the same.
+// The instances of an entity type to test when searching for those that refer to a target, in the
+// model's order. With tracing on, this is the whole extent, so that each instance appears in the
+// trace; otherwise it is those that the platform knows to refer to the target. The caller tests
+// each one, so the result is the same either way.
 inline SdaiIterator_Of_Users Candidates(const Trace& trace, const SdaiModel* model,
                                         const SdaiName& type, const SdaiName& attribute,
                                         Targets targets) {
     return trace.IsActive() ? SdaiIterator_Of_Users(ExtentOf(model, type))
                             : SdaiIterator_Of_Users(model, type, attribute, targets);
 }
-// Those that refer to it over two attributes.
+// The same for a reference through two attributes.
 inline SdaiIterator_Of_Users Candidates(const Trace& trace, const SdaiModel* model,
                                         const SdaiName& type, const SdaiName& attribute,
                                         const SdaiName& next, Targets targets) {
     return trace.IsActive() ? SdaiIterator_Of_Users(ExtentOf(model, type))
                             : SdaiIterator_Of_Users(model, type, attribute, next, targets);
 }
-// The same among the members of an aggregate, each as often as it is one.
+// The same among the members of an aggregate. A member that occurs several times is visited as
+// often.
 inline SdaiIterator_Of_Users Candidates(const Trace& trace, const SdaiAggrInstance* members,
                                         const SdaiName& attribute,
                                         const SdaiEntityInstance* target) {
@@ -45,27 +46,27 @@ inline SdaiIterator_Of_Users Candidates(const Trace& trace, const SdaiAggrInstan
                             : SdaiIterator_Of_Users(members, attribute, target);
 }
 
-// The instance that an attribute refers to, directly or as the value of a select; null where it
-// refers to none, or for no instance.
+// The instance that an attribute refers to, directly or as the value of a select; null if there is
+// none, or if `instance` is null.
 inline SdaiEntityInstance* ReferredBy(const SdaiEntityInstance* instance,
                                       const SdaiName& attribute) {
     if (instance == nullptr) return nullptr;
     return instance->GetAttr(attribute);
 }
 
-// The text of an attribute; empty when it is not set.
+// The text of an attribute; empty if it is not set.
 inline SdaiString TextOf(const SdaiPrimitiveH& instance, const SdaiName& attribute) {
     return static_cast<const SdaiString&>(instance.GetAttr(attribute));
 }
 
-// The value of an attribute, taken out of its SELECT.
+// The value of an attribute; for a SELECT, the value that it holds.
 inline SdaiPrimitiveH SelectedOf(const SdaiPrimitiveH& instance, const SdaiName& attribute) {
     const SdaiPrimitiveH value = instance.GetAttr(attribute);
     return static_cast<const SdaiSelectH&>(value).getValue();
 }
 
-// The DOCUMENT_FILE reached from an instance over the DEFINITION of a PROPERTY_DEFINITION; unset
-// when the way leads elsewhere.
+// The DOCUMENT_FILE that an instance refers to through a PROPERTY_DEFINITION; unset if these
+// attributes refer to anything else.
 inline SdaiPrimitiveH DocumentFileOf(const SdaiPrimitiveH& instance) {
     using namespace sdai_names;
     const SdaiPrimitiveH definition(SdaiString("DEFINITION"));

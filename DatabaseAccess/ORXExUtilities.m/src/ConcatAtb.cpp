@@ -17,7 +17,7 @@ SdaiPrimitiveH IsEncodedKey(const SdaiPrimitiveH& key) {
             const KORUnicodeString& text = static_cast<const SdaiString&>(key);
             const long end = text.GetLengthInChar();
             result = SdaiBoolean(end > 0);
-            // A last field that runs past the end of the key is well formed.
+            // The last field may run past the end of the key.
             for (long position = 0; result && position < end;) {
                 const KORUnicodeString letter = TextAt(text, position, 1);
                 ++position;
@@ -39,7 +39,7 @@ SdaiPrimitiveH IsEncodedKey(const SdaiPrimitiveH& key) {
 
 namespace {
 
-// The number that a text is, or the one given when it is none.
+// The number in a text, or `otherwise` if the text is not a number.
 template <class Number>
 Number NumberIn(const KORUnicodeString& text, Number otherwise) {
     Number number;
@@ -95,7 +95,7 @@ SdaiPrimitiveH orx::DecodeKey(const KORUnicodeString& text, long start,
             trace.Line("Type a lire: ", letter);
             trace.Line("Index de debut : ", position);
             trace.Line("Longueur a lire: ", field.length);
-            const bool readable = field.length >= 0;  // else the key ends here
+            const bool readable = field.length >= 0;  // otherwise the key ends here
             if (readable && current == requested) {
                 result = DecodeField(trace, letter, field.Value());
                 return;
@@ -115,7 +115,7 @@ SdaiPrimitiveH orx::DecodeKey(const KORUnicodeString& text, long start,
 
 namespace {
 
-// The number in an attribute as text; empty when it is not set.
+// An integer attribute as text; empty if it is not set.
 SdaiString NumberOf(const SdaiPrimitiveH& instance, const SdaiName& attribute) {
     const SdaiPrimitiveH value = instance.GetAttr(attribute);
     return value.exists() ? KORLocale::sConvertNumToString(static_cast<long>(value))
@@ -159,7 +159,7 @@ SdaiPrimitiveH orx::DocumentKey(const SdaiPrimitiveH& document, const KORUnicode
         int keyStart = 0;
         if (document.exists()) {
             trace.Line("document existe");
-            // The type is named after the storage and the table: STORAGE_TABLE.
+            // Type names have the form STORAGE_TABLE.
             const SdaiNamedType* type = document.GetInstanceType();
             const KORUnicodeString storage = type != nullptr ? type->Name() : SdaiString();
             const KORUnicodeString table =

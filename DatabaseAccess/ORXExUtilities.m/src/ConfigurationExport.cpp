@@ -1,4 +1,4 @@
-// Effectivities and configurations on their way from the database to STEP.
+// Effectivities and configurations, exported from the database to STEP.
 
 #include <array>
 #include <optional>
@@ -29,7 +29,8 @@ constexpr Family kRange{"range_effectivity"_name, "option_range", " -> Range Eff
 constexpr Family kDate{"date_effectivity"_name, "option_date", " -> Date Effectivity Type ",
                        " -> Option Date Effectivity Type "};
 
-// Whether the effectivity is of one of the families, first as an instance of its entity type.
+// Whether the effectivity belongs to one of the families. Entity types are tested before option
+// types.
 bool IsOfFamily(Trace& trace, const SdaiPrimitiveH& effectivity,
                 std::initializer_list<const Family*> families) {
     if (!effectivity.exists()) {
@@ -115,7 +116,7 @@ SdaiPrimitiveH ExtractCFGType(const SdaiPrimitiveH& identifier, const SdaiPrimit
             const FieldAt item(text, kOrxTagLength);
             const FieldAt type(text, item.Next());
             const char* accepted = kAccepted[static_cast<std::size_t>(flag - 1)];
-            // Not only identity: one text beginning the other is enough.
+            // The texts need not be equal: one may be a prefix of the other.
             result = SdaiBoolean(type.Compare(accepted) != 0);
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
@@ -183,8 +184,8 @@ SdaiPrimitiveH IsInfiniteDate(const SdaiPrimitiveH& effectivity) {
 
 namespace {
 
-// The attribute that holds the start or the end of an effectivity's validity; null for an
-// effectivity that has no dates.
+// The attribute with the start or end of an effectivity's validity; null if the effectivity has no
+// dates.
 const SdaiName* DateAttribute(const SdaiPrimitiveH& effectivity, const SdaiName& ofDate,
                               const SdaiName& ofOption) {
     if (effectivity.IsKindOf("date_effectivity"_name)) return &ofDate;
@@ -200,7 +201,7 @@ SdaiPrimitiveH GetStartDate(const SdaiPrimitiveH& effectivity, const SdaiPrimiti
             return;
         }
         trace.Line("Effectivity && EntityModel exist : OK ");
-        // The start is read without asking whether it is set.
+        // The start is read without testing whether it is set.
         SdaiString date;
         const SdaiName* attribute =
             DateAttribute(effectivity, "start_date"_name, "option_start_date"_name);
@@ -228,7 +229,7 @@ SdaiPrimitiveH GetEndDate(const SdaiPrimitiveH& effectivity, const SdaiPrimitive
 
 namespace {
 
-// The number that the digits at the front of a text make; 0 without any.
+// The value of the leading digits of a text; 0 if there are none.
 long LeadingNumber(const SdaiString& text) {
     long number = 0;
     for (const char c : text.View()) {
@@ -258,8 +259,8 @@ SdaiEntityInstance* BuildDatedEff(SdaiString date, SdaiModel* model) {
         trace.Line("Seconde: ", second);
 
         if (model == nullptr) return;
-        // The types are those of the schema, which a model may hold undeclared instances beside:
-        // such a type has none of the attributes.
+        // Only types that the schema declares: a model may also contain instances of undeclared
+        // types, but these have none of the attributes.
         const auto typeOf = [model](const SdaiName& entity, const SdaiName& attribute) {
             const SdaiEntity* type = model->GetEntityDefinition(entity);
             return type != nullptr && type->AttrDefinition(attribute) != nullptr ? type : nullptr;
@@ -271,7 +272,7 @@ SdaiEntityInstance* BuildDatedEff(SdaiString date, SdaiModel* model) {
         const SdaiEntity* dateTimeType = typeOf("DATE_AND_TIME"_name, "TIME_COMPONENT"_name);
         if (!offsetType || !timeType || !dateType || !dateTimeType) return;
 
-        // The offset stays empty: it is there to fill the zone.
+        // The offset has no values; it only fills the mandatory ZONE.
         SdaiAppInstance* offset = offsetType->CreateEntityInstance(model);
         SdaiAppInstance* time = timeType->CreateEntityInstance(model);
         time->PutAttr("HOUR_COMPONENT"_name, hour);
@@ -294,8 +295,8 @@ SdaiEntityInstance* BuildDatedEff(SdaiString date, SdaiModel* model) {
 
 namespace {
 
-// The first instance of a type, in the model's order, whose attribute is the part; null when there
-// is none.
+// The first instance of a type, in the model's order, whose attribute refers to the part; null if
+// there is none.
 SdaiEntityInstance* FirstUserOf(Trace& trace, SdaiEntityInstance* part, const SdaiName& entity,
                                 const SdaiName& attribute) {
     if (part == nullptr) return nullptr;
@@ -304,7 +305,7 @@ SdaiEntityInstance* FirstUserOf(Trace& trace, SdaiEntityInstance* part, const Sd
         Candidates(trace, part->FindEntityInstanceModel(), entity, attribute, parts);
     while (user.Next()) {
         const SdaiEntityInstance* instance = user.GetCurrentMember();
-        // What is set but holds no instance is a design all the same; it shows in the trace alone.
+        // A value that is set but is not an instance is traced as well; it never matches.
         SdaiEntityInstance* referred = ReferredBy(instance, attribute);
         if (referred == nullptr && trace.IsActive() && !instance->TestAttr(attribute)) {
             trace.Line("NO design on the current configuration_item");
@@ -380,7 +381,7 @@ SdaiPrimitiveH IsUsedByPart(const SdaiPrimitiveH& part, const SdaiPrimitiveH& ef
             }
             trace.Line(usage.GetMemberCount(), " link(s) found in effectivity usage");
 
-            // Every link is looked for, also after one has been found.
+            // Every link is tested, even after a match.
             const SdaiAggrInstance* governed = usage;
             SdaiIterator_Of_SdaiEntityInstanceH link(static_cast<SdaiAggrInstance*>(links));
             while (link.Next()) {
@@ -400,7 +401,7 @@ SdaiPrimitiveH IsUsedByPart(const SdaiPrimitiveH& part, const SdaiPrimitiveH& ef
 
 namespace {
 
-// The last instance of a type in the model of a part; null when it has none.
+// The last instance of a type in the model of a part; null if there is none.
 SdaiEntityInstance* LastOf(const SdaiPrimitiveH& part, const SdaiName& entity) {
     const SdaiAggrInstance* extent = ExtentOf(part.FindEntityInstanceModel(), entity);
     if (extent == nullptr) return nullptr;
@@ -414,7 +415,7 @@ SdaiPrimitiveH ORXIdEff(const SdaiPrimitiveH& part, const SdaiPrimitiveH& effect
         if (part.exists() && effectivity.exists()) {
             trace.Line("Part & Effectivity exist : OK ");
             trace.Line("Get the configuration_item entities in schema cdma : OK ");
-            // The item of the part; where it has none, the last item of the model.
+            // The part's item or, if it has none, the last item of the model.
             SdaiPrimitiveH item(FirstUserOf(trace, part, "configuration_item"_name, "design"_name));
             if (!item.exists()) item = LastOf(part, "configuration_item"_name);
             SdaiString type("UNDEFINED");

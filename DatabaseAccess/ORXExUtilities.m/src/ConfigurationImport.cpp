@@ -1,4 +1,4 @@
-// Effectivities and configurations on their way from STEP to the database.
+// Effectivities and configurations, imported from STEP into the database.
 
 #include <array>
 
@@ -41,7 +41,7 @@ SdaiPrimitiveH GetDate(const SdaiPrimitiveH& select) {
             digits.BuildFromNum(number, format);
             text.Append(digits);
         };
-        // Whether a component is set, said in the trace.
+        // Whether a component is set; traces a line if it is.
         const auto isSet = [&trace](const SdaiPrimitiveH& owner, const SdaiName& component,
                                     const char* line) {
             const bool set = static_cast<bool>(owner.TestAttr(component));
@@ -65,7 +65,7 @@ SdaiPrimitiveH GetDate(const SdaiPrimitiveH& select) {
         append(static_cast<long>(date.GetAttr("DAY_COMPONENT"_name)), "%02d");
         append(static_cast<long>(date.GetAttr("YEAR_COMPONENT"_name)), "%04d");
 
-        // Without a time the date counts for nothing.
+        // A date without a time is ignored.
         if (!dateTime.TestAttr("TIME_COMPONENT"_name)) {
             trace.Line(" -> TIME_COMPONENT attribute does not exist");
             return;
@@ -91,7 +91,7 @@ SdaiPrimitiveH GetDate(const SdaiPrimitiveH& select) {
             append(static_cast<double>(time.GetAttr("SECOND_COMPONENT"_name)), "%02g");
         } else {
             trace.Line("S. unset : OK ");
-            text.Append("01");  // not "00", as for a minute
+            text.Append("01");  // unlike an unset minute
         }
         result = text;
         trace.Line(">> la valeur retournee est : ", result, " <<");
@@ -142,7 +142,7 @@ SdaiPrimitiveH DecodeEFF(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode)
                     return false;
                 };
                 if (!isString()) return;
-                // The id of the effectivity stands behind that of its option.
+                // The id of the effectivity follows that of its option.
                 if (isOption && flag == 1) {
                     position = FieldAt(encoded, position).Next();
                     if (!isString()) return;

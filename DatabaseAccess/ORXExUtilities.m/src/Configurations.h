@@ -1,5 +1,5 @@
-// The strings in which configurations and effectivities travel through STEP data: written on
-// export, read on import. Fields.h says what a field is.
+// The strings that carry configurations and effectivities through STEP data: written on export,
+// read on import. Fields.h describes their fields.
 //
 //     effectivity identifier          S0003ORX S(id of the configuration item) S(type)
 //                                     |        ||                              ||
@@ -23,15 +23,15 @@
 
 namespace orx {
 
-// What configuration and effectivity identifiers begin with, as a field: 8 characters.
+// The field that configuration and effectivity identifiers begin with: 8 characters.
 inline const KORUnicodeString kOrx("ORX");
 inline const Field kOrxTag{"S", kOrx};
 inline constexpr int kOrxTagLength = 8;
 
 inline constexpr const char* kOpenDate = "00000000000000";
 
-// The DESCRIPTION of a CONFIGURATION_ITEM, in which the configuration identifier travels; unset,
-// with the reason in the trace, when there is none.
+// The DESCRIPTION of a CONFIGURATION_ITEM, which holds the configuration identifier. If there is
+// none, returns an unset handle and traces the reason.
 inline SdaiPrimitiveH DescriptionOf(Trace& trace, const SdaiPrimitiveH& item) {
     using namespace sdai_names;
     if (!item.exists()) {

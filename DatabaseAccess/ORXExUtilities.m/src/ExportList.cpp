@@ -1,4 +1,4 @@
-// Prints the linker's version script of the module: the functions of the export table are global,
+// Prints the module's linker version script: the functions of the export table are global,
 // everything else is local.
 
 #include <cstdio>

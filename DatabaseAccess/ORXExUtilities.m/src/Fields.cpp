@@ -1,3 +1,5 @@
+// Length-prefixed fields: writing them, and reading their lengths.
+
 #include "Fields.h"
 
 #include "KORLocale.h"

@@ -1,5 +1,5 @@
-// Length-prefixed fields, of which encoded keys and the identifiers of configurations and
-// effectivities are made:
+// Length-prefixed fields, the building blocks of encoded keys and of configuration and effectivity
+// identifiers:
 //
 //      offset 0   1         5                 5 + L
 //             +---+---------+------------------+
@@ -9,7 +9,7 @@
 //               |    four decimal digits, zero-padded
 //               S string, I integer, R real
 //
-// Fields stand end to end, without separators.
+// Fields follow each other without separators.
 
 #ifndef ORX_FIELDS_H
 #define ORX_FIELDS_H
@@ -29,10 +29,10 @@ struct Field {
     const KORUnicodeString& value;
 };
 
-// A text of these fields, behind a prefix.
+// Returns the fields as text, after a prefix.
 SdaiString EncodeFields(std::initializer_list<Field> fields, const KORUnicodeString& prefix = {});
 
-// The length of the field's length and letter, and of its length alone.
+// The sizes of a field's head (letter and length) and of its length, in characters.
 inline constexpr long kFieldHead = 5;
 inline constexpr long kFieldLength = 4;
 
@@ -42,21 +42,21 @@ inline int PositionIn(long position) {
     return static_cast<int>(std::clamp<long>(position, INT_MIN, INT_MAX));
 }
 
-// The `length` characters at a position, as SubString cuts them.
+// The `length` characters at a position, or as many as SubString returns.
 inline KORUnicodeString TextAt(const KORUnicodeString& text, long position, long length) {
     return text.SubString(PositionIn(position), PositionIn(length));
 }
 
-// Whether these are the characters at a position.
+// Whether the text has these characters at a position.
 inline bool IsTextAt(const KORUnicodeString& text, long position, std::string_view characters) {
     return text.ComparePart(PositionIn(position), static_cast<int>(characters.size()),
                             characters) == 2;
 }
 
-// The length that stands at a position; nothing when the characters there are no number.
+// The field length at a position; no value if the characters there are not a number.
 std::optional<long> LengthAt(const KORUnicodeString& text, long position);
 
-// A field at a position, whatever its letter; a length that is no number counts as 0.
+// The field at a position, whatever its letter. A length that is not a number counts as 0.
 struct FieldAt {
     FieldAt(const KORUnicodeString& key, long position)
         : text(key),
@@ -64,11 +64,11 @@ struct FieldAt {
           length(LengthAt(key, position + 1).value_or(0)) {}
 
     KORUnicodeString Value() const { return TextAt(text, start, length); }
-    // As Compare of the value.
+    // KORUnicodeString::Compare of the value, without copying it.
     int Compare(std::string_view other) const {
         return text.ComparePart(PositionIn(start), PositionIn(length), other);
     }
-    long Next() const { return start + length; }  // the position after it
+    long Next() const { return start + length; }  // position of the next field
 
     const KORUnicodeString& text;
     long start;  // of the value

@@ -1,5 +1,5 @@
-// The frame that every exported function has in common: its trace scope, its default result, and
-// nothing thrown to the engine.
+// The frame of every exported function: it opens the trace scope, sets the default result and keeps
+// exceptions from reaching the engine.
 
 #ifndef ORX_FUNCTION_H
 #define ORX_FUNCTION_H
@@ -16,14 +16,14 @@
 
 namespace orx {
 
-// The result of the functions that find no text.
+// The result of functions that find no text.
 inline const SdaiString kEmptyValue("EMPTY VALUE");
 
 // The name of a function, as a template argument.
 template <std::size_t N>
 struct FunctionName {
     consteval FunctionName(const char (&name)[N]) { std::copy_n(name, N, text); }
-    // The label of the function's row; a name that has no row does not compile.
+    // The label in the function's row of the export table; a name without a row does not compile.
     consteval const char* Label() const {
         return FindExport(std::string_view(text, N - 1))->label.data();
     }
@@ -31,8 +31,8 @@ struct FunctionName {
     char text[N];
 };
 
-// Runs the body of a function that others call: body(trace, result), with the result set to the
-// default before. What the body throws (a lack of memory) is thrown on, to the exported function.
+// Runs the body of a function that other functions call: body(trace, result), where result starts
+// as the default. Exceptions from the body (std::bad_alloc) propagate to the exported function.
 template <FunctionName Name, class Result, class Body>
 SdaiPrimitiveH Nested(const Result& byDefault, Body&& body) {
     Trace trace(Name.Label());
@@ -41,7 +41,7 @@ SdaiPrimitiveH Nested(const Result& byDefault, Body&& body) {
     return SdaiPrimitiveH(std::move(result));
 }
 
-// What call() gives. Where it throws, that is noted and the default is given.
+// Returns call(). If it throws, notes that memory is exhausted and returns the default.
 template <class Result, class Call>
 SdaiPrimitiveH OrDefault(const Result& byDefault, Call&& call) noexcept {
     try {

@@ -1,3 +1,5 @@
+// The external name of a document or model.
+
 #include "Access.h"
 #include "Function.h"
 #include "Names.h"
@@ -9,7 +11,7 @@ SdaiPrimitiveH GetExternalName(const SdaiPrimitiveH& instance, const SdaiPrimiti
     return Function<"GetExternalName">(SdaiString(), [&](Trace& trace, SdaiString& name) {
         if (instance.exists()) {
             name = TextOf(instance, "ASSIGNED_ID"_name);
-            // The source is asked only for an instance that is there and has no identifier.
+            // The source is read only if the instance exists and has no identifier.
             if (name.length() == 0) {
                 const SdaiPrimitiveH id = GetInst(source, SdaiPrimitiveH(SdaiString("SOURCE_ID")));
                 if (id.UnderlyingTypeName() == "STRING") name = static_cast<const SdaiString&>(id);

@@ -1,3 +1,5 @@
+// The value of an attribute by its name.
+
 #include "Function.h"
 
 using namespace orx;

@@ -1,3 +1,5 @@
+// The items of an ITEM_DEFINED_TRANSFORMATION.
+
 #include "Function.h"
 
 using namespace orx;

@@ -1,3 +1,5 @@
+// The number of members of an aggregate.
+
 #include "Function.h"
 
 using namespace orx;

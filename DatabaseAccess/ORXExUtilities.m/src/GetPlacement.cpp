@@ -1,4 +1,4 @@
-// Placements: composing two axis placements into a rotation and a translation, and finding the
+// Placements: composes two axis placements into a rotation and a translation, and finds the
 // placement of an assembly occurrence in the STEP structure.
 
 #include <pthread.h>
@@ -19,8 +19,8 @@ namespace {
 
 // ---- Reading points and directions
 
-// The first three members of an attribute of a point or direction; a missing one counts as 0, a
-// missing point or direction as the default.
+// The first three members of an attribute of a point or direction. A missing member counts as 0; if
+// the point or direction is missing, returns the default.
 KORMathVector VectorOf(const SdaiPrimitiveH& geometry, const SdaiName& attribute,
                        const KORMathVector& byDefault) {
     const SdaiPrimitiveH value = geometry.GetAttr(attribute);
@@ -44,9 +44,9 @@ KORMathVector LocationOf(const SdaiPrimitiveH& placement) {
 
 KORMathVector Normalised(const KORMathVector& v) { return v / v.Norm(); }
 
-// The frame of an AXIS2_PLACEMENT_3D: its x, y and z axes as columns. The axis is taken as it is;
-// of the reference direction only the part orthogonal to it counts. Nothing guards the divisions:
-// degenerate directions give values that are not finite.
+// The frame of an AXIS2_PLACEMENT_3D: its x, y and z axes as columns. z is the normalised axis; x
+// is the part of the reference direction orthogonal to z. The divisions are unguarded: degenerate
+// directions give values that are not finite.
 KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
     const KORMathVector z = Normalised(DirectionOf(placement, "AXIS"_name, {0, 0, 1}));
     const bool zAlongX = z[1] == 0 && z[2] == 0;
@@ -59,7 +59,7 @@ KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
 
 // ---- Placements
 
-// Results that take memory are there before a call.
+// Results that need memory are allocated before any call.
 const SdaiString kPlacement1Done("GetPlacement1 done");
 const SdaiString kPlacement2Done("GetPlacement2 done");
 
@@ -74,7 +74,7 @@ void AppendTo(SdaiAggrInstance& list, const KORMathVector& v) {
     for (int i = 0; i < 3; ++i) list.Append(SdaiPrimitiveH(v[i]));
 }
 
-// Adds the twelve values of a placement to a list, all or none, and says so row by row.
+// Appends the twelve values of a placement to a list, all or none, and traces each row.
 void AppendTo(SdaiAggrInstance& list, const Placement& placement, Trace* trace = nullptr) {
     list.Reserve(list.GetMemberCount() + kPlacementSize);
     const auto appendRow = [&](const char* name, const KORMathVector& row) {
@@ -102,7 +102,7 @@ void TraceNumbers(Trace& trace, const char* const (&names)[3], const KORMathVect
     for (int i = 0; i < 3; ++i) trace.Line(names[i], " = ", v[i]);
 }
 
-// A list as rows of three values.
+// Traces a list in rows of three values.
 void TraceList(Trace& trace, const char* title, const SdaiAggrInstance& list) {
     trace.Line(title);
     for (long i = 0; i + 3 <= list.GetMemberCount(); i += 3) {
@@ -111,7 +111,7 @@ void TraceList(Trace& trace, const char* title, const SdaiAggrInstance& list) {
     }
 }
 
-// A piece of a line: an instance as its number, "=" and its type name; nothing for none.
+// A piece of a trace line: the instance's number, "=" and its type name; empty for null.
 struct NumberAndType {
     const SdaiEntityInstance* instance;
 
@@ -165,8 +165,8 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
         const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
         const SdaiPrimitiveH items = relationship.GetAttr(role).GetAttr("ITEMS"_name);
 
-        // Which of the two is an item of the representation: on REP_2 the second is looked for
-        // first, on REP_1 the first alone.
+        // Which of the two is an item of the representation. For REP_2, item 2 is tried before item
+        // 1; for REP_1, only item 1 is tried.
         const auto isItem = [&trace, &items](const SdaiPrimitiveH& item) {
             const SdaiAggrInstance* members = items;
             SdaiEntityInstance* sought = item;
@@ -211,7 +211,7 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
         TraceNumbers(trace, {"t_1", "t_2", "t_3"}, translation);
 
         trace.Line("Valuation de la liste de sortie");
-        // Room first: a list that cannot hold the placement keeps what it holds.
+        // Reserve first: if memory runs out, the list keeps its contents.
         output->Reserve(kPlacementSize);
         output->RemoveAll();
         AppendTo(*output, {rotation, translation}, &trace);
@@ -251,7 +251,7 @@ namespace {
 
 constexpr Placement kIdentity;
 
-// The context-dependent shape representation of a link; null when its model has none.
+// The context-dependent shape representation of a link; null if the model has none.
 SdaiEntityInstance* ContextOf(const Trace& trace, SdaiEntityInstance* link) {
     const SdaiEntityInstance* const targets[] = {link};
     SdaiIterator_Of_Users context = Candidates(
@@ -266,7 +266,7 @@ SdaiEntityInstance* ContextOf(const Trace& trace, SdaiEntityInstance* link) {
     return context.GetCurrentMember();
 }
 
-// The shape definition representations of the two sides of a link; null where the model has none.
+// The shape definition representations of both sides of a link; null for a side that has none.
 struct Shapes {
     SdaiEntityInstance* relating = nullptr;
     SdaiEntityInstance* related = nullptr;
@@ -275,8 +275,8 @@ struct Shapes {
 Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relating,
                 SdaiEntityInstance* related) {
     Shapes shapes;
-    // In CONFIG_CONTROL_DESIGN the DEFINITION of a shape definition representation refers to the
-    // product definition shape itself, in other schemas it is a select: the instance is read in
+    // The DEFINITION of a shape definition representation is a direct reference to the product
+    // definition shape in CONFIG_CONTROL_DESIGN, and a select in other schemas. ReferredBy reads
     // both.
     trace.Line(" -> SHAPE_DEFINITION_REPRESENTATION OK ");
     const SdaiEntityInstance* const targets[] = {relating, related};
@@ -292,7 +292,7 @@ Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relati
         trace.Line(" - CurrP_D_S : #", NumberAndType{productShape});
         trace.Line(" - CurrProdDef : #", NumberAndType{definition});
         const auto value = [&] { return SelectedOf(productShape, "DEFINITION"_name); };
-        // One representation never serves both sides.
+        // A representation is never used for both sides.
         if (shapes.relating == nullptr && IsSame0Of(relating, definition, value)) {
             shapes.relating = current;
         } else if (shapes.related == nullptr && IsSame0Of(related, definition, value)) {
@@ -302,23 +302,22 @@ Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relati
     return shapes;
 }
 
-// A cartesian transformation operator says its placement as it is: nothing is normalised, the scale
-// does not count. Where it says nothing, the default is the identity.
+// A cartesian transformation operator states its placement directly: the axes are not normalised
+// and the scale is ignored. Unset attributes default to those of the identity.
 Placement OperatorPlacement(Trace& trace, const SdaiPrimitiveH& transformation) {
     trace.Line("GetAbsPlacement - CARTESIAN_TRANSFORMATION_OPERATOR");
     const KORMathVector origin = PointOf(transformation, "LOCAL_ORIGIN"_name);
     const KORMathVector axis1 = DirectionOf(transformation, "AXIS1"_name, {1, 0, 0});
     const KORMathVector axis2 = DirectionOf(transformation, "AXIS2"_name, {0, 1, 0});
-    // A third axis that is set counts, whatever it holds.
+    // A third axis that is set is used even if it has no direction ratios.
     const SdaiPrimitiveH third = transformation.GetAttr("AXIS3"_name);
     const KORMathVector axis3 =
         third.exists() ? VectorOf(third, "DIRECTION_RATIOS"_name, {0, 0, 0}) : Cross(axis1, axis2);
     return {{axis1, axis2, axis3}, origin};
 }
 
-// Appends the placement that two axis placements state together: the one that belongs to the
-// component is the daughter, the one that belongs to the parent the mother. False, and nothing
-// appended, where the data do not hang together.
+// Appends the placement that two axis placements define together: the component's is the daughter,
+// the parent's the mother. Returns false and appends nothing if the data are inconsistent.
 bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimitiveH& relationship,
                        const SdaiPrimitiveH& transformation, SdaiListClassOfSdaiReal* list) {
     trace.Line("GetAbsPlacement - ITEM_DEFINED_TRANSFORMATION ");
@@ -329,7 +328,7 @@ bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimiti
 
     const Shapes shapes = ShapesOf(trace, *link->FindEntityInstanceModel(), relating, related);
     if (shapes.relating == nullptr) {
-        // The one message that goes past the trace.
+        // The only message that goes to standard error instead of the trace.
         std::cerr << "SHAPE_REPRESENTATION of the RELATING part NOT FOUND" << std::endl;
     }
     if (shapes.related == nullptr) {
@@ -364,8 +363,8 @@ bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimiti
         const SdaiAggrInstance* members = items;
         return members != nullptr && members->IsMember(static_cast<SdaiEntityInstance*>(item));
     };
-    // A first item of the name "DEFAULT_PLACEMENT" is not looked for: only where the second lies
-    // decides.
+    // If item 1 is named "DEFAULT_PLACEMENT", it is not searched for; the representation that
+    // contains item 2 decides alone.
     const SdaiPrimitiveH name = item1.GetAttr("NAME"_name);
     const bool external = !(static_cast<const SdaiString&>(name) == "DEFAULT_PLACEMENT");
     trace.Line(external ? " > External Placement < " : " > Placement RZ < ");
@@ -380,7 +379,7 @@ bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimiti
     return true;
 }
 
-// Appends the placement of a link; false, and nothing appended, where the data do not state one.
+// Appends the placement of a link. Returns false and appends nothing if the data do not state one.
 bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdaiReal* list) {
     if (link == nullptr) {
         trace.Line("Input argument not allocated");
@@ -402,8 +401,8 @@ bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdai
     return true;
 }
 
-// The list that each thread has in reserve, so that a call gives a placement even where there is no
-// memory for a list. The thread that loads the module has one from the start.
+// Each thread keeps one list in reserve, so that a call can return a placement even if there is no
+// memory for a new list. The thread that loads the module has its list from the start.
 pthread_key_t reserveKey;
 bool reservesAreKept = false;
 
@@ -420,7 +419,7 @@ void MakeReserve() {
     if (pthread_setspecific(reserveKey, list) != 0) delete list;
 }
 
-// Keeps the reserves while the module is loaded; that of a thread goes when the thread ends.
+// Keeps the reserves while the module is loaded. A thread's reserve is freed when the thread ends.
 const struct Reserves {
     Reserves() {
         const auto release = [](void* list) { delete static_cast<SdaiListClassOfSdaiReal*>(list); };
@@ -435,8 +434,8 @@ const struct Reserves {
     }
 } reserves;
 
-// An empty list, in one allocation together with the room for a placement, or the one in reserve,
-// which the next call makes anew. Null only where neither is to be had.
+// Returns an empty list, allocated together with room for a placement, or else the thread's
+// reserve, which the next call replaces. Returns null only if neither is available.
 SdaiListClassOfSdaiReal* NewList() {
     if (!reservesAreKept) return AllocateList();
     if (Reserve() == nullptr) MakeReserve();

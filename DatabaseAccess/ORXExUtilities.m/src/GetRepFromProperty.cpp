@@ -1,3 +1,5 @@
+// The DOCUMENT_FILE that a property refers to.
+
 #include "Access.h"
 #include "Function.h"
 

@@ -1,3 +1,5 @@
+// Unique identifiers.
+
 #include "Function.h"
 #include "KORSystem.h"
 

@@ -1,3 +1,5 @@
+// Whether a part of the database has components.
+
 #include "Function.h"
 
 using namespace orx;

@@ -1,3 +1,5 @@
+// Whether an attribute has no value.
+
 #include "Function.h"
 
 using namespace orx;

@@ -1,3 +1,5 @@
+// Whether an instance is one of the items of another.
+
 #include "Function.h"
 #include "SdaiIterator.h"
 

@@ -1,3 +1,5 @@
+// Whether a part of the database has models or documents.
+
 #include <charconv>
 #include <iterator>
 
@@ -17,8 +19,8 @@ SdaiPrimitiveH IsModelDocLinked(const SdaiPrimitiveH& part) {
         result = hasMembers("models"_name);
         const SdaiEntity* entity =
             part.FindEntityInstanceModel()->GetEntityDefinition(type->Name());
-        // The schema decides how many attributes "docsN" there are: the first missing number ends
-        // the search.
+        // The schema determines the number of attributes "docsN": the search ends at the first
+        // number that is missing.
         for (int n = 1; !result && entity != nullptr; ++n) {
             char name[16] = "docs";
             *std::to_chars(name + 4, std::end(name) - 1, n).ptr = '\0';

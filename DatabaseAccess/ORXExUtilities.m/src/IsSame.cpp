@@ -1,5 +1,5 @@
-// Identity comparisons: each follows a short chain of attributes from one or both arguments and
-// asks whether the two ends are one instance.
+// Identity comparisons: each function follows a short chain of attributes from one or both
+// arguments and tests whether both ends are the same instance.
 
 #include "Access.h"
 #include "Same.h"
@@ -20,8 +20,8 @@ SdaiPrimitiveH IsSame0(const SdaiPrimitiveH& a, const SdaiPrimitiveH& b) {
 
 namespace {
 
-// Whether an attribute "DEFINITION" is a select in the schema of the instance's model: its name
-// begins with one of the ten-character prefixes.
+// Whether the attribute "DEFINITION" is a select in the schema of the instance's model, that is,
+// whether the schema's name begins with one of the ten-character prefixes.
 bool DefinitionIsSelect(Trace& trace, const SdaiPrimitiveH& instance,
                         std::initializer_list<const char*> prefixes) {
     const SdaiModel* model = instance.FindEntityInstanceModel();
@@ -37,7 +37,7 @@ SdaiPrimitiveH Definition(const SdaiPrimitiveH& shape, bool isSelect) {
     return isSelect ? SelectedOf(shape, "DEFINITION"_name) : shape.GetAttr("DEFINITION"_name);
 }
 
-// The link behind a context-dependent shape representation.
+// The assembly link of a context-dependent shape representation.
 SdaiPrimitiveH LinkOf(const SdaiPrimitiveH& context) {
     return SelectedOf(context.GetAttr("REPRESENTED_PRODUCT_RELATION"_name), "DEFINITION"_name);
 }
@@ -54,7 +54,8 @@ SdaiLogical Compare(Trace& trace, const SdaiPrimitiveH& a, const SdaiPrimitiveH&
 SdaiPrimitiveH IsSamePart(const SdaiPrimitiveH& definition, const SdaiPrimitiveH& shape) {
     return Function<"IsSamePart">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (definition.exists() && shape.exists()) {
-            // Under "AUTOMOTIVE" too the attribute is read as a plain reference here.
+            // In this function, the attribute is read as a plain reference under "AUTOMOTIVE" as
+            // well.
             const bool isSelect = DefinitionIsSelect(trace, shape, {"PDM_SCHEMA"});
             const SdaiPrimitiveH productShape = Definition(shape, isSelect);
             trace.Line("apres recuperation de definition");
@@ -128,7 +129,7 @@ SdaiPrimitiveH IsSameShapeRep1(const SdaiPrimitiveH& shape, const SdaiPrimitiveH
             const SdaiPrimitiveH first =
                 context.GetAttr("REPRESENTATION_RELATION"_name).GetAttr("REP_1"_name);
             trace.Line("IsSameShapeRep1: entite1.USED_REPRESENTATION: ", TypeNameOf{used});
-            // The other function's name is part of this line.
+            // This line starts with the name of another function.
             trace.Line("IsSameNAUO: entite2.REPRESENTATION_RELATION.REP_1: ", TypeNameOf{first});
             result = Compare(trace, used, first);
         }
@@ -143,7 +144,7 @@ SdaiPrimitiveH IsSameIDT(const SdaiPrimitiveH& transformation, const SdaiPrimiti
                 SelectedOf(relationship, "TRANSFORMATION_OPERATOR"_name);
             trace.Line("IsSameIDT: entite1: ", TypeNameOf{transformation});
             trace.Line("IsSameIDT: entite2.TRANSFORMATION_OPERATOR: ", TypeNameOf{transformer});
-            // The type by its exact name: a subtype is another type.
+            // The exact type: subtypes do not count.
             const SdaiNamedType* type = transformer.GetInstanceType();
             if (type != nullptr && type->Name() == "ITEM_DEFINED_TRANSFORMATION") {
                 result = Compare(trace, transformation, transformer);

@@ -1,3 +1,5 @@
+// Whether a document is associated with the version of a product definition.
+
 #include "Access.h"
 #include "Same.h"
 

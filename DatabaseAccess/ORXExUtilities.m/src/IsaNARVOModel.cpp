@@ -1,3 +1,5 @@
+// Names of model files.
+
 #include "Access.h"
 #include "Function.h"
 
@@ -10,7 +12,7 @@ SdaiPrimitiveH IsaNARVOModel(const SdaiPrimitiveH& name) {
             const KORUnicodeString& text = static_cast<const SdaiString&>(name);
             const int length = text.GetLengthInChar();
             trace.Line("IsaNARVOModel sur: ", text);
-            // The first ".model" at or after the first "." decides, whatever follows it.
+            // Only the first ".model" at or after the first "." counts.
             const int dot = text.SearchSubString(".", 0, KORSearchFirst);
             const int model = dot < 0 ? -1 : text.SearchSubString(".model", dot, KORSearchForward);
             if (model >= 0) {

@@ -1,11 +1,13 @@
+// File names of V5 documents, and their extensions.
+
 #include "Function.h"
 
 using namespace orx;
 
 namespace {
 
-// The extension of a V5 document's file name: what follows the first ".", when it has more than 3
-// characters and begins with "KOR"; empty for any other name.
+// The extension of a V5 document's file name: the part after the first ".", if it begins with "KOR"
+// and is longer than 3 characters; empty for any other name.
 KORUnicodeString V5Extension(Trace& trace, const KORUnicodeString& name) {
     const int end = name.GetLengthInChar();
     const int dot = name.SearchSubString(".", 0, KORSearchFirst);

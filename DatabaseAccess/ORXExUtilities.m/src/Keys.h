@@ -1,5 +1,5 @@
-// What the functions of encoded keys do for those of V5 documents, whose keys stand behind a
-// marker. They throw what they cannot get memory for.
+// Encoded keys for V5 documents, whose keys follow a marker. These functions throw std::bad_alloc
+// when memory runs out.
 
 #ifndef ORX_KEYS_H
 #define ORX_KEYS_H
@@ -8,10 +8,11 @@
 
 namespace orx {
 
-// DecodeKey of the key that a text has from `start` on.
+// DecodeKey for the key that begins at position `start` of a text.
 SdaiPrimitiveH DecodeKey(const KORUnicodeString& text, long start, const SdaiPrimitiveH& place);
 
-// ConcatDocAtb, with a prefix before the key; "EMPTY VALUE" alone when the document is missing.
+// ConcatDocAtb with a prefix before the key; "EMPTY VALUE" without the prefix if the document is
+// missing.
 SdaiPrimitiveH DocumentKey(const SdaiPrimitiveH& document, const KORUnicodeString& prefix);
 
 }  // namespace orx

@@ -1,3 +1,5 @@
+// Conversion of names between database form and file form.
+
 #include "Names.h"
 
 #include <algorithm>
@@ -16,9 +18,9 @@ KORUnicodeString NameConversion::Convert(std::string_view bytes, const KORUnicod
         rest.copy(input_.Characters(), length);
         input_.Characters()[length] = '\0';
         routine(input_.Characters(), output_.Characters());
-        // The result has as many bytes as the name.
+        // The result is exactly as long as the name.
         output_.Characters()[length] = '\0';
-        // A NUL of the name follows it.
+        // If there is more, the NUL that ended this piece is part of the name.
         const bool more = length < rest.size();
         text.Append(std::string_view(output_.Characters(), length + (more ? 1 : 0)));
         if (!more) break;
@@ -44,7 +46,7 @@ KORUnicodeString NameConversion::ToDatabaseName(const KORUnicodeString& fileName
         const KORUnicodeString part = fileName.SubString(start, length);
         return Convert(part.View(), part.IsWide() ? &part : nullptr, {}, cmbrcmd);
     }
-    // The part is converted where it stands.
+    // One byte per character: the part is converted without copying it first.
     const std::string_view bytes = fileName.View();
     const std::size_t first = std::min(static_cast<std::size_t>(std::max(start, 0)), bytes.size());
     const auto count = static_cast<std::size_t>(std::max(length, 0));

@@ -1,4 +1,4 @@
-// Names in database form (with blanks) and in file form (with the byte 0xB1 in their place).
+// Names in database form (with blanks) and in file form (with the byte 0xB1 instead of blanks).
 
 #ifndef ORX_NAMES_H
 #define ORX_NAMES_H
@@ -19,22 +19,22 @@ inline constexpr const char* kFileBlank = "\xB1";
 inline const KORUnicodeString kModelExtension(".model");
 inline constexpr int kExtensionLength = 6;
 
-// Conversions of names up to a length in bytes, by the platform's routines and with one buffer for
-// what they put out. A name of any bytes is converted whole, in one call; of a name that holds
-// NULs, which the routines end at, each piece is converted by itself. A wide name is converted as
-// its bytes, from which it is read back.
+// Converts names of up to `longestName` bytes with the platform's routines, reusing one output
+// buffer. A name is converted in a single call; since the routines stop at NUL, a name that
+// contains NULs is converted piece by piece. A wide name is converted in its byte form, and the
+// result is decoded again.
 class NameConversion {
   public:
     explicit NameConversion(std::size_t longestName) : input_(longestName), output_(longestName) {}
 
-    // The name in file form, with an ending; and the part that SubString(start, length) names in
-    // database form.
+    // ToFileName returns the name in file form, with `ending` appended; ToDatabaseName returns
+    // SubString(start, length) of the file name in database form.
     KORUnicodeString ToFileName(const KORUnicodeString& name, const KORUnicodeString& ending = {});
     KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int start = 0,
                                     int length = INT_MAX);
 
   private:
-    // Room for a name of 80 characters, and for a longer one where there is need, with its NUL.
+    // Room for a name with its NUL: 80 characters in place, longer names on the heap.
     class Buffer {
       public:
         explicit Buffer(std::size_t longestName) {
@@ -55,7 +55,7 @@ class NameConversion {
     Buffer output_;
 };
 
-// The same for one name.
+// Conversions of a single name.
 inline KORUnicodeString ToFileName(const KORUnicodeString& name,
                                    const KORUnicodeString& ending = {}) {
     return NameConversion(name.View().size()).ToFileName(name, ending);
@@ -65,7 +65,7 @@ inline KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int sta
     return NameConversion(fileName.View().size()).ToDatabaseName(fileName, start, length);
 }
 
-// ORX_GetModelName, for the functions that call it: throws what it cannot get memory for.
+// ORX_GetModelName for use by other functions: throws std::bad_alloc when memory runs out.
 SdaiPrimitiveH ModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& direction);
 
 }  // namespace orx

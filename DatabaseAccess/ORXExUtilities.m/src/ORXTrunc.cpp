@@ -1,3 +1,5 @@
+// The first characters of a text.
+
 #include "Function.h"
 
 using namespace orx;

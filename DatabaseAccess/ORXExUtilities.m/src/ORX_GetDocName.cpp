@@ -1,3 +1,5 @@
+// Document names, converted between database form and file form.
+
 #include "Function.h"
 #include "Names.h"
 

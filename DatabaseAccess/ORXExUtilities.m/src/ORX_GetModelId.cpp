@@ -16,7 +16,7 @@ namespace {
 constexpr std::string_view kTag = "_ORXExchangedRep_";
 constexpr std::string_view kTag2 = "_ORXExchangedRep2_";
 
-// The position of a tag; a tag at the very start counts as absent, as does one that is not there.
+// The position of a tag; kNoTag if it is missing. A tag at the very start counts as missing.
 constexpr int kNoTag = 0;
 int PositionOf(std::string_view tag, const KORUnicodeString& identifier) {
     return std::max(identifier.SearchSubString(tag, 0, KORSearchForward), kNoTag);
@@ -42,8 +42,8 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
             const auto has = [entity](const SdaiName& attribute) {
                 return entity != nullptr && entity->AttrDefinition(attribute) != nullptr;
             };
-            // The first two fields are worked out, with what that brings about, and do not go into
-            // the identifier: it starts again with the third.
+            // The first two fields are evaluated for their trace and effects, but are not part of
+            // the identifier, which starts over with the third.
             trace.Line("RECUPERATION DE S_TYPE_REP");
             const SdaiString typeRep = TextOf(model, "S_TYPE_REP"_name);
             trace.Line("RECUPERATION DE S_NEXT");
@@ -97,7 +97,7 @@ SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
                 const KORUnicodeString field =
                     text.SubString(start, end > start ? end - start : INT_MAX);
                 trace.Line("on a la chaine desiree on peut la convertir");
-                result = 0;  // where the field is no number
+                result = 0;  // if the field is not a number
                 KORLocale::sConvertStringToNum(field, &result);
             }
         }

@@ -1,3 +1,5 @@
+// Model names, converted between database form and file form.
+
 #include <algorithm>
 
 #include "Function.h"
@@ -19,7 +21,7 @@ SdaiPrimitiveH orx::ModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& 
                 trace.Line("Nom de model en base: ", given);
                 trace.Line("On remplace les blancs par des ", kFileBlank);
                 result = ToFileName(given, kModelExtension);
-                // Without the extension.
+                // The trace shows the name without its extension.
                 if (trace.IsActive()) {
                     const KORUnicodeString& whole = result;
                     const int length = static_cast<int>(given.length());
@@ -30,8 +32,8 @@ SdaiPrimitiveH orx::ModelName(const SdaiPrimitiveH& name, const SdaiPrimitiveH& 
                 trace.Line("Nom du fichier: ", given);
                 trace.Line("On supprime l'extension .model");
                 trace.Line("Longueur: ", given.length());
-                // The last six characters go, whatever they are: the caller passes names of model
-                // files only.
+                // The last six characters are removed unseen: callers pass only names of model
+                // files.
                 const KORUnicodeString& whole = given;
                 const int length = std::max(whole.GetLengthInChar() - kExtensionLength, 0);
                 if (trace.IsActive()) {

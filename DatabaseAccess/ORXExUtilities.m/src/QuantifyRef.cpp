@@ -1,3 +1,5 @@
+// How often a part of the database is a component of another.
+
 #include "Access.h"
 #include "Same.h"
 

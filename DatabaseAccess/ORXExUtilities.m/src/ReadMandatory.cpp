@@ -1,3 +1,5 @@
+// Values of mandatory attributes.
+
 #include "Function.h"
 
 using namespace orx;

@@ -1,3 +1,5 @@
+// Version texts of imported parts.
+
 #include "Function.h"
 #include "KORDMNarvo.h"
 
@@ -5,7 +7,7 @@ using namespace orx;
 
 SdaiPrimitiveH ReadPartVersion(const SdaiPrimitiveH& version) {
     return Function<"ReadPartVersion">(SdaiString(), [&](Trace& trace, SdaiString& result) {
-        // Asked for on every call, needed or not.
+        // Read on every call, whether needed or not.
         const SdaiString start = KORDMNarvo::GetRevVerStartValue(1, "", "", "", nullptr);
         if (version.exists()) {
             const SdaiString& input = version;

@@ -1,4 +1,4 @@
-// The one test of sameness: two instances are the same when they are one instance.
+// Tests whether two references denote the same entity instance.
 
 #ifndef ORX_SAME_H
 #define ORX_SAME_H
@@ -7,13 +7,13 @@
 
 namespace orx {
 
-// Whether both are there and are the same instance.
+// Whether both exist and are the same instance.
 inline bool AreSame(const SdaiEntityInstance* a, const SdaiEntityInstance* b) {
     return a != nullptr && a->IsSameInstance(b);
 }
 
-// What IsSame0 answers for two instances. The functions that search a whole extent ask it for every
-// instance that they visit: untraced, it is the comparison alone, without a scope or handles.
+// The result of IsSame0 for two instances. Functions that search an extent call it for every
+// instance that they visit; with tracing off, it only compares, without a trace scope or handles.
 inline bool IsSame0Of(SdaiEntityInstance* a, SdaiEntityInstance* b) {
     if (KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return AreSame(a, b);
     return static_cast<const SdaiLogical&>(IsSame0(SdaiPrimitiveH(a), SdaiPrimitiveH(b)));
@@ -24,8 +24,9 @@ inline bool IsSame0Of(const SdaiPrimitiveH& a, const SdaiPrimitiveH& b) {
     return static_cast<const SdaiLogical&>(IsSame0(a, b));
 }
 
-// The same in a search for what holds the instance `a`: `b` is the instance that an attribute
-// holds, null where it holds none. IsSame0 then gets value(), the value of the attribute, as it is.
+// The same for searches that compare `a` with the value of an attribute: `b` is the instance that
+// the attribute holds, or null if it holds none. In that case IsSame0 is called with value(), the
+// unchanged value of the attribute, so that the trace shows it.
 template <class Value>
 bool IsSame0Of(SdaiEntityInstance* a, SdaiEntityInstance* b, Value&& value) {
     if (b != nullptr || KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return IsSame0Of(a, b);

@@ -1,4 +1,4 @@
-// How the functions trace: lines in a scope of the platform's trace service.
+// Tracing for the functions: lines in a scope of the platform's trace service.
 
 #ifndef ORX_TRACE_H
 #define ORX_TRACE_H
@@ -13,7 +13,7 @@
 
 namespace orx {
 
-// The trace of one call. Made when the function is entered, destroyed when it returns.
+// The trace of one call, from entering the function to leaving it.
 class Trace {
   public:
     static constexpr int kLevel = 12;
@@ -22,8 +22,8 @@ class Trace {
 
     bool IsActive() const { return KORPSNTrace::LevelIsActive(scope_.GetLevel()) != 0; }
 
-    // Writes one line: the indentation, the label, a blank and the pieces. Nothing is formatted
-    // unless the level is active; a line that cannot be written is lost and nothing else.
+    // Writes one line: the indentation, the label, a blank and the pieces. Formats nothing unless
+    // the level is active. If a line cannot be written, only that line is lost.
     template <class... Pieces>
     void Line(const Pieces&... pieces) noexcept {
         if (IsActive()) Write(pieces...);
@@ -44,8 +44,8 @@ class Trace {
     KORPSNTrace scope_;
 };
 
-// A piece of a line: the name of the entity type of a value, nothing for no instance. Looked up
-// only when the line is written.
+// A piece of a line: the name of a value's entity type, empty if the value is not an instance. It
+// is looked up only when the line is written.
 struct TypeNameOf {
     const SdaiPrimitiveH& value;
 

@@ -1,4 +1,4 @@
-// Keys of V5 documents: the document's encoded key behind a marker.
+// Keys of V5 documents: a marker followed by the document's encoded key.
 
 #include "Function.h"
 #include "Keys.h"
@@ -28,7 +28,7 @@ SdaiPrimitiveH IsEncodedNARVOV5(const SdaiPrimitiveH& value) {
             trace.Line("the input value exists");
             const KORUnicodeString& text = static_cast<const SdaiString&>(value);
             const int length = kMarker.GetLengthInChar();
-            // The marker is looked for with ORXTrunc; untraced, where it stands.
+            // With tracing on, ORXTrunc runs for its trace; the comparison itself needs no copy.
             if (trace.IsActive() && text.GetLengthInChar() >= length) ORXTrunc(value, length);
             result = SdaiBoolean(text.ComparePart(0, length, kMarker.View()) == 2);
         }

@@ -1,4 +1,4 @@
-// Versions of parts: which part is the revision that follows another, and which part stands for a
+// Versions of parts: which part is the revision directly after another, and which part represents a
 // family of revisions.
 
 #include <algorithm>
@@ -18,16 +18,16 @@ using namespace sdai_names;
 
 namespace {
 
-// What IsVersion has seen so far. Positions and families count from 1: family k has the positions
-// ends[k - 1] + 1 to ends[k] of the revisions (ends[0] counting as 0), and was first seen through
-// the part representatives[k].
+// The families that IsVersion has seen so far. Positions and families are numbered from 1: family k
+// occupies positions ends[k - 1] + 1 to ends[k] of the revisions (with ends[0] = 0) and was first
+// seen through the part representatives[k].
 struct SeenFamilies {
     KORListValKORDMInstance revisions;                 // DMList
     std::vector<SdaiEntityInstance*> representatives;  // SdaiList
     std::vector<int> ends;                             // IndList
 
     void Add(const KORListValKORDMInstance& family, SdaiEntityInstance* part) {
-        // All three grow, or none.
+        // If memory runs out, none of the three grows.
         MakeRoom(representatives);
         MakeRoom(ends);
         revisions.Append(family);
@@ -35,13 +35,13 @@ struct SeenFamilies {
         ends.push_back(revisions.Size());
     }
 
-    // Room for one more, growing by doubling.
+    // Makes room for one more member, doubling the capacity.
     template <class Member>
     static void MakeRoom(std::vector<Member>& members) {
         if (members.size() == members.capacity()) members.reserve(2 * members.size() + 1);
     }
 
-    // The first family whose end is at or behind a position.
+    // The first family that ends at or after a position.
     std::size_t FamilyAt(int position) const {
         return static_cast<std::size_t>(std::lower_bound(ends.begin(), ends.end(), position) -
                                         ends.begin() + 1);
@@ -52,8 +52,8 @@ struct SeenFamilies {
     }
 };
 
-// Engines call while they end, too. So what was seen is never destroyed: it is emptied when the
-// module is unloaded or the process ends, and whoever calls after that finds, and leaves, nothing.
+// Engines may still call functions while the process ends, so this object is never destroyed. It is
+// emptied when the module is unloaded or the process ends, and later calls find it empty.
 alignas(SeenFamilies) std::byte storage[sizeof(SeenFamilies)];
 SeenFamilies& seen = *new (storage) SeenFamilies;
 
@@ -68,7 +68,7 @@ KORDMInstance Identity(const SdaiString& coid, const SdaiString& compid, const S
         nullptr,  nullptr, 0};
 }
 
-// The identity that a `cdma_id` instance records for its part.
+// The identity that a `cdma_id` instance records for its part, which it also traces.
 KORDMInstance IdentityIn(Trace& trace, const SdaiPrimitiveH& record) {
     const SdaiString coid = TextOf(record, "Coid"_name);
     const SdaiString compid = TextOf(record, "Compid"_name);
@@ -81,7 +81,7 @@ KORDMInstance IdentityIn(Trace& trace, const SdaiPrimitiveH& record) {
     return Identity(coid, compid, caenv, catab);
 }
 
-// Whether `newer` follows `older` directly in a list of revisions.
+// The positions of two revisions in a list, and whether `newer` directly follows `older`.
 struct Succession {
     Succession(const KORListValKORDMInstance& revisions, const KORDMInstance& older,
                const KORDMInstance& newer)
@@ -94,8 +94,8 @@ struct Succession {
     int newerPosition;
 };
 
-// The rough version of the test: document management is asked for the whole history. Nothing when
-// it does not know A as newer than B.
+// The rough version of the test: searches the whole history from document management. No value if
+// document management does not report A as newer than B.
 std::optional<bool> FollowsInHistory(Trace& trace, const KORDMInstance& a, const KORDMInstance& b) {
     trace.Line(" >> Listes STATIQUES pas pretes : rough Version ");
     int diagnostic = 0;
@@ -112,8 +112,8 @@ std::optional<bool> FollowsInHistory(Trace& trace, const KORDMInstance& a, const
     return succession.IsDirect();
 }
 
-// The light version: in the families seen so far. The last revision of a family and the first one
-// of the next stand side by side and do not follow each other.
+// The light version: searches the families seen so far. The last revision of a family and the first
+// of the next are adjacent in the list, but do not follow each other.
 bool FollowsInSeen(Trace& trace, const KORDMInstance& a, const KORDMInstance& b) {
     trace.Line(" >> Listes STATIQUES pretes : light Version");
     const Succession succession(seen.revisions, b, a);
@@ -134,9 +134,9 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
         const SdaiEntityInstance* b = partB;
         if (AreSame(a, b)) return trace.Line(" Entites identiques !! ");
 
-        // A counts 1 and B 4, and as much again when it is met first: 10 when both are found. A
-        // record met later for a part that is found already leaves a score that asks for nothing,
-        // or for the other part, which it is not.
+        // A record of A scores 1 and a record of B scores 4, doubled when the identity is read from
+        // it; both are found at 10. A further record of a part already found leads to a score at
+        // which nothing is read from it.
         std::optional<KORDMInstance> identityA;
         std::optional<KORDMInstance> identityB;
         int score = 0;
@@ -181,8 +181,8 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
 
 namespace {
 
-// Notes the family of a part whose revision was not seen before. False when document management
-// does not know it.
+// Records the family of a part whose revision was not seen before. Returns false if document
+// management does not know it.
 bool SeeFamily(Trace& trace, const KORDMInstance& identity, SdaiEntityInstance* part) {
     KORListValKORDMInstance family;
     if (identity.GetAllRevision(family, 0, 1, 0) != 0) {
@@ -209,7 +209,7 @@ SdaiPrimitiveH IsVersion(const SdaiPrimitiveH& part, const SdaiPrimitiveH& flag)
         const SdaiEntityInstance* const parts[] = {sought};
         SdaiIterator_Of_Users current = Candidates(trace, part.FindEntityInstanceModel(),
                                                    "cdma_id"_name, "CdmaObject"_name, parts);
-        // The walk goes on after a match.
+        // The loop continues after a match.
         while (current.Next()) {
             SdaiEntityInstance* record = current.GetCurrentMember();
             if (!AreSame(ReferredBy(record, "CdmaObject"_name), sought)) continue;
