@@ -44,7 +44,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     host::Session session;
     session.Add(Model("step", kStep));
     session.Add(Model("db", kDatabase));
-    const host::Printer printer(session, silent && size % 2 == 0);
+    host::Printer printer(session, host::Form{static_cast<int>(silent ? size % 4 : 0)});
     host::Evaluator evaluator(TheModule(), session, printer);
     host::ScriptReader reader(AsText(data, size), {}, session.ModelNames());
     for (int i = 0; i < kMostStatements && IsSmall(session); ++i) {

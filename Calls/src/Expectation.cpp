@@ -110,4 +110,55 @@ std::string Expectation(const kor::Domain& domain) {
     return "a value";
 }
 
+namespace {
+
+std::string Choices(const char* keyword, const std::vector<std::string>& names) {
+    constexpr std::size_t kShown = 4;
+    std::string text = keyword;
+    for (std::size_t i = 0; i < std::min(names.size(), kShown); ++i) {
+        text += (i == 0 ? " (" : ", ") + names[i];
+    }
+    if (names.size() > kShown) text += ", ...";
+    return names.empty() ? text : text + ')';
+}
+
+std::string DeclaredAggregate(const kor::Domain& domain) {
+    static constexpr const char* kKinds[] = {"ARRAY", "BAG", "LIST", "SET"};
+    const kor::AggregateForm& form = domain.form;
+    const std::string most =
+        form.most == kor::AggregateForm::kUnbounded ? "?" : std::to_string(form.most);
+    // Of an array its length is known alone.
+    const std::uint64_t least = form.kind == kor::AggregateForm::Kind::Array ? 1 : form.least;
+    return kKinds[static_cast<std::size_t>(form.kind)] + (" [" + std::to_string(least)) + ':' +
+           most + "] OF " + DeclaredType(domain.element);
+}
+
+}  // namespace
+
+std::string DeclaredType(const kor::Domain* domain) {
+    if (domain == nullptr) return "GENERIC";
+    switch (domain->base) {
+        case Base::Integer: return "INTEGER";
+        case Base::Real: return "REAL";
+        case Base::Number: return "NUMBER";
+        case Base::String: return "STRING";
+        case Base::Boolean: return "BOOLEAN";
+        case Base::Logical: return "LOGICAL";
+        case Base::Binary: return "BINARY";
+        case Base::Enumeration: return Choices("ENUMERATION", domain->items);
+        case Base::Entity: return std::string(domain->entity->Name().View());
+        case Base::Aggregate: return DeclaredAggregate(*domain);
+        case Base::Select: {
+            std::vector<std::string> names;
+            for (const auto& [name, choice] : domain->choices) names.push_back(name);
+            for (const kor::EntityType* entity : domain->entities) {
+                names.emplace_back(entity->Name().View());
+            }
+            return Choices("SELECT", names);
+        }
+        case Base::Generic: break;
+    }
+    return "GENERIC";
+}
+
 }  // namespace calls

@@ -18,6 +18,11 @@ bool Fits(const SdaiPrimitiveH& value, const kor::Domain* domain);
 // What the domain declares, for messages: "a list of an instance of PRODUCT_CONTEXT".
 std::string Expectation(const kor::Domain& domain);
 
+// What the domain declares, as an EXPRESS schema (ISO 10303-11) would write it without names of
+// defined types: "LIST [1:?] OF PRODUCT", "SELECT (LENGTH_MEASURE, PRODUCT, ...)". A select or
+// enumeration of many members is cut short. Null: "GENERIC".
+std::string DeclaredType(const kor::Domain* domain);
+
 }  // namespace calls
 
 #endif

@@ -14,6 +14,8 @@ int Check(const Options& options);
 int Tree(const Options& options);
 int Report(const Options& options);
 int CallOrRun(const Options& options);
+int ShowInstances(const Options& options);
+int Users(const Options& options);
 int Shell(const Options& options);
 
 }  // namespace host

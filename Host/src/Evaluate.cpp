@@ -1,8 +1,5 @@
 // orx call and orx run.
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <iostream>
 #include <memory>
 
@@ -22,39 +19,18 @@ struct Source {
     Position start;
 };
 
-// The whole of a script: one that cannot be read to its end is not begun.
-std::string ReadScript(const std::string& file) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
-        file == "-" ? stdin : std::fopen(file.c_str(), "rb"), &std::fclose);
-    const auto refuse = [&file] {
-        Refuse((file == "-" ? "the standard input" : file) +
-               ": cannot be read: " + std::strerror(errno));
-    };
-    if (opened == nullptr) refuse();
-    std::string text;
-    constexpr std::size_t kBlock = 1 << 16;
-    for (std::size_t size = 0;;) {
-        text.resize(size + kBlock);
-        size += std::fread(text.data() + size, 1, kBlock, opened.get());
-        if (std::ferror(opened.get())) refuse();
-        text.resize(size);
-        if (std::feof(opened.get())) return text;
-    }
-}
-
 std::vector<Source> Sources(const Options& options) {
     std::vector<Source> sources;
     for (const std::string& expression : options.expressions) {
         sources.push_back({"<command line>", expression, {sources.size() + 1, 1}});
     }
     if (options.script.empty()) return sources;
-    const std::string name = options.script == "-" ? "<standard input>" : options.script;
-    sources.push_back({name, ReadScript(options.script), {}});
+    sources.push_back({TextName(options.script), ReadText(options.script), {}});
     return sources;
 }
 
 int Evaluate(Session& session, const Options& options, const calls::Module& module) {
-    const Printer printer(session, options.json);
+    Printer printer(session, FormOf(options));
     int status = kDone;
     std::string sourceName;
     const auto complain = [&](const char* kind, const ScriptError& error) {
@@ -64,6 +40,7 @@ int Evaluate(Session& session, const Options& options, const calls::Module& modu
     };
     const auto fail = [&](const ScriptError& error) {
         complain("", error);
+        printer.PrintError(sourceName, error);
         status = kStatementFailed;
     };
     Leniency leniency;

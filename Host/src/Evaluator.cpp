@@ -63,6 +63,11 @@ void Evaluator::RunEach(const Statement& statement) {
         const std::string& name;
         Variables::node_type hidden;
     } scope(variables_, statement.variable);
+    struct Rows {
+        Rows(Printer& all, const Statement& each) : printer(all) { printer.Begin(each); }
+        ~Rows() { printer.End(); }
+        Printer& printer;
+    } rows(printer_, statement);
     while (members.Next()) {
         const SdaiPrimitiveH member = members.GetCurrentValue();
         variables_[statement.variable] = member;
@@ -163,6 +168,16 @@ SdaiEntityInstance& Evaluator::TargetOf(const Item& item) const {
 
 // ---- Expressions
 
+SdaiPrimitiveH Evaluator::ValueOf(std::string_view expression, Position position) const {
+    ScriptReader reader(expression, position, session_.ModelNames());
+    const std::optional<Statement> statement = reader.Next();
+    if (!statement.has_value() || statement->isEach ||
+        statement->items.front().kind != Item::Kind::Print) {
+        throw ScriptError(position, "an expression expected");
+    }
+    return Evaluate(*statement->items.front().value);
+}
+
 std::vector<std::string> Evaluator::VariableNames() const {
     std::vector<std::string> names;
     for (const auto& [name, value] : variables_) names.push_back(name);
@@ -219,7 +234,12 @@ SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {
     if (found != variables_.end()) return found->second;
     std::vector<std::string> known = calls::FunctionNames();
     for (std::string& name : VariableNames()) known.push_back(std::move(name));
-    Unknown(expression.position, "name", expression.name, known);
+    const std::string nearest = kor::DidYouMean(expression.name, known);
+    throw ScriptError(
+        expression.position,
+        "unknown name '" + expression.name + "'" +
+            (nearest.empty() ? " (a text stands between single quotes: '" + expression.name + "')"
+                             : nearest));
 }
 
 SdaiPrimitiveH Evaluator::FindInstance(const Expression& expression) const {
@@ -459,7 +479,9 @@ const NamedModel& Evaluator::ModelNamed(const std::optional<std::string>& name,
                                         Position position) const {
     if (!name.has_value() || name->empty()) {
         if (session_.Models().empty()) {
-            throw ScriptError(position, "there is no model (give one with --model)");
+            throw ScriptError(
+                position,
+                "there is no model (--model FILE gives one, --new NAME=SCHEMA an empty one)");
         }
         return session_.Models().front();
     }

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "Module.h"
 #include "Output.h"
@@ -26,7 +27,7 @@ struct Leniency {
 
 class Evaluator {
   public:
-    Evaluator(const calls::Module& module, Session& session, const Printer& printer,
+    Evaluator(const calls::Module& module, Session& session, Printer& printer,
               Leniency leniency = {})
         : module_(module), session_(session), printer_(printer), leniency_(std::move(leniency)) {}
 
@@ -35,6 +36,9 @@ class Evaluator {
 
     // A value; a model is an error.
     SdaiPrimitiveH Evaluate(const Expression& expression) const;
+
+    // The value of an expression that is text by itself. Throws ScriptError where it is none.
+    SdaiPrimitiveH ValueOf(std::string_view expression, Position position) const;
 
     // What LET has named.
     std::vector<std::string> VariableNames() const;
@@ -79,7 +83,7 @@ class Evaluator {
 
     const calls::Module& module_;
     Session& session_;
-    const Printer& printer_;
+    Printer& printer_;
     const Leniency leniency_;
     Variables variables_;
 };

@@ -3,7 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 
@@ -63,22 +66,6 @@ class Progress {
         std::chrono::steady_clock::now() + std::chrono::seconds(1);
 };
 
-NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient) {
-    NamedModel model;
-    const Named named = Split(argument);
-    model.file = named.value;
-    model.name =
-        named.name.empty() ? std::filesystem::path(named.value).stem().string() : named.name;
-    Progress progress(model.file);
-    exchange::ReadOptions options;
-    options.lenient = lenient;
-    options.progress = [&progress](std::uint64_t read) { progress.Show(read); };
-    exchange::Messages messages;
-    model.dataSet = exchange::ReadDataSet(model.file, session.schemas, options, messages);
-    Tell(messages);
-    return model;
-}
-
 NamedModel NewModel(const Session& session, const std::string& argument) {
     const Named named = Split(argument);
     if (named.name.empty()) Refuse("--new takes NAME=SCHEMA, found '" + argument + "'");
@@ -109,14 +96,66 @@ bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) 
     return place(a) == place(b);
 }
 
+bool IsStandardInput(const std::string& file) { return file == "-"; }
+
 }  // namespace
+
+std::string TextName(const std::string& file) {
+    return IsStandardInput(file) ? "<standard input>" : file;
+}
+
+std::string ReadText(const std::string& file) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
+        IsStandardInput(file) ? stdin : std::fopen(file.c_str(), "rb"), &std::fclose);
+    const auto refuse = [&file] {
+        Refuse((IsStandardInput(file) ? "the standard input" : file) +
+               ": cannot be read: " + std::strerror(errno));
+    };
+    if (opened == nullptr) refuse();
+    std::string text;
+    constexpr std::size_t kBlock = 1 << 16;
+    for (std::size_t size = 0;;) {
+        text.resize(size + kBlock);
+        size += std::fread(text.data() + size, 1, kBlock, opened.get());
+        if (std::ferror(opened.get())) refuse();
+        text.resize(size);
+        if (std::feof(opened.get())) return text;
+    }
+}
+
+NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient) {
+    NamedModel model;
+    const Named named = Split(argument);
+    model.file = named.value;
+    model.name = named.name;
+    if (model.name.empty()) {
+        model.name = IsStandardInput(model.file)
+                         ? "stdin"
+                         : std::filesystem::path(model.file).stem().string();
+    }
+    Progress progress(model.file);
+    exchange::ReadOptions options;
+    options.lenient = lenient;
+    options.progress = [&progress](std::uint64_t read) { progress.Show(read); };
+    exchange::Messages messages;
+    model.dataSet = IsStandardInput(model.file)
+                        ? exchange::ParseDataSet(ReadText(model.file), TextName(model.file),
+                                                 session.schemas, options, messages)
+                        : exchange::ReadDataSet(model.file, session.schemas, options, messages);
+    Tell(messages);
+    return model;
+}
 
 void CheckTargets(const Options& options) {
     std::vector<std::string> sources = options.schemas;
     for (const Options::Model& model : options.models) {
         if (!model.isNew) sources.push_back(Split(model.argument).value);
     }
-    if (!options.script.empty() && options.script != "-") sources.push_back(options.script);
+    if (!options.script.empty()) sources.push_back(options.script);
+    if (std::count_if(sources.begin(), sources.end(), IsStandardInput) > 1) {
+        Refuse("the standard input (-) can be read once");
+    }
+    std::erase_if(sources, IsStandardInput);
     std::vector<std::string> targets;
     const auto add = [&](const std::string& target) {
         for (const std::string& other : targets) {
@@ -138,7 +177,10 @@ void CheckTargets(const Options& options) {
 void Load(Session& session, const Options& options) {
     for (const std::string& file : options.schemas) {
         exchange::Messages messages;
-        for (exchange::SchemaPtr& schema : exchange::ReadSchemas(file, messages)) {
+        std::vector<exchange::SchemaPtr> schemas =
+            IsStandardInput(file) ? exchange::ParseSchemas(ReadText(file), TextName(file), messages)
+                                  : exchange::ReadSchemas(file, messages);
+        for (exchange::SchemaPtr& schema : schemas) {
             session.schemas.Add(std::move(schema));
         }
         Tell(messages);

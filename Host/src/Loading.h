@@ -5,6 +5,7 @@
 #define HOST_LOADING_H
 
 #include <memory>
+#include <string>
 
 #include "Module.h"
 #include "Options.h"
@@ -15,6 +16,14 @@ namespace host {
 // Refuses a command line that would write over what it reads (a trace or a page in the place of a
 // data set, schema or script), or two things into one file.
 void CheckTargets(const Options& options);
+
+// The whole of a file or, for "-", of the standard input: one that cannot be read to its end is
+// refused. And what it is called in messages.
+std::string ReadText(const std::string& file);
+std::string TextName(const std::string& file);
+
+// A data set as the command line names it: [NAME=]FILE.
+NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient);
 
 // Reads the schemas and the data sets.
 void Load(Session& session, const Options& options);

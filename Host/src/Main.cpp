@@ -4,16 +4,20 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <charconv>
 #include <csignal>
+#include <filesystem>
 #include <iostream>
 #include <new>
-#include <sstream>
+#include <string>
+#include <vector>
 
 #include "Commands.h"
 #include "Console.h"
 #include "Loading.h"
+#include "Names.h"
 #include "Options.h"
-#include "Printable.h"
 
 namespace host {
 
@@ -22,9 +26,10 @@ namespace {
 constexpr const char* kFirstSteps =
     "orx looks at product data and calls mapping functions on them. What to do next:\n"
     "\n"
-    "  orx tree -m FILE.stp                      the assembly structure of a STEP file\n"
-    "  orx report -m FILE.stp -o report.html     the same with a drawing, as a page for a browser\n"
-    "  orx shell -m FILE.stp                     ask for instances and call functions; try `help`\n"
+    "  orx FILE.stp              what a STEP file holds\n"
+    "  orx tree FILE.stp         its assembly structure\n"
+    "  orx report FILE.stp       the same with a drawing, as a page for a browser: FILE.html\n"
+    "  orx shell FILE.stp        ask for instances and call functions; try `help`\n"
     "\n"
     "`orx --help` lists all commands, `orx COMMAND --help` their options.\n";
 
@@ -55,8 +60,46 @@ CLI::Option* AddSchemaAndModelOptions(CLI::App& command, Options& options) {
     return model;
 }
 
+// Data sets without -m: orx tree FILE.
+void AddFiles(CLI::App& command, Options& options) {
+    command.add_option_function<std::vector<std::string>>(
+        "FILE",
+        [&options](const std::vector<std::string>& files) {
+            for (const std::string& file : files) options.models.push_back({false, file});
+        },
+        "data sets (\"-\": standard input)");
+}
+
+// A whole number from 0, or a number: a message names what was found instead.
+CLI::Validator Natural() {
+    return CLI::Validator(
+        [](const std::string& text) {
+            const bool digits = !text.empty() && text.size() <= 18 &&
+                                text.find_first_not_of("0123456789") == std::string::npos;
+            return digits ? "" : "a whole number from 0 expected, found '" + text + "'";
+        },
+        "");
+}
+CLI::Validator NotNegative() {
+    return CLI::Validator(
+        [](const std::string& text) {
+            double number = 0;
+            const char* end = text.data() + text.size();
+            const auto read = std::from_chars(text.data(), end, number);
+            const bool right = read.ec == std::errc() && read.ptr == end && number >= 0;
+            return right ? "" : "a number from 0 expected, found '" + text + "'";
+        },
+        "");
+}
+
 void AddJsonFlag(CLI::App& command, Options& options) {
     command.add_flag("--json", options.json, "one JSON object a result (UTF-8)");
+}
+
+void AddFormFlags(CLI::App& command, Options& options) {
+    AddJsonFlag(command, options);
+    command.add_flag("--csv", options.csv, "rows as CSV, headers first")
+        ->excludes(command.get_option("--json"));
 }
 
 void AddInPlaceFlag(CLI::App& command, Options& options) {
@@ -86,11 +129,79 @@ void AddEvaluationOptions(CLI::App& command, Options& options) {
         ->allow_extra_args(false);
     AddInPlaceFlag(command, options);
     AddModuleOption(command, options);
-    AddJsonFlag(command, options);
+    AddFormFlags(command, options);
 }
 
 void AddKeepGoingFlag(CLI::App& command, Options& options) {
     command.add_flag("--keep-going", options.keepGoing, "go on after a statement that fails");
+}
+
+std::vector<std::string> NamesOf(const std::vector<const CLI::App*>& commands) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : commands) names.push_back(command->get_name());
+    return names;
+}
+
+// `orx FILE` describes it. Anything else that is no command is a slip of the pen.
+std::vector<std::string> WithCommand(std::vector<std::string> arguments, const CLI::App& app) {
+    const std::string& first = arguments.front();
+    const std::vector<std::string> commands = NamesOf(app.get_subcommands(nullptr));
+    const bool isOption = first.starts_with('-') && first != "-";
+    if (isOption || std::find(commands.begin(), commands.end(), first) != commands.end()) {
+        return arguments;
+    }
+    std::error_code error;
+    if (first == "-" || std::filesystem::exists(first, error)) {
+        arguments.insert(arguments.begin(), "describe");
+        return arguments;
+    }
+    const std::string nearest = kor::DidYouMean(first, commands);
+    Refuse("'" + first + "' is no command and no file" +
+           (nearest.empty() ? " (orx --help lists the commands)" : nearest));
+}
+
+// The command that was meant, or orx itself.
+const CLI::App& Parsed(const CLI::App& app) {
+    const std::vector<CLI::App*> commands = app.get_subcommands();
+    return commands.empty() ? app : *commands.front();
+}
+
+[[noreturn]] void RefuseUsage(const CLI::App& app, const CLI::ParseError& error) {
+    const CLI::App& command = Parsed(app);
+    const std::string help =
+        " (orx " + (&command == &app ? "" : command.get_name() + ' ') + "--help)";
+    const std::vector<std::string> extras = command.remaining();
+    const auto option = std::find_if(extras.begin(), extras.end(), [](const std::string& extra) {
+        return extra.starts_with('-');
+    });
+    if (option != extras.end()) {
+        std::vector<std::string> known;
+        for (const CLI::Option* each : command.get_options()) {
+            for (const std::string& name : each->get_lnames()) known.push_back("--" + name);
+        }
+        const std::string name = option->substr(0, option->find('='));
+        const std::string nearest = kor::DidYouMean(name, known);
+        Refuse("unknown option '" + name + "'" + (nearest.empty() ? help : nearest));
+    }
+    std::string message = error.what();
+    message.resize(std::min(message.find('\n'), message.size()));
+    Refuse(message + help);
+}
+
+// Commands that look at data sets need one.
+void NeedModel(const CLI::App& command, const Options& options) {
+    if (options.models.empty()) {
+        Refuse("a data set is missing: orx " + command.get_name() + " FILE");
+    }
+}
+
+// Of show and users without -m the first argument is the data set.
+void TakeFile(Options& options) {
+    if (options.models.empty() && !options.expressions.empty()) {
+        options.models.push_back({false, options.expressions.front()});
+        options.expressions.erase(options.expressions.begin());
+    }
+    if (options.expressions.empty()) Refuse("an instance is missing, such as '#12'");
 }
 
 // Gives the standard streams that are closed a place that cannot be used, lest a file that is
@@ -123,20 +234,22 @@ int Main(int argc, char** argv) {
     functions->add_flag("--json", options.json, "one JSON object a function");
     CLI::App* describe =
         app.add_subcommand("describe", "schema, instance counts by type, undeclared types");
-    AddSchemaAndModelOptions(*describe, options)->required();
+    AddSchemaAndModelOptions(*describe, options);
+    AddFiles(*describe, options);
     AddJsonFlag(*describe, options);
     CLI::App* tree = app.add_subcommand("tree", "the assembly structure");
-    AddSchemaAndModelOptions(*tree, options)->required();
+    AddSchemaAndModelOptions(*tree, options);
+    AddFiles(*tree, options);
     tree->add_flag("--placements", options.placements,
                    "each occurrence in a line of its own, with its placement in its parent: the "
                    "columns of a rotation, then a translation");
     tree->add_option("--depth", options.depth, "how many levels are shown below a root")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber.description(""))
+        ->check(Natural())
         ->capture_default_str();
     tree->add_option("--lines", options.lines, "how many lines of a tree are shown")
         ->type_name("N")
-        ->check(CLI::NonNegativeNumber.description(""))
+        ->check(Natural())
         ->capture_default_str();
     AddModuleOption(*tree, options);
     tree->add_flag("--json", options.json, "one JSON object a line of the tree (UTF-8)");
@@ -155,7 +268,7 @@ int Main(int argc, char** argv) {
     addDataSet("RIGHT", "the one that it is compared with");
     diff->add_option("--tolerance", options.tolerance, "by how much reals may differ")
         ->type_name("NUMBER")
-        ->check(CLI::NonNegativeNumber.description(""));
+        ->check(NotNegative());
     AddJsonFlag(*diff, options);
     CLI::App* check = app.add_subcommand("check", "what the schema of a data set does not allow");
     AddSchemaOption(*check, options);
@@ -170,12 +283,28 @@ int Main(int argc, char** argv) {
     AddJsonFlag(*check, options);
     CLI::App* report = app.add_subcommand(
         "report", "a page for a browser: structure, drawing, configurations, versions");
-    AddSchemaAndModelOptions(*report, options)->required();
-    report->add_option("-o,--output", options.output, "the page (\"-\": standard output)")
-        ->type_name("FILE.html")
-        ->required();
+    AddSchemaAndModelOptions(*report, options);
+    AddFiles(*report, options);
+    report
+        ->add_option("-o,--output", options.output,
+                     "the page (\"-\": standard output); unless given, a new file that is named "
+                     "after the data set")
+        ->type_name("FILE.html");
     AddInPlaceFlag(*report, options);
     AddModuleOption(*report, options);
+    const auto addInspection = [&](const char* name, const char* description) {
+        CLI::App* command = app.add_subcommand(name, description);
+        AddSchemaAndModelOptions(*command, options);
+        command
+            ->add_option("INSTANCE", options.expressions,
+                         "#12, 12, @model#12 or an expression; without -m, the data set before it")
+            ->required();
+        AddModuleOption(*command, options);
+        AddFormFlags(*command, options);
+        return command;
+    };
+    CLI::App* show = addInspection("show", "an instance: attributes, types, what it refers to");
+    CLI::App* users = addInspection("users", "who refers to an instance, and through what");
     CLI::App* call = app.add_subcommand("call", "evaluate expressions, one result a line");
     AddEvaluationOptions(*call, options);
     AddKeepGoingFlag(*call, options);
@@ -186,19 +315,23 @@ int Main(int argc, char** argv) {
     run->add_option("SCRIPT", options.script, "the file (\"-\": standard input)")->required();
     CLI::App* shell = app.add_subcommand("shell", "the same as they are typed");
     AddEvaluationOptions(*shell, options);
+    AddFiles(*shell, options);
 
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> arguments = WithCommand({argv + 1, argv + argc}, app);
+        std::reverse(arguments.begin(), arguments.end());
+        app.parse(std::move(arguments));
     } catch (const CLI::Success& success) {
         app.exit(success);
         return Flush() ? kDone : kUnusable;
     } catch (const CLI::ParseError& error) {
-        // Its message may hold any argument.
-        std::ostringstream message;
-        app.exit(error, message, message);
-        std::istringstream lines(message.str());
-        for (std::string line; std::getline(lines, line);) std::cerr << Printable(line) << '\n';
-        return kUnusable;
+        RefuseUsage(app, error);
+    }
+    for (const CLI::App* command : {show, users}) {
+        if (command->parsed()) TakeFile(options);
+    }
+    for (const CLI::App* command : {describe, tree, report, show, users}) {
+        if (command->parsed()) NeedModel(*command, options);
     }
     CheckTargets(options);
     if (functions->parsed()) return Functions(options);
@@ -207,6 +340,8 @@ int Main(int argc, char** argv) {
     if (diff->parsed()) return Diff(options);
     if (check->parsed()) return Check(options);
     if (report->parsed()) return Report(options);
+    if (show->parsed()) return ShowInstances(options);
+    if (users->parsed()) return Users(options);
     if (shell->parsed()) return Shell(options);
     return CallOrRun(options);
 }

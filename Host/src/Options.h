@@ -18,6 +18,7 @@ struct Options {
     std::vector<Model> models;
     std::vector<std::string> schemas;
     bool json = false;
+    bool csv = false;
     bool lenient = false;
     std::string module;
 

@@ -1,5 +1,7 @@
 #include "Output.h"
 
+#include <unistd.h>
+
 #include <iostream>
 
 #include "Cell.h"
@@ -31,14 +33,29 @@ std::string InstanceName(const SdaiEntityInstance& instance, const Session& sess
     return name + '#' + std::to_string(instance.GetInstanceNameId());
 }
 
-void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& session) {
+// A text between quotes, those in it doubled.
+void AppendReadable(std::string& to, std::string_view utf8) {
+    to += '\'';
+    for (const char c : utf8) to.append(c == '\'' ? 2 : 1, c);
+    to += '\'';
+}
+
+// Texts as exchange files write them, or with their characters.
+enum class Texts { Encoded, Readable };
+
+void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& session,
+                 Texts texts) {
     switch (KindOf(value)) {
         case Kind::Integer: exchange::AppendInteger(to, value); break;
         case Kind::Real: exchange::AppendReal(to, value); break;
         case Kind::Logical:
         case Kind::Boolean: exchange::AppendLogical(to, value); break;
         case Kind::String:
-            exchange::AppendString(to, static_cast<const KORUnicodeString&>(TextOf(value)));
+            if (texts == Texts::Readable) {
+                AppendReadable(to, Readable(TextOf(value).ToUtf8()));
+            } else {
+                exchange::AppendString(to, static_cast<const KORUnicodeString&>(TextOf(value)));
+            }
             break;
         case Kind::Enumeration: exchange::AppendEnumeration(to, TextOf(value).View()); break;
         case Kind::Binary: exchange::AppendBinary(to, TextOf(value).View()); break;
@@ -51,7 +68,7 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
             to += '(';
             for (long i = 0; i < members.GetMemberCount(); ++i) {
                 if (i != 0) to += ',';
-                AppendValue(to, members.GetMember(i), session);
+                AppendValue(to, members.GetMember(i), session, texts);
             }
             to += ')';
             break;
@@ -63,7 +80,9 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
     }
 }
 
-void Write(Json& json, const SdaiPrimitiveH& value, const Session& session) {
+}  // namespace
+
+void WriteValue(Json& json, const SdaiPrimitiveH& value, const Session& session) {
     switch (KindOf(value)) {
         case Kind::Integer: json.Integer(static_cast<long>(value)); break;
         case Kind::Real: json.Real(value); break;
@@ -96,7 +115,7 @@ void Write(Json& json, const SdaiPrimitiveH& value, const Session& session) {
             json.Array([&] {
                 const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
                 for (long i = 0; i < members.GetMemberCount(); ++i) {
-                    Write(json, members.GetMember(i), session);
+                    WriteValue(json, members.GetMember(i), session);
                 }
             });
             break;
@@ -111,6 +130,8 @@ void Write(Json& json, const SdaiPrimitiveH& value, const Session& session) {
     }
 }
 
+namespace {
+
 std::string KindName(const SdaiPrimitiveH& value) {
     const SdaiString kind =
         KindOf(value) == Kind::Instance ? "INSTANCE" : value.UnderlyingTypeName();
@@ -121,7 +142,7 @@ std::string KindName(const SdaiPrimitiveH& value) {
 
 std::string ToText(const SdaiPrimitiveH& value, const Session& session) {
     std::string text;
-    AppendValue(text, value, session);
+    AppendValue(text, value, session, Texts::Encoded);
     return text;
 }
 
@@ -133,34 +154,83 @@ std::string NameToUtf8(std::string_view name) {
 
 std::string ReadableName(std::string_view name) { return Printable(NameToUtf8(name)); }
 
-void Printer::Print(Position position, const SdaiPrimitiveH& value) const {
-    if (!json_) {
-        std::cout << ToText(value, session_) << '\n';
+Form FormOf(const Options& options) {
+    if (options.json) return Form::Json;
+    if (options.csv) return Form::Csv;
+    return isatty(STDOUT_FILENO) != 0 ? Form::Aligned : Form::Tabs;
+}
+
+std::string ToShown(const SdaiPrimitiveH& value, const Session& session, Form form) {
+    if (form == Form::Tabs) return ToText(value, session);
+    if (form == Form::Csv) {
+        if (!value.exists()) return "";
+        if (KindOf(value) == Kind::String) return Readable(TextOf(value).ToUtf8());
+    }
+    std::string text;
+    AppendValue(text, value, session, Texts::Readable);
+    return text;
+}
+
+void Printer::Print(Position position, const SdaiPrimitiveH& value) {
+    if (form_ != Form::Json) {
+        const std::string text = ToShown(value, session_, form_);
+        std::cout << (form_ == Form::Csv ? CsvField(text) : text) << '\n';
         return;
     }
     Json json;
     json.Object([&] {
         json.Name("line").Count(position.line);
         json.Name("kind").Text(KindName(value));
-        Write(json.Name("value"), value, session_);
+        WriteValue(json.Name("value"), value, session_);
     });
     std::cout << json.Line() << '\n';
 }
 
+void Printer::Begin(const Statement& each) {
+    names_.clear();
+    for (const Item& item : each.items) {
+        if (item.kind == Item::Kind::Print) names_.push_back(Readable(NameToUtf8(item.text)));
+    }
+    std::vector<std::string> headers = names_;
+    headers.insert(headers.begin(), each.variable);
+    rows_ = std::make_unique<Columns>(form_, std::move(headers));
+}
+
+void Printer::End() { rows_.reset(); }
+
 void Printer::Print(Position position, const SdaiPrimitiveH& member,
-                    std::span<const SdaiPrimitiveH> values) const {
-    if (!json_) {
-        std::string line = ToText(member, session_);
-        for (const SdaiPrimitiveH& value : values) line += '\t' + ToText(value, session_);
-        std::cout << line << '\n';
+                    std::span<const SdaiPrimitiveH> values) {
+    if (form_ != Form::Json) {
+        std::vector<std::string> fields{ToShown(member, session_, form_)};
+        for (const SdaiPrimitiveH& value : values) {
+            fields.push_back(ToShown(value, session_, form_));
+        }
+        rows_->Add(std::move(fields));
         return;
     }
     Json json;
     json.Object([&] {
         json.Name("line").Count(position.line);
-        Write(json.Name("member"), member, session_);
+        WriteValue(json.Name("member"), member, session_);
+        json.Name("names").Array([&] {
+            for (const std::string& name : names_) json.Text(name);
+        });
         json.Name("values").Array([&] {
-            for (const SdaiPrimitiveH& value : values) Write(json, value, session_);
+            for (const SdaiPrimitiveH& value : values) WriteValue(json, value, session_);
+        });
+    });
+    std::cout << json.Line() << '\n';
+}
+
+void Printer::PrintError(const std::string& source, const ScriptError& error) {
+    if (form_ != Form::Json) return;
+    Json json;
+    json.Object([&] {
+        json.Name("line").Count(error.Where().line);
+        json.Name("error").Object([&] {
+            if (!source.empty()) json.Name("source").Text(NameToUtf8(source));
+            json.Name("column").Count(error.Where().column);
+            json.Name("message").Text(error.what());
         });
     });
     std::cout << json.Line() << '\n';

@@ -3,10 +3,14 @@
 #ifndef HOST_OUTPUT_H
 #define HOST_OUTPUT_H
 
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 
+#include "Columns.h"
+#include "Json.h"
+#include "Options.h"
 #include "Script.h"
 #include "SdaiPrimitiveH.h"
 #include "Session.h"
@@ -17,6 +21,13 @@ namespace host {
 // model as @name#12.
 std::string ToText(const SdaiPrimitiveH& value, const Session& session);
 
+// The value as a reader takes it: as above, but texts with their characters, printable, where
+// ToText has directives; for CSV a text without its quotes, and nothing for unset.
+std::string ToShown(const SdaiPrimitiveH& value, const Session& session, Form form);
+
+// The value as JSON.
+void WriteValue(Json& json, const SdaiPrimitiveH& value, const Session& session);
+
 // A text of the data, as UTF-8, for a reader: printable (see Printable.h).
 std::string Readable(std::string_view utf8);
 
@@ -25,21 +36,32 @@ std::string Readable(std::string_view utf8);
 std::string NameToUtf8(std::string_view name);
 std::string ReadableName(std::string_view name);
 
-// Prints results to the standard output, one line each.
+// The form of results that the command line asks for: columns on a terminal, tabs otherwise.
+Form FormOf(const Options& options);
+
+// Prints results to the standard output.
 class Printer {
   public:
-    Printer(const Session& session, bool json) : session_(session), json_(json) {}
+    Printer(const Session& session, Form form) : session_(session), form_(form) {}
 
     // The result of a statement.
-    void Print(Position position, const SdaiPrimitiveH& value) const;
+    void Print(Position position, const SdaiPrimitiveH& value);
 
-    // The results of the items of an EACH for one member.
+    // The results of an EACH: between Begin and End, those of its items for one member after the
+    // other.
+    void Begin(const Statement& each);
     void Print(Position position, const SdaiPrimitiveH& member,
-               std::span<const SdaiPrimitiveH> values) const;
+               std::span<const SdaiPrimitiveH> values);
+    void End();
+
+    // An error in a script, where results are objects.
+    void PrintError(const std::string& source, const ScriptError& error);
 
   private:
     const Session& session_;
-    bool json_;
+    const Form form_;
+    std::vector<std::string> names_;  // of the items of an EACH
+    std::unique_ptr<Columns> rows_;
 };
 
 }  // namespace host

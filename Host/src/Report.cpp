@@ -1,6 +1,7 @@
 // orx report: a page for a browser, of one piece and without scripts. It is well-formed XML, too.
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 
 #include "Assembly.h"
@@ -273,6 +274,16 @@ class ModelReport {
     const Assembly assembly_;
 };
 
+// The page that is written where none is named, which must not be there yet.
+std::string NewPage(const Session& session) {
+    const std::string file = session.Models().front().name + ".html";
+    std::error_code error;
+    if (std::filesystem::exists(file, error)) {
+        Refuse(file + ": is there already (--output " + file + " replaces it)");
+    }
+    return file;
+}
+
 }  // namespace
 
 int Report(const Options& options) {
@@ -296,9 +307,11 @@ int Report(const Options& options) {
         return Flush() ? kDone : kUnusable;
     }
     exchange::Messages messages;
-    exchange::WriteText(page, options.output, messages, {options.inPlace});
+    const std::string file = options.output.empty() ? NewPage(session) : options.output;
+    exchange::WriteText(page, file, messages, {options.inPlace});
     Tell(messages);
-    return kDone;
+    if (options.output.empty()) std::cout << "written: " << ReadableName(file) << '\n';
+    return Flush() ? kDone : kUnusable;
 }
 
 }  // namespace host

@@ -36,6 +36,26 @@ ExpressionPtr Make(Expression&& expression) {
     return std::make_unique<Expression>(std::move(expression));
 }
 
+// A piece of a script without its line breaks and remarks.
+std::string InOneLine(std::string_view text) {
+    std::string line;
+    bool isString = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!isString && text.substr(i).starts_with("--")) {
+            i = std::min(text.find('\n', i), text.size() - 1);
+        }
+        if (text[i] == '\'') isString = !isString;
+        const bool isBlank = !isString && static_cast<unsigned char>(text[i]) <= ' ';
+        if (!isBlank) {
+            line += text[i];
+        } else if (!line.ends_with(' ')) {
+            line += ' ';
+        }
+    }
+    if (line.ends_with(' ')) line.pop_back();
+    return line;
+}
+
 }  // namespace
 
 bool GoesOn(std::string_view statement) {
@@ -149,7 +169,9 @@ class ScriptReader::Parser {
             if (!TakeKeyword("TO")) Fail("TO");
             ParseTarget(item, "ADD");
         } else {
+            const std::size_t start = at_;
             item.value = ParseExpression();
+            item.text = InOneLine(text_.substr(start, at_ - start));
         }
         return item;
     }

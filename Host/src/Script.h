@@ -97,6 +97,7 @@ struct Item {
     std::string name;      // of a LET; the attribute of a SET or an ADD
     ExpressionPtr target;  // of a SET or an ADD: the instance
     ExpressionPtr value;
+    std::string text{};  // of an expression, as it is written, in one line
 };
 
 struct Statement {

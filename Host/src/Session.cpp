@@ -29,7 +29,8 @@ std::string Session::KnownModels() const {
     std::string known;
     for (const NamedModel& model : models_)
         known += (known.empty() ? "; known: " : ", ") + model.name;
-    return known.empty() ? " (give one with --model)" : known;
+    if (known.empty()) return " (--model FILE gives one, --new NAME=SCHEMA an empty one)";
+    return known + " (--new NAME=SCHEMA makes an empty one)";
 }
 
 const NamedModel* Session::Find(std::string_view name) const {

@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <iostream>
+#include <span>
 
 #include "Commands.h"
 #include "Console.h"
 #include "Evaluator.h"
 #include "Html.h"
+#include "Inspect.h"
 #include "LineEditor.h"
 #include "Loading.h"
 #include "Names.h"
@@ -34,6 +36,8 @@ constexpr const char* kHelp =
     "  NEW @model.ENTITY_TYPE(NAME = expression) makes an instance\n"
     "  EACH p IN ENTITY_TYPE [WHERE condition]: p.NAME; p.ID\n"
     "\n"
+    "  show #12     the attributes of an instance, their types, what they refer to\n"
+    "  users #12    who refers to it\n"
     "  help NAME    what a function takes and gives; the attributes of an entity type\n"
     "  quit         leaves, as Ctrl-D does; Ctrl-C cancels a line, Tab completes a name\n";
 
@@ -45,9 +49,10 @@ std::string Trimmed(std::string_view text) {
 
 class ShellSession {
   public:
-    ShellSession(Session& session, const calls::Module& module, bool json)
+    ShellSession(Session& session, const calls::Module& module, Form form)
         : session_(session),
-          printer_(session, json),
+          form_(form),
+          printer_(session, form),
           evaluator_(module, session, printer_),
           editor_([this](std::string_view line) { return CompleteLine(line); }) {}
 
@@ -66,14 +71,10 @@ class ShellSession {
             if (isEnd && statement_.empty()) break;
             if (!isEnd) {
                 ++lineNumber_;
-                if (statement_.empty()) {
-                    if (const std::string command = Trimmed(line);
-                        command == "quit" || command == "exit") {
-                        break;
-                    }
-                    if (Help(Trimmed(line))) continue;
-                    firstLine_ = lineNumber_;
-                }
+                if (statement_.empty()) firstLine_ = lineNumber_;
+                const bool isCommand = statement_.empty() && CarryOutCommand(line);
+                if (left_) break;
+                if (isCommand) continue;
                 statement_ += line + '\n';
                 if (GoesOn(statement_)) continue;
             }
@@ -100,12 +101,17 @@ class ShellSession {
             while (const auto statement = reader.Next()) evaluator_.Run(*statement);
         } catch (const ScriptError& error) {
             std::cout.flush();
-            failed_ = true;
-            Complain(std::to_string(error.Where().line) + ':' +
-                     std::to_string(error.Where().column) + ": " + error.what());
-            Point(error.Where());
+            Fail(error);
         }
         std::cout.flush();
+    }
+
+    void Fail(const ScriptError& error) {
+        failed_ = true;
+        Complain(std::to_string(error.Where().line) + ':' + std::to_string(error.Where().column) +
+                 ": " + error.what());
+        printer_.PrintError("", error);
+        Point(error.Where());
     }
 
     // Shows the line and a caret under the column.
@@ -135,14 +141,59 @@ class ShellSession {
                   << Coloured("^", Colour::Red, HasColours(STDERR_FILENO)) << '\n';
     }
 
-    // Whether a line asks for help, which is then given.
-    bool Help(const std::string& line) {
-        if (line == "help") {
-            std::cout << kHelp << std::flush;
-            return true;
+    // ---- Commands
+
+    struct Command {
+        std::string_view name;
+        void (ShellSession::*carryOut)(const std::string& argument);
+    };
+    static std::span<const Command> Commands() {
+        static constexpr Command kCommands[] = {
+            {"?", &ShellSession::Help},    {"exit", &ShellSession::Quit},
+            {"help", &ShellSession::Help}, {"quit", &ShellSession::Quit},
+            {"show", &ShellSession::Show}, {"users", &ShellSession::Users},
+        };
+        return kCommands;
+    }
+
+    // Whether a line is a command, which is then carried out.
+    bool CarryOutCommand(const std::string& line) {
+        const std::string text = Trimmed(line);
+        const std::string name = text.substr(0, text.find_first_of(" \t"));
+        const auto commands = Commands();
+        const auto command = std::find_if(commands.begin(), commands.end(),
+                                          [&](const Command& each) { return each.name == name; });
+        if (command == commands.end()) return false;
+        statement_ = line + '\n';
+        try {
+            (this->*command->carryOut)(Trimmed(text.substr(name.size())));
+        } catch (const ScriptError& error) {
+            std::cout.flush();
+            Fail(error);
         }
-        if (!line.starts_with("help ")) return false;
-        const std::string name = Trimmed(std::string_view(line).substr(5));
+        statement_.clear();
+        std::cout.flush();
+        return true;
+    }
+
+    void Quit(const std::string& /*argument*/) { left_ = true; }
+
+    void Show(const std::string& argument) {
+        ShowInstance(InstanceNamed(argument), session_, form_);
+    }
+    void Users(const std::string& argument) { ShowUsers(InstanceNamed(argument), session_, form_); }
+
+    // The instance that is the argument of a command, the rest of its line.
+    const SdaiEntityInstance& InstanceNamed(const std::string& argument) {
+        const Position position{firstLine_, statement_.find(argument) + 1};
+        return host::InstanceNamed(argument, position, session_, evaluator_);
+    }
+
+    void Help(const std::string& name) {
+        if (name.empty()) {
+            std::cout << kHelp;
+            return;
+        }
         std::vector<std::string> known = calls::FunctionNames();
         const auto function = std::find_if(known.begin(), known.end(), [&](const auto& candidate) {
             return kor::Folded(candidate) == kor::Folded(name);
@@ -150,32 +201,18 @@ class ShellSession {
         if (function != known.end()) {
             const orx::Export& row = *orx::FindExport(*function);
             std::cout << calls::Signature(row) << " gives " << calls::KindNames(row.result)
-                      << "\nsource unit " << row.unit << ", trace label \"" << row.label << '"'
-                      << std::endl;
-            return true;
+                      << "\nsource unit " << row.unit << ", trace label \"" << row.label << "\"\n";
+            return;
         }
         for (const NamedModel& model : session_.Models()) {
             if (const kor::EntityType* entity = model.Model().FindEntity(std::string_view(name))) {
-                HelpOn(*entity);
-                return true;
+                return ShowEntity(*entity, form_);
             }
             for (std::string& entity : EntityNames(model.Model())) known.push_back(entity);
         }
         failed_ = true;
         Complain("no function and no entity type is named '" + name + "'" +
                  kor::DidYouMean(name, known));
-        return true;
-    }
-
-    static void HelpOn(const kor::EntityType& entity) {
-        std::cout << entity.Name().View();
-        if (!entity.IsDeclared()) {
-            std::cout << ": the schema does not declare it";
-        }
-        for (const std::string& attribute : entity.AttributeNames()) {
-            std::cout << "\n  " << attribute;
-        }
-        std::cout << std::endl;
     }
 
     Completion CompleteLine(std::string_view line) const {
@@ -185,13 +222,15 @@ class ShellSession {
     }
 
     Session& session_;
-    const Printer printer_;
+    const Form form_;
+    Printer printer_;
     Evaluator evaluator_;
     LineEditor editor_;
     std::string statement_;  // as far as it is typed
     std::uint64_t lineNumber_ = 0;
     std::uint64_t firstLine_ = 1;  // of the statement
     bool failed_ = false;
+    bool left_ = false;
 };
 
 }  // namespace
@@ -202,7 +241,7 @@ int Shell(const Options& options) {
     Load(session, options);
     CheckSaves(session, options);
     const std::unique_ptr<calls::Module> module = LoadModule(options);
-    const int status = ShellSession(session, *module, options.json).Run();
+    const int status = ShellSession(session, *module, FormOf(options)).Run();
     Save(session, options);
     return Flush() ? status : kUnusable;
 }

@@ -104,7 +104,7 @@ TEST_F(Options, BadUsageIsRefused) {
 
 TEST_F(Options, NothingAtAllIsAnsweredWithWhatToDoNext) {
     const OrxResult result = Orx({});
-    ExpectRefused(result, "orx tree -m FILE.stp");
+    ExpectRefused(result, "orx tree FILE.stp");
     EXPECT_THAT(result.err, HasSubstr("orx --help"));
     EXPECT_LE(Lines(result.err).size(), 10U);
 }

@@ -398,7 +398,6 @@ TEST_F(Report, IsRefusedWhereItCannotBeWritten) {
         EXPECT_EQ(result.status, 2);
         EXPECT_THAT(result.err, HasSubstr(std::string(file) + ": cannot be written"));
     }
-    EXPECT_EQ(Orx({"report", "-m", "db.stp"}).status, 2);
     EXPECT_EQ(Orx({"report", "-o", "page.html"}).status, 2);
     EXPECT_FALSE(std::filesystem::exists(folder / "page.html"));
 }

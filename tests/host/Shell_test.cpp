@@ -9,6 +9,7 @@
 
 #include "HostTest.h"
 
+using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
@@ -49,7 +50,7 @@ TEST_F(Shell, GoesOnAfterAnErrorAndPointsAtIt) {
               "orx: 2:1: unknown function 'GetMembrCount'; did you mean 'GetMemberCount'?\n"
               "    GetMembrCount(#3)\n"
               "    ^\n"
-              "orx: 3:5: unknown name 'nobody'\n"
+              "orx: 3:5: unknown name 'nobody' (a text stands between single quotes: 'nobody')\n"
               "    (1, nobody)\n"
               "        ^\n");
     EXPECT_EQ(result.status, 1);
@@ -58,8 +59,11 @@ TEST_F(Shell, GoesOnAfterAnErrorAndPointsAtIt) {
 TEST_F(Shell, PointsIntoTheLineOfAStatementAndCountsCharacters) {
     // The second character takes two bytes, and counts as two in the column.
     EXPECT_EQ(Type("(1,\n'\u00E9', zz)\n").err,
-              "orx: 2:7: unknown name 'zz'\n    '\u00E9', zz)\n         ^\n");
-    EXPECT_EQ(Type("\t zz\n").err, "orx: 1:3: unknown name 'zz'\n    \t zz\n    \t ^\n");
+              "orx: 2:7: unknown name 'zz' (a text stands between single quotes: 'zz')\n    "
+              "'\u00E9', zz)\n         ^\n");
+    EXPECT_EQ(Type("\t zz\n").err,
+              "orx: 1:3: unknown name 'zz' (a text stands between single quotes: 'zz')\n    \t "
+              "zz\n    \t ^\n");
 }
 
 TEST_F(Shell, TellsAStatementWithoutAnEnd) {
@@ -81,7 +85,8 @@ TEST_F(Shell, Helps) {
                  "IsEncodedKey(string) gives logical\n"
                  "source unit ConcatAtb, trace label \"SdaiPrimitiveH IsEncodeKey ->\"\n");
     ExpectPrints(Type("help product\n"),
-                 "PRODUCT\n  ID\n  NAME\n  DESCRIPTION\n  FRAME_OF_REFERENCE\n");
+                 "PRODUCT\n  ID\tSTRING\n  NAME\tSTRING\n  DESCRIPTION\tOPTIONAL STRING\n"
+                 "  FRAME_OF_REFERENCE\tSET [0:?] OF PRODUCT_CONTEXT\n");
     const OrxResult unknown = Type("help DecodKey\n2\n");
     EXPECT_EQ(unknown.out, "2\n");
     EXPECT_THAT(unknown.err, HasSubstr("did you mean 'DecodeKey'?"));
@@ -202,7 +207,8 @@ TEST_F(Shell, EditsAndCompletesOnATerminal) {
     EXPECT_THAT(terminal.ReadUpTo("'Bolt'"), HasSubstr("'Bolt'"));
     // An entity type, and an attribute of what the variable will stand for.
     terminal.Press("EACH f IN PRODUCT_DEFINITION_FORM\t: f.I\t\r");
-    EXPECT_THAT(terminal.ReadUpTo("#5\t'A'"), Not(HasSubstr("orx:")));
+    const std::string row = terminal.ReadUpTo("#5  'A'");
+    EXPECT_THAT(row, AllOf(HasSubstr("f   f.ID"), HasSubstr("#5  'A'"), Not(HasSubstr("orx:"))));
     // A variable.
     terminal.Press("LET thread = 'M6'\rthr\t\r");
     EXPECT_THAT(terminal.ReadUpTo("\n'M6'"), HasSubstr("\n'M6'"));

@@ -1,0 +1,120 @@
+// What the command line takes beside its options, and what it says of slips of the pen.
+
+#include <filesystem>
+
+#include "HostTest.h"
+
+using testing::Each;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+namespace {
+
+class CommandLine : public HostTest {
+  protected:
+    static void ExpectRefused(const OrxResult& result, const std::string& message) {
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.err, "orx: " + message + "\n");
+    }
+};
+
+}  // namespace
+
+TEST_F(CommandLine, TakesFilesWithoutAnOption) {
+    EXPECT_EQ(Orx({"parts.stp"}).out, Orx({"describe", "-m", "parts.stp"}).out);
+    EXPECT_THAT(Orx({"parts.stp"}).out, StartsWith("model parts\nfile parts.stp\n"));
+    EXPECT_EQ(Orx({"parts.stp", "--json"}).out, Orx({"describe", "--json", "-m", "parts.stp"}).out);
+    EXPECT_EQ(Orx({"describe", "parts.stp", "db.stp"}).out,
+              Orx({"describe", "-m", "parts.stp", "-m", "db.stp"}).out);
+    ExpectPrints(Orx({"tree", "db.stp"}), Orx({"tree", "-m", "db.stp"}).out);
+    ExpectPrints(Orx({"shell", "parts.stp"}, "#3.ID\n"), "'P1'\n");
+}
+
+TEST_F(CommandLine, WritesThePageBesideNothingThatIsThere) {
+    ExpectPrints(Orx({"report", "db.stp"}), "written: db.html\n");
+    EXPECT_THAT(ReadFile(folder / "db.html"), StartsWith("<!DOCTYPE html>"));
+    folder.Write("db.html", "mine");
+    ExpectRefused(Orx({"report", "db.stp"}),
+                  "db.html: is there already (--output db.html replaces it)");
+    EXPECT_EQ(ReadFile(folder / "db.html"), "mine");
+    ExpectPrints(Orx({"report", "db.stp", "--output", "db.html"}), "");
+}
+
+TEST_F(CommandLine, TakesTheStandardInputWhereAFileIsTaken) {
+    EXPECT_THAT(Orx({"-"}, Parts()).out,
+                StartsWith("model stdin\nfile -\nschema AUTOMOTIVE_DESIGN\ninstances 5\n"));
+    ExpectPrints(Orx({"tree", "-"}, Database()), Orx({"tree", "db.stp"}).out);
+    ExpectPrints(Orx({"call", "-m", "-", "#3.ID", "@stdin#4.ID"}, Parts()), "'P1'\n'P2'\n");
+    ExpectPrints(Orx({"call", "-m", "p=-", "@p#3.ID"}, Parts()), "'P1'\n");
+    ExpectPrints(Orx({"diff", "-", "parts.stp"}, Parts()), "");
+    EXPECT_EQ(Orx({"check", "-"}, Parts()).status, 0);
+    ExpectPrints(Orx({"call", "-s", "-", "-n", "m=plant", "NEW MACHINE()"},
+                     "SCHEMA plant; ENTITY machine; END_ENTITY; END_SCHEMA;"),
+                 "#1\n");
+    EXPECT_THAT(Orx({"-"}, "no exchange file").err, StartsWith("orx: <standard input>:1:1: "));
+    ExpectRefused(Orx({"diff", "-", "-"}, Parts()), "the standard input (-) can be read once");
+    ExpectRefused(Orx({"run", "-m", "-", "-"}, Parts()), "the standard input (-) can be read once");
+}
+
+TEST_F(CommandLine, SuggestsWhatMayBeMeant) {
+    ExpectRefused(Orx({"tre", "x"}), "'tre' is no command and no file; did you mean 'tree'?");
+    ExpectRefused(Orx({"usres"}), "'usres' is no command and no file; did you mean 'users'?");
+    ExpectRefused(Orx({"missing-file.stp"}),
+                  "'missing-file.stp' is no command and no file (orx --help lists the commands)");
+    ExpectRefused(Call({"--jsn", "1"}), "unknown option '--jsn'; did you mean '--json'?");
+    ExpectRefused(Orx({"tree", "--placement", "parts.stp"}),
+                  "unknown option '--placement'; did you mean '--placements'?");
+    ExpectRefused(Call({"--xyzzyxyzzy=7", "1"}), "unknown option '--xyzzyxyzzy' (orx call --help)");
+}
+
+TEST_F(CommandLine, SaysInALineWhatIsWrong) {
+    const std::vector<std::string> cases[] = {
+        {"nonsense"},
+        {"--nonsense"},
+        {"call"},
+        {"call", "--nonsense", "1"},
+        {"run", "a", "b"},
+        {"tree"},
+        {"tree", "--depth", "-1", "parts.stp"},
+        {"tree", "--lines", "1e3", "parts.stp"},
+        {"diff", "--tolerance", "-1", "parts.stp", "parts.stp"},
+        {"diff", "--tolerance", "wide", "parts.stp", "parts.stp"},
+        {"diff", "parts.stp"},
+        {"call", "--json", "--csv", "1"},
+        {"call", "-m"},
+        {"describe", "missing.stp"},
+        {"call", "x"},
+    };
+    for (const std::vector<std::string>& arguments : cases) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const OrxResult result = Orx(arguments);
+        EXPECT_NE(result.status, 0);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(Lines(result.err).size(), 1U) << result.err;
+        EXPECT_THAT(Lines(result.err), Each(StartsWith("orx: ")));
+        EXPECT_LT(result.err.size(), 130U) << result.err;
+    }
+    ExpectRefused(Orx({"tree", "--depth", "-1", "parts.stp"}),
+                  "--depth: a whole number from 0 expected, found '-1' (orx tree --help)");
+    ExpectRefused(Orx({"diff", "--tolerance", "wide", "a", "b"}),
+                  "--tolerance: a number from 0 expected, found 'wide' (orx diff --help)");
+    ExpectRefused(Orx({"tree"}), "a data set is missing: orx tree FILE");
+    EXPECT_EQ(Orx({"tree", "--depth", "0", "db.stp"}).status, 0);
+    EXPECT_EQ(Orx({"diff", "--tolerance", "1e-9", "db.stp", "db.stp"}).status, 0);
+}
+
+TEST_F(CommandLine, TellsWhatATextAndAModelNeed) {
+    EXPECT_EQ(Call({"x"}).err,
+              "orx: <command line>:1:1: unknown name 'x' (a text stands between single quotes: "
+              "'x')\n");
+    EXPECT_THAT(Run("NEW @step.PRODUCT()\n").err,
+                HasSubstr("unknown model 'step' (--model FILE gives one, --new NAME=SCHEMA an "
+                          "empty one)"));
+    EXPECT_THAT(
+        Run("NEW @step.PRODUCT()\n", {"-m", "db.stp"}).err,
+        HasSubstr("unknown model 'step'; known: db (--new NAME=SCHEMA makes an empty one)"));
+    EXPECT_THAT(Run("#1\n").err, HasSubstr("--new"));
+    EXPECT_THAT(Call({"GetMembrCount(())"}).err, Not(HasSubstr("quotes")));
+}
