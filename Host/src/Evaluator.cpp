@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "Aggregate.h"
+#include "Arguments.h"
 #include "Cell.h"
 #include "Expectation.h"
 #include "Names.h"
@@ -206,27 +207,13 @@ calls::Argument Evaluator::EvaluateArgument(const Expression& expression) const 
     return {{}, &ModelNamed(expression.model, expression.position).Model()};
 }
 
-// A list whose members are all numbers, or that has none, is a list of reals.
 SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
     std::vector<SdaiPrimitiveH> members;
     for (const ExpressionPtr& operand : expression.operands) {
         members.push_back(Evaluate(*operand));
         CheckNesting(members.back(), 1, expression.position);
     }
-    const bool numbers = std::all_of(members.begin(), members.end(), [](const auto& member) {
-        const SdaiString kind = member.UnderlyingTypeName();
-        return kind == "REAL" || kind == "INTEGER";
-    });
-    if (numbers) {
-        auto* reals = new SdaiListClassOfSdaiReal(0, 0);
-        SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(reals);
-        for (const SdaiPrimitiveH& member : members) reals->Append(static_cast<double>(member));
-        return list;
-    }
-    auto* aggregate = new SdaiAggrInstance;
-    SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(aggregate);
-    for (const SdaiPrimitiveH& member : members) aggregate->Append(member);
-    return list;
+    return calls::LiteralList(members);
 }
 
 SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {

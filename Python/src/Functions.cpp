@@ -3,9 +3,8 @@
 #include <array>
 #include <utility>
 
-#include "Aggregate.h"
+#include "Arguments.h"
 #include "Calls.h"
-#include "Cell.h"
 #include "Documentation.h"
 #include "Module.h"
 #include "Package.h"
@@ -20,8 +19,6 @@ const calls::Module& TheModule() {
 
 namespace {
 
-using Kind = KORHandleAccess::Kind;
-
 constexpr std::size_t kMostArguments = 3;
 
 // What is written for one row beside the table: see Documentation.h, which is made of the header.
@@ -31,26 +28,6 @@ struct Function {
 
     Place PlaceOf(std::size_t argument) const { return {row.name, documentation.what[argument]}; }
 };
-
-// The kinds as which a function can take what a value finally is.
-orx::Kind KindsOf(const SdaiPrimitiveH& value) {
-    switch (KORHandleAccess::KindOf(KORHandleAccess::Held(value))) {
-        case Kind::String: return orx::String;
-        case Kind::Integer: return orx::Integer | orx::Real;
-        case Kind::Real: return orx::Real;
-        case Kind::Logical:
-        case Kind::Boolean: return orx::Logical;
-        case Kind::Instance: return orx::Instance;
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate: return orx::Aggregate;
-        default: return orx::Select;  // items of enumerations and binaries
-    }
-}
-
-bool Accepts(orx::Kind expected, const SdaiPrimitiveH& value) {
-    const bool any = (expected & orx::Select) != 0;  // whatever a SELECT may hold
-    return any || !value.exists() || (expected & KindsOf(value)) != 0;
-}
 
 bool RaiseMisfit(const Place& place, orx::Kind expected, PyObject* found) {
     struct Name {
@@ -73,11 +50,6 @@ bool RaiseMisfit(const Place& place, orx::Kind expected, PyObject* found) {
     return false;
 }
 
-// An argument that a function fills is given back as a list.
-bool IsFilled(const orx::Export& row, std::size_t argument) {
-    return row.result == orx::Nothing && argument + 1 == row.ArgumentCount();
-}
-
 bool Convert(const Function& function, std::size_t i, PyObject* given, calls::Argument& argument) {
     const orx::Kind expected = function.row.arguments[i];
     const Place place = function.PlaceOf(i);
@@ -87,12 +59,12 @@ bool Convert(const Function& function, std::size_t i, PyObject* given, calls::Ar
         argument.model = &model->Data();
         return model->MayBeWritten();
     }
-    if (IsFilled(function.row, i) && !PyList_Check(given) &&
+    if (calls::IsFilled(function.row, i) && !PyList_Check(given) &&
         (given != Py_None || expected == orx::RealList)) {
         return RaiseMisfit(place, expected, given);
     }
     if (!FromPython(given, place, Lists::Literal, argument.handle)) return false;
-    const bool fits = expected == orx::RealList || Accepts(expected, argument.handle);
+    const bool fits = expected == orx::RealList || calls::Accepts(expected, argument.handle);
     if (!fits || calls::Misfit(expected, argument) != nullptr) {
         return RaiseMisfit(place, expected, given);
     }
@@ -146,11 +118,6 @@ bool Refill(PyObject* list, const SdaiPrimitiveH& filled) {
     return failed == 0;
 }
 
-// The functions that may create instances do so in the model of their arguments.
-bool MayCreate(std::string_view name) {
-    return name == "GetStartDate" || name == "GetEndDate" || name == "BuildDatedEff";
-}
-
 // What the calls of certain functions mean for the lives of models.
 bool BeforeCall(const orx::Export& row, std::span<const calls::Argument> arguments) {
     // The versions that are seen are one state for all calls.
@@ -160,13 +127,13 @@ bool BeforeCall(const orx::Export& row, std::span<const calls::Argument> argumen
                      std::string(row.name).c_str());
         return false;
     }
-    if (row.name != "IsVersion" && !MayCreate(row.name)) return true;
+    if (row.name != "IsVersion" && !calls::MayCreate(row)) return true;
     for (const calls::Argument& argument : arguments) {
         const SdaiEntityInstance* instance = argument.handle;
         if (instance == nullptr) continue;
         Model& model = ModelOf(*instance);
         if (row.name == "IsVersion") Keep(model);
-        if (MayCreate(row.name) && !model.MayBeWritten()) return false;
+        if (calls::MayCreate(row) && !model.MayBeWritten()) return false;
     }
     return true;
 }

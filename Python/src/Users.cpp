@@ -18,15 +18,40 @@ bool AnyInstance(const SdaiPrimitiveH& value, const Visit& visit) {
     return false;
 }
 
+// Whether an attribute of the domain may have an aggregate: null is that of a type that no schema
+// declares.
+bool MayBeAggregate(const kor::Domain* domain) {
+    using Base = kor::Domain::Base;
+    if (domain == nullptr || domain->base == Base::Generic) return true;
+    if (domain->base != Base::Select) return domain->base == Base::Aggregate;
+    return std::any_of(domain->choices.begin(), domain->choices.end(),
+                       [](const auto& choice) { return MayBeAggregate(choice.second); });
+}
+
+// Whether the attribute is no aggregate in any instance of the entity type.
+bool IsSingle(const kor::Model& model, const kor::EntityType& entity, std::string_view attribute) {
+    return std::all_of(model.Types().begin(), model.Types().end(), [&](const kor::ModelType& type) {
+        if (!type.entity->IsKindOf(std::string_view(entity.FoldedName()))) return true;
+        const int slot = type.entity->SlotOf(attribute);
+        return slot == kor::NameTable::kAbsent ||
+               !MayBeAggregate(type.entity->Slots()[static_cast<std::size_t>(slot)].domain);
+    });
+}
+
 }  // namespace
 
 std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& instance,
                                          const kor::Model& model, const kor::EntityType& entity,
                                          std::string_view attribute) {
+    const std::string& type = entity.FoldedName();
+    if (IsSingle(model, entity, attribute)) {
+        const std::string folded = kor::Folded(attribute);
+        return model.UsersOf(instance, {type, type, SdaiNameHash(type)},
+                             {folded, folded, SdaiNameHash(folded)});
+    }
     const SdaiString name(attribute);
     std::vector<SdaiEntityInstance*> users;
-    for (SdaiEntityInstance* user :
-         model.Extent(std::string_view(entity.FoldedName()))->ExtentMembers()) {
+    for (SdaiEntityInstance* user : model.Extent(std::string_view(type))->ExtentMembers()) {
         const auto isSought = [&](const SdaiEntityInstance& held) { return &held == &instance; };
         if (AnyInstance(user->GetAttr(name), isSought)) users.push_back(user);
     }

@@ -11,7 +11,8 @@
 namespace python {
 
 // The instances of an entity type that refer to an instance through an attribute, directly or by a
-// member of an aggregate, in extent order.
+// member of an aggregate, in extent order. Where the attribute cannot be an aggregate they are
+// found by the back references of the platform, else by a walk over the extent.
 std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& instance,
                                          const kor::Model& model, const kor::EntityType& entity,
                                          std::string_view attribute);

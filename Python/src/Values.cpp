@@ -1,10 +1,10 @@
 // Values of the data access interface as Python objects, and the reverse.
 
-#include <algorithm>
 #include <cstdio>
 #include <vector>
 
 #include "Aggregate.h"
+#include "Arguments.h"
 #include "Cell.h"
 #include "Package.h"
 
@@ -168,24 +168,6 @@ PyObject* ToPython(const SdaiPrimitiveH& value) {
 
 namespace {
 
-bool IsNumber(const SdaiPrimitiveH& value) {
-    const Kind kind = KORHandleAccess::KindOf(value);
-    return kind == Kind::Integer || kind == Kind::Real;
-}
-
-SdaiPrimitiveH NewList(const std::vector<SdaiPrimitiveH>& members, Lists lists) {
-    if (lists == Lists::Literal && std::all_of(members.begin(), members.end(), IsNumber)) {
-        auto* reals = new SdaiListClassOfSdaiReal(0, 0);
-        SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(reals);
-        for (const SdaiPrimitiveH& member : members) reals->Append(static_cast<double>(member));
-        return list;
-    }
-    auto* aggregate = new SdaiAggrInstance;
-    SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(aggregate);
-    for (const SdaiPrimitiveH& member : members) aggregate->Append(member);
-    return list;
-}
-
 bool FromSequence(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH& converted) {
     // A list that holds itself ends here.
     if (Py_EnterRecursiveCall(" while a list is converted") != 0) return false;
@@ -197,7 +179,9 @@ bool FromSequence(PyObject* value, const Place& place, Lists lists, SdaiPrimitiv
         good = FromPython(member.Get(), place, lists, members.emplace_back());
     }
     Py_LeaveRecursiveCall();
-    if (good) converted = NewList(members, lists);
+    if (good) {
+        converted = lists == Lists::Literal ? calls::LiteralList(members) : calls::ListOf(members);
+    }
     return good;
 }
 

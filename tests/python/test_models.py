@@ -6,6 +6,7 @@ import gc
 import os
 import pickle
 import threading
+import time
 import warnings
 import weakref
 
@@ -239,6 +240,24 @@ def test_users_are_those_that_refer_to_an_instance(lamp):
     for name in ("PRODUCT", 5):
         with pytest.raises(TypeError, match="'ENTITY_TYPE.ATTRIBUTE' expected"):
             context.users(name)
+
+
+def test_users_of_every_instance_cost_no_walk_each():
+    model = orx.new("AUTOMOTIVE_DESIGN")
+    versions = []
+    for number in range(20_000):
+        part = model.create("PRODUCT", ID=str(number))
+        versions.append(model.create("PRODUCT_DEFINITION_FORMATION", OF_PRODUCT=part))
+    start = time.perf_counter()
+    for version in versions:
+        assert version.OF_PRODUCT.users("PRODUCT_DEFINITION_FORMATION.OF_PRODUCT") == [version]
+    assert time.perf_counter() - start < 5  # 400 million visits take longer
+    first, second = versions[:2]
+    part = first.OF_PRODUCT
+    second.OF_PRODUCT = part
+    assert part.users("PRODUCT_DEFINITION_FORMATION.OF_PRODUCT") == [first, second]
+    first.OF_PRODUCT = None
+    assert part.users("PRODUCT_DEFINITION_FORMATION.OF_PRODUCT") == [second]
 
 
 def test_what_is_not_there_is_told_with_what_is_near(lamp):

@@ -1,0 +1,67 @@
+#include "Arguments.h"
+
+#include <algorithm>
+
+#include "Aggregate.h"
+#include "Cell.h"
+
+namespace calls {
+
+namespace {
+
+using Kind = KORHandleAccess::Kind;
+
+Kind KindOf(const SdaiPrimitiveH& value) {
+    return KORHandleAccess::KindOf(KORHandleAccess::Held(value));
+}
+
+// The kinds as which a function can take what a value finally is.
+orx::Kind KindsOf(const SdaiPrimitiveH& value) {
+    switch (KindOf(value)) {
+        case Kind::String: return orx::String;
+        case Kind::Integer: return orx::Integer | orx::Real;
+        case Kind::Real: return orx::Real;
+        case Kind::Logical:
+        case Kind::Boolean: return orx::Logical;
+        case Kind::Instance: return orx::Instance;
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate: return orx::Aggregate;
+        default: return orx::Select;  // items of enumerations and binaries
+    }
+}
+
+}  // namespace
+
+bool Accepts(orx::Kind expected, const SdaiPrimitiveH& value) {
+    const bool any = (expected & orx::Select) != 0;  // whatever a SELECT may hold
+    return any || !value.exists() || (expected & KindsOf(value)) != 0;
+}
+
+bool IsFilled(const orx::Export& row, std::size_t argument) {
+    return row.result == orx::Nothing && argument + 1 == row.ArgumentCount();
+}
+
+bool MayCreate(const orx::Export& row) {
+    return row.name == "GetStartDate" || row.name == "GetEndDate" || row.name == "BuildDatedEff";
+}
+
+SdaiPrimitiveH ListOf(std::span<const SdaiPrimitiveH> members) {
+    auto* aggregate = new SdaiAggrInstance;
+    SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(aggregate);
+    for (const SdaiPrimitiveH& member : members) aggregate->Append(member);
+    return list;
+}
+
+SdaiPrimitiveH LiteralList(std::span<const SdaiPrimitiveH> members) {
+    const bool numbers = std::all_of(members.begin(), members.end(), [](const auto& member) {
+        const Kind kind = KindOf(member);
+        return kind == Kind::Integer || kind == Kind::Real;
+    });
+    if (!numbers) return ListOf(members);
+    auto* reals = new SdaiListClassOfSdaiReal(0, 0);
+    SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(reals);
+    for (const SdaiPrimitiveH& member : members) reals->Append(static_cast<double>(member));
+    return list;
+}
+
+}  // namespace calls
