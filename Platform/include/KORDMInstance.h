@@ -35,18 +35,19 @@ class KOR_API KORDMInstance {
     int GetAllRevision(KORListValKORDMInstance& list, int mode1, int mode2, int mode3) const;
 
     bool operator==(const KORDMInstance& other) const {
-        return coid_ == other.coid_ && compid_ == other.compid_ && caenv_ == other.caenv_ &&
-               catab_ == other.catab_;
+        return hash_ == other.hash_ && coid_ == other.coid_ && compid_ == other.compid_ &&
+               caenv_ == other.caenv_ && catab_ == other.catab_;
     }
 
     // A hash of what equality compares.
-    std::size_t Hash() const;
+    std::size_t Hash() const { return hash_; }
 
   private:
     KORDMMappingText caenv_;
     KORDMMappingText catab_;
     double coid_;
     double compid_;
+    std::size_t hash_;
 };
 
 // A list of identities. A plain value; positions count from 1. Copies share their members until one
@@ -55,7 +56,7 @@ class KOR_API KORListValKORDMInstance {
   public:
     int Size() const { return shared_ != nullptr ? static_cast<int>(shared_->members.size()) : 0; }
 
-    void Append(const KORDMInstance& instance);
+    void Append(KORDMInstance instance);
 
     // Appends every member of another list, in its order.
     void Append(const KORListValKORDMInstance& list);
@@ -82,7 +83,7 @@ class KOR_API KORListValKORDMInstance {
         };
 
         void Reserve(std::size_t count);
-        void Append(const KORDMInstance& instance);  // for which there is room
+        void Append(KORDMInstance instance);  // for which there is room
         void Connect(std::uint32_t position);
         int Locate(const KORDMInstance& instance, int from) const;
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <bit>
 #include <functional>
-#include <unordered_map>
+#include <utility>
 
 #include "KORDMInstance.h"
 #include "KORDMNarvo.h"
@@ -11,35 +11,104 @@
 
 namespace {
 
+using Families = std::vector<KORListValKORDMInstance>;
+
+// Where an identity stands in the families.
 struct Member {
-    std::size_t family;
-    int position;  // from 1
+    std::uint32_t family;
+    std::uint32_t position;  // from 1; 0 of no member
 };
 
-struct IdentityHash {
-    std::size_t operator()(const KORDMInstance& instance) const { return instance.Hash(); }
+// Finds identities in families: an open-addressed table of hashes, at most half full.
+class MemberTable {
+  public:
+    Member Find(const KORDMInstance& instance, const Families& families) const {
+        if (entries_.empty()) return {};
+        const std::uint32_t hash = Shortened(instance.Hash());
+        for (std::size_t place = hash & Mask();; place = (place + 1) & Mask()) {
+            const Entry& entry = entries_[place];
+            const auto position = static_cast<int>(entry.member.position);
+            if (position == 0) return {};
+            if (entry.hash == hash && families[entry.member.family][position] == instance) {
+                return entry.member;
+            }
+        }
+    }
+
+    // Makes room for so many more.
+    void Reserve(std::size_t more) {
+        const std::size_t size = std::bit_ceil(2 * (count_ + more));
+        if (size <= entries_.size()) return;
+        std::vector<Entry> old(size);
+        old.swap(entries_);
+        for (const Entry& entry : old) {
+            if (entry.member.position != 0) Put(entry);
+        }
+    }
+
+    // Adds one that is not there and for which there is room.
+    void Add(const KORDMInstance& instance, Member member) {
+        Put({Shortened(instance.Hash()), member});
+        ++count_;
+    }
+
+  private:
+    struct Entry {
+        std::uint32_t hash;
+        Member member;
+    };
+
+    static std::uint32_t Shortened(std::size_t hash) {
+        return static_cast<std::uint32_t>(hash ^ hash >> 32);
+    }
+    std::size_t Mask() const { return entries_.size() - 1; }
+    void Put(const Entry& entry) {
+        std::size_t place = entry.hash & Mask();
+        while (entries_[place].member.position != 0) place = (place + 1) & Mask();
+        entries_[place] = entry;
+    }
+
+    std::vector<Entry> entries_;  // a power of two of them
+    std::size_t count_ = 0;
 };
 
 struct Store {
-    std::vector<KORListValKORDMInstance> families;
-    std::unordered_map<KORDMInstance, Member, IdentityHash> members;
+    Families families;
+    MemberTable members;
     KORUnicodeString startValue = "A";
 
-    const Member* Find(const KORDMInstance& instance) const {
-        const auto found = members.find(instance);
-        return found != members.end() ? &found->second : nullptr;
+    Member Find(const KORDMInstance& instance) const { return members.Find(instance, families); }
+
+    bool Knows(const KORDMInstance& instance) const { return Find(instance).position != 0; }
+
+    // Those that no family has yet, each once.
+    KORListValKORDMInstance NewOnes(const KORListValKORDMInstance& revisions) const {
+        const auto isNew = [&](int i) {
+            return !Knows(revisions[i]) && revisions.Locate(revisions[i], 1) == i;
+        };
+        int first = 1;
+        while (first <= revisions.Size() && isNew(first)) ++first;
+        if (first > revisions.Size()) return revisions;
+        KORListValKORDMInstance added;
+        for (int i = 1; i <= revisions.Size(); ++i) {
+            if (isNew(i)) added.Append(revisions[i]);
+        }
+        return added;
     }
 };
 
 // The identity that a `cdma_id` instance records.
 KORDMInstance IdentityOf(const SdaiEntityInstance& record) {
     using namespace sdai_names;
-    const auto text = [&record](const SdaiName& attribute) {
-        return SdaiString(static_cast<const SdaiString&>(record.GetAttr(attribute)));
+    const SdaiPrimitiveH caenv = record.GetAttr("Caenv"_name);
+    const SdaiPrimitiveH catab = record.GetAttr("Catab"_name);
+    const SdaiPrimitiveH coid = record.GetAttr("Coid"_name);
+    const SdaiPrimitiveH compid = record.GetAttr("Compid"_name);
+    const auto text = [](const SdaiPrimitiveH& value) -> const KORUnicodeString& {
+        return static_cast<const SdaiString&>(value);
     };
-    return {"KORCON", text("Caenv"_name), text("Catab"_name),
-            KORDMNarvo::HexaToDouble(text("Coid"_name)),
-            KORDMNarvo::HexaToDouble(text("Compid"_name))};
+    return {"KORCON", text(caenv), text(catab), KORDMNarvo::HexaToDouble(text(coid)),
+            KORDMNarvo::HexaToDouble(text(compid))};
 }
 
 // Emptied, not destroyed, when the library is unloaded or the process ends.
@@ -58,30 +127,27 @@ Store& TheStore() {
 KORDMInstance::KORDMInstance(const KORDMMappingText&, const KORDMMappingText& caenv,
                              const KORDMMappingText& catab, double coid, double compid,
                              const double*, const char*, int)
-    : caenv_(caenv), catab_(catab), coid_(coid), compid_(compid) {}
-
-std::size_t KORDMInstance::Hash() const {
-    std::size_t hash = 0;
-    const auto mix = [&hash](std::size_t part) { hash = hash * 0x9E3779B97F4A7C15U + part; };
+    : caenv_(caenv), catab_(catab), coid_(coid), compid_(compid), hash_(0) {
+    const auto mix = [this](std::size_t part) { hash_ = hash_ * 0x9E3779B97F4A7C15U + part; };
     mix(std::hash<std::string_view>{}(caenv_.View()));
     mix(std::hash<std::string_view>{}(catab_.View()));
     mix(std::hash<double>{}(coid_));
     mix(std::hash<double>{}(compid_));
-    return hash;
 }
 
 int KORDMInstance::IsNewerRevision(const KORDMInstance& other, int, int& diagnostic) const {
-    const Member* mine = TheStore().Find(*this);
-    const Member* others = TheStore().Find(other);
-    const bool comparable = mine != nullptr && others != nullptr && mine->family == others->family;
+    const Member mine = TheStore().Find(*this);
+    const Member others = TheStore().Find(other);
+    const bool comparable =
+        mine.position != 0 && others.position != 0 && mine.family == others.family;
     diagnostic = comparable ? 0 : 1;
-    return comparable && mine->position > others->position ? 1 : 0;
+    return comparable && mine.position > others.position ? 1 : 0;
 }
 
 int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int, int, int) const {
-    const Member* mine = TheStore().Find(*this);
-    if (mine == nullptr) return 1;
-    list = TheStore().families[mine->family];
+    const Member mine = TheStore().Find(*this);
+    if (mine.position == 0) return 1;
+    list = TheStore().families[mine.family];
     return 0;
 }
 
@@ -96,12 +162,10 @@ KORListValKORDMInstance::Shared& KORListValKORDMInstance::Own() {
     return *shared_;
 }
 
-void KORListValKORDMInstance::Append(const KORDMInstance& instance) {
-    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): it may be a member.
-    const KORDMInstance added = instance;
+void KORListValKORDMInstance::Append(KORDMInstance instance) {
     Shared& own = Own();
     own.Reserve(own.members.size() + 1);
-    own.Append(added);
+    own.Append(std::move(instance));
 }
 
 void KORListValKORDMInstance::Append(const KORListValKORDMInstance& list) {
@@ -131,8 +195,8 @@ void KORListValKORDMInstance::Shared::Reserve(std::size_t count) {
     for (std::uint32_t position = 1; position <= members.size(); ++position) Connect(position);
 }
 
-void KORListValKORDMInstance::Shared::Append(const KORDMInstance& instance) {
-    members.push_back(instance);
+void KORListValKORDMInstance::Shared::Append(KORDMInstance instance) {
+    members.push_back(std::move(instance));
     if (!chains.empty()) Connect(static_cast<std::uint32_t>(members.size()));
 }
 
@@ -162,12 +226,14 @@ int KORListValKORDMInstance::Shared::Locate(const KORDMInstance& instance, int f
 
 void KORDMStore::AddFamily(const KORListValKORDMInstance& revisions) {
     Store& store = TheStore();
-    KORListValKORDMInstance family;
-    for (int i = 1; i <= revisions.Size(); ++i) {
-        const Member member{store.families.size(), family.Size() + 1};
-        if (store.members.emplace(revisions[i], member).second) family.Append(revisions[i]);
-    }
+    KORListValKORDMInstance family = store.NewOnes(revisions);
+    const auto count = static_cast<std::uint32_t>(family.Size());
+    store.members.Reserve(count);
     store.families.push_back(std::move(family));
+    const auto number = static_cast<std::uint32_t>(store.families.size() - 1);
+    for (std::uint32_t position = 1; position <= count; ++position) {
+        store.members.Add(store.families.back()[static_cast<int>(position)], {number, position});
+    }
 }
 
 int KORDMStore::AddFamilies(const SdaiModel& model) {
@@ -193,7 +259,7 @@ int KORDMStore::AddFamilies(const SdaiModel& model) {
 
 void KORDMStore::RemoveAll() {
     TheStore().families.clear();
-    TheStore().members.clear();
+    TheStore().members = {};
 }
 
 // ---- Identifiers and revision values
