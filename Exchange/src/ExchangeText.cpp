@@ -139,16 +139,16 @@ void AppendReal(std::string& to, double value) {
         to += std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf";
         return;
     }
-    char digits[32];
-    const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    const std::string_view number(digits, static_cast<std::size_t>(end - digits));
-    const std::size_t exponent = std::min(number.find('e'), number.size());
-    to += number.substr(0, exponent);
-    if (number.find('.') == std::string_view::npos) to += '.';
-    if (exponent != number.size()) {
-        to += 'E';
-        to += number.substr(exponent + 1);
+    char text[40];
+    char* end = std::to_chars(text, text + 32, value).ptr;
+    char* const exponent = std::find(text, end, 'e');
+    if (exponent != end) *exponent = 'E';
+    if (std::find(text, exponent, '.') == exponent) {
+        std::copy_backward(exponent, end, end + 1);
+        *exponent = '.';
+        ++end;
     }
+    to.append(text, end);
 }
 
 void AppendLogical(std::string& to, SdaiLogical value) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdio>
@@ -160,6 +161,35 @@ void ExpectGoodReal(double value) {
         << literal;
     // The point of a whole number may make it one longer.
     EXPECT_LE(literal.size(), ShortestWithExponent(value) + 1) << literal;
+}
+
+// The shortest characters of std::to_chars, with the point and the letter that a file wants.
+std::string ShortestLiteral(double value) {
+    char characters[64];
+    const auto end = std::to_chars(characters, characters + sizeof characters, value).ptr;
+    std::string text(characters, end);
+    const std::size_t exponent = std::min(text.find('e'), text.size());
+    if (exponent != text.size()) text[exponent] = 'E';
+    if (text.find('.') == std::string::npos) text.insert(exponent, ".");
+    return text;
+}
+
+TEST(AppendReal, WritesTheShortestCharactersOfAll) {
+    std::mt19937 random(7);
+    const auto expect = [](double value) {
+        for (const double each : {value, std::nextafter(value, 0.0), std::nextafter(value, 1e9)}) {
+            ASSERT_EQ(RealLiteral(each), ShortestLiteral(each));
+            ASSERT_EQ(RealLiteral(-each), ShortestLiteral(-each));
+        }
+    };
+    for (int thousandths = 0; thousandths <= 20'000; ++thousandths) expect(thousandths / 1000.0);
+    for (int i = 0; i < 20'000; ++i) {
+        const auto digits = static_cast<double>(random() % 1'000'000'000);
+        for (const double unit : {1.0, 10.0, 1e3, 1e4, 1e6, 1e12}) expect(digits / unit);
+    }
+    for (const double whole : {9'999.0, 10'000.0, 99'999.0, 99'999.999, 99'999.9995, 100'000.0}) {
+        expect(whole);
+    }
 }
 
 TEST(AppendReal, ReadsBackExactlyAtTheLimits) {
