@@ -51,7 +51,7 @@ class Completer {
         } else {
             for (const std::string& function : calls::FunctionNames()) Add({function + '('});
             Add(evaluator_.VariableNames());
-            if (start_ == 0) Add({"help", "quit", "show", "users"});
+            if (start_ == 0) Add({"help", "new", "open", "quit", "save", "show", "users"});
             Add({"ADD", "AND", "COUNT(", "EACH", "LET", "NEW", "NOT", "OR", "SET", "IN", "TO",
                  "WHERE"});
             if (const auto each = FindEach()) Add({each->variable});

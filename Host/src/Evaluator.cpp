@@ -6,6 +6,7 @@
 #include "Arguments.h"
 #include "Cell.h"
 #include "Expectation.h"
+#include "Interrupt.h"
 #include "Names.h"
 #include "Operators.h"
 #include "SdaiIterator.h"
@@ -146,6 +147,7 @@ void Evaluator::Add(const Item& item) const {
         CheckKind(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
         CheckItem(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
         members->Append(value);
+        session_.NoteChange(instance.FindEntityInstanceModel());
     } else if (present.exists()) {
         throw ScriptError(item.position,
                           "'" + item.name + "' is no aggregate but " + ToText(present, session_));
@@ -186,6 +188,7 @@ std::vector<std::string> Evaluator::VariableNames() const {
 }
 
 SdaiPrimitiveH Evaluator::Evaluate(const Expression& expression) const {
+    ThrowIfInterrupted();
     switch (expression.kind) {
         case Expression::Kind::Literal: return expression.value;
         case Expression::Kind::List: return MakeList(expression);
@@ -376,6 +379,11 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
             throw ScriptError(operand.position, misfit);
         }
     }
+    // A list of a model's that the function fills.
+    if (function->result == orx::Nothing &&
+        KORHandleAccess::KindOf(arguments.back().handle) == KORHandleAccess::Kind::ModelAggregate) {
+        session_.NoteChange(nullptr);
+    }
     return module_.Call(*function, arguments);
 }
 
@@ -428,6 +436,7 @@ void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, 
                     const SdaiPrimitiveH& value) const {
     CheckPut(*kor::Instance::Of(instance).Type().entity, attribute, position, value);
     static_cast<SdaiAppInstance&>(instance).PutAttr(SdaiString(std::string_view(attribute)), value);
+    session_.NoteChange(instance.FindEntityInstanceModel());
 }
 
 void Evaluator::CheckPut(const kor::EntityType& entity, const std::string& attribute,

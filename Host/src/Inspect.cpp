@@ -10,6 +10,7 @@
 #include "Console.h"
 #include "Evaluator.h"
 #include "Expectation.h"
+#include "Interrupt.h"
 #include "Json.h"
 #include "Loading.h"
 #include "Output.h"
@@ -124,6 +125,7 @@ template <class Visit>
 void ForEachUse(const SdaiEntityInstance& target, const Session& session, Visit visit) {
     for (const NamedModel& model : session.Models()) {
         model.Model().ForEachInstance([&](const Instance& user) {
+            ThrowIfInterrupted();
             const std::span<const Cell> cells = user.Values();
             for (std::size_t i = 0; i < cells.size(); ++i) {
                 const Tag tag = cells[i].GetTag();

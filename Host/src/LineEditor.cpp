@@ -1,7 +1,9 @@
 #include "LineEditor.h"
 
 #include <histedit.h>
+#include <pwd.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -114,7 +116,7 @@ class LineEditor::Terminal {
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 
-    Result Read(const std::string& prompt, std::string& line) {
+    Result Read(const std::string& prompt, std::string& line, bool remembered) {
         prompt_ = prompt;
         cancelled_ = false;
         std::cout.flush();
@@ -134,7 +136,7 @@ class LineEditor::Terminal {
         }
         line.assign(text, static_cast<std::size_t>(count));
         while (line.ends_with('\n') || line.ends_with('\r')) line.pop_back();
-        if (line.find_first_not_of(" \t") != std::string::npos) Remember(line);
+        if (remembered && line.find_first_not_of(" \t") != std::string::npos) Remember(line);
         return Result::Line;
     }
 
@@ -197,13 +199,33 @@ LineEditor::LineEditor(Complete complete) {
 LineEditor::~LineEditor() = default;
 
 LineEditor::Result LineEditor::Read(const std::string& prompt, std::string& line) {
-    if (terminal_ != nullptr) return terminal_->Read(prompt, line);
+    if (terminal_ != nullptr) return terminal_->Read(prompt, line, true);
     // A line that cannot be read whole is not the end: a lack of memory is thrown.
     std::cin.exceptions(std::ios::badbit);
     if (std::getline(std::cin, line)) return Result::Line;
     if (std::ferror(stdin)) Refuse("the standard input cannot be read");
     return Result::End;
 }
+
+bool LineEditor::Ask(const std::string& question) {
+    std::string answer;
+    const Result result = terminal_->Read(question, answer, false);
+    return result == Result::End || kor::Folded(answer) == "Y" || kor::Folded(answer) == "YES";
+}
+
+namespace {
+
+// Whether what there is of a path belongs to the user.
+bool IsOwn(std::filesystem::path path) {
+    struct stat status {};
+    while (stat(path.c_str(), &status) != 0) {
+        if (path == path.parent_path()) return false;
+        path = path.parent_path();
+    }
+    return status.st_uid == geteuid();
+}
+
+}  // namespace
 
 std::string HistoryFile() {
     // A relative path counts as none.
@@ -212,10 +234,13 @@ std::string HistoryFile() {
         return value != nullptr && *value == '/' ? std::string(value) : "";
     };
     if (const std::string state = absolute("XDG_STATE_HOME"); !state.empty()) {
-        return state + "/orx/history";
+        return IsOwn(state + "/orx/history") ? state + "/orx/history" : "";
     }
-    const std::string home = absolute("HOME");
-    return home.empty() ? "" : home + "/.local/state/orx/history";
+    std::string home = absolute("HOME");
+    const passwd* user = home.empty() ? getpwuid(geteuid()) : nullptr;
+    if (user != nullptr && user->pw_dir != nullptr) home = user->pw_dir;
+    const std::string file = home + "/.local/state/orx/history";
+    return !home.empty() && IsOwn(file) ? file : "";
 }
 
 }  // namespace host

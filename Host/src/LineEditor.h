@@ -29,13 +29,16 @@ class LineEditor {
     enum class Result { Line, Cancelled, End };
     Result Read(const std::string& prompt, std::string& line);
 
+    // Whether a question is answered with yes; so it is where the input ends. On a terminal only.
+    bool Ask(const std::string& question);
+
   private:
     class Terminal;
     std::unique_ptr<Terminal> terminal_;
 };
 
-// The file that keeps the history: orx/history in $XDG_STATE_HOME, or in ~/.local/state. Empty
-// where there is no home.
+// The file that keeps the history of the user: orx/history in $XDG_STATE_HOME, or in
+// ~/.local/state. Empty where there is no home, or where it is another user's (as under sudo).
 std::string HistoryFile();
 
 }  // namespace host

@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "Console.h"
+#include "Interrupt.h"
 #include "KORPSNTrace.h"
 #include "Names.h"
 #include "Output.h"
@@ -123,6 +124,8 @@ std::string ReadText(const std::string& file) {
     }
 }
 
+namespace {
+
 NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient) {
     NamedModel model;
     const Named named = Split(argument);
@@ -136,7 +139,10 @@ NamedModel ReadModel(const Session& session, const std::string& argument, bool l
     Progress progress(model.file);
     exchange::ReadOptions options;
     options.lenient = lenient;
-    options.progress = [&progress](std::uint64_t read) { progress.Show(read); };
+    options.progress = [&progress](std::uint64_t read) {
+        ThrowIfInterrupted();
+        progress.Show(read);
+    };
     exchange::Messages messages;
     model.dataSet = IsStandardInput(model.file)
                         ? exchange::ParseDataSet(ReadText(model.file), TextName(model.file),
@@ -145,6 +151,8 @@ NamedModel ReadModel(const Session& session, const std::string& argument, bool l
     Tell(messages);
     return model;
 }
+
+}  // namespace
 
 void CheckTargets(const Options& options) {
     std::vector<std::string> sources = options.schemas;
@@ -174,6 +182,15 @@ void CheckTargets(const Options& options) {
     }
 }
 
+void AddModel(Session& session, const Options::Model& model, bool lenient) {
+    NamedModel loaded = model.isNew ? NewModel(session, model.argument)
+                                    : ReadModel(session, model.argument, lenient);
+    if (session.Find(loaded.name) != nullptr) {
+        Refuse("two models are named '" + loaded.name + "' (name one with NAME=...)");
+    }
+    session.Add(std::move(loaded));
+}
+
 void Load(Session& session, const Options& options) {
     for (const std::string& file : options.schemas) {
         exchange::Messages messages;
@@ -186,12 +203,7 @@ void Load(Session& session, const Options& options) {
         Tell(messages);
     }
     for (const Options::Model& model : options.models) {
-        NamedModel loaded = model.isNew ? NewModel(session, model.argument)
-                                        : ReadModel(session, model.argument, options.lenient);
-        if (session.Find(loaded.name) != nullptr) {
-            Refuse("two models are named '" + loaded.name + "' (name one with NAME=...)");
-        }
-        session.Add(std::move(loaded));
+        AddModel(session, model, options.lenient);
     }
 }
 
@@ -210,24 +222,29 @@ std::unique_ptr<calls::Module> LoadModule(const Options& options) {
     }
 }
 
-void CheckSaves(const Session& session, const Options& options) {
-    for (const std::string& save : options.saves) {
-        const Named named = Split(save);
-        if (named.name.empty()) Refuse("--save takes NAME=FILE, found '" + save + "'");
-        if (session.Find(named.name) == nullptr) {
-            Refuse("unknown model '" + named.name + "'" + session.KnownModels());
-        }
+void CheckSave(const Session& session, const std::string& save) {
+    const Named named = Split(save);
+    if (named.name.empty()) Refuse("--save takes NAME=FILE, found '" + save + "'");
+    if (session.Find(named.name) == nullptr) {
+        Refuse("unknown model '" + named.name + "'" + session.KnownModels());
     }
 }
 
-void Save(const Session& session, const Options& options) {
-    for (const std::string& save : options.saves) {
-        const Named named = Split(save);
-        exchange::Messages messages;
-        exchange::WriteDataSet(session.Find(named.name)->dataSet, named.value, messages,
-                               {options.inPlace});
-        Tell(messages);
-    }
+void SaveModel(Session& session, const std::string& save, bool inPlace) {
+    CheckSave(session, save);
+    const Named named = Split(save);
+    exchange::Messages messages;
+    exchange::WriteDataSet(session.Find(named.name)->dataSet, named.value, messages, {inPlace});
+    Tell(messages);
+    session.NoteSaved(named.name);
+}
+
+void CheckSaves(const Session& session, const Options& options) {
+    for (const std::string& save : options.saves) CheckSave(session, save);
+}
+
+void Save(Session& session, const Options& options) {
+    for (const std::string& save : options.saves) SaveModel(session, save, options.inPlace);
 }
 
 }  // namespace host

@@ -22,8 +22,8 @@ void CheckTargets(const Options& options);
 std::string ReadText(const std::string& file);
 std::string TextName(const std::string& file);
 
-// A data set as the command line names it: [NAME=]FILE.
-NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient);
+// Reads or makes a data set as the command line names it, [NAME=]FILE or NAME=SCHEMA.
+void AddModel(Session& session, const Options::Model& model, bool lenient);
 
 // Reads the schemas and the data sets.
 void Load(Session& session, const Options& options);
@@ -35,7 +35,10 @@ std::unique_ptr<calls::Module> LoadModule(const Options& options);
 
 // Whether the models that are to be saved are there; to be asked before anything runs.
 void CheckSaves(const Session& session, const Options& options);
-void Save(const Session& session, const Options& options);
+void Save(Session& session, const Options& options);
+
+// Writes one model: NAME=FILE.
+void SaveModel(Session& session, const std::string& save, bool inPlace);
 
 }  // namespace host
 

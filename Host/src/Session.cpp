@@ -16,7 +16,22 @@ std::vector<std::string> EntityNames(const kor::Model& model) {
 
 void Session::Add(NamedModel model) {
     KORDMStore::AddFamilies(model.Model());
+    model.savedCount = model.Model().InstanceCount();
     models_.push_back(std::move(model));
+}
+
+void Session::NoteChange(const SdaiModel* model) {
+    for (NamedModel& named : models_) {
+        if (model == nullptr || named.dataSet.model.get() == model) named.changed = true;
+    }
+}
+
+void Session::NoteSaved(std::string_view name) {
+    for (NamedModel& named : models_) {
+        if (named.name != name) continue;
+        named.changed = false;
+        named.savedCount = named.Model().InstanceCount();
+    }
 }
 
 std::vector<std::string> Session::ModelNames() const {

@@ -3,6 +3,7 @@
 #ifndef HOST_SESSION_H
 #define HOST_SESSION_H
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -18,6 +19,8 @@ struct NamedModel {
     std::string name;
     std::string file;  // empty for a new one
     exchange::DataSet dataSet;
+    bool changed = false;          // since it was read or saved, an attribute of an instance
+    std::uint64_t savedCount = 0;  // its instances at that time
 
     kor::Model& Model() const { return *dataSet.model; }
 };
@@ -42,6 +45,14 @@ class Session {
     // Null when there is none of that name.
     const NamedModel* Find(std::string_view name) const;
     const NamedModel* Holding(const SdaiModel* model) const;
+
+    // What a session changes and saves. A change of a model that is not known is one of each.
+    void NoteChange(const SdaiModel* model);
+    void NoteSaved(std::string_view name);
+    // Whether it has been changed since it was read, made or saved.
+    static bool IsUnsaved(const NamedModel& model) {
+        return model.changed || model.Model().InstanceCount() != model.savedCount;
+    }
 
   private:
     std::vector<NamedModel> models_;

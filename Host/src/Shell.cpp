@@ -4,17 +4,21 @@
 
 #include <algorithm>
 #include <iostream>
+#include <optional>
 #include <span>
+#include <utility>
 
 #include "Commands.h"
 #include "Console.h"
 #include "Evaluator.h"
 #include "Html.h"
 #include "Inspect.h"
+#include "Interrupt.h"
 #include "LineEditor.h"
 #include "Loading.h"
 #include "Names.h"
 #include "Output.h"
+#include "Pager.h"
 #include "Printable.h"
 #include "Signature.h"
 
@@ -38,8 +42,9 @@ constexpr const char* kHelp =
     "\n"
     "  show #12     the attributes of an instance, their types, what they refer to\n"
     "  users #12    who refers to it\n"
+    "  open [NAME=]FILE, new NAME=SCHEMA, save [NAME=]FILE      models\n"
     "  help NAME    what a function takes and gives; the attributes of an entity type\n"
-    "  quit         leaves, as Ctrl-D does; Ctrl-C cancels a line, Tab completes a name\n";
+    "  quit         leaves, as Ctrl-D does; Ctrl-C cancels a line or a statement, Tab completes\n";
 
 std::string Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(" \t\r");
@@ -49,16 +54,21 @@ std::string Trimmed(std::string_view text) {
 
 class ShellSession {
   public:
-    ShellSession(Session& session, const calls::Module& module, Form form)
+    ShellSession(Session& session, const calls::Module& module, const Options& options)
         : session_(session),
-          form_(form),
-          printer_(session, form),
+          options_(options),
+          form_(FormOf(options)),
+          printer_(session, form_),
           evaluator_(module, session, printer_),
           editor_([this](std::string_view line) { return CompleteLine(line); }) {}
 
     // Carries out what is typed, to the end. On a terminal an error is a matter of the moment.
     int Run() {
-        if (editor_.IsInteractive()) Greet();
+        std::optional<InterruptsNoted> interrupts;
+        if (editor_.IsInteractive()) {
+            interrupts.emplace();
+            Greet();
+        }
         for (;;) {
             std::string line;
             const LineEditor::Result result =
@@ -68,12 +78,15 @@ class ShellSession {
                 continue;
             }
             const bool isEnd = result == LineEditor::Result::End;
-            if (isEnd && statement_.empty()) break;
+            if (isEnd && statement_.empty()) {
+                if (MayLeave()) break;
+                continue;
+            }
             if (!isEnd) {
                 ++lineNumber_;
                 if (statement_.empty()) firstLine_ = lineNumber_;
                 const bool isCommand = statement_.empty() && CarryOutCommand(line);
-                if (left_) break;
+                if (std::exchange(leaving_, false) && MayLeave()) break;
                 if (isCommand) continue;
                 statement_ += line + '\n';
                 if (GoesOn(statement_)) continue;
@@ -88,22 +101,59 @@ class ShellSession {
   private:
     void Greet() const {
         std::cout << "orx " ORX_VERSION "; `help` says what can be typed, Ctrl-D leaves\n";
+        for (const NamedModel& model : session_.Models()) Present(model);
+    }
+
+    static void Present(const NamedModel& model) {
+        std::cout << "model " << ReadableName(model.name) << ": "
+                  << model.Model().SchemaName().View() << ", " << model.Model().InstanceCount()
+                  << " instances\n";
+    }
+
+    // Whether models that are changed are saved, or may be lost.
+    bool MayLeave() {
+        if (!editor_.IsInteractive()) return true;
+        std::string names;
         for (const NamedModel& model : session_.Models()) {
-            std::cout << "model " << ReadableName(model.name) << ": "
-                      << model.Model().SchemaName().View() << ", " << model.Model().InstanceCount()
-                      << " instances\n";
+            const bool isSaved = std::any_of(
+                options_.saves.begin(), options_.saves.end(),
+                [&](const std::string& save) { return save.starts_with(model.name + '='); });
+            if (isSaved || !Session::IsUnsaved(model)) continue;
+            names += (names.empty() ? "" : ", ") + ReadableName(model.name);
         }
+        return names.empty() || editor_.Ask("not saved: " + names + "; leave? (y/N) ");
+    }
+
+    // Does some work that prints. An error ends the work and is told.
+    template <class Work>
+    void Do(Work work) {
+        std::optional<ScriptError> failure;
+        bool interrupted = false;
+        ForgetInterrupt();
+        {
+            std::optional<Pager> pager;
+            if (editor_.IsInteractive()) pager.emplace();
+            try {
+                work();
+            } catch (const ScriptError& error) {
+                failure = error;
+            } catch (const Interrupted&) {
+                interrupted = !pager.has_value() || !pager->WasLeft();
+            } catch (const Unusable&) {
+                failed_ = true;  // The message has been given.
+            }
+        }
+        std::cout.flush();
+        if (interrupted) Complain("interrupted");
+        if (failure.has_value()) Fail(*failure);
+        std::cout.flush();
     }
 
     void CarryOut() {
-        ScriptReader reader(statement_, {firstLine_, 1}, session_.ModelNames());
-        try {
+        Do([this] {
+            ScriptReader reader(statement_, {firstLine_, 1}, session_.ModelNames());
             while (const auto statement = reader.Next()) evaluator_.Run(*statement);
-        } catch (const ScriptError& error) {
-            std::cout.flush();
-            Fail(error);
-        }
-        std::cout.flush();
+        });
     }
 
     void Fail(const ScriptError& error) {
@@ -149,9 +199,11 @@ class ShellSession {
     };
     static std::span<const Command> Commands() {
         static constexpr Command kCommands[] = {
-            {"?", &ShellSession::Help},    {"exit", &ShellSession::Quit},
-            {"help", &ShellSession::Help}, {"quit", &ShellSession::Quit},
-            {"show", &ShellSession::Show}, {"users", &ShellSession::Users},
+            {"?", &ShellSession::Help},      {"exit", &ShellSession::Quit},
+            {"help", &ShellSession::Help},   {"quit", &ShellSession::Quit},
+            {"new", &ShellSession::New},     {"open", &ShellSession::Open},
+            {"save", &ShellSession::Save},   {"show", &ShellSession::Show},
+            {"users", &ShellSession::Users},
         };
         return kCommands;
     }
@@ -165,18 +217,38 @@ class ShellSession {
                                           [&](const Command& each) { return each.name == name; });
         if (command == commands.end()) return false;
         statement_ = line + '\n';
-        try {
-            (this->*command->carryOut)(Trimmed(text.substr(name.size())));
-        } catch (const ScriptError& error) {
-            std::cout.flush();
-            Fail(error);
-        }
+        Do([&] { (this->*command->carryOut)(Trimmed(text.substr(name.size()))); });
         statement_.clear();
-        std::cout.flush();
         return true;
     }
 
-    void Quit(const std::string& /*argument*/) { left_ = true; }
+    void Quit(const std::string& /*argument*/) { leaving_ = true; }
+
+    void Open(const std::string& argument) { AddModel({false, argument}); }
+    void New(const std::string& argument) { AddModel({true, argument}); }
+    void AddModel(const Options::Model& model) {
+        NeedArgument(model.argument, model.isNew ? "new NAME=SCHEMA" : "open [NAME=]FILE");
+        host::AddModel(session_, model, options_.lenient);
+        if (editor_.IsInteractive()) Present(session_.Models().back());
+    }
+
+    // The only model need not be named.
+    void Save(const std::string& argument) {
+        NeedArgument(argument, "save [NAME=]FILE");
+        const bool isNamed = argument.find('=') != std::string::npos;
+        if (!isNamed && session_.Models().size() != 1) {
+            Refuse("save NAME=FILE: of several models, the one that is saved is named" +
+                   session_.KnownModels());
+        }
+        const std::string save =
+            isNamed ? argument : session_.Models().front().name + '=' + argument;
+        SaveModel(session_, save, options_.inPlace);
+        if (editor_.IsInteractive()) std::cout << "saved: " << ReadableName(save) << '\n';
+    }
+
+    static void NeedArgument(const std::string& argument, const std::string& usage) {
+        if (argument.empty()) Refuse(usage);
+    }
 
     void Show(const std::string& argument) {
         ShowInstance(InstanceNamed(argument), session_, form_);
@@ -222,6 +294,7 @@ class ShellSession {
     }
 
     Session& session_;
+    const Options& options_;
     const Form form_;
     Printer printer_;
     Evaluator evaluator_;
@@ -230,7 +303,7 @@ class ShellSession {
     std::uint64_t lineNumber_ = 0;
     std::uint64_t firstLine_ = 1;  // of the statement
     bool failed_ = false;
-    bool left_ = false;
+    bool leaving_ = false;
 };
 
 }  // namespace
@@ -241,7 +314,7 @@ int Shell(const Options& options) {
     Load(session, options);
     CheckSaves(session, options);
     const std::unique_ptr<calls::Module> module = LoadModule(options);
-    const int status = ShellSession(session, *module, FormOf(options)).Run();
+    const int status = ShellSession(session, *module, options).Run();
     Save(session, options);
     return Flush() ? status : kUnusable;
 }

@@ -107,6 +107,35 @@ TEST_F(Shell, WritesJson) {
     ExpectPrints(Type("7\n", {"--json"}), "{\"line\":1,\"kind\":\"INTEGER\",\"value\":7}\n");
 }
 
+TEST_F(Shell, OpensMakesAndSavesModels) {
+    ExpectPrints(Orx({"shell"},
+                     "open parts.stp\nopen b=db.stp\nnew c=cdma\n@b#1.S_PART_NUMBER\n"
+                     "NEW @c.PART_OBJECT(S_PART_NUMBER = 'C-1')\n"
+                     "SET #3.NAME = 'Screw'\nsave parts=out.stp\nsave c=c.stp\n"),
+                 "'P-1'\n@c#1\n");
+    ExpectPrints(Orx({"call", "-m", "out.stp", "-m", "c.stp", "#3.NAME", "@c#1.S_PART_NUMBER"}),
+                 "'Screw'\n'C-1'\n");
+    ExpectPrints(Type("save only.stp\n"), "");
+    ExpectPrints(Orx({"call", "-m", "only.stp", "#3.NAME"}), "'Bolt'\n");
+}
+
+TEST_F(Shell, GoesOnAfterAModelThatCannotBeOpenedOrSaved) {
+    const OrxResult result = Type(
+        "open missing.stp\nopen\nopen parts.stp\nnew x\nsave other=x.stp\nsave no/x.stp\n"
+        "open db.stp\nsave x.stp\n7\n");
+    EXPECT_EQ(result.out, "7\n");
+    EXPECT_EQ(result.status, 1);
+    const std::vector<std::string> errors = Lines(result.err);
+    ASSERT_EQ(errors.size(), 7U) << result.err;
+    EXPECT_THAT(errors[0], StartsWith("orx: missing.stp: "));
+    EXPECT_EQ(errors[1], "orx: open [NAME=]FILE");
+    EXPECT_EQ(errors[2], "orx: two models are named 'parts' (name one with NAME=...)");
+    EXPECT_THAT(errors[3], HasSubstr("NAME=SCHEMA"));
+    EXPECT_THAT(errors[4], StartsWith("orx: unknown model 'other'; known: parts"));
+    EXPECT_THAT(errors[5], StartsWith("orx: no/x.stp: "));
+    EXPECT_THAT(errors[6], HasSubstr("of several models, the one that is saved is named"));
+}
+
 TEST_F(Shell, NamesTheModelsThatThereAre) {
     EXPECT_THAT(Type("@part#3\n").err, HasSubstr("unknown model 'part'; known: parts"));
 }
@@ -125,17 +154,24 @@ bool HasTerminals() {
 // orx shell on a terminal of its own, 200 columns wide.
 class Terminal {
   public:
-    explicit Terminal(const std::string& directory) {
+    explicit Terminal(const std::string& directory,
+                      const std::vector<std::string>& arguments = {"-m", "parts.stp"},
+                      const std::string& pager = "") {
         winsize size{};
         size.ws_col = 200;
         size.ws_row = 50;
         process_ = forkpty(&descriptor_, nullptr, nullptr, &size);
         if (process_ != 0) return;
         setenv("TERM", "xterm", 1);
+        setenv("NO_COLOR", "1", 1);
         setenv("XDG_STATE_HOME", directory.c_str(), 1);
         setenv("HOME", directory.c_str(), 1);
+        setenv("PAGER", pager.c_str(), 1);
+        std::vector<const char*> words{"orx", "shell"};
+        for (const std::string& argument : arguments) words.push_back(argument.c_str());
+        words.push_back(nullptr);
         if (chdir(directory.c_str()) == 0) {
-            execl(ORX_PROGRAM, "orx", "shell", "-m", "parts.stp", nullptr);
+            execv(ORX_PROGRAM, const_cast<char* const*>(words.data()));
         }
         _exit(127);
     }
@@ -251,4 +287,132 @@ TEST_F(Shell, RemembersLines) {
     again.ReadUpTo("orx> ");
     again.Press("\x1b[A\r");  // upwards
     EXPECT_THAT(again.ReadUpTo("\n'remembered'"), HasSubstr("\n'remembered'"));
+}
+
+// A file with so many products that their rows do not fit into what a terminal holds back.
+namespace {
+
+constexpr int kManyProducts = 20'000;
+
+std::string ManyProducts() {
+    std::string data;
+    for (int i = 1; i <= kManyProducts; ++i) {
+        const std::string number = std::to_string(i);
+        data += "#" + number + "=PRODUCT('P" + number + "','',$,());\n";
+    }
+    return ExchangeFile("AUTOMOTIVE_DESIGN", data);
+}
+
+}  // namespace
+
+TEST_F(Shell, LivesOnWhenAStatementIsInterrupted) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    folder.Write("many.stp", ManyProducts());
+    Terminal terminal(folder.Path(), {"many.stp"});
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("LET kept = 'alive'\r");
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("EACH p IN PRODUCT: p.ID\r");
+    // The rows wait for their reader: the walk cannot be over.
+    EXPECT_THAT(terminal.ReadUpTo("#1     'P1'"), HasSubstr("p      p.ID"));
+    terminal.Press("\x03");
+    const std::string rest = terminal.ReadUpTo("orx: interrupted");
+    EXPECT_THAT(rest, HasSubstr("orx: interrupted"));
+    EXPECT_THAT(rest, Not(HasSubstr("'P20000'")));
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("kept\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n'alive'"), HasSubstr("\n'alive'"));
+    // The name of the EACH has gone, the model is there.
+    terminal.Press("p\r");
+    EXPECT_THAT(terminal.ReadUpTo("unknown name 'p'"), HasSubstr("unknown name 'p'"));
+    terminal.Press("#20000.ID\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n'P20000'"), HasSubstr("\n'P20000'"));
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("quit\r");
+    EXPECT_EQ(terminal.ExitStatus(), 0);
+}
+
+TEST_F(Shell, AsksBeforeUnsavedModelsAreLost) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    Terminal terminal(folder.Path(), {"-m", "parts.stp", "-m", "db.stp", "-o", "db=out.stp"});
+    terminal.ReadUpTo("orx> ");
+    // Changes that are saved at the end are not asked for.
+    terminal.Press("SET @db#1.S_DESC = 'x'\r");
+    terminal.ReadUpTo("orx> ");
+    const std::string question = "not saved: parts; leave? (y/N) ";
+    for (const std::string change : {"SET #3.NAME = 'Screw'", "ADD #2 TO #4.FRAME_OF_REFERENCE",
+                                     "NEW PRODUCT()", "BuildDatedEff('12312099235959', @)"}) {
+        terminal.Press(change + "\r");
+        terminal.ReadUpTo("orx> ");
+        terminal.Press("quit\r");
+        EXPECT_THAT(terminal.ReadUpTo(question), HasSubstr(question)) << change;
+        terminal.Press("\r");
+        terminal.ReadUpTo("orx> ");
+        terminal.Press("\x04");
+        EXPECT_THAT(terminal.ReadUpTo(question), HasSubstr(question)) << change;
+        terminal.Press("no\r");
+        terminal.ReadUpTo("orx> ");
+        terminal.Press("save parts=saved.stp\r");
+        EXPECT_THAT(terminal.ReadUpTo("saved: parts=saved.stp"), HasSubstr("saved: parts"));
+        terminal.ReadUpTo("orx> ");
+    }
+    terminal.Press("SET #3.NAME = 'Nail'\r");
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("exit\r");
+    terminal.ReadUpTo(question);
+    terminal.Press("y\r");
+    EXPECT_EQ(terminal.ExitStatus(), 0);
+    EXPECT_THAT(ReadFile(folder / "saved.stp"), HasSubstr("Screw"));
+    EXPECT_THAT(ReadFile(folder / "out.stp"), HasSubstr("'x'"));
+}
+
+TEST_F(Shell, LeavesWithoutAQuestionWhenNothingIsLost) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    Terminal terminal(folder.Path());
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("#3.NAME\rGetStartDate($, #3)\r");
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("SET #3.NAME = 'Screw'\rsave out.stp\r\x04");
+    EXPECT_EQ(terminal.ExitStatus(), 0);
+}
+
+TEST_F(Shell, ShowsLongOutputThroughThePager) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    folder.Write("many.stp", ManyProducts());
+    {
+        Terminal terminal(folder.Path(), {"many.stp"}, "cat > paged.txt");
+        terminal.ReadUpTo("orx> ");
+        // 44 rows with their header fit into the 50 lines of the terminal.
+        terminal.Press("EACH p IN PRODUCT WHERE p.ID >= 'P996': p.ID\r");
+        terminal.ReadUpTo("orx> ");
+        EXPECT_FALSE(std::filesystem::exists(folder / "paged.txt"));
+        terminal.Press("EACH p IN PRODUCT: p.ID\r");
+        terminal.ReadUpTo("orx> ");
+        const std::vector<std::string> paged = Lines(ReadFile(folder / "paged.txt"));
+        ASSERT_EQ(paged.size(), static_cast<std::size_t>(kManyProducts) + 1);
+        EXPECT_EQ(paged.back(), "#20000  'P20000'");
+        terminal.Press("quit\r");
+        EXPECT_EQ(terminal.ExitStatus(), 0);
+    }
+    // A pager that is left early ends the statement, which is nothing to complain of.
+    Terminal terminal(folder.Path(), {"many.stp"}, "head -n 2 > paged.txt");
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("EACH p IN PRODUCT: p.ID\r");
+    EXPECT_THAT(terminal.ReadUpTo("orx> "), Not(HasSubstr("interrupted")));
+    EXPECT_EQ(Lines(ReadFile(folder / "paged.txt")).size(), 2U);
+    terminal.Press("'still there'\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n'still there'"), HasSubstr("\n'still there'"));
+}
+
+TEST_F(Shell, KeepsNoHistoryForAnotherUser) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    if (geteuid() != 0) GTEST_SKIP() << "files cannot be given away";
+    ASSERT_EQ(chown(folder.Path().c_str(), 1, 1), 0);
+    Terminal terminal(folder.Path());
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("'mine'\r");
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("\x04");
+    EXPECT_EQ(terminal.ExitStatus(), 0);
+    EXPECT_FALSE(std::filesystem::exists(folder / "orx/history"));
 }
