@@ -180,12 +180,34 @@ int SetAttribute(PyObject* self, PyObject* name, PyObject* value) {
     return Put(*object.instance, slot, name, value) ? 0 : -1;
 }
 
+// The slot of an attribute that is named with the type that declares it,
+// "CHARACTERIZED_OBJECT.NAME": a type may inherit attributes of one name from several.
+int SlotOfQualified(const kor::EntityType& entity, std::string_view owner,
+                    std::string_view attribute) {
+    for (const kor::EntityType* type : entity.Lineage()) {
+        if (!kor::MatchesFolded(owner, type->FoldedName())) continue;
+        const int own = type->SlotOf(attribute);
+        if (own == kor::NameTable::kAbsent) break;
+        const auto& slots = entity.Slots();
+        const auto slot = std::find_if(slots.begin(), slots.end(), [&](const kor::Slot& candidate) {
+            return candidate.attribute == type->Slots()[static_cast<std::size_t>(own)].attribute;
+        });
+        if (slot != slots.end()) return static_cast<int>(slot - slots.begin());
+    }
+    return kor::NameTable::kAbsent;
+}
+
 // The slot of instance["NAME"], or of instance[1] where the type is declared by no schema.
 int SlotOfKey(const SdaiEntityInstance& instance, PyObject* key) {
     const kor::EntityType& entity = TypeOf(instance);
     if (PyUnicode_Check(key)) {
-        const int slot = SlotOf(entity, key);
-        if (slot == kor::NameTable::kAbsent) RaiseNoAttribute(entity, Utf8(key));
+        const std::string_view name = Utf8(key);
+        const std::size_t point = name.find('.');
+        const int slot =
+            point == std::string_view::npos
+                ? SlotOf(entity, key)
+                : SlotOfQualified(entity, name.substr(0, point), name.substr(point + 1));
+        if (slot == kor::NameTable::kAbsent) RaiseNoAttribute(entity, name);
         return slot;
     }
     if (!PyLong_Check(key)) {

@@ -404,3 +404,17 @@ def test_a_model_is_not_changed_while_a_thread_writes_it(triangles, tmp_path):
     assert outcomes <= {"written", "the model cannot be written"}
     triangles[1].x = 3.0
     assert triangles[1].x == 3.0
+
+
+def test_an_attribute_can_be_named_with_the_type_that_declares_it(read_text):
+    """A document file has two names: the document's and that of the characterized object."""
+    model = read_text("#1=DOCUMENT_TYPE('');\n#2=DOCUMENT_FILE('i','n','d',#1,'o',$);\n")
+    file = model[2]
+    assert file["CHARACTERIZED_OBJECT.NAME"] == "o"
+    assert file["document.name"] == file.NAME == "n"
+    assert file["DOCUMENT_FILE.ID"] == "i"
+    file["CHARACTERIZED_OBJECT.NAME"] = ""
+    assert (file.NAME, file["CHARACTERIZED_OBJECT.NAME"]) == ("n", "")
+    for name in ("PRODUCT.NAME", "CHARACTERIZED_OBJECT.KIND", ".NAME", "NAME."):
+        with pytest.raises(AttributeError):
+            file[name]
