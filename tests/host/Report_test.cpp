@@ -19,7 +19,7 @@ using testing::UnorderedElementsAre;
 namespace {
 
 const std::string kAssembly = SOURCE_DIRECTORY "/examples/assembly.stp";
-const std::string kDatabase = SOURCE_DIRECTORY "/examples/database.stp";
+const std::string kDatabase = SOURCE_DIRECTORY "/tests/host/trolley.stp";
 
 class Report : public HostTest {
   protected:
@@ -97,7 +97,7 @@ TEST_F(Report, IsOnePageThatNeedsNothingElse) {
 
 TEST_F(Report, ShowsTheStructure) {
     const XmlElement page = PageOf(kDatabase);
-    EXPECT_THAT(page.Texts("title"), Contains("database"));
+    EXPECT_THAT(page.Texts("title"), Contains("trolley"));
     EXPECT_THAT(page.Texts("p"), Contains("8 parts, 6 occurrences in assemblies"));
     EXPECT_THAT(page.Texts("summary"), Contains("Hand trolley TR-100"));
     EXPECT_THAT(page.Texts("summary"), Contains("Axle with wheels TR-120"));

@@ -11,7 +11,7 @@ using testing::StartsWith;
 namespace {
 
 const std::string kAssembly = SOURCE_DIRECTORY "/examples/assembly.stp";
-const std::string kDatabase = SOURCE_DIRECTORY "/examples/database.stp";
+const std::string kDatabase = SOURCE_DIRECTORY "/tests/host/trolley.stp";
 const std::string kAs1 = SHARED_DATA "/data/as1-oc-214.stp";
 
 // A part of the database with these links.
@@ -232,9 +232,9 @@ TEST_F(Tree, TellsModelsApart) {
 TEST_F(Tree, IsOneObjectALineInJson) {
     const std::vector<nlohmann::json> lines = Objects(TreeOf(kDatabase, {"--json"}));
     ASSERT_EQ(lines.size(), 8U);
-    EXPECT_EQ(lines[0], nlohmann::json::parse(R"({"model": "database", "level": 0, "part": "#1",
+    EXPECT_EQ(lines[0], nlohmann::json::parse(R"({"model": "trolley", "level": 0, "part": "#1",
         "parent": null, "id": "TR-100", "name": "Hand trolley", "count": 1, "components": 3})"));
-    EXPECT_EQ(lines[4], nlohmann::json::parse(R"({"model": "database", "level": 2, "part": "#7",
+    EXPECT_EQ(lines[4], nlohmann::json::parse(R"({"model": "trolley", "level": 2, "part": "#7",
         "parent": "#3", "id": "TR-122", "name": "Wheel, sealed bearing", "count": 2,
         "components": 0})"));
     const std::vector<nlohmann::json> placed =
