@@ -68,11 +68,12 @@ This package holds orx, which calls them on exchange files.")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orxexutilities)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${of_this_version}, python3 (>= 3.11), python3 (<< 3.12)")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-numpy")
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pandas")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-numpy, python3-distributed, python3-tqdm")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pandas, python3-psycopg2")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION "${description}
 .
-This package holds the module orxexutilities for Python.")
+This package holds the module orxexutilities for Python, and orx-fleet, which
+asks many files at once.")
 
 include(CPack)
 

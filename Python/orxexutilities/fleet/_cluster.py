@@ -1,0 +1,367 @@
+"""Batches of units on the workers of a Dask cluster, and their answers in the order of arrival."""
+
+from __future__ import annotations
+
+import contextlib
+import logging
+import os
+import queue
+import signal
+import tempfile
+import time
+from collections import deque
+from collections.abc import Callable, Iterator, Sequence
+from dataclasses import dataclass, field
+from multiprocessing import resource_tracker
+from typing import Any
+
+from distributed import Client, KilledWorker, LocalCluster
+from distributed.comm import parse_address, parse_host_port
+from distributed.comm.registry import get_backend
+
+import dask
+from orxexutilities.fleet import _work
+from orxexutilities.fleet._units import Reading, Rules, Unit, UsageError
+
+# A batch is to take about so long. It makes the rate of tasks one that depends on the number of
+# workers alone, whatever the size of the files; see docs/fleet.md.
+BATCH_SECONDS = 1.0
+# Batches on the way for each worker: one is asked while the next waits.
+BATCHES_PER_WORKER = 2
+# What a file costs beside its bytes, in bytes that take as long.
+FILE_COST = 64 * 1024
+# Memory that a model takes for each byte of its file, at most.
+MODEL_EXPANSION = 12
+# What a worker takes, idle or with the smallest of files, and some more.
+LEAST_MEMORY = 256 << 20
+# Units that worker after worker died of, though each asked them in a process of its own.
+DEATHS = 10
+# How long a result may take from its worker.
+RESULT_SECONDS = 120
+
+
+@dataclass(eq=False, slots=True)
+class Batch:
+    units: Sequence[Unit]
+    careful: bool = False
+    deaths: int = 0
+    memory: int | None = None
+    sent: float = 0.0
+    future: Any = field(default=None, repr=False)
+
+    @property
+    def cost(self) -> int:
+        return sum(map(_cost, self.units))
+
+
+def _cost(unit: Unit) -> int:
+    return unit.size + FILE_COST * len(unit.files)
+
+
+class Cluster:
+    """The workers: those of a scheduler elsewhere, or of this machine."""
+
+    def __init__(self, scheduler: str | None, workers: int | None, memory: int | None, patience: float) -> None:
+        if scheduler is not None:
+            _check_address(scheduler)
+        self._scheduler = scheduler
+        self._count = workers
+        if memory is not None and memory < LEAST_MEMORY:
+            raise UsageError(f"a worker needs {LEAST_MEMORY >> 20} MiB, {memory >> 20} MiB are too little")
+        self._memory = memory
+        self._patience = patience
+        self._open = contextlib.ExitStack()
+        self._client: Client | None = None
+        self._seen = 0.0
+        self._workers: dict[str, Any] = {}
+
+    def __enter__(self) -> Cluster:
+        try:
+            self._open.enter_context(_quiet())
+            if self._scheduler is None:
+                self._scheduler = self._start()
+            self.connect()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_: Any) -> None:
+        self.disconnect()
+        self._open.close()
+
+    def _start(self) -> str:
+        settings = {
+            # What dies with its worker comes back at once, to be asked with care.
+            "distributed.scheduler.allowed-failures": 0,
+            # Memory is bounded by asking one unit at a time; a worker that waits for it to become
+            # less would wait for ever.
+            "distributed.worker.memory.target": False,
+            "distributed.worker.memory.spill": False,
+            "distributed.worker.memory.pause": False,
+            "distributed.nanny.pre-spawn-environ.DASK_LOGGING__DISTRIBUTED": "critical",
+        }
+        self._open.enter_context(dask.config.set(settings))
+        folder = self._open.enter_context(tempfile.TemporaryDirectory(prefix="orx-fleet-"))
+        with _without_interrupts():
+            cluster = LocalCluster(
+                n_workers=self._count or len(os.sched_getaffinity(0)),
+                threads_per_worker=1,
+                processes=True,
+                host="127.0.0.1",
+                dashboard_address=None,
+                scheduler_kwargs={"dashboard_address": "127.0.0.1:0"},
+                local_directory=folder,
+                silence_logs=logging.CRITICAL,
+                **({"memory_limit": self._memory} if self._memory else {}),
+            )
+        self._open.callback(cluster.close)
+        return str(cluster.scheduler_address)
+
+    def connect(self) -> None:
+        """Connects to the scheduler, which may come up again in a while."""
+        deadline = time.monotonic() + self._patience
+        while True:
+            try:
+                self._client = Client(self._scheduler, timeout=5, set_as_default=False)
+                self._seen = 0.0
+                return
+            except (OSError, TimeoutError) as error:
+                if time.monotonic() > deadline:
+                    raise UsageError(f"{self._scheduler}: no scheduler answers") from error
+                time.sleep(0.5)
+
+    def disconnect(self) -> None:
+        client, self._client = self._client, None
+        if client is not None:
+            with contextlib.suppress(Exception):
+                client.close(timeout=5)
+
+    @property
+    def connected(self) -> bool:
+        return self._client is not None and self._client.status == "running"
+
+    @property
+    def workers(self) -> dict[str, Any]:
+        """Those that are there, by address, as they were a second ago."""
+        now = time.monotonic()
+        if now - self._seen > 1 and self._client is not None:
+            with contextlib.suppress(Exception):
+                self._workers = self._client.scheduler_info()["workers"]
+                self._seen = now
+        return self._workers
+
+    def memory(self) -> tuple[int, int] | None:
+        """How much the worker with least may take, and how much the machine with least; nothing where
+        workers have no limit."""
+        machines: dict[str, int] = {}
+        limits = []
+        for worker in self.workers.values():
+            limits.append(worker.get("memory_limit") or 0)
+            machines[worker["host"]] = machines.get(worker["host"], 0) + limits[-1]
+        return (min(limits), min(machines.values())) if limits and min(limits) else None
+
+    def send(self, task: Callable[..., Any], *values: Any) -> Any:
+        assert self._client is not None
+        return self._client.submit(task, *values, pure=False)
+
+
+def _check_address(address: str) -> None:
+    try:
+        scheme, place = parse_address(address, strict=True)
+        get_backend(scheme)
+        parse_host_port(place)
+    except ValueError as error:
+        raise UsageError(f"{address}: no address of a scheduler, such as tcp://host:8786: {error}") from None
+
+
+@contextlib.contextmanager
+def _quiet() -> Iterator[None]:
+    """Deaths of workers and lost connections are told of here, not by each part of the cluster."""
+    loggers = [logging.getLogger(name) for name in ("distributed", "tornado", "asyncio")]
+    levels = [logger.level for logger in loggers]
+    for logger in loggers:
+        logger.setLevel(logging.CRITICAL)
+    try:
+        yield
+    finally:
+        for logger, level in zip(loggers, levels):
+            logger.setLevel(level)
+
+
+@contextlib.contextmanager
+def _without_interrupts() -> Iterator[None]:
+    """Threads that are started meanwhile, and the processes that they start, are not interrupted from
+    the keyboard: the run is, and ends them."""
+    resource_tracker.ensure_running()  # which would let interrupts in again
+    before = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})
+    try:
+        yield
+    finally:
+        signal.pthread_sigmask(signal.SIG_SETMASK, before)
+
+
+class Dispatch:
+    """Sends units out, and gives each back with its answer."""
+
+    def __init__(
+        self,
+        cluster: Cluster,
+        units: Sequence[Unit],
+        rules: Rules,
+        reading: Reading,
+        patience: float,
+        tell: Callable[[str], None],
+    ) -> None:
+        self._cluster = cluster
+        self._rules = rules
+        self._reading = reading
+        self._patience = patience
+        self._tell = tell
+        # The largest first: what comes last keeps no worker busy for long.
+        self._units = deque(sorted(units, key=_cost, reverse=True))
+        self._cost = sum(map(_cost, units))  # of those that wait
+        self._rate = 20e6  # cost in a second on one worker, as measured
+        self._again: deque[Batch] = deque()
+        self._large: deque[Batch] = deque()
+        self._flying: set[Batch] = set()
+        self._arrivals: queue.SimpleQueue[tuple[Batch, Any]] = queue.SimpleQueue()
+        self._faults = 0
+        self._without_workers: float | None = None
+        self._set_large_aside()
+
+    def _set_large_aside(self) -> None:
+        """Units whose models may take more memory than a worker has are asked last and one at a time,
+        with the memory of all workers of a machine."""
+        limits = self._cluster.memory() if self._units else None
+        if limits is None:
+            return
+        one, machine = limits
+        while self._units and self._units[0].size * MODEL_EXPANSION > one:
+            unit = self._units.popleft()
+            self._cost -= _cost(unit)
+            self._large.append(Batch([unit], careful=True, memory=machine))
+
+    def answers(self) -> Iterator[tuple[Unit, _work.Answer]]:
+        while self._units or self._again or self._large or self._flying:
+            self._fill()
+            try:
+                batch, future = self._arrivals.get(timeout=0.5)
+            except queue.Empty:
+                self._look_after()
+                continue
+            if batch in self._flying and batch.future is future:
+                self._flying.remove(batch)
+                batch.future = None
+                yield from self._take(batch, future)
+
+    # ---- Out
+
+    def _fill(self) -> None:
+        if not self._cluster.connected:
+            return
+        places = BATCHES_PER_WORKER * len(self._cluster.workers)
+        while len(self._flying) < places:
+            batch = self._next()
+            if batch is None:
+                return
+            self._send(batch)
+
+    def _next(self) -> Batch | None:
+        if self._again:
+            return self._again.popleft()
+        if self._units:
+            return self._cut()
+        if self._large and not self._flying:
+            return self._large.popleft()
+        return None
+
+    def _cut(self) -> Batch:
+        """As many units as take about the time of a batch; towards the end less, so that all workers
+        end at about the same time."""
+        shares = BATCHES_PER_WORKER * max(1, len(self._cluster.workers))
+        most = min(BATCH_SECONDS * self._rate, self._cost / shares)
+        units = [self._units.popleft()]
+        cost = _cost(units[0])
+        while self._units and cost + _cost(self._units[0]) <= most:
+            units.append(self._units.popleft())
+            cost += _cost(units[-1])
+        self._cost -= cost
+        return Batch(units)
+
+    def _send(self, batch: Batch) -> None:
+        values = (batch.units, self._rules, self._reading)
+        if batch.careful:
+            future = self._cluster.send(_work.ask_carefully, *values, batch.memory)
+        else:
+            future = self._cluster.send(_work.ask_all, *values)
+        batch.future = future
+        batch.sent = time.monotonic()
+        self._flying.add(batch)
+        future.add_done_callback(lambda done: self._arrivals.put((batch, done)))
+
+    # ---- Back
+
+    def _take(self, batch: Batch, future: Any) -> Iterator[tuple[Unit, _work.Answer]]:
+        try:
+            seconds, answers = future.result(timeout=RESULT_SECONDS)
+        except KilledWorker:
+            yield from self._died(batch)
+            return
+        except Exception as error:
+            self._failed(batch, future, error)
+            return
+        self._faults = 0
+        if not batch.careful and seconds > 0:
+            self._rate += 0.3 * (batch.cost / seconds - self._rate)
+        suspects = []
+        for unit, answer in zip(batch.units, answers):
+            if isinstance(answer, _work.Suspect):
+                suspects.append(unit)
+            else:
+                yield unit, answer
+        if suspects:
+            self._again.append(Batch(suspects, careful=True))
+
+    def _died(self, batch: Batch) -> Iterator[tuple[Unit, _work.Answer]]:
+        """What was with a worker when it died is not to blame for it until it has been asked alone."""
+        deaths = batch.deaths + batch.careful
+        if deaths < DEATHS:
+            self._again.append(Batch(batch.units, True, deaths, batch.memory))
+        elif len(batch.units) > 1:
+            self._again.extend(Batch([unit], True, 0, batch.memory) for unit in batch.units)
+        else:
+            (unit,) = batch.units
+            message = f"{DEATHS} workers died that asked it in a process of its own"
+            yield unit, _work.failure(unit, unit.files[0], message)
+
+    def _failed(self, batch: Batch, future: Any, error: Exception) -> None:
+        """The cluster failed, not a unit. Batches that are cancelled have lost their scheduler."""
+        self._again.append(batch)
+        if future.cancelled() or not self._cluster.connected:
+            return
+        self._faults += 1
+        if self._faults > 3:
+            said = f"{type(error).__name__}: {error}"
+            raise UsageError(f"the workers cannot ask: {said}") from error
+
+    def _look_after(self) -> None:
+        """Nothing has arrived for a while."""
+        if not self._cluster.connected:
+            self._tell("the scheduler is lost, waiting for it")
+            self._cluster.disconnect()
+            lost, self._flying = self._flying, set()
+            for batch in lost:
+                batch.future = None
+                self._again.append(batch)
+            self._cluster.connect()
+            self._tell("the scheduler is there")
+            return
+        if self._cluster.workers:
+            self._without_workers = None
+            return
+        now = time.monotonic()
+        if self._without_workers is None:
+            self._without_workers = now
+        elif now - self._without_workers > self._patience:
+            raise UsageError("the scheduler has no workers")

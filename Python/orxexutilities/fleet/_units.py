@@ -1,0 +1,202 @@
+"""Files, the units that they form, and the rules that are asked of them. Nothing here needs Dask."""
+
+from __future__ import annotations
+
+import inspect
+import os
+import sys
+import traceback
+import types
+from collections.abc import Callable, Hashable, Iterable, Iterator
+from dataclasses import dataclass
+from typing import Any, NamedTuple
+
+# What a folder is searched for.
+SUFFIXES = (".stp", ".step", ".p21", ".stpx21")
+# Data sets that are named as databases are.
+DATABASES = ("sqlite:", "postgresql://", "postgres://")
+
+
+class UsageError(ValueError):
+    """What was asked for cannot be begun, or not be gone on with: bad rules, no such file list, a
+    result that cannot be written, no scheduler."""
+
+
+class Stamp(NamedTuple):
+    """What tells a file from its later self."""
+
+    size: int
+    modified: int  # nanoseconds
+
+
+@dataclass(frozen=True, slots=True)
+class Unit:
+    """Files that are asked together: all of them, or none."""
+
+    name: str
+    files: tuple[str, ...]
+    stamps: tuple[Stamp, ...]
+
+    @property
+    def size(self) -> int:
+        return sum(stamp.size for stamp in self.stamps)
+
+
+@dataclass(frozen=True, slots=True)
+class Failure:
+    """What kept a unit from being done. `file` is the one to blame, and `line` and `column` the place
+    in it where there is one; `others` are the files of its unit that were left out with it."""
+
+    file: str
+    message: str
+    line: int | None = None
+    column: int | None = None
+    others: tuple[str, ...] = ()
+
+    def __str__(self) -> str:
+        place = ":".join(str(part) for part in (self.file, self.line, self.column) if part is not None)
+        left_out = f" (and {len(self.others)} more of its unit)" if self.others else ""
+        return f"{place}: {self.message}{left_out}"
+
+
+class Table(NamedTuple):
+    """The rows of a file. A row has a value for each column."""
+
+    file: str
+    columns: tuple[str, ...]
+    rows: list[tuple[Any, ...]]
+    warnings: int  # how much in the file was not as it should be, but was read
+
+
+@dataclass(frozen=True, slots=True)
+class Reading:
+    """How files are read."""
+
+    schemas: tuple[str, ...] = ()
+    lenient: bool = False
+
+
+@dataclass(frozen=True, slots=True)
+class Rules:
+    """Rules as they travel to the workers: the text of a file, or pickled functions."""
+
+    path: str
+    text: str = ""
+    pickled: bytes = b""
+
+    @classmethod
+    def of(cls, rules: Any, group: Callable[[str], Hashable] | None = None) -> Rules:
+        if callable(rules):
+            import cloudpickle
+
+            code = getattr(rules, "__code__", None)
+            path = code.co_filename if code else repr(rules)
+            return cls(path, pickled=cloudpickle.dumps((rules, group)))
+        path = os.path.abspath(rules)
+        try:
+            with open(path, encoding="utf-8") as file:
+                return cls(path, file.read())
+        except (OSError, UnicodeDecodeError) as error:
+            raise UsageError(f"{rules}: {getattr(error, 'strerror', None) or error}") from None
+
+    def load(self) -> Loaded:
+        """The functions. A process makes them once."""
+        if self not in _loaded:
+            _loaded.clear()
+            _loaded[self] = self._make()
+        return _loaded[self]
+
+    def _make(self) -> Loaded:
+        if self.pickled:
+            import cloudpickle
+
+            return Loaded(*cloudpickle.loads(self.pickled))
+        module = types.ModuleType("orx_fleet_rules")
+        module.__file__ = self.path
+        sys.modules[module.__name__] = module
+        folder = os.path.dirname(self.path)
+        if folder not in sys.path:
+            sys.path.insert(0, folder)
+        exec(compile(self.text, self.path, "exec"), module.__dict__)
+        rows = getattr(module, "rows", None)
+        if not callable(rows):
+            raise UsageError(f"{self.path}: there is no function rows(model)")
+        return Loaded(rows, getattr(module, "group", None))
+
+    def place_of(self, error: BaseException) -> str:
+        """An error, with the line of the rules that it came through."""
+        if isinstance(error, SyntaxError) and error.filename == self.path:
+            return f"{self.path}:{error.lineno}: {error.msg}"
+        said = str(error)
+        text = f"{type(error).__name__}: {said}" if said else type(error).__name__
+        lines = [
+            frame.lineno
+            for frame in traceback.extract_tb(error.__traceback__)
+            if frame.filename == self.path
+        ]
+        return f"{self.path}:{lines[-1]}: {text}" if lines else text
+
+
+class Loaded(NamedTuple):
+    rows: Callable[..., Any]
+    group: Callable[[str], Hashable] | None
+
+    @property
+    def takes_unit(self) -> bool:
+        """Whether rows() wants the models of the whole unit too."""
+        kinds = (inspect.Parameter.POSITIONAL_ONLY, inspect.Parameter.POSITIONAL_OR_KEYWORD)
+        try:
+            parameters = inspect.signature(self.rows).parameters.values()
+        except (TypeError, ValueError):
+            return False
+        return sum(p.kind in kinds and p.default is p.empty for p in parameters) > 1
+
+
+_loaded: dict[Rules, Loaded] = {}
+
+
+def files_of(names: Iterable[str | os.PathLike[str]]) -> Iterator[str]:
+    """The files that are named, and those of the folders that are named, by their absolute paths."""
+    for name in map(os.fspath, names):
+        if name.startswith(DATABASES):
+            scheme, rest = name.split(":", 1)
+            yield f"sqlite:{os.path.abspath(rest)}" if scheme == "sqlite" else name
+        elif os.path.isdir(name):
+            for folder, folders, files in os.walk(os.path.abspath(name)):
+                folders.sort()
+                for file in sorted(files):
+                    if file.lower().endswith(SUFFIXES):
+                        yield os.path.join(folder, file)
+        else:
+            yield os.path.abspath(name)
+
+
+def stamp_of(file: str) -> Stamp:
+    """What a file is like now; of one that is not there, or is a table of a server, nothing."""
+    path = file.removeprefix("sqlite:")
+    try:
+        status = os.stat(path)
+    except OSError:
+        return Stamp(0, 0)
+    return Stamp(status.st_size, status.st_mtime_ns)
+
+
+def units_of(files: Iterable[str], rules: Rules) -> list[Unit]:
+    """Each file once, in the units that group() puts together."""
+    try:
+        group = rules.load().group
+    except UsageError:
+        raise
+    except BaseException as error:
+        raise UsageError(rules.place_of(error)) from None
+    members: dict[str, list[str]] = {}
+    for file in dict.fromkeys(files):
+        try:
+            key = group(file) if group else None
+        except Exception as error:
+            raise UsageError(f"group({file!r}): {rules.place_of(error)}") from None
+        members.setdefault(file if key is None else str(key), []).append(file)
+    return [
+        Unit(name, tuple(sorted(together)), tuple(map(stamp_of, sorted(together))))
+        for name, together in members.items()
+    ]

@@ -1,0 +1,306 @@
+"""What runs on the workers: units are read and asked."""
+
+from __future__ import annotations
+
+import ctypes
+import json
+import math
+import os
+import pickle
+import resource
+import signal
+import subprocess
+import sys
+import threading
+import time
+import warnings
+from collections.abc import Iterable, Mapping, Sequence
+from dataclasses import dataclass
+from typing import Any
+
+import orxexutilities as orx
+from orxexutilities.fleet._units import Failure, Reading, Rules, Table, Unit
+
+# The tables of a unit's files, or why there are none.
+Answer = list[Table] | Failure
+
+
+@dataclass(frozen=True, slots=True)
+class Suspect:
+    """A unit that took memory which its process lacked: asked alone, it may have enough."""
+
+    unit: Unit
+
+
+# The functions serve one call at a time, and one unit at a time is what memory is reckoned for.
+_turn = threading.Lock()
+
+
+def ask_all(
+    units: Sequence[Unit], rules: Rules, reading: Reading
+) -> tuple[float, list[Answer | Suspect]]:
+    """The task for a batch of units: how long it took, and the answers."""
+    with _turn:
+        start = time.monotonic()
+        answers = [ask(unit, rules, reading) for unit in units]
+        return time.monotonic() - start, answers
+
+
+def ask(unit: Unit, rules: Rules, reading: Reading) -> Answer | Suspect:
+    loaded = rules.load()
+    models: dict[str, orx.Model] = {}
+    counts: dict[str, int] = {}
+    file = unit.files[0]
+    try:
+        for file in unit.files:
+            with warnings.catch_warnings(record=True) as caught:
+                warnings.simplefilter("always", orx.DataWarning)
+                models[file] = orx.read(file, schemas=reading.schemas, lenient=reading.lenient)
+            counts[file] = sum(issubclass(w.category, orx.DataWarning) for w in caught)
+    except MemoryError:
+        return Suspect(unit)
+    except orx.Error as error:
+        return failure(unit, file, _without_place(error), error.line, error.column)
+    except Exception as error:
+        return failure(unit, file, f"{type(error).__name__}: {error}")
+
+    try:
+        tables = []
+        for file, model in models.items():
+            found = loaded.rows(model, models) if loaded.takes_unit else loaded.rows(model)
+            tables.append(_table(file, found, counts[file]))
+        return tables
+    except MemoryError:
+        return Suspect(unit)
+    except (Exception, SystemExit) as error:
+        return failure(unit, file, rules.place_of(error))
+    finally:
+        orx.RemoveValueVersion()
+
+
+def failure(unit: Unit, file: str, message: str, line: int | None = None, column: int | None = None) -> Failure:
+    return Failure(file, message, line, column, tuple(f for f in unit.files if f != file))
+
+
+def _without_place(error: orx.Error) -> str:
+    """All that there is to say of a file, the first without the place that is told apart."""
+    place = ":".join(str(part) for part in (error.file, error.line, error.column) if part is not None)
+    first, *more = error.messages
+    return "\n".join([first.removeprefix(f"{place}: "), *more])
+
+
+# ---- Rows
+
+
+def _table(file: str, found: Iterable[Mapping[str, Any]] | None, count: int) -> Table:
+    columns: dict[str, int] = {}
+    rows: list[Sequence[Any]] = []
+    for row in () if found is None else found:
+        if not isinstance(row, Mapping):
+            raise TypeError(f"rows() gave {_a(row)}, a dict is expected")
+        if row.keys() != columns.keys():
+            for name in row:
+                if name not in columns:
+                    _add(columns, name)
+        rows.append([_plain(name, row[name]) if name in row else None for name in columns])
+    width = len(columns)
+    return Table(file, tuple(columns), [(*row, *[None] * (width - len(row))) for row in rows], count)
+
+
+def _add(columns: dict[str, int], name: Any) -> None:
+    if not isinstance(name, str) or not name:
+        raise TypeError(f"{name!r} cannot be the name of a column")
+    folded = name.lower()
+    if folded == "file":
+        raise ValueError("the column 'file' is the name of the file, a row may not have its own")
+    if any(folded == other.lower() for other in columns):
+        raise ValueError(f"{name!r} is the name of two columns: capitals do not count")
+    columns[name] = len(columns)
+
+
+def _a(value: object) -> str:
+    return f"a value of type {type(value).__name__}"
+
+
+def _plain(column: str, value: Any) -> Any:
+    """A value as a database holds it: unset and unknown as NULL, an instance as its number, a list as
+    JSON, an integer of more than 64 bits as text."""
+    kind = type(value)
+    if kind is int:
+        return value if -(2**63) <= value < 2**63 else str(value)
+    if value is None or kind in (str, float, bool, bytes):
+        return value
+    if value is orx.UNKNOWN:
+        return None
+    if isinstance(value, orx.Typed):
+        return _plain(column, value.value)
+    if isinstance(value, (orx.Enum, orx.Binary)):
+        return str(value)
+    if isinstance(value, orx.Instance):
+        return value.number
+    if hasattr(value, "tolist"):  # numpy
+        return _plain(column, value.tolist())
+    if hasattr(value, "isoformat"):
+        return value.isoformat()
+    if isinstance(value, (list, tuple, dict)):
+        return json.dumps(_members(column, value), ensure_ascii=False)
+    for base in (int, float, str, bytes):
+        if isinstance(value, base):
+            return _plain(column, base(value))
+    raise TypeError(f"column {column!r}: {_a(value)} cannot be written")
+
+
+def _members(column: str, value: Any) -> Any:
+    if isinstance(value, (list, tuple)):
+        return [_members(column, member) for member in value]
+    if isinstance(value, dict):
+        return {str(key): _members(column, member) for key, member in value.items()}
+    if isinstance(value, int):
+        return value
+    if isinstance(value, float) and not math.isfinite(value):
+        return str(value)
+    return _plain(column, value)
+
+
+# ---- Units that something died with, each in sight
+
+
+def ask_carefully(
+    units: Sequence[Unit], rules: Rules, reading: Reading, memory: int | None = None
+) -> tuple[float, list[Answer]]:
+    """The task for units that were on a worker when it died, or that are too large for one. They are
+    asked in a process of their own; one that dies with it is asked once more, alone, before it is
+    blamed. `memory` is how much the process may take, by default as much as its worker."""
+    with _turn:
+        start = time.monotonic()
+        memory = memory or _memory_of_worker()
+        answers: list[Answer] = []
+        child: _Child | None = None
+        try:
+            for unit in units:
+                answer: Answer | None = None
+                if child is not None:
+                    answer = child.ask(unit)
+                if answer is None:
+                    if child is not None:
+                        child.close()
+                    child, answer = _ask_alone(unit, rules, reading, memory)
+                answers.append(answer)
+        finally:
+            if child is not None:
+                child.close()
+        return time.monotonic() - start, answers
+
+
+# How often a process is killed before it is not by accident: by a person, or for what others take.
+KILLS = 3
+
+
+def _ask_alone(
+    unit: Unit, rules: Rules, reading: Reading, memory: int | None
+) -> tuple[_Child | None, Answer]:
+    for attempt in range(KILLS):
+        child = _Child(rules, reading, memory)
+        answer = child.ask(unit)
+        if answer is not None:
+            return child, answer
+        child.close()
+        if child.status != -signal.SIGKILL:
+            break
+    return None, failure(unit, unit.files[0], f"the process that asked it {_death(child.status)}")
+
+
+def _death(status: int) -> str:
+    if status >= 0:
+        return f"ended with status {status}"
+    number = -status
+    try:
+        said = f"{signal.strsignal(number)}, {signal.Signals(number).name}"
+    except ValueError:
+        said = f"signal {number}"
+    times = f", {KILLS} times" if number == signal.SIGKILL else ""
+    return f"died ({said}{times})"
+
+
+def _memory_of_worker() -> int | None:
+    from distributed import get_worker
+
+    try:
+        return get_worker().memory_manager.memory_limit or None
+    except ValueError:
+        return None
+
+
+class _Child:
+    """A process that asks units. It dies with the one that started it."""
+
+    def __init__(self, rules: Rules, reading: Reading, memory: int | None) -> None:
+        beside = os.path.dirname(os.path.dirname(orx.__file__))
+        paths = [beside, *filter(None, [os.environ.get("PYTHONPATH")])]
+        self._process = subprocess.Popen(
+            [sys.executable, "-m", "orxexutilities.fleet._work"],
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            env=os.environ | {"PYTHONPATH": os.pathsep.join(paths)},
+        )
+        self.status = 0
+        self._send((os.getpid(), rules, reading, memory))
+
+    def _send(self, what: Any) -> None:
+        assert self._process.stdin is not None
+        try:
+            pickle.dump(what, self._process.stdin)
+            self._process.stdin.flush()
+        except BrokenPipeError:
+            pass
+
+    def ask(self, unit: Unit) -> Answer | None:
+        """Nothing when the process has died instead of answering."""
+        self._send(unit)
+        assert self._process.stdout is not None
+        try:
+            return pickle.load(self._process.stdout)
+        except (EOFError, pickle.UnpicklingError):
+            return None
+
+    def close(self) -> None:
+        try:
+            self._process.stdin.close()
+        except BrokenPipeError:
+            pass
+        self._process.stdout.close()
+        self.status = self._process.wait()
+
+
+def _answer_questions() -> None:
+    """The process of a _Child: questions come in on standard input, answers go out on what was
+    standard output, which is standard error for whatever the rules print."""
+    answers = os.fdopen(os.dup(1), "wb")
+    os.dup2(2, 1)
+    questions = sys.stdin.buffer
+    parent, rules, reading, memory = pickle.load(questions)
+    PR_SET_PDEATHSIG = 1
+    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL)
+    if os.getppid() != parent:
+        sys.exit(1)
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    if memory:
+        resource.setrlimit(resource.RLIMIT_DATA, (memory, memory))
+    while True:
+        try:
+            unit = pickle.load(questions)
+        except EOFError:
+            return
+        answer = ask(unit, rules, reading)
+        if isinstance(answer, Suspect):
+            allowed = f" than the {memory / 2**20:,.0f} MiB of a worker" if memory else " than there is"
+            answer = failure(unit, unit.files[0], f"takes more memory{allowed}")
+        pickle.dump(answer, answers)
+        answers.flush()
+
+
+if __name__ == "__main__":
+    # Under its own name: what is pickled is named by it.
+    from orxexutilities.fleet import _work
+
+    _work._answer_questions()
