@@ -45,13 +45,13 @@ class Completer {
         if (keyword == "NEW" || keyword == "IN" || before.ends_with('+')) {
             if (!session_.Models().empty()) Add(EntityNames(session_.Models().front().Model()));
             if (keyword == "IN") Add(evaluator_.VariableNames());
-        } else if (text_.substr(0, start_).starts_with("help ")) {
+        } else if (IsArgumentOf("help ") || IsArgumentOf("trace only ")) {
             Add(calls::FunctionNames());
             for (const NamedModel& model : session_.Models()) Add(EntityNames(model.Model()));
         } else {
             for (const std::string& function : calls::FunctionNames()) Add({function + '('});
             Add(evaluator_.VariableNames());
-            if (start_ == 0) Add({"help", "new", "open", "quit", "save", "show", "users"});
+            if (start_ == 0) Add({"help", "new", "open", "quit", "save", "show", "trace", "users"});
             Add({"ADD", "AND", "COUNT(", "EACH", "LET", "NEW", "NOT", "OR", "SET", "IN", "TO",
                  "WHERE"});
             if (const auto each = FindEach()) Add({each->variable});
@@ -64,6 +64,10 @@ class Completer {
 
     void Add(const std::vector<std::string>& names) {
         candidates_.insert(candidates_.end(), names.begin(), names.end());
+    }
+
+    bool IsArgumentOf(std::string_view command) const {
+        return text_.substr(0, start_).starts_with(command);
     }
 
     // Those that begin with what is typed.

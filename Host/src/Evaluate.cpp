@@ -29,7 +29,8 @@ std::vector<Source> Sources(const Options& options) {
     return sources;
 }
 
-int Evaluate(Session& session, const Options& options, const calls::Module& module) {
+int Evaluate(Session& session, const Options& options, const calls::Module& module,
+             TraceView& trace) {
     Printer printer(session, FormOf(options));
     int status = kDone;
     std::string sourceName;
@@ -48,7 +49,7 @@ int Evaluate(Session& session, const Options& options, const calls::Module& modu
         leniency.warn = [&](const ScriptError& error) { complain("warning: ", error); };
     }
     if (options.keepGoing) leniency.skip = fail;
-    Evaluator evaluator(module, session, printer, leniency);
+    Evaluator evaluator(module, session, printer, leniency, &trace);
     for (const Source& source : Sources(options)) {
         sourceName = source.name;
         ScriptReader reader(source.text, source.start, session.ModelNames());
@@ -69,12 +70,13 @@ int Evaluate(Session& session, const Options& options, const calls::Module& modu
 }  // namespace
 
 int CallOrRun(const Options& options) {
-    StartTrace(options);
+    TraceView trace;
+    StartTrace(trace, options);
     Session session;
     Load(session, options);
     CheckSaves(session, options);
     const std::unique_ptr<calls::Module> module = LoadModule(options);
-    const int status = Evaluate(session, options, *module);
+    const int status = Evaluate(session, options, *module, trace);
     // A script that was left halfway leaves its models unsaved.
     if (status == kDone || options.keepGoing) Save(session, options);
     return status;

@@ -379,12 +379,28 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
             throw ScriptError(operand.position, misfit);
         }
     }
+    if (trace_ != nullptr && trace_->IsOn()) Announce(expression, arguments);
     // A list of a model's that the function fills.
     if (function->result == orx::Nothing &&
         KORHandleAccess::KindOf(arguments.back().handle) == KORHandleAccess::Kind::ModelAggregate) {
         session_.NoteChange(nullptr);
     }
     return module_.Call(*function, arguments);
+}
+
+void Evaluator::Announce(const Expression& call,
+                         const std::vector<calls::Argument>& arguments) const {
+    constexpr std::size_t kLongest = 100;
+    std::string header = "== " + std::to_string(call.position.line) + ':' +
+                         std::to_string(call.position.column) + ' ' + call.name + '(';
+    for (const calls::Argument& argument : arguments) {
+        if (&argument != arguments.data()) header += ", ";
+        const NamedModel* model = session_.Holding(argument.model);
+        std::string text = model != nullptr ? '@' + model->name : ToText(argument.handle, session_);
+        if (text.size() > kLongest) text.replace(kLongest - 3, std::string::npos, "...");
+        header += text;
+    }
+    trace_->Announce(header + ')');
 }
 
 SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {

@@ -7,11 +7,13 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Module.h"
 #include "Output.h"
 #include "Script.h"
 #include "Session.h"
+#include "TraceView.h"
 
 namespace host {
 
@@ -28,8 +30,12 @@ struct Leniency {
 class Evaluator {
   public:
     Evaluator(const calls::Module& module, Session& session, Printer& printer,
-              Leniency leniency = {})
-        : module_(module), session_(session), printer_(printer), leniency_(std::move(leniency)) {}
+              Leniency leniency = {}, TraceView* trace = nullptr)
+        : module_(module),
+          session_(session),
+          printer_(printer),
+          leniency_(std::move(leniency)),
+          trace_(trace) {}
 
     // Throws ScriptError when the statement fails; what it did before that stays done.
     void Run(const Statement& statement);
@@ -62,6 +68,7 @@ class Evaluator {
     SdaiPrimitiveH FindInstance(const Expression& expression) const;
     SdaiPrimitiveH ReadAttribute(const Expression& expression) const;
     SdaiPrimitiveH CallFunction(const Expression& expression) const;
+    void Announce(const Expression& call, const std::vector<calls::Argument>& arguments) const;
     SdaiPrimitiveH Count(const Expression& expression) const;
     SdaiPrimitiveH MemberAt(const Expression& expression) const;
     SdaiPrimitiveH Operate(const Expression& expression) const;
@@ -85,6 +92,7 @@ class Evaluator {
     Session& session_;
     Printer& printer_;
     const Leniency leniency_;
+    TraceView* const trace_;  // is told of each call; may be null
     Variables variables_;
 };
 

@@ -12,9 +12,9 @@
 
 #include "Console.h"
 #include "Interrupt.h"
-#include "KORPSNTrace.h"
 #include "Names.h"
 #include "Output.h"
+#include "Signature.h"
 
 namespace host {
 
@@ -207,9 +207,20 @@ void Load(Session& session, const Options& options) {
     }
 }
 
-void StartTrace(const Options& options) {
-    if (options.trace.empty()) return;
-    if (!KORPSNTrace::Configure(12, options.trace == "-" ? nullptr : options.trace.c_str())) {
+void CheckFunctions(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (orx::FindExport(name) != nullptr) continue;
+        Refuse("unknown function '" + name + "'" + kor::DidYouMean(name, calls::FunctionNames()));
+    }
+}
+
+void StartTrace(TraceView& trace, const Options& options) {
+    CheckFunctions(options.traceOnly);
+    trace.ShowOnly(options.traceOnly);
+    trace.ShowDepth(options.traceDepth);
+    const bool filtered = !options.traceOnly.empty() || options.traceDepth != 0;
+    if (options.trace.empty() && !filtered) return;
+    if (!trace.Start(options.trace.empty() ? "-" : options.trace)) {
         Refuse(options.trace + ": the trace cannot be written");
     }
 }

@@ -6,10 +6,12 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "Module.h"
 #include "Options.h"
 #include "Session.h"
+#include "TraceView.h"
 
 namespace host {
 
@@ -29,7 +31,10 @@ void AddModel(Session& session, const Options::Model& model, bool lenient);
 void Load(Session& session, const Options& options);
 
 // Switches the trace on where it is asked for.
-void StartTrace(const Options& options);
+void StartTrace(TraceView& trace, const Options& options);
+
+// The functions must be in the export table.
+void CheckFunctions(const std::vector<std::string>& names);
 
 std::unique_ptr<calls::Module> LoadModule(const Options& options);
 

@@ -123,6 +123,16 @@ void AddEvaluationOptions(CLI::App& command, Options& options) {
         .add_option("-t,--trace", options.trace, "write the trace there (\"-\": standard error)")
         ->type_name("FILE");
     command
+        .add_option("--trace-only", options.traceOnly,
+                    "trace calls of that function, and what it calls (again for more)")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
+    command
+        .add_option("--trace-depth", options.traceDepth,
+                    "trace so many levels of functions that call each other")
+        ->type_name("N")
+        ->check(Natural());
+    command
         .add_option("-o,--save", options.saves,
                     "write a model after the last statement (again for more)")
         ->type_name("NAME=FILE")

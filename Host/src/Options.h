@@ -38,6 +38,8 @@ struct Options {
 
     // Of call, run and shell.
     std::string trace;
+    std::vector<std::string> traceOnly;  // names of functions; none: all
+    int traceDepth = 0;                  // 0: all
     std::vector<std::string> saves;
     bool keepGoing = false;
     std::string script;

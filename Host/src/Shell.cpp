@@ -6,6 +6,7 @@
 #include <iostream>
 #include <optional>
 #include <span>
+#include <sstream>
 #include <utility>
 
 #include "Commands.h"
@@ -43,6 +44,7 @@ constexpr const char* kHelp =
     "  show #12     the attributes of an instance, their types, what they refer to\n"
     "  users #12    who refers to it\n"
     "  open [NAME=]FILE, new NAME=SCHEMA, save [NAME=]FILE      models\n"
+    "  trace on, off, only NAME..., depth N, all                what functions read and decide\n"
     "  help NAME    what a function takes and gives; the attributes of an entity type\n"
     "  quit         leaves, as Ctrl-D does; Ctrl-C cancels a line or a statement, Tab completes\n";
 
@@ -54,12 +56,14 @@ std::string Trimmed(std::string_view text) {
 
 class ShellSession {
   public:
-    ShellSession(Session& session, const calls::Module& module, const Options& options)
+    ShellSession(Session& session, const calls::Module& module, const Options& options,
+                 TraceView& trace)
         : session_(session),
+          trace_(trace),
           options_(options),
           form_(FormOf(options)),
           printer_(session, form_),
-          evaluator_(module, session, printer_),
+          evaluator_(module, session, printer_, {}, &trace),
           editor_([this](std::string_view line) { return CompleteLine(line); }) {}
 
     // Carries out what is typed, to the end. On a terminal an error is a matter of the moment.
@@ -203,7 +207,7 @@ class ShellSession {
             {"help", &ShellSession::Help},   {"quit", &ShellSession::Quit},
             {"new", &ShellSession::New},     {"open", &ShellSession::Open},
             {"save", &ShellSession::Save},   {"show", &ShellSession::Show},
-            {"users", &ShellSession::Users},
+            {"trace", &ShellSession::Trace}, {"users", &ShellSession::Users},
         };
         return kCommands;
     }
@@ -244,6 +248,30 @@ class ShellSession {
             isNamed ? argument : session_.Models().front().name + '=' + argument;
         SaveModel(session_, save, options_.inPlace);
         if (editor_.IsInteractive()) std::cout << "saved: " << ReadableName(save) << '\n';
+    }
+
+    // trace on|off, trace only NAME..., trace all, trace depth N.
+    void Trace(const std::string& argument) {
+        std::istringstream words(argument);
+        std::string what;
+        words >> what;
+        std::vector<std::string> rest;
+        for (std::string word; words >> word;) rest.push_back(word);
+        const bool isNumber = rest.size() == 1 && rest[0].size() <= 9 &&
+                              rest[0].find_first_not_of("0123456789") == std::string::npos;
+        if (what == "off" && rest.empty()) return trace_.Stop();
+        if (what == "only" && !rest.empty()) {
+            CheckFunctions(rest);
+            trace_.ShowOnly(rest);
+        } else if (what == "all" && rest.empty()) {
+            trace_.ShowOnly({});
+            trace_.ShowDepth(0);
+        } else if (what == "depth" && isNumber) {
+            trace_.ShowDepth(std::stoi(rest[0]));
+        } else if (what != "on" || !rest.empty()) {
+            Refuse("trace on, off, only NAME..., depth N or all");
+        }
+        trace_.GoOn();
     }
 
     static void NeedArgument(const std::string& argument, const std::string& usage) {
@@ -294,6 +322,7 @@ class ShellSession {
     }
 
     Session& session_;
+    TraceView& trace_;
     const Options& options_;
     const Form form_;
     Printer printer_;
@@ -309,12 +338,13 @@ class ShellSession {
 }  // namespace
 
 int Shell(const Options& options) {
-    StartTrace(options);
+    TraceView trace;
+    StartTrace(trace, options);
     Session session;
     Load(session, options);
     CheckSaves(session, options);
     const std::unique_ptr<calls::Module> module = LoadModule(options);
-    const int status = ShellSession(session, *module, options).Run();
+    const int status = ShellSession(session, *module, options, trace).Run();
     Save(session, options);
     return Flush() ? status : kUnusable;
 }

@@ -30,6 +30,7 @@
 #define KORPSNTRACE_H
 
 #include <atomic>
+#include <functional>
 #include <iosfwd>
 #include <string_view>
 
@@ -92,6 +93,10 @@ class KOR_API KORPSNTrace {
     // traces into it any more.
     static Target Redirect(Target target);
 
+    // Hands a finished line of the caller's own over to the file or stream that is configured,
+    // whatever takes the lines of the trace: so a sink passes on what it lets through.
+    static void Pass(std::string_view line);
+
     // That many blanks (at most 1,000).
     static KORString Indent(int count);
 
@@ -130,6 +135,26 @@ class KOR_API KORPSNTrace {
     int level_;
     State state_ = State::Closed;
     Line* line_ = nullptr;  // once it was asked for
+};
+
+// While it lives, a callable takes the lines of the trace up to a level, in place of what took them
+// before. It is called by the thread that traces, which may ask KORPSNTrace::GetIndent() how deep
+// the scope of the line is; what it throws is lost with the line. Captures end in the reverse of
+// their order, and when no thread traces into them any more.
+class KOR_API KORPSNCapture final : public KORPSNSink {
+  public:
+    using Take = std::function<void(std::string_view line)>;
+
+    explicit KORPSNCapture(Take take, int level = 12);
+    ~KORPSNCapture();
+    KORPSNCapture(const KORPSNCapture&) = delete;
+    KORPSNCapture& operator=(const KORPSNCapture&) = delete;
+
+    void Write(std::string_view line) noexcept override;
+
+  private:
+    const Take take_;
+    const KORPSNTrace::Target before_;
 };
 
 #endif

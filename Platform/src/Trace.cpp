@@ -100,10 +100,6 @@ class Sink {
 
     // What cannot be written is lost; later lines may go through again.
     void Write(std::string_view line) {
-        // Without the lock: a sink may wait for locks of its own.
-        if (KORPSNSink* other = redirected.load(std::memory_order_acquire)) {
-            return other->Write(line);
-        }
         const std::lock_guard lock(mutex_);
         if (file_[0] == '\0') {
             std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
@@ -186,6 +182,15 @@ class Sink {
 static_assert(std::is_trivially_destructible_v<Sink>);
 
 constinit Sink sink;
+
+void WriteLine(std::string_view line) {
+    // A sink that takes lines may wait for locks of its own.
+    if (KORPSNSink* other = redirected.load(std::memory_order_acquire)) {
+        other->Write(line);
+    } else {
+        sink.Write(line);
+    }
+}
 
 // A whole number, with blanks around it and a sign before it; one that an int cannot hold is the
 // nearest one that it can.
@@ -368,13 +373,29 @@ void KORPSNTrace::Out() {
     if (line_ == nullptr) return;
     // A stream that ran out of memory holds half a line.
     if (line_->stream.good() && !line_->buffer.text.empty()) {
-        sink.Write(OneLine(line_->buffer.text));
+        WriteLine(OneLine(line_->buffer.text));
     }
     line_->Clear();
 }
+
+void KORPSNTrace::Pass(std::string_view line) { sink.Write(OneLine(line)); }
 
 bool KORPSNTrace::Configure(int level, const char* file) {
     const bool opened = sink.StartAnew(file);
     activeLevel_.store(opened ? level : 0, std::memory_order_relaxed);
     return opened;
+}
+
+// ---- KORPSNCapture
+
+KORPSNCapture::KORPSNCapture(Take take, int level)
+    : take_(std::move(take)), before_(KORPSNTrace::Redirect({level, this})) {}
+
+KORPSNCapture::~KORPSNCapture() { KORPSNTrace::Redirect(before_); }
+
+void KORPSNCapture::Write(std::string_view line) noexcept {
+    try {
+        take_(line);
+    } catch (...) {
+    }
 }

@@ -72,32 +72,21 @@ class Target {
 
 // Hands the lines to the innermost `with`. What a callable raises ends the call that traces; that a
 // callable calls functions itself writes no lines.
-class Lines final : public KORPSNSink {
+class Lines final {
   public:
     void Begin(Target& target) {
         target.Open();
-        if (targets_.empty()) before_ = KORPSNTrace::Redirect({kLevel, this});
+        if (targets_.empty()) {
+            capture_.emplace([this](std::string_view line) { Write(line); }, kLevel);
+        }
         targets_.push_back(&target);
     }
     void End(Target& target) {
         const auto found = std::find(targets_.begin(), targets_.end(), &target);
         if (found == targets_.end()) return;
         targets_.erase(found);
-        if (targets_.empty()) KORPSNTrace::Redirect(before_);
+        if (targets_.empty()) capture_.reset();
         target.Close();
-    }
-
-    void Write(std::string_view line) noexcept override {
-        const py::gil_scoped_acquire acquired;
-        if (targets_.empty() || writing_ || raised_.has_value()) return;
-        writing_ = true;
-        try {
-            targets_.back()->Write(line);
-        } catch (py::error_already_set& error) {
-            raised_.emplace(error);
-        } catch (...) {
-        }
-        writing_ = false;
     }
 
     bool IsWriting() const { return writing_; }
@@ -111,8 +100,21 @@ class Lines final : public KORPSNSink {
     }
 
   private:
+    void Write(std::string_view line) {
+        const py::gil_scoped_acquire acquired;
+        if (targets_.empty() || writing_ || raised_.has_value()) return;
+        writing_ = true;
+        try {
+            targets_.back()->Write(line);
+        } catch (py::error_already_set& error) {
+            raised_.emplace(error);
+        } catch (...) {
+        }
+        writing_ = false;
+    }
+
     std::vector<Target*> targets_;
-    KORPSNTrace::Target before_{};
+    std::optional<KORPSNCapture> capture_;
     bool writing_ = false;
     std::optional<py::error_already_set> raised_;
 };

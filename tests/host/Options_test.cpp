@@ -493,6 +493,7 @@ TEST_F(Options, TraceIsWrittenIntoAFile) {
     for (const char* option : {"-t", "--trace"}) {
         ExpectPrints(Call({option, "trace.txt", "GetMemberCount((1., 2.))", "1"}), "2\n1\n");
         EXPECT_EQ(File("trace.txt"),
+                  "== 1:1 GetMemberCount((1.,2.))\n"
                   "SdaiPrimitiveH GetMemberCount -> {\n"
                   "   SdaiPrimitiveH GetMemberCount -> Taille2\n"
                   "SdaiPrimitiveH GetMemberCount -> }\n");
@@ -504,6 +505,7 @@ TEST_F(Options, TraceIsWrittenToTheStandardErrorStream) {
     EXPECT_EQ(result.out, "2\n");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err,
+              "== 1:1 GetMemberCount((1.,2.))\n"
               "SdaiPrimitiveH GetMemberCount -> {\n"
               "   SdaiPrimitiveH GetMemberCount -> Taille2\n"
               "SdaiPrimitiveH GetMemberCount -> }\n");

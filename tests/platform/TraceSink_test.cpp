@@ -1,6 +1,12 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <new>
 #include <string>
+#include <vector>
 
 #include "KORPSNTrace.h"
 
@@ -44,6 +50,58 @@ TEST(TraceSink, GetsTheLinesOfActiveLevelsAlone) {
     KORPSNTrace::Redirect(before);
     EXPECT_EQ(lines.text, "");
     EXPECT_EQ(KORPSNTrace::LevelIsActive(12), 0);
+}
+
+TEST(TraceSink, MayBeACallable) {
+    std::string outer;
+    std::string inner;
+    std::vector<int> depths;
+    {
+        const KORPSNCapture all([&](std::string_view line) { outer += line; });
+        Say("one");
+        {
+            const KORPSNCapture some([&](std::string_view line) {
+                inner += line;
+                depths.push_back(KORPSNTrace::GetIndent() / 3);
+            });
+            const KORPSNTrace around("Around", 12, 0);
+            Say("two");
+        }
+        Say("three");
+        const KORPSNCapture none([&](std::string_view line) { inner += line; }, 11);
+        Say("nothing");
+    }
+    Say("nobody hears this");
+    EXPECT_EQ(outer, "Label {\none\nLabel }\nLabel {\nthree\nLabel }\n");
+    EXPECT_EQ(inner, "Around {\n   Label {\ntwo\n   Label }\nAround }\n");
+    EXPECT_EQ(depths, (std::vector<int>{0, 1, 1, 1, 0}));
+    EXPECT_EQ(KORPSNTrace::LevelIsActive(12), 0);
+}
+
+TEST(TraceSink, LosesWhatACallableThrowsAndNothingElse) {
+    int lines = 0;
+    const KORPSNCapture throwing([&](std::string_view) {
+        if (++lines == 1) throw std::bad_alloc();
+    });
+    Say("goes on");
+    EXPECT_EQ(lines, 3);
+}
+
+TEST(TraceSink, MayPassLinesOnToWhatIsConfigured) {
+    const std::string file = testing::TempDir() + "passed-" + std::to_string(getpid());
+    ASSERT_TRUE(KORPSNTrace::Configure(0, file.c_str()));
+    {
+        const KORPSNCapture some([](std::string_view line) {
+            if (line.find("Label {") == std::string_view::npos) KORPSNTrace::Pass(line);
+        });
+        KORPSNTrace::Pass("of its own\nin one line");
+        Say("one");
+    }
+    KORPSNTrace::Configure(0, nullptr);
+    std::ifstream stream(file);
+    std::string text{std::istreambuf_iterator<char>(stream), {}};
+    EXPECT_EQ(text, "of its own\\nin one line\none\nLabel }\n");
+    std::remove(file.c_str());
 }
 
 }  // namespace
