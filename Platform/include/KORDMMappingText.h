@@ -1,6 +1,6 @@
-// A text as document management takes and keeps it. The stand-alone platform keeps texts as they
-// are, so it is the platform's text itself; a platform whose database stores texts in another form
-// puts its own class here.
+// A text as document management takes and stores it. The stand-alone platform stores texts
+// unchanged, so this is the platform's text; a platform whose database stores texts in another form
+// defines its own class here.
 
 #ifndef KORDMMAPPINGTEXT_H
 #define KORDMMAPPINGTEXT_H

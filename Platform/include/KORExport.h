@@ -1,5 +1,4 @@
-// What libKORPlatform offers to other libraries and programs is marked KOR_API; all else in it is
-// hidden.
+// KOR_API marks what libKORPlatform exports; all other symbols are hidden.
 
 #ifndef KOREXPORT_H
 #define KOREXPORT_H

@@ -1,5 +1,5 @@
-// Vectors and matrices of 3D space. Plain values; no operation fails: what is not defined (the
-// inverse of a singular matrix) comes out as values that are not finite.
+// 3D vectors and matrices. Plain values. No operation fails: undefined results, such as the inverse
+// of a singular matrix, have values that are not finite.
 
 #ifndef KORMATH_H
 #define KORMATH_H
@@ -51,14 +51,14 @@ class KOR_API KORMath3x3Matrix {
     constexpr const KORMathVector& GetSecondColumn() const { return columns_[1]; }
     constexpr const KORMathVector& GetThirdColumn() const { return columns_[2]; }
 
-    // The general inverse.
+    // The inverse of any matrix, not only of a rotation.
     KORMath3x3Matrix Inverse() const;
 
   private:
     std::array<KORMathVector, 3> columns_;
 };
 
-// The matrix product, `left` applied after `right`.
+// The matrix product: `left` is applied after `right`.
 KOR_API KORMath3x3Matrix operator*(const KORMath3x3Matrix& left, const KORMath3x3Matrix& right);
 
 #endif

@@ -1,7 +1,7 @@
-// Whether calls have run out of memory.
+// Reports whether calls have run out of memory.
 //
-// No function throws or fails: one that runs out of memory gives its default, which is also what it
-// gives where the data hold nothing. Whoever has to tell the two apart asks here after each call.
+// No function throws or fails: one that runs out of memory returns its default, which it also
+// returns if the data contain nothing. To distinguish the two, check here after each call.
 
 #ifndef KORMEMORY_H
 #define KORMEMORY_H
@@ -10,11 +10,12 @@
 
 class KOR_API KORMemory {
   public:
-    // Notes that a call of this thread gives its default, or a part of its effect, because memory
-    // ran out. It stays noted through the calls that follow.
+    // Notes that a call on this thread returned its default, or was only partly carried out,
+    // because memory ran out. Later calls do not clear the note.
     static void NoteExhausted() noexcept;
 
-    // Whether that was noted on this thread since it last asked; forgets it.
+    // Returns whether that was noted on this thread since the last call of this function, and
+    // clears the note.
     static bool TakeExhausted() noexcept;
 };
 

@@ -1,5 +1,5 @@
-// Names of models and documents: blanks, which file names may not have, are the byte 0xB1 (the
-// plus-minus sign of ISO 8859-1) in them.
+// Names of models and documents: file names must not contain blanks, so they contain the byte 0xB1
+// (the plus-minus sign of ISO 8859-1) instead.
 
 #ifndef KORNAMECONVERSION_H
 #define KORNAMECONVERSION_H
@@ -8,12 +8,11 @@
 
 extern "C" {
 
-// Copies a name with every blank replaced by 0xB1. Both are NUL-terminated; the caller owns the
-// output buffer, which must have room for as many characters as the name has and the NUL. The
-// status becomes 0.
+// Copies a name, replacing every blank with 0xB1. Both are NUL-terminated. The caller owns the
+// output buffer, which must have room for the name and its NUL. Sets the status to 0.
 KOR_API void cmbflmd(const char* name, char* fileName, int* status);
 
-// Copies a file name with every 0xB1 replaced by a blank; as above.
+// Copies a file name, replacing every 0xB1 with a blank; otherwise as above.
 KOR_API void cmbrcmd(const char* fileName, char* name);
 }
 

@@ -1,30 +1,29 @@
-// The trace service. A function opens a scope by building a KORPSNTrace on its stack; while the
-// scope's level is active it writes lines into the stream that the scope lends it.
+// The trace service. A function opens a scope by creating a KORPSNTrace on the stack; while the
+// scope's level is active, it writes lines to the scope's stream.
 //
 //     SdaiPrimitiveH GetMemberCount -> {
 //        SdaiPrimitiveH GetMemberCount -> Taille3
 //     SdaiPrimitiveH GetMemberCount -> }
 //
-// The service writes the first and the last line itself: one when a scope opens and one when it
-// closes, so that a call shows even where the function writes nothing. Lines go out whole, one
-// after the other, as the bytes that were written (ISO 8859-1), except that a line feed or carriage
-// return in the middle of a line, which only data can bring, is written as \n or \r: one line is
-// always one message.
+// The service itself writes the first and last line, when a scope opens and when it closes, so that
+// a call is visible even if the function writes nothing. Lines are written whole, one after the
+// other, as the bytes given (ISO 8859-1). Only a line feed or carriage return within a line, which
+// comes from data, is written as \n or \r: one line is always one message.
 //
-// The level is 0 (off) unless the environment variable KOR_TRACE (a whole number; anything else is
-// told on the standard error stream when the library is loaded, and leaves the trace off) or
-// Configure sets it; a level is active when it is at most the one that is set, so 12 shows the
-// lines of the mapping functions.
+// The level is 0 (off) unless set by Configure or by the environment variable KOR_TRACE (a whole
+// number; any other value is reported on the standard error stream when the library is loaded, and
+// leaves the trace off). A level is active if it is at most the one that is set; 12 shows the lines
+// of the mapping functions.
 //
-// Lines go to the file that KOR_TRACE_FILE or Configure names, else to the standard error stream.
-// The file of KOR_TRACE_FILE is opened when the first line is written, and appended to, so that
-// processes can share it; a pipe then waits for its reader. A file that cannot be opened or written
-// loses lines and nothing else.
+// Lines go to the file named by KOR_TRACE_FILE or Configure, or else to the standard error stream.
+// The file of KOR_TRACE_FILE is opened when the first line is written, in append mode, so that
+// processes can share it; opening a pipe waits for its reader. If a file cannot be opened or
+// written, only the lines are lost.
 //
-// Off, a scope costs one test when it opens and one when it closes, and allocates nothing. Each
-// scope has a line of its own, so that a call in the middle of a line leaves it as it is; the
-// service puts the lines of scopes and threads one after the other. It can be used for as long as
-// the process runs: by static destructors and ending threads, too.
+// With the trace off, a scope costs one test when it opens and one when it closes, and allocates
+// nothing. Each scope has its own line, so a nested call does not disturb a line being written; the
+// service serialises the lines of scopes and threads. It is usable for as long as the process runs,
+// including in static destructors and ending threads.
 
 #ifndef KORPSNTRACE_H
 #define KORPSNTRACE_H
@@ -37,7 +36,7 @@
 #include "KORExport.h"
 #include "KORString.h"
 
-// The line that a scope is writing. It belongs to the service.
+// The line that a scope is writing. Owned by the service.
 class KOR_API KORPSNLigne {
   public:
     std::ostream& GetStream() { return stream_; }
@@ -48,11 +47,11 @@ class KOR_API KORPSNLigne {
     std::ostream& stream_;
 };
 
-// Takes the lines of the trace in place of the file or the standard error stream.
+// Receives the lines of the trace instead of the file or standard error stream.
 class KOR_API KORPSNSink {
   public:
-    // A finished line with its line break. Called by the thread that traces, by several at once
-    // where several do.
+    // Takes a complete line with its line break. Called on the tracing thread, so possibly by
+    // several threads at once.
     virtual void Write(std::string_view line) noexcept = 0;
 
   protected:
@@ -67,53 +66,50 @@ class KOR_API KORPSNTrace {
     }
     KORPSNTrace(const KORPSNTrace&) = delete;
     KORPSNTrace& operator=(const KORPSNTrace&) = delete;
-    // Closes it.
+    // Closes the scope.
     ~KORPSNTrace() {
         if (state_ != State::Closed) Close();
     }
 
-    // The level that the scope was built with.
+    // The scope's level.
     int GetLevel() const { return level_; }
 
-    // Whether lines of that level are written at all; non-zero for yes.
+    // Whether lines of that level are written; non-zero if so.
     static int LevelIsActive(int level) {
         return level <= activeLevel_.load(std::memory_order_relaxed) ? 1 : 0;
     }
 
-    // The indentation of the scope's first and last line: 3 times the number of scopes around it.
+    // The indentation of the scope's first and last line: 3 times the number of enclosing scopes.
     static int GetIndent();
 
-    // A level, and a sink of the caller's for its lines; null: the file or stream that is
-    // configured.
+    // A level and the caller's sink for the lines; null for the configured file or stream.
     struct Target {
         int level;
         KORPSNSink* sink;
     };
-    // Sets both from now on and gives what was set before. The sink must stay until no thread
-    // traces into it any more.
+    // Sets both and returns the previous values. The sink must live until no thread traces into it.
     static Target Redirect(Target target);
 
-    // Hands a finished line of the caller's own over to the file or stream that is configured,
-    // whatever takes the lines of the trace: so a sink passes on what it lets through.
+    // Writes a complete line of the caller's to the configured file or stream, whichever sink is
+    // set: a sink passes on the lines that it lets through.
     static void Pass(std::string_view line);
 
-    // That many blanks (at most 1,000).
+    // A text of `count` blanks (at most 1,000).
     static KORString Indent(int count);
 
-    // The label.
+    // The scope's label.
     KORString GetMethod() const { return KORString(label_); }
 
-    // The scope's line to write into, as a new stream would: what was written into it and not
-    // handed over is dropped.
+    // The scope's line, to be written from the start: text that was written but not handed over
+    // with Out is dropped.
     KORPSNLigne GetLigne();
 
-    // Hands the finished line over, the line break at its end included; it gets one if it has none.
-    // Nothing where nothing was written.
+    // Writes the line, adding a line break if it has none. Does nothing if the line is empty.
     void Out();
 
-    // Sets the level and the sink: the path of a file, which is emptied here and appended to from
-    // then on, or null or "" for the standard error stream. False when the file cannot be opened;
-    // the trace is then off.
+    // Sets the level and the path of the trace file, which is truncated now and appended to from
+    // then on; null or "" for the standard error stream. Returns false if the file cannot be
+    // opened; the trace is then off.
     static bool Configure(int level, const char* file);
 
   private:
@@ -121,26 +117,26 @@ class KOR_API KORPSNTrace {
     class Lines;
     struct Service;
 
-    // Lent: the scope wrote no first line, but has a line.
+    // Lent: the scope has a line, but did not write its first line.
     enum class State : unsigned char { Closed, Lent, Open };
 
     void Open() noexcept;
     void Close() noexcept;
     void WriteMark(const char* mark) noexcept;
 
-    // The level that is set. Read on every call, by any thread.
+    // The current level. Read on every call, by any thread.
     static std::atomic<int> activeLevel_;
 
     const char* label_;
     int level_;
     State state_ = State::Closed;
-    Line* line_ = nullptr;  // once it was asked for
+    Line* line_ = nullptr;  // null until requested
 };
 
-// While it lives, a callable takes the lines of the trace up to a level, in place of what took them
-// before. It is called by the thread that traces, which may ask KORPSNTrace::GetIndent() how deep
-// the scope of the line is; what it throws is lost with the line. Captures end in the reverse of
-// their order, and when no thread traces into them any more.
+// While it exists, a callable receives the lines of the trace up to a level instead of the previous
+// sink. It is called on the tracing thread, where KORPSNTrace::GetIndent() returns the depth of the
+// line's scope; if it throws, the line is lost. Captures must be destroyed in reverse order, when
+// no thread traces into them any more.
 class KOR_API KORPSNCapture final : public KORPSNSink {
   public:
     using Take = std::function<void(std::string_view line)>;

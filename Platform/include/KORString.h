@@ -1,5 +1,5 @@
-// A small text of the platform's, as the trace service returns it. Its text is a constant or
-// belongs to the service: copied freely, valid as long as the service's scope that gave it.
+// A small text, as returned by the trace service. The characters are a constant or belong to the
+// service: a copy is cheap, and valid as long as the trace scope that returned it.
 
 #ifndef KORSTRING_H
 #define KORSTRING_H

@@ -5,7 +5,7 @@
 
 #include "KORExport.h"
 
-// The value of an environment variable, or null. It belongs to the environment.
+// The value of an environment variable; null if it is not set. Owned by the environment.
 KOR_API const char* KORGetEnv(const char* name);
 
 // A universally unique identifier: version 4 (random) of RFC 4122.
@@ -14,7 +14,7 @@ class KOR_API KORUuid {
     // Length of the text form, without the NUL.
     static constexpr int kTextLength = 36;
 
-    // A new one, different from every other.
+    // A new, unique identifier.
     KORUuid();
 
     // Writes the text form, 36 characters in lower case and a NUL, into the caller's buffer.

@@ -1,22 +1,21 @@
-// The platform's text: a run of Unicode characters (U+0000 to U+10FFFF, surrogates apart). Lengths
-// and positions count characters, positions from 0.
+// The platform's text: a sequence of Unicode characters (U+0000 to U+10FFFF, without surrogates).
+// Lengths and positions count characters; positions start at 0.
 //
-// A text whose characters all lie below U+0100, as nearly every text's do, is held as ISO 8859-1,
-// one byte a character, and what is given or taken as `const char*` is that. A text with a
-// character beyond is wide. As `const char*` it is in the form of exchange files (ISO 10303-21):
-// each character beyond ISO 8859-1 stands in a directive of its own (\X2\0141\X0\ for U+0141,
-// \X4\0001F600\X0\ for U+1F600), all others are one byte. That form is never decoded when it is
-// taken: FromUtf8 makes wide texts. A text may hold any character, NUL included, and is followed by
-// a NUL that does not count.
+// A text whose characters are all below U+0100, as nearly all are, is stored as ISO 8859-1, one
+// byte per character, and its `const char*` is the same. A text with any other character is wide.
+// Its `const char*` is in the form of exchange files (ISO 10303-21): each character beyond ISO
+// 8859-1 is a directive (\X2\0141\X0\ for U+0141, \X4\0001F600\X0\ for U+1F600), all others are one
+// byte. Such directives are not decoded in input: use FromUtf8 to make wide texts. A text may
+// contain any character, including NUL, and is followed by a NUL that is not part of it.
 //
-// A text is a value: a copy never changes when the original does. Up to 15 characters below U+0100
-// are held in the object itself; any other text lives in a buffer that its copies share and that
-// the last of them frees, so that copying a text never copies its characters. Copies may be used
-// from several threads; one object may not be written by one thread while another uses it.
+// A text is a value: a copy does not change with the original. Up to 15 characters below U+0100 are
+// stored in the object itself; any other text is in a buffer that its copies share and the last of
+// them frees, so copying a text never allocates. Copies may be used on several threads; no thread
+// may write an object while another uses it.
 //
-// A position or length outside the text is cut to the text: no operation reads or writes past it.
-// The only failure is a lack of memory (std::bad_alloc), in reading the `const char*` of a wide
-// text too.
+// Positions and lengths are clipped to the text: no operation reads or writes outside it. The only
+// failure is running out of memory (std::bad_alloc), which is also possible when reading the `const
+// char*` of a wide text.
 
 #ifndef KORUNICODESTRING_H
 #define KORUNICODESTRING_H
@@ -31,10 +30,10 @@
 
 #include "KORExport.h"
 
-// How SearchSubString walks the text. Both modes give the first occurrence at or after the start.
+// The direction of SearchSubString. Both modes find the first occurrence at or after the start.
 enum KORSearchMode { KORSearchForward = 1, KORSearchFirst = 2 };
 
-// Which end Strip takes blanks from.
+// The ends from which Strip removes blanks.
 enum KORStripMode { KORStripLeading = 1, KORStripTrailing = 2, KORStripBoth = 3 };
 
 class SdaiString;
@@ -42,10 +41,10 @@ class SdaiString;
 class KOR_API KORUnicodeString {
   public:
     KORUnicodeString() noexcept : size_(0), storage_(Storage::InPlace), small_{} {}
-    // The characters of ISO 8859-1 up to the first NUL; a null pointer gives an empty text.
+    // ISO 8859-1 characters up to the first NUL; empty if the pointer is null.
     KORUnicodeString(const char* text)
         : KORUnicodeString(std::string_view(text != nullptr ? text : "")) {}
-    // Any characters of ISO 8859-1, NUL among them.
+    // ISO 8859-1 characters, including NUL.
     explicit KORUnicodeString(std::string_view text) : KORUnicodeString() {
         if (text.size() <= kSmall) {
             CopySmall(small_, text.data(), text.size());
@@ -54,9 +53,9 @@ class KOR_API KORUnicodeString {
             AssignLong(text);
         }
     }
-    // Characters by their code points; U+FFFD for each that is a surrogate or beyond U+10FFFF.
+    // Characters by code point; U+FFFD replaces surrogates and values beyond U+10FFFF.
     explicit KORUnicodeString(std::u32string_view characters);
-    // The text of a string; what takes a SdaiString itself stands with it, in SdaiString.h.
+    // The text of a string. Functions that take a SdaiString are defined in SdaiString.h.
     explicit KORUnicodeString(const SdaiString& string);
     KORUnicodeString(const KORUnicodeString& other) noexcept;
     KORUnicodeString(KORUnicodeString&& other) noexcept;
@@ -64,20 +63,20 @@ class KOR_API KORUnicodeString {
     KORUnicodeString& operator=(KORUnicodeString&& other) noexcept;
     ~KORUnicodeString() { Release(); }
 
-    // U+FFFD stands for each byte that is no part of a well-formed character (of an overlong form,
-    // a surrogate, or a code point beyond U+10FFFF).
+    // U+FFFD replaces each byte that is not part of a well-formed character (this includes overlong
+    // forms, surrogates and code points beyond U+10FFFF).
     static KORUnicodeString FromUtf8(std::string_view utf8);
     std::string ToUtf8() const;
 
-    // Whether a character lies beyond U+00FF.
+    // Whether the text contains a character beyond U+00FF.
     bool IsWide() const { return storage_ == Storage::Wide; }
 
     int GetLengthInChar() const { return static_cast<int>(size_); }
-    // Of the text as `const char*`.
+    // The length of the text as `const char*`.
     int GetLengthInByte() const { return static_cast<int>(View().size()); }
 
-    // The `length` characters from `start`, as far as the text has them. A start below 0 counts as
-    // 0; a length of 0 or less gives an empty text.
+    // Up to `length` characters from `start`. A start below 0 counts as 0; a length of 0 or less
+    // yields an empty text.
     KORUnicodeString SubString(int start, int length) const {
         const auto [first, count] = Cut(start, length);
         if (count > kSmall || IsWide()) return LongPart(first, count);
@@ -87,47 +86,47 @@ class KOR_API KORUnicodeString {
         return part;
     }
 
-    // The position of the first occurrence of `what` at or after `start`, or -1. An empty `what`
-    // is found at `start` itself.
+    // The position of the first occurrence of `what` at or after `start`, or -1 if there is none.
+    // An empty `what` is found at `start`.
     int SearchSubString(const KORUnicodeString& what, int start, KORSearchMode mode) const;
-    // The same for characters of ISO 8859-1 that are no text of their own.
+    // The same for ISO 8859-1 characters that are not a KORUnicodeString.
     int SearchSubString(std::same_as<std::string_view> auto what, int start, KORSearchMode) const {
         return Search(what, start);
     }
 
-    // Takes blanks (the character 0x20) from the ends that the mode names.
+    // Removes blanks (the character 0x20) from the ends that the mode names.
     void Strip(KORStripMode mode);
 
     KORUnicodeString& Append(const KORUnicodeString& text);
     KORUnicodeString& Append(std::string_view text);
     KORUnicodeString& Append(const char* text) { return Append(std::string_view(text)); }
     KORUnicodeString& Append(const SdaiString& string);
-    // Makes room for a text of that length, so that appending up to it allocates no more.
+    // Makes room for a text of that length, so that appending up to it does not allocate.
     void Reserve(std::size_t length);
 
-    // The number as printf would write it in the "C" locale. The format holds one conversion, of
-    // integers (d i u x X o) or of reals (e E f F g G), with its flags, width and precision. A
-    // format of another shape or for the other kind of number, or one that asks for more than 511
-    // characters, gives an empty text.
+    // Formats a number as printf does in the "C" locale. The format contains one conversion, of
+    // integers (d i u x X o) or reals (e E f F g G), with its flags, width and precision. The text
+    // becomes empty if the format is malformed, is for the other kind of number, or produces more
+    // than 511 characters.
     void BuildFromNum(int value, const char* format);
     void BuildFromNum(long value, const char* format);
     void BuildFromNum(double value, const char* format);
 
-    // 2 when the texts are identical, 1 when the shorter one is not empty and begins the longer,
-    // else 0.
+    // Returns 2 if the texts are identical, 1 if the shorter one is a non-empty prefix of the
+    // longer, else 0.
     int Compare(const KORUnicodeString& other) const {
         if (IsWide() || other.IsWide()) return CompareWide(other);
         return CompareNarrow({Narrow(), size_}, {other.Narrow(), other.size_});
     }
-    // Compare of SubString(start, length) with characters of ISO 8859-1; makes a text of neither.
+    // Compares SubString(start, length) with ISO 8859-1 characters, without creating a text.
     int ComparePart(int start, int length, std::string_view other) const {
         if (IsWide()) return SubString(start, length).Compare(KORUnicodeString(other));
         const auto [first, count] = Cut(start, length);
         return CompareNarrow({Narrow() + first, count}, other);
     }
 
-    // Exact comparisons. A wide text differs from every text of ISO 8859-1, its own form as
-    // `const char*` included.
+    // Exact comparisons. A wide text differs from every ISO 8859-1 text, including its own form as
+    // `const char*`.
     bool operator==(const char* text) const {
         return !IsWide() && View() == std::string_view(text ? text : "");
     }
@@ -136,39 +135,40 @@ class KOR_API KORUnicodeString {
         return IsWide() || other.IsWide() ? CompareWide(other) == 2 : View() == other.View();
     }
 
-    // The text as `const char*`, NUL-terminated; valid until this object is written or destroyed.
+    // The text as `const char*`, NUL-terminated; valid until this object is modified or destroyed.
     const char* ConvertToChar() const { return View().data(); }
     const char* CastToCharPtr() const { return View().data(); }
     operator const char*() const { return View().data(); }
 
-    // The same with its length, NULs included, for the same time.
+    // The same with its length, including any NULs; valid for the same time.
     std::string_view View() const {
         if (IsWide()) return ExchangeForm();
         return {Narrow(), size_};
     }
 
-    // The text that a conversion of single bytes made of this one: `bytes` are those of this text
-    // as `const char*`, each as it was or another. Where a wide character of this text has its
-    // directive, the directive that stands there now is read back; all other bytes are characters
-    // of ISO 8859-1.
+    // Reads back the result of a byte-for-byte conversion of this text: `bytes` are the bytes of
+    // this text as `const char*`, some of them replaced. Where this text has the directive of a
+    // wide character, the directive now found there is decoded; all other bytes are ISO 8859-1
+    // characters.
     KORUnicodeString ReadBack(std::string_view bytes) const;
 
   private:
-    friend class KORTextAccess;  // the in-memory model keeps buffers of its own
+    friend class KORTextAccess;  // the in-memory model has its own buffers
 
     static constexpr std::size_t kSmall = 15;
 
-    // Where the characters stand: in the object, in a buffer as ISO 8859-1, or in a WideBuffer.
+    // Where the characters are stored: in the object, in a buffer as ISO 8859-1, or in a
+    // WideBuffer.
     enum class Storage : std::uint8_t { InPlace, Shared, Wide };
 
-    // A buffer that several texts may share; the characters and a NUL follow it.
+    // A buffer that several texts may share, followed by the characters and a NUL.
     struct Buffer {
         std::atomic<std::uint32_t> owners;
         std::uint32_t capacity;
         char* Characters() { return reinterpret_cast<char*>(this + 1); }
     };
-    // The same for a wide text; its characters follow it as code points, and their exchange form is
-    // made when it is first asked for.
+    // The same for a wide text, followed by the characters as code points. Their exchange form is
+    // created on first use.
     struct WideBuffer : Buffer {
         std::atomic<std::string*> exchangeForm;
         char32_t* Characters() { return reinterpret_cast<char32_t*>(this + 1); }
@@ -178,7 +178,7 @@ class KOR_API KORUnicodeString {
     static WideBuffer* NewWideBuffer(std::size_t capacity);
     static void ReleaseBuffer(Buffer* buffer, Storage storage);
 
-    // The characters of a text that is not wide, and of one that is.
+    // The characters of a narrow and of a wide text.
     const char* Narrow() const {
         return storage_ == Storage::InPlace ? small_ : buffer_->Characters();
     }
@@ -210,7 +210,7 @@ class KOR_API KORUnicodeString {
             *to = *from;
         }
     }
-    // The part that a start and a length name, as far as the text has it.
+    // The part given by a start and a length, clipped to the text.
     struct Part {
         std::uint32_t first;
         std::uint32_t count;
@@ -225,7 +225,7 @@ class KOR_API KORUnicodeString {
     static int CompareNarrow(std::string_view a, std::string_view b) {
         const std::size_t shorter = a.size() < b.size() ? a.size() : b.size();
         if (shorter == 0) return a.size() == b.size() ? 2 : 0;
-        // Texts that differ nearly always do so at once.
+        // Different texts nearly always differ in their first character.
         if (a.front() != b.front()) return 0;
         if (shorter > 1 && std::memcmp(a.data(), b.data(), shorter) != 0) return 0;
         return a.size() == b.size() ? 2 : 1;

@@ -1,13 +1,13 @@
 // Aggregates of the data access interface: LIST, SET, BAG and ARRAY values, and the extents of
-// entity types, all as runs of members in a fixed order.
+// entity types, all as sequences of members in a fixed order.
 //
-// Ownership. An aggregate that was read from an instance, and every extent, belongs to its model
-// and stays as long as the model does, whether a data set brought it or PutAttr, and also once
-// another value has taken its place: handles, pointers and iterators on it go on giving its
-// members. One that was made with `new` belongs to whoever made it until SdaiPrimitiveH::TakeOver
-// gives it to handles. One that stands on the stack stays there. Members that are instances are
-// shared. Members that are aggregates stay as long as the aggregate that they were put into, or as
-// handles own it, whether it is cleared or not.
+// Ownership. An aggregate read from an instance, and every extent, belongs to its model and lives
+// as long as the model, whether it came from a data set or from PutAttr, and even after another
+// value has replaced it: handles, pointers and iterators to it stay valid. An aggregate created
+// with `new` belongs to its creator until SdaiPrimitiveH::TakeOver passes it to handles. An
+// aggregate on the stack is never owned by handles. Members that are instances are shared. Members
+// that are aggregates live as long as the aggregate they were put into, even if it is cleared, or
+// as long as handles own them.
 //
 // Any number of threads may read an aggregate that no thread writes.
 
@@ -37,9 +37,9 @@ class KOR_API SdaiAggrInstance {
     SdaiBoolean IsMember(const SdaiPrimitiveH& value) const;
     bool IsMember(const SdaiEntityInstance* instance) const;
 
-    // The member at a position counted from 0; unset outside the aggregate.
+    // The member at a position, counted from 0; unset if the position is outside the aggregate.
     SdaiPrimitiveH GetMember(long position) const;
-    // The same for a member that is an instance or a number: null or 0.0 for any other.
+    // The same for a member that is an instance or a number; null or 0.0 for any other member.
     SdaiEntityInstance* GetInstanceMember(long position) const {
         if (layout_ == Layout::Instances && position >= 0 && position < GetMemberCount()) {
             return static_cast<SdaiEntityInstance**>(members_)[position];
@@ -48,48 +48,48 @@ class KOR_API SdaiAggrInstance {
     }
     double GetRealMember(long position) const;
 
-    // The members of an extent, side by side; none of any other aggregate. To be used until the
-    // next instance is created in the model.
+    // The members of an extent; empty for any other aggregate. Valid until the next instance is
+    // created in the model.
     std::span<SdaiEntityInstance* const> ExtentMembers() const {
         if (!extent_) return {};
         return {static_cast<SdaiEntityInstance* const*>(members_), count_};
     }
 
-    // Adds a member at the end. An extent takes none: it grows as instances are created.
+    // Appends a member. Has no effect on an extent, which grows as instances are created.
     void Append(const SdaiPrimitiveH& value);
 
-    // Removes every member. An extent stays as it is.
+    // Removes every member. Has no effect on an extent.
     void RemoveAll();
 
-    // Makes room for that many members, so that appending up to it allocates no more.
+    // Makes room for `count` members, so that appending up to that number does not allocate.
     void Reserve(long count);
 
   private:
     friend class KORAggregateAccess;  // the in-memory model
 
-    // Members of one kind stand side by side as bare numbers or pointers, 8 bytes each; others as
-    // cells of the in-memory model.
+    // Members of one kind are stored as bare numbers or pointers, 8 bytes each; others as cells of
+    // the in-memory model.
     enum class Layout : std::uint8_t { Cells, Reals, Integers, Instances };
 
     void* members_ = nullptr;
     std::uint32_t count_ = 0;
-    std::uint32_t capacity_ = 0;            // 0: the members stand in memory of the model's
+    std::uint32_t capacity_ = 0;            // 0: the members are in memory of the model
     std::atomic<std::uint32_t> owners_{0};  // the handles that own the aggregate
     Layout layout_ = Layout::Cells;
     bool selects_ : 1 = false;   // the members are select values
-    bool extent_ : 1 = false;    // may not be written
+    bool extent_ : 1 = false;    // read-only
     bool realList_ : 1 = false;  // an SdaiListClassOfSdaiReal
     bool mixed_ : 1 = false;     // members may be instances of several models
-    bool keeps_ : 1 = false;     // aggregates that were members are kept until it goes
-    // Finds instances among many members; null until it is needed.
+    bool keeps_ : 1 = false;     // keeps former members that are aggregates until it is destroyed
+    // An index to find instances among many members; null until needed.
     mutable std::atomic<class KORMemberIndex*> index_{nullptr};
 };
 
-// A list of reals. The twelve of a placement stand in the list itself: making one with `new` and
-// filling it is one allocation.
+// A list of reals. Up to twelve, the size of a placement, are stored in the object itself: creating
+// a list with `new` and filling it takes one allocation.
 class KOR_API SdaiListClassOfSdaiReal : public SdaiAggrInstance {
   public:
-    // An empty list. The bounds document what the list is for; they are not enforced.
+    // An empty list. The bounds are documentation only; they are not enforced.
     SdaiListClassOfSdaiReal(unsigned lowerBound, unsigned upperBound);
     ~SdaiListClassOfSdaiReal();
 

@@ -1,10 +1,10 @@
 // Entity instances of the data access interface. An instance belongs to its model: it is created
-// through its entity type (SdaiEntity::CreateEntityInstance), lives as long as the model and is
-// never deleted by a caller. Its identity is its address: two instances with equal attribute values
-// are different instances.
+// through its entity type (SdaiEntity::CreateEntityInstance), lives as long as the model and must
+// not be deleted by a caller. Its identity is its address: two instances with equal attribute
+// values are different instances.
 //
-// Attribute and type names are matched without regard to case. What a type does not have is not an
-// error: an attribute that it lacks reads as unset and cannot be written.
+// Attribute and type names are case-insensitive. A missing attribute is not an error: an attribute
+// that the type does not have reads as unset, and writing it has no effect.
 //
 // Any number of threads may read the instances of a model that no thread writes.
 
@@ -29,13 +29,14 @@ class KOR_API SdaiEntityInstance {
     // The instance name: the number after the "#" of an exchange file, unique in its model.
     unsigned long GetInstanceNameId() const;
 
-    // The model that holds the instance.
+    // The instance's model.
     SdaiModel* FindEntityInstanceModel() const;
 
-    // The entity type; of an instance of several types at once, a type named "A+B+C".
+    // The entity type; for an instance of several types at once, a type named "A+B+C".
     SdaiNamedType* GetInstanceType() const;
 
-    // The value of the named explicit attribute: unset if it has none or the type lacks it.
+    // The value of the named explicit attribute; unset if it has no value or the type has no such
+    // attribute.
     SdaiPrimitiveH GetAttr(const SdaiString& name) const;
     SdaiPrimitiveH GetAttr(const SdaiName& name) const;
 
@@ -43,11 +44,11 @@ class KOR_API SdaiEntityInstance {
     SdaiBoolean TestAttr(const SdaiString& name) const;
     SdaiBoolean TestAttr(const SdaiName& name) const;
 
-    // Whether the entity type is the named one or one of its subtypes.
+    // Whether the entity type is the named type or a subtype of it.
     SdaiBoolean IsKindOf(const SdaiString& typeName) const;
     SdaiBoolean IsKindOf(const SdaiName& typeName) const;
 
-    // Whether `other` is this very instance; a null pointer is not.
+    // Whether `other` is this instance; false for a null pointer.
     bool IsSameInstance(const SdaiEntityInstance* other) const { return this == other; }
 
   protected:
@@ -59,18 +60,17 @@ class KOR_API SdaiEntityInstance {
   private:
     friend class SdaiInstanceReader;
 
-    const void* type_;  // the in-memory model's
+    const void* type_;  // owned by the in-memory model
 };
 
-// An application instance: one whose attributes can be written. Every instance of a stand-alone
-// model is one.
+// An application instance: its attributes can be written. Every instance of the stand-alone
+// platform's models is one.
 class KOR_API SdaiAppInstance : public SdaiEntityInstance {
   public:
-    // Sets the named attribute; an unset value clears it. The model keeps a copy of its own of an
-    // aggregate and of its members. A number given where the schema declares a REAL is kept as a
-    // real, a text where an ENUMERATION is declared as its item. An attribute that the type lacks,
-    // or that the type derives, stays as it is; so it does for an item that the schema does not
-    // declare.
+    // Sets the named attribute; an unset value clears it. The model stores its own copy of an
+    // aggregate and its members. If the schema declares a REAL, a number is stored as a real; if it
+    // declares an ENUMERATION, a text is stored as the item of that name. Has no effect if the type
+    // does not have the attribute or derives it, or if the schema does not declare the item.
     void PutAttr(const SdaiString& name, const SdaiPrimitiveH& value);
     void PutAttr(const SdaiName& name, const SdaiPrimitiveH& value);
 
@@ -79,16 +79,15 @@ class KOR_API SdaiAppInstance : public SdaiEntityInstance {
     ~SdaiAppInstance() = default;
 };
 
-// Reads one attribute, as an instance, from many instances: a select gives the instance that it
-// holds, anything that is not an instance a null pointer. Where a loop visits a whole extent, a
-// reader made before the loop costs a fraction of GetAttr: it remembers where the entity type that
-// it met last keeps the attribute, and makes no handle. It keeps no instance alive and belongs to
-// one thread.
+// Reads one attribute, as an instance, from many instances: for a select, the instance that it
+// holds; for any other value that is not an instance, a null pointer. A reader created before a
+// loop over an extent costs a fraction of GetAttr: it remembers where the last entity type stores
+// the attribute, and creates no handle. It owns nothing. Use each reader on one thread only.
 class KOR_API SdaiInstanceReader {
   public:
     explicit SdaiInstanceReader(const SdaiName& attribute) : attribute_(attribute) {}
 
-    // The instance that the attribute of `instance` refers to; null for a null `instance`.
+    // The instance that the attribute of `instance` refers to; null if `instance` is null.
     SdaiEntityInstance* operator()(const SdaiEntityInstance* instance) {
         if (instance == nullptr) return nullptr;
         if (instance->type_ != type_) Find(*instance);
@@ -101,8 +100,8 @@ class KOR_API SdaiInstanceReader {
     }
 
   private:
-    // How the in-memory model keeps a value that refers to an instance: the reference, and its kind
-    // as the last of 16 bytes.
+    // How the in-memory model stores a reference to an instance: 16 bytes, with the pointer first
+    // and the kind last.
     static constexpr std::size_t kKindOffset = 15;
     static constexpr char kInstanceKind = 9;
     static constexpr std::size_t kNowhere = 0;
@@ -111,8 +110,8 @@ class KOR_API SdaiInstanceReader {
     [[gnu::noinline]] static SdaiEntityInstance* ReadOther(const void* value);
 
     const SdaiName& attribute_;
-    const void* type_ = nullptr;     // the type met last
-    std::size_t offset_ = kNowhere;  // where its instances keep the attribute
+    const void* type_ = nullptr;     // the last type seen
+    std::size_t offset_ = kNowhere;  // where its instances store the attribute
 };
 
 #endif

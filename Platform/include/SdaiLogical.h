@@ -1,6 +1,6 @@
-// Truth values of the data access interface (ISO 10303-22): the two-valued SdaiBoolean and the
-// three-valued SdaiLogical, and the four constants that the mapping functions build their results
-// from. Both are plain values: copied freely, owned by nobody, safe to read from any thread.
+// Truth values of the data access interface (ISO 10303-22): the two-valued SdaiBoolean, the
+// three-valued SdaiLogical, and the four constants that the mapping functions return. Both types
+// are plain values, safe to copy and to read from any thread.
 
 #ifndef SDAILOGICAL_H
 #define SDAILOGICAL_H
@@ -11,7 +11,7 @@
 
 class SdaiLogical;
 
-// TRUE or FALSE. A default-built one is FALSE.
+// TRUE or FALSE. Default-constructed: FALSE.
 class SdaiBoolean {
   public:
     constexpr SdaiBoolean() = default;
@@ -23,7 +23,7 @@ class SdaiBoolean {
     constexpr SdaiBoolean operator||(SdaiBoolean other) const {
         return SdaiBoolean(value_ || other.value_);
     }
-    // With a logical, as two logicals.
+    // With a logical, both count as logicals.
     constexpr SdaiLogical operator&&(SdaiLogical other) const;
     constexpr SdaiLogical operator||(SdaiLogical other) const;
     constexpr SdaiBoolean operator!() const { return SdaiBoolean(!value_); }
@@ -37,15 +37,15 @@ class SdaiBoolean {
     // Writes TRUE or FALSE.
     friend KOR_API std::ostream& operator<<(std::ostream& stream, SdaiBoolean value);
 
-    // 1 for TRUE, 0 for FALSE, so that a boolean stands in a condition.
+    // 1 for TRUE, 0 for FALSE, so that a boolean can be used as a condition.
     constexpr operator int() const { return value_ ? 1 : 0; }
 
   private:
     bool value_ = false;
 };
 
-// TRUE, FALSE or UNKNOWN. A default-built one is UNKNOWN. The operators follow the tables of
-// ISO 10303-11: FALSE AND anything is FALSE, TRUE OR anything is TRUE, NOT UNKNOWN is UNKNOWN.
+// TRUE, FALSE or UNKNOWN. Default-constructed: UNKNOWN. The operators follow the tables of ISO
+// 10303-11: FALSE AND anything is FALSE, TRUE OR anything is TRUE, NOT UNKNOWN is UNKNOWN.
 class SdaiLogical {
   public:
     constexpr SdaiLogical() = default;
@@ -72,11 +72,11 @@ class SdaiLogical {
     // Writes TRUE, FALSE or UNKNOWN.
     friend KOR_API std::ostream& operator<<(std::ostream& stream, SdaiLogical value);
 
-    // 1 for TRUE, 0 for FALSE and for UNKNOWN, so that a logical stands in a condition.
+    // 1 for TRUE, 0 for FALSE and UNKNOWN, so that a logical can be used as a condition.
     constexpr operator int() const { return value_ == kTrue ? 1 : 0; }
 
   private:
-    // In the order FALSE < UNKNOWN < TRUE, in which AND is the smaller and OR the greater one.
+    // Ordered FALSE < UNKNOWN < TRUE, so that AND is the minimum and OR the maximum.
     enum Value : signed char { kFalse = -1, kUnknown = 0, kTrue = 1 };
 
     constexpr explicit SdaiLogical(Value value) : value_(value) {}

@@ -1,10 +1,9 @@
 // Models, schemas and the dictionary of the data access interface.
 //
-// A schema describes entity types and their attributes; it never changes once it is made. A model
-// is a data set: the instances of the entity types of one schema. A model keeps its schema alive
-// and owns its instances, its aggregates and its extents; the pointers that the operations give
-// belong to the schema or to the model and are never null unless said so. Names are matched without
-// regard to case.
+// A schema describes entity types and their attributes; it is immutable. A model is a data set: the
+// instances of the entity types of one schema. A model keeps its schema alive and owns its
+// instances, aggregates and extents. Returned pointers belong to the schema or the model and are
+// never null unless documented. Names are case-insensitive.
 
 #ifndef SDAIMODEL_H
 #define SDAIMODEL_H
@@ -23,8 +22,8 @@ class KOR_API SdaiNamedType {
     SdaiNamedType& operator=(const SdaiNamedType&) = delete;
     virtual ~SdaiNamedType() = default;
 
-    // The type's name: in upper case, in the schema "cdma" as the schema spells it. A type that is
-    // several entity types at once is named "A+B+C", in alphabetical order.
+    // The type's name: in upper case, or as spelled in the schema for the schema "cdma". A complex
+    // type is named "A+B+C", after its entity types in alphabetical order.
     const SdaiString& Name() const { return name_; }
 
   protected:
@@ -41,7 +40,7 @@ class KOR_API SdaiAttribute {
     SdaiAttribute& operator=(const SdaiAttribute&) = delete;
     virtual ~SdaiAttribute() = default;
 
-    // Spelled as type names are.
+    // The attribute's name, spelled like type names.
     const SdaiString& Name() const { return name_; }
 
   protected:
@@ -54,11 +53,12 @@ class KOR_API SdaiAttribute {
 // An entity definition.
 class KOR_API SdaiEntity : public SdaiNamedType {
   public:
-    // Creates an instance in the model, its attributes unset, its instance name one more than the
-    // largest of the model. The model owns it. Null when the model is null or of another schema.
+    // Creates an instance in the model, with unset attributes and an instance name one greater than
+    // the largest in the model. The model owns it. Returns null if the model is null or has another
+    // schema.
     SdaiAppInstance* CreateEntityInstance(SdaiModel* model) const;
 
-    // The definition of the named explicit attribute, inherited ones included; null when the entity
+    // The definition of the named explicit attribute, declared or inherited; null if the entity
     // type has no such attribute.
     const SdaiAttribute* AttrDefinition(const SdaiString& name) const;
     const SdaiAttribute* AttrDefinition(const SdaiName& name) const;
@@ -73,7 +73,7 @@ class KOR_API SdaiSchema {
     SdaiSchema& operator=(const SdaiSchema&) = delete;
     virtual ~SdaiSchema() = default;
 
-    // In upper case; "cdma" as the schema spells it.
+    // The schema's name in upper case; "cdma" as spelled in the schema.
     const SdaiString& Name() const { return name_; }
 
   protected:
@@ -95,14 +95,14 @@ class KOR_API SdaiModel {
     // The model's schema.
     SdaiSchema* Underlying_schema() const;
 
-    // The named entity type of the model's schema, or one that the schema does not declare but the
-    // model holds instances of, "A+B+C" for one of several types; null when there is neither.
+    // The named entity type of the model's schema, or a type that the schema does not declare but
+    // of which the model contains instances ("A+B+C" for a complex type); null if there is none.
     SdaiEntity* GetEntityDefinition(const SdaiString& name) const;
     SdaiEntity* GetEntityDefinition(const SdaiName& name) const;
 
     // The extent of an entity type: the model's instances of the type and of its subtypes, in the
-    // order of their creation. It is walked where it stands and grows as instances are created. A
-    // name that the model does not know, or a null pointer, has an empty extent.
+    // order of their creation. It is not a copy: it grows as instances are created. The extent of
+    // an unknown name or a null pointer is empty.
     const SdaiAggrInstance* GetEntityExtent(const SdaiString& name) const;
     const SdaiAggrInstance* GetEntityExtent(const SdaiName& name) const;
     const SdaiAggrInstance* GetEntityExtent(const SdaiEntity* entity) const;

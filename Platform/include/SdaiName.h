@@ -1,13 +1,12 @@
-// A name of the dictionary (an entity type or attribute name) that is known when the program is
-// compiled. The data access interface takes names as texts; where a name is a constant of the
-// source, writing it as
+// A dictionary name (of an entity type or attribute) that is known at compile time. The data access
+// interface takes names as texts; if a name is a constant, writing it as
 //
 //     using namespace sdai_names;
 //     instance->GetAttr("REP_1"_name)
 //
-// saves the work that a text needs on every call: the name stands in the program with its letters
-// folded to upper case and its hash computed, so that an attribute is found by one look in a small
-// table. A name is a constant: no memory is allocated, nothing runs when the program is loaded.
+// saves work on every call: its letters are folded to upper case and its hash is computed at
+// compile time, so that an attribute is found by one lookup in a small table. No memory is
+// allocated and nothing runs when the program is loaded.
 
 #ifndef SDAINAME_H
 #define SDAINAME_H
@@ -19,10 +18,10 @@
 #include <string_view>
 #include <type_traits>
 
-// Names match without regard to the case of the letters A to Z, as in EXPRESS (ISO 10303-11).
+// Names are compared ignoring the case of the letters A to Z, as in EXPRESS (ISO 10303-11).
 constexpr char SdaiFoldCase(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
 
-// Eight characters at once: takes 32 from each byte between 'a' and 'z'.
+// Eight characters at once: subtracts 32 from each byte between 'a' and 'z'.
 constexpr std::uint64_t SdaiFoldCase(std::uint64_t characters) {
     constexpr std::uint64_t kBytes = 0x0101010101010101U;
     const std::uint64_t low = characters & 0x7F * kBytes;
@@ -31,8 +30,8 @@ constexpr std::uint64_t SdaiFoldCase(std::uint64_t characters) {
     return characters - ((fromA & ~afterZ & ~characters & 0x80 * kBytes) >> 2);
 }
 
-// The hash of a name without regard to case: of its characters eight at a time, the last eight
-// overlapping those before them.
+// The case-insensitive hash of a name: takes eight characters at a time; the last eight overlap
+// those before them.
 constexpr std::uint32_t SdaiNameHash(std::string_view name) {
     const auto word = [name](std::size_t from, std::size_t length) {
         std::uint64_t characters = 0;

@@ -1,24 +1,25 @@
-// The value handle of the data access interface. Every mapping function takes its arguments and
-// gives its result as a handle.
+// The value handle of the data access interface. Every mapping function takes handles as arguments
+// and returns a handle.
 //
 // A handle is unset (`exists` is FALSE) or holds one value: a string, an integer, a real, a
 // logical, a boolean, an enumeration item, a binary, an entity instance, an aggregate, or a select
 // value that holds one of these.
 //
-// Ownership. Texts and numbers are the handle's own. An entity instance belongs to its model and
-// is shared, never copied or destroyed by a handle. So does an aggregate that was read from an
-// instance; an aggregate that a call made (see TakeOver) belongs to the handles on it together and
-// goes with the last of them. A handle on something that belongs to a model may not be used after
-// the model is gone.
+// Ownership. A handle owns its text or number. An entity instance belongs to its model and is
+// shared, never copied or destroyed by a handle. The same holds for an aggregate read from an
+// instance. An aggregate returned by a call (see TakeOver) is owned jointly by the handles to it
+// and is destroyed with the last of them. Do not use a handle to something that belongs to a model
+// after the model is destroyed.
 //
-// Reading. Every conversion is total: integers and reals read as each other (a real towards zero,
-// 0 when the integer cannot hold it); a select reads as what it holds; anything else read as
-// another kind gives "", 0, 0.0, FALSE or a null pointer. The named reads (GetAttr and so on) of
-// anything but an instance, or of an attribute that its type lacks, give an unset handle or FALSE;
-// counts of anything but an aggregate are 0. A handle made from a null pointer does not exist.
+// Reading. Every conversion is total. Integers and reals convert to each other (a real is truncated
+// towards zero; 0 if it is out of range); a select reads as the value it holds; reading any other
+// value as another kind returns "", 0, 0.0, FALSE or a null pointer. GetAttr and the other reads by
+// name return an unset handle or FALSE for a value that is not an instance, and for an attribute
+// that its type does not have; the count of a value that is not an aggregate is 0. A handle
+// constructed from a null pointer is unset.
 //
-// Several threads may read one handle and copy it; a handle may not be written by one thread while
-// another uses it.
+// Several threads may read and copy the same handle; no thread may write a handle while another
+// uses it.
 
 #ifndef SDAIPRIMITIVEH_H
 #define SDAIPRIMITIVEH_H
@@ -36,15 +37,15 @@ class SdaiNamedType;
 class SdaiPrimitiveH;
 struct KORTypedValue;
 
-// A select value: a value that was reached through an attribute or aggregate whose type is a
-// SELECT. It holds the selected value and, where the data name it, the defined type under which
-// the value was selected (LENGTH_MEASURE(2.5)).
+// A select value: a value read from an attribute or aggregate whose type is a SELECT. It holds the
+// selected value and, if the data name it, the defined type under which the value was selected
+// (LENGTH_MEASURE(2.5)).
 class KOR_API SdaiSelectH {
   public:
     SdaiSelectH() noexcept : kind_(Kind::Unset) {}
-    // A select that holds the value; an unset value gives an unset select.
+    // A select that holds the value; unset if the value is unset.
     explicit SdaiSelectH(const SdaiPrimitiveH& value);
-    // The same, selected under a defined type.
+    // The same, with the defined type under which the value was selected.
     SdaiSelectH(const SdaiString& definedType, const SdaiPrimitiveH& value);
     SdaiSelectH(const SdaiSelectH& other) noexcept;
     SdaiSelectH(SdaiSelectH&& other) noexcept;
@@ -54,17 +55,18 @@ class KOR_API SdaiSelectH {
         if (kind_ >= Kind::FirstOwning) Release();
     }
 
-    // The selected value, no longer a select. A plain value viewed as a select gives itself.
+    // The selected value itself, not a select. For a plain value viewed as a select, returns that
+    // value.
     SdaiPrimitiveH getValue() const;
 
-    // The defined type under which the value was selected; "" when the data name none.
+    // The defined type under which the value was selected; "" if the data do not name one.
     const SdaiString& DefinedType() const;
 
   private:
     friend class SdaiPrimitiveH;
     friend class KORHandleAccess;  // the in-memory model
 
-    // From FirstOwning on, the value must be released.
+    // Values of FirstOwning and the kinds after it must be released.
     enum class Kind : std::uint8_t {
         Unset,
         Integer,
@@ -84,7 +86,7 @@ class KOR_API SdaiSelectH {
     void CopyFrom(const SdaiSelectH& other) noexcept;
     void MoveFrom(SdaiSelectH& other) noexcept;
     void Release() noexcept;
-    const SdaiSelectH& Held() const;  // past the defined types, the value itself
+    const SdaiSelectH& Held() const;  // the value inside any defined types
 
     union {
         long integer_;
@@ -111,26 +113,25 @@ class KOR_API SdaiPrimitiveH {
     SdaiPrimitiveH(const SdaiLogical& value) noexcept;
     SdaiPrimitiveH(const SdaiBoolean& value) noexcept;
     SdaiPrimitiveH(SdaiEntityInstance* instance) noexcept;
-    // An aggregate that handles already own gains an owner; any other stays with whoever made it.
+    // An aggregate already owned by handles gains an owner; any other stays with its creator.
     SdaiPrimitiveH(SdaiAggrInstance* aggregate) noexcept;
     SdaiPrimitiveH(const SdaiSelectH& select) noexcept : value_(select) {}
-    SdaiPrimitiveH(bool) = delete;  // which logical would it be? Say sdaiLTRUE or sdaiLFALSE
+    SdaiPrimitiveH(bool) = delete;  // ambiguous: use sdaiLTRUE or sdaiLFALSE
 
-    // A handle on an aggregate made with `new`: from now on it belongs to the handles on it.
+    // Takes ownership of an aggregate created with `new`: from now on the handles to it own it.
     static SdaiPrimitiveH TakeOver(SdaiAggrInstance* aggregate) noexcept;
 
-    // An item of an enumeration, by its name without the points; the digits of a binary, as an
-    // exchange file (ISO 10303-21) writes them between the double quotes. Unset for a text that is
-    // no word (letters, digits, underscores), or no hexadecimal digits of which the first is from 0
-    // to 3.
+    // An enumeration item, by its name without the dots; a binary, by its digits as an exchange
+    // file (ISO 10303-21) writes them between the double quotes. Returns an unset handle if the
+    // item is not a word (letters, digits, underscores), or if the digits are not hexadecimal with
+    // a first digit from 0 to 3.
     static SdaiPrimitiveH Enumeration(const SdaiString& item) noexcept;
     static SdaiPrimitiveH Binary(const SdaiString& digits) noexcept;
 
     // Whether the handle holds a value.
     SdaiBoolean exists() const { return SdaiBoolean(value_.kind_ != SdaiSelectH::Kind::Unset); }
 
-    // The value of the named explicit attribute: unset if it has none. The name is matched without
-    // regard to case.
+    // The value of the named explicit attribute; unset if it has none. Names are case-insensitive.
     SdaiPrimitiveH GetAttr(const SdaiString& name) const;
     SdaiPrimitiveH GetAttr(const SdaiName& name) const;
 
@@ -138,29 +139,29 @@ class KOR_API SdaiPrimitiveH {
     SdaiBoolean TestAttr(const SdaiString& name) const;
     SdaiBoolean TestAttr(const SdaiName& name) const;
 
-    // Whether the instance's entity type is the named one or one of its subtypes.
+    // Whether the instance's entity type is the named type or a subtype of it.
     SdaiBoolean IsKindOf(const SdaiString& typeName) const;
     SdaiBoolean IsKindOf(const SdaiName& typeName) const;
 
-    // The instance's entity type; null for anything but an instance.
+    // The instance's entity type; null if the value is not an instance.
     SdaiNamedType* GetInstanceType() const;
 
     // "STRING", "INTEGER", "REAL", "LOGICAL", "BOOLEAN", "ENUMERATION", "BINARY", "AGGREGATE" or
-    // the entity type's name, of what the value finally is; "" when unset.
+    // the entity type's name; for a select, of the value it holds. "" if unset.
     SdaiString UnderlyingTypeName() const;
 
     // The number of members of an aggregate.
     long GetMemberCount() const;
 
-    // The model that holds the instance; null for anything but an instance.
+    // The instance's model; null if the value is not an instance.
     SdaiModel* FindEntityInstanceModel() const;
 
-    // TRUE for equal values: the same instance, equal texts, numbers (whatever their kinds) or
-    // truth values; UNKNOWN when either is unset. Aggregates are compared member by member in their
-    // order: FALSE where the counts or any pair differ, else UNKNOWN where any pair is, else TRUE.
+    // TRUE for equal values: the same instance, or equal texts, numbers (of either kind) or truth
+    // values. UNKNOWN if either is unset. Aggregates are compared member by member, in order: FALSE
+    // if the counts or any pair differ, else UNKNOWN if any pair is UNKNOWN, else TRUE.
     SdaiLogical operator==(const SdaiPrimitiveH& other) const;
 
-    // The references are valid until this handle is written or destroyed.
+    // The references are valid until this handle is modified or destroyed.
     operator const SdaiString&() const;
     operator const SdaiLogical&() const;
     operator const SdaiSelectH&() const { return value_; }
@@ -176,8 +177,8 @@ class KOR_API SdaiPrimitiveH {
     SdaiSelectH value_;
 };
 
-// A value with the name of the defined type under which it was selected, shared by the handles and
-// the model that hold it.
+// A value and the defined type under which it was selected. Shared by the handles and the model
+// that hold it.
 struct KORTypedValue {
     std::atomic<std::uint32_t> owners;
     SdaiString definedType;

@@ -1,5 +1,5 @@
-// A string value of the data access interface: a KORUnicodeString (which see: what a text is, how
-// copies share it) with the operations that ISO 10303-22 bindings give to strings.
+// A string value of the data access interface: a KORUnicodeString (see there for what a text is and
+// how copies share it) with the string operations of ISO 10303-22 language bindings.
 
 #ifndef SDAISTRING_H
 #define SDAISTRING_H
@@ -14,14 +14,14 @@
 class KOR_API SdaiString {
   public:
     SdaiString() = default;
-    // The first `length` characters, or those up to the first NUL if they are fewer. A null pointer
-    // gives an empty string.
+    // The characters up to the first NUL, but at most `length`. A null pointer makes an empty
+    // string.
     SdaiString(const char* text, unsigned length = UINT_MAX);
     SdaiString(const KORUnicodeString& text) : text_(text) {}
     SdaiString(KORUnicodeString&& text) noexcept : text_(static_cast<KORUnicodeString&&>(text)) {}
     explicit SdaiString(std::string_view text) : text_(text) {}
 
-    // As those of KORUnicodeString.
+    // As in KORUnicodeString.
     static SdaiString FromUtf8(std::string_view utf8) {
         return SdaiString(KORUnicodeString::FromUtf8(utf8));
     }
@@ -32,15 +32,15 @@ class KOR_API SdaiString {
 
     unsigned length() const { return static_cast<unsigned>(text_.GetLengthInChar()); }
 
-    // The characters at the positions `first` to `last`, both included and counted from 0, as far
-    // as the string has them.
+    // The characters from position `first` to `last` inclusive, counted from 0, clipped to the
+    // string.
     SdaiString substr(unsigned first, unsigned last) const;
 
-    // Removes the characters at the positions `first` to `last`, as far as the string has them.
+    // Removes the characters from position `first` to `last` inclusive, clipped to the string.
     void remove(unsigned first, unsigned last);
 
     operator const KORUnicodeString&() const { return text_; }
-    // Valid until this object is written or destroyed.
+    // Valid until this object is modified or destroyed.
     operator const char*() const { return text_.ConvertToChar(); }
     std::string_view View() const { return text_.View(); }
 
@@ -50,7 +50,7 @@ class KOR_API SdaiString {
 
 KOR_API SdaiString operator+(const SdaiString& left, const SdaiString& right);
 
-// Exact comparisons, letter case included.
+// Exact, case-sensitive comparisons.
 inline SdaiBoolean operator==(const SdaiString& left, const char* right) {
     return SdaiBoolean(static_cast<const KORUnicodeString&>(left) == right);
 }
