@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <type_traits>
 #include <utility>
 
 #include "Cell.h"
 #include "CodePages.h"
+#include "Literals.h"
 #include "Utf8.h"
 
 namespace exchange {
@@ -134,22 +134,7 @@ void AppendInteger(std::string& to, long value) {
     to.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
 }
 
-void AppendReal(std::string& to, double value) {
-    if (!std::isfinite(value)) {
-        to += std::isnan(value) ? "nan" : value < 0 ? "-inf" : "inf";
-        return;
-    }
-    char text[40];
-    char* end = std::to_chars(text, text + 32, value).ptr;
-    char* const exponent = std::find(text, end, 'e');
-    if (exponent != end) *exponent = 'E';
-    if (std::find(text, exponent, '.') == exponent) {
-        std::copy_backward(exponent, end, end + 1);
-        *exponent = '.';
-        ++end;
-    }
-    to.append(text, end);
-}
+void AppendReal(std::string& to, double value) { kor::AppendReal(to, value); }
 
 void AppendLogical(std::string& to, SdaiLogical value) {
     AppendEnumeration(to, value == sdaiLTRUE ? "T" : value == sdaiLFALSE ? "F" : "U");

@@ -25,6 +25,8 @@
 #define SDAIPRIMITIVEH_H
 
 #include <cstdint>
+#include <iosfwd>
+#include <string>
 
 #include "SdaiLogical.h"
 #include "SdaiName.h"
@@ -160,6 +162,12 @@ class KOR_API SdaiPrimitiveH {
     // values. UNKNOWN if either is unset. Aggregates are compared member by member, in order: FALSE
     // if the counts or any pair differ, else UNKNOWN if any pair is UNKNOWN, else TRUE.
     SdaiLogical operator==(const SdaiPrimitiveH& other) const;
+
+    // The value as text in UTF-8, in the notation of exchange files (ISO 10303-21) without its
+    // string directives: 'text', 7, 1.5, .T., .ITEM., "0A", #12, (1.,2.), LENGTH_MEASURE(2.5), and
+    // $ if unset. Throws std::bad_alloc if memory runs out.
+    friend KOR_API std::string ToString(const SdaiPrimitiveH& value);
+    friend KOR_API std::ostream& operator<<(std::ostream& stream, const SdaiPrimitiveH& value);
 
     // The references are valid until this handle is modified or destroyed.
     operator const SdaiString&() const;

@@ -543,3 +543,42 @@ TEST(SdaiPrimitiveH, IsUnsetForAnItemThatIsNoWordAndABinaryThatIsNone) {
         EXPECT_TRUE(SdaiPrimitiveH::Binary(text).exists()) << text;
     }
 }
+
+// ---- Text for users
+
+namespace {
+
+struct Literal {
+    const char* expected;
+    SdaiPrimitiveH handle;
+};
+
+void PrintTo(const Literal& literal, std::ostream* stream) { *stream << literal.expected; }
+
+class HandleText : public testing::TestWithParam<Literal> {};
+
+}  // namespace
+
+TEST_P(HandleText, IsTheLiteralOfAnExchangeFile) {
+    EXPECT_EQ(ToString(GetParam().handle), GetParam().expected);
+    std::ostringstream stream;
+    stream << '[' << GetParam().handle << ']';
+    EXPECT_EQ(stream.str(), std::string("[") + GetParam().expected + "]");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OfEachKind, HandleText,
+    testing::Values(Literal{"$", {}}, Literal{"'It''s'", "It's"_h}, Literal{"''", ""_h},
+                    Literal{"'\u0141\u00F3d\u017A\\'",
+                            SdaiPrimitiveH(SdaiString::FromUtf8("\u0141\u00F3d\u017A\\"))},
+                    Literal{"-7", -7L}, Literal{"9223372036854775807", LONG_MAX},
+                    Literal{"2.5", 2.5}, Literal{"-3.", -3.0}, Literal{"-0.", -0.0},
+                    Literal{"1.E+300", 1e300}, Literal{"0.1", 0.1}, Literal{".T.", sdaiLTRUE},
+                    Literal{".F.", sdaiFALSE}, Literal{".U.", SdaiLogical()},
+                    Literal{".MILLI.", SdaiPrimitiveH::Enumeration("MILLI")},
+                    Literal{"\"0A\"", SdaiPrimitiveH::Binary("0A")}, Literal{"#2", Data()[2]},
+                    Literal{"(1.,2.,3.)", Data()[1].GetAttr("COORDINATES")},
+                    Literal{"LENGTH_MEASURE(2.5)", Data()[3].GetAttr("VALUE_COMPONENT")},
+                    Literal{"#4", Data()[3].GetAttr("UNIT_COMPONENT")}, Literal{"()", List({})},
+                    Literal{"('a',$,(1,#1),LABEL('b'))",
+                            List({"a"_h, {}, List({1L, Data()[1]}), Selected("LABEL", "b"_h)})}));
