@@ -1,3 +1,5 @@
+// Aggregates: their layouts, members and owners.
+
 #include "Aggregate.h"
 
 #include <algorithm>
@@ -20,7 +22,7 @@ namespace {
 
 constexpr std::size_t kMostMembers = std::numeric_limits<std::uint32_t>::max();
 
-// The layout in which a single value could stand.
+// The layout that can store a value of this kind.
 KORAggregateAccess::Layout LayoutFor(Tag tag) {
     switch (tag) {
         case Tag::Real: return KORAggregateAccess::Layout::Reals;
@@ -34,7 +36,7 @@ std::size_t MemberSize(KORAggregateAccess::Layout layout) {
     return layout == KORAggregateAccess::Layout::Cells ? sizeof(Cell) : 8;
 }
 
-// Writes the number or pointer of a cell where a member of another layout stands.
+// Stores the number or pointer of a cell as a bare member.
 void StoreBare(void* members, std::size_t position, const Cell& cell) {
     static_cast<std::uint64_t*>(members)[position] = cell.Get<std::uint64_t>();
 }
@@ -47,8 +49,8 @@ bool HoldsAggregate(const Cell& cell) {
     return cell.GetTag() == Tag::Aggregate;
 }
 
-// The members, aggregates themselves, that were taken out of aggregates which are still there. They
-// are so few that they cost other aggregates nothing but a flag.
+// Former members that are aggregates, of aggregates that still exist. There are so few that other
+// aggregates pay only a flag for them.
 class KeptMembers {
   public:
     void Keep(const SdaiAggrInstance& aggregate, const Cell& member) {
@@ -67,10 +69,10 @@ class KeptMembers {
     using Members = std::unordered_map<const SdaiAggrInstance*, std::vector<Cell>>;
 
     std::mutex mutex_;
-    Members members_;  // holds no memory when it is empty
+    Members members_;  // uses no memory while empty
 };
 
-// Models may go while the process ends.
+// Models may be destroyed while the process ends.
 KeptMembers& TheKeptMembers() { return kor::Lasting<KeptMembers>(); }
 
 }  // namespace
@@ -82,7 +84,7 @@ Cell KORAggregateAccess::MemberCell(const SdaiAggrInstance& aggregate, std::size
         case Layout::Reals: return Cell::Of(Tag::Real, Members<double>(aggregate)[position]);
         case Layout::Integers: return Cell::Of(Tag::Integer, Members<long>(aggregate)[position]);
         case Layout::Instances: {
-            // A null pointer stands for a member that a damaged data set does not have.
+            // A null pointer is a member that is missing in a damaged data set.
             SdaiEntityInstance* instance = Members<SdaiEntityInstance*>(aggregate)[position];
             return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell();
         }
@@ -128,7 +130,7 @@ SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
 // ---- Finding instances among many members
 
 const KORMemberIndex* KORAggregateAccess::IndexOf(const SdaiAggrInstance& aggregate) {
-    // As many members as are looked through in the time of one look into the index.
+    // Below this number, a linear search is as fast as a lookup in the index.
     constexpr std::uint32_t kFew = 32;
     if (aggregate.count_ < kFew || aggregate.layout_ == Layout::Reals ||
         aggregate.layout_ == Layout::Integers) {
@@ -152,7 +154,7 @@ const KORMemberIndex* KORAggregateAccess::IndexOf(const SdaiAggrInstance& aggreg
     }
 }
 
-// A member has been added.
+// Updates the index after a member was added.
 void KORAggregateAccess::NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInstance* instance) {
     KORMemberIndex* index = aggregate.index_.load(std::memory_order_relaxed);
     if (index == nullptr || instance == nullptr) return;
@@ -187,7 +189,7 @@ void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate) {
 
 void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
     if (count > kMostMembers) throw std::bad_alloc();
-    // Where the members stand in memory of the model's (capacity 0), growing moves them out of it.
+    // If the members are in memory of the model (capacity 0), growing moves them out of it.
     if (count <= aggregate.capacity_ || (count <= aggregate.count_ && aggregate.capacity_ == 0)) {
         return;
     }
@@ -202,10 +204,10 @@ void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
     aggregate.capacity_ = static_cast<std::uint32_t>(capacity);
 }
 
-// Turns bare members into cells, so that members of any kind can follow.
+// Converts bare members to cells, so that members of any kind can be added.
 void KORAggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
     if (aggregate.layout_ == Layout::Cells) return;
-    // The room that was made stays: what follows allocates no more.
+    // Keep the reserved capacity, so that later members do not allocate.
     const std::size_t capacity = std::max<std::size_t>({aggregate.count_, aggregate.capacity_, 4});
     auto* cells = static_cast<Cell*>(::operator new(capacity * sizeof(Cell)));
     for (std::size_t i = 0; i < aggregate.count_; ++i) cells[i] = MemberCell(aggregate, i);
@@ -215,7 +217,7 @@ void KORAggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
     aggregate.layout_ = Layout::Cells;
 }
 
-// The members must have been released.
+// The members must already be released.
 void KORAggregateAccess::FreeMembers(SdaiAggrInstance& aggregate) {
     const bool inPlace =
         aggregate.realList_ &&
@@ -235,7 +237,7 @@ void SdaiAggrInstance::Append(const SdaiPrimitiveH& value) {
     kor::CellHolder cell(kor::ToCell(value, nullptr));
     const Layout layout = LayoutFor(cell.Get().GetTag());
     if (count_ == 0 && layout != layout_ && !realList_) {
-        // The first member decides how the members stand, in the room that may be reserved.
+        // The first member determines the layout; capacity may already be reserved.
         const std::size_t room = capacity_ * MemberSize(layout_) / MemberSize(layout);
         capacity_ = static_cast<std::uint32_t>(std::min(room, kMostMembers));
         layout_ = layout;
@@ -276,7 +278,7 @@ void SdaiAggrInstance::RemoveAll() {
     KORAggregateAccess::DropIndex(*this);
     if (layout_ == Layout::Cells) {
         const Cell* cells = static_cast<const Cell*>(members_);
-        // One at a time: what cannot be kept for want of memory stays a member.
+        // One at a time: if memory runs out, the rest stay members.
         while (count_ != 0) {
             const Cell& last = cells[count_ - 1];
             if (!KORAggregateAccess::HasOwners(*this) && HoldsAggregate(last)) {
@@ -292,7 +294,7 @@ void SdaiAggrInstance::RemoveAll() {
     mixed_ = false;
 }
 
-// At the end of the aggregate: with the members that it keeps.
+// On destruction, together with the former members that it keeps.
 void KORAggregateAccess::ReleaseMembers(SdaiAggrInstance& aggregate) {
     DropIndex(aggregate);
     if (aggregate.layout_ == Layout::Cells) {
@@ -320,7 +322,7 @@ SdaiListClassOfSdaiReal::~SdaiListClassOfSdaiReal() {
 
 SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool selects,
                                            kor::Arena* arena) {
-    // Members of one kind stand bare. A reference that is still pending counts as an instance.
+    // Members of one kind are stored bare. A pending reference counts as an instance.
     Layout layout = Layout::Cells;
     if (!members.empty()) {
         const auto bareLayout = [](const Cell& cell) {
@@ -356,7 +358,7 @@ SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool s
         }
     }
     aggregate->count_ = static_cast<std::uint32_t>(members.size());
-    // A data set that is read is one model; its references may still wait for their instances.
+    // While a data set is read there is only one model, and references may still be pending.
     if (arena == nullptr) NoteModels(*aggregate);
     return aggregate;
 }

@@ -1,4 +1,4 @@
-// The members of an aggregate, as the in-memory model and the exchange file readers fill them.
+// Access to the members of an aggregate for the in-memory model and the exchange file readers.
 
 #ifndef KOR_AGGREGATE_H
 #define KOR_AGGREGATE_H
@@ -14,8 +14,8 @@ class KOR_API KORAggregateAccess {
   public:
     using Layout = SdaiAggrInstance::Layout;
 
-    // An aggregate with these members, which takes over what they own. In an arena it is part of a
-    // model; else it is made with `new` and has one owner.
+    // Creates an aggregate of these members and takes ownership of what they own. In an arena it is
+    // part of a model; otherwise it is created with `new` and has one owner.
     static SdaiAggrInstance* Make(std::span<const kor::Cell> members, bool selects,
                                   kor::Arena* arena);
 
@@ -37,14 +37,15 @@ class KOR_API KORAggregateAccess {
     }
     static std::size_t Count(const SdaiAggrInstance& aggregate) { return aggregate.count_; }
 
-    // What finds an instance among the members; null where they are few, or for want of memory.
+    // The index that finds instances among the members; null if there are few, or if memory runs
+    // out.
     static const KORMemberIndex* IndexOf(const SdaiAggrInstance& aggregate);
     // Whether members may be instances of several models.
     static bool IsMixed(const SdaiAggrInstance& aggregate) { return aggregate.mixed_; }
-    // Finds that out of members that are all there.
+    // Determines that from the members, which must be complete.
     static void NoteModels(SdaiAggrInstance& aggregate);
 
-    // The member as a cell, which owns nothing.
+    // The member as a cell that owns nothing.
     static kor::Cell MemberCell(const SdaiAggrInstance& aggregate, std::size_t position);
 
     static bool HasOwners(const SdaiAggrInstance& aggregate) {
@@ -53,7 +54,7 @@ class KOR_API KORAggregateAccess {
     static void AddOwner(SdaiAggrInstance& aggregate) {
         aggregate.owners_.fetch_add(1, std::memory_order_relaxed);
     }
-    // Deletes the aggregate with its last owner.
+    // Removes an owner; the last one deletes the aggregate.
     static void RemoveOwner(SdaiAggrInstance& aggregate);
 
     static bool IsRealList(const SdaiAggrInstance& aggregate) { return aggregate.realList_; }

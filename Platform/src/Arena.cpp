@@ -1,3 +1,5 @@
+// Memory that is allocated piece by piece and freed as a whole.
+
 #include "Arena.h"
 
 #include <sys/mman.h>
@@ -9,8 +11,7 @@ namespace kor {
 
 namespace {
 
-// The size of a large page of memory. A chunk of such pages costs the system one page fault where
-// small pages cost 512.
+// The size of a large memory page, which takes one page fault instead of the 512 of small pages.
 constexpr std::size_t kLargePage = std::size_t{1} << 21;
 constexpr std::align_val_t kAlignment{kLargePage};
 
@@ -18,8 +19,8 @@ bool IsLarge(std::size_t size) { return size >= kLargePage; }
 
 }  // namespace
 
-// Chunks double in size, so that a small model stays small, up to one of large pages; an object
-// that is larger has a chunk of its own.
+// Chunks double in size up to that of large pages, so that a small model stays small. A larger
+// object gets its own chunk.
 void Arena::AddChunk(std::size_t objectSize) {
     chunks_.reserve(chunks_.size() + 1);
     std::size_t size = std::max(nextSize_, objectSize);
@@ -28,7 +29,7 @@ void Arena::AddChunk(std::size_t objectSize) {
     if (IsLarge(size)) {
         size = (size + kLargePage - 1) & ~(kLargePage - 1);
         memory = ::operator new(size, kAlignment);
-        madvise(memory, size, MADV_HUGEPAGE);  // a wish; the system may have none
+        madvise(memory, size, MADV_HUGEPAGE);  // only a hint
     } else {
         memory = ::operator new(size);
     }

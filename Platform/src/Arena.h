@@ -1,4 +1,4 @@
-// Memory that is handed out piece by piece and freed as a whole.
+// Memory that is allocated piece by piece and freed as a whole.
 
 #ifndef KOR_ARENA_H
 #define KOR_ARENA_H
@@ -17,8 +17,7 @@ class KOR_API Arena {
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
 
-    // Memory for an object of that size, aligned for anything of at most 8 bytes. It is not
-    // cleared.
+    // Uninitialised memory for an object of that size, aligned to 8 bytes.
     void* Allocate(std::size_t size) {
         size = Rounded(size);
         if (chunks_.empty() || size > chunks_.back().size - chunks_.back().used) AddChunk(size);
@@ -28,8 +27,8 @@ class KOR_API Arena {
         return memory;
     }
 
-    // Calls visit(memory) for every object, in the order in which they were handed out, where all
-    // are of that size.
+    // Calls visit(memory) for every object, in order of allocation. All objects must have that
+    // size.
     template <class Visit>
     void ForEach(std::size_t size, Visit visit) const {
         size = Rounded(size);

@@ -1,8 +1,8 @@
-// A cell is a value as the in-memory model keeps it: 16 bytes, of which the last says what the
-// others hold. Texts of up to 14 characters stand in the cell; longer ones in a buffer that the
-// cell shares with the handles that were read from it.
+// A cell is a value in the in-memory model: 16 bytes, the last of which is a tag for the kind of
+// value. Texts of up to 14 characters are stored in the cell, longer ones in a buffer that the cell
+// shares with the handles read from it.
 //
-// A cell is plain memory: it is copied as bytes and knows no destructor. Whoever holds cells, an
+// A cell is plain memory: it is copied as bytes and has no destructor. The owner of cells, an
 // instance or an aggregate, releases what they own (ReleaseCell).
 
 #ifndef KOR_CELL_H
@@ -23,13 +23,13 @@
 class SdaiAggrInstance;
 class SdaiEntityInstance;
 
-// What the in-memory model needs of the texts' and handles' insides.
+// Access to the internals of texts for the in-memory model.
 class KORTextAccess {
   public:
     using Buffer = KORUnicodeString::Buffer;
     using WideBuffer = KORUnicodeString::WideBuffer;
 
-    // Null for a text that stands in place.
+    // Null for a text stored in place.
     static Buffer* BufferOf(const KORUnicodeString& text) {
         return text.storage_ != Storage::InPlace ? text.buffer_ : nullptr;
     }
@@ -94,15 +94,15 @@ class Cell {
         }
         Cell cell;
         cell.high_ = Head(tag, text.size());
-        // Put together in registers: cells are copied as wholes right after they are made.
+        // Assembled in registers, since cells are copied whole right after they are created.
         for (std::size_t i = 0; i < text.size(); ++i) {
             const std::uint64_t byte = static_cast<unsigned char>(text[i]);
             (i < 8 ? cell.low_ : cell.high_) |= byte << (8 * (i % 8));
         }
         return cell;
     }
-    // The same for a text that is there already: a long one is shared. Items and binaries are never
-    // wide: one that would be is kept in its exchange form.
+    // The same for an existing text; a long one is shared. Items and binaries are never wide: a
+    // wide one is stored in its exchange form.
     static Cell OfText(Tag tag, const KORUnicodeString& text) {
         KORTextAccess::Buffer* buffer = KORTextAccess::BufferOf(text);
         const auto size = static_cast<std::size_t>(text.GetLengthInChar());
@@ -162,8 +162,8 @@ class Cell {
 
     // A number or pointer, or the first characters of a text.
     std::uint64_t low_ = 0;
-    // From the last byte down: the tag; of a text its length, kInBuffer or kInWideBuffer; its other
-    // characters, or the length in its buffer.
+    // From the last byte down: the tag; for a text, its length, kInBuffer or kInWideBuffer; then
+    // its remaining characters, or its length in the buffer.
     std::uint64_t high_ = 0;
 };
 
@@ -174,23 +174,23 @@ static_assert(sizeof(Cell) == 16);
 struct Domain;
 class Model;
 
-// The handle of a cell; `select` says whether its attribute or aggregate is of a SELECT type.
+// The handle for a cell; `select` is true if its attribute or aggregate has a SELECT type.
 KOR_API SdaiPrimitiveH ToHandle(const Cell& cell, bool select);
 
-// The cell of a value that is put where the domain is declared (null: anywhere): a number where a
-// real is declared becomes a real, a text where an enumeration is declared its item; a plain value
-// put into a select is marked with its defined type where only one can be meant; aggregates are
-// copied whole. The cell owns what it holds, but for the copies of aggregates where a model is
-// given: they are part of it and stay until it goes.
+// The cell for a value that is stored in a domain (null: any). A number becomes a real if the
+// domain is a real, a text becomes an item if it is an enumeration, and a plain value in a select
+// gets its defined type if there is only one possibility. Aggregates are copied with their members.
+// The cell owns its contents, except for copies of aggregates if a model is given: these belong to
+// the model.
 KOR_API Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model = nullptr);
 
-// A text in a value that would be put where the domain is declared as an item of an enumeration and
-// is none; nothing where there is none.
+// A text in the value that the domain would store as an enumeration item although it is not one; no
+// value if there is none.
 KOR_API std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain);
 
 KOR_API void ReleaseCell(const Cell& cell);
 
-// Owns what a cell owns until it is taken.
+// Holds the ownership of a cell's contents until it is taken.
 class CellHolder {
   public:
     explicit CellHolder(const Cell& cell) : cell_(cell) {}
@@ -211,7 +211,7 @@ class CellHolder {
 
 }  // namespace kor
 
-// What the in-memory model needs of the handle's insides.
+// Access to the internals of handles for the in-memory model.
 class KORHandleAccess {
   public:
     using Kind = SdaiSelectH::Kind;
@@ -221,11 +221,11 @@ class KORHandleAccess {
     static void MarkSelect(SdaiPrimitiveH& handle, bool select) {
         handle.value_.select_ = select && handle.value_.kind_ != Kind::Unset;
     }
-    // The handle on what the value finally is.
+    // The value inside any defined types.
     static const SdaiSelectH& Held(const SdaiPrimitiveH& handle) { return handle.value_.Held(); }
     static Kind KindOf(const SdaiSelectH& select) { return select.kind_; }
     static const SdaiString& TextOf(const SdaiSelectH& select) { return select.text_; }
-    // Null unless the value has the name of its defined type.
+    // Null unless the value has a defined type.
     static KORTypedValue* TypedOf(const SdaiPrimitiveH& handle) {
         return handle.value_.kind_ == Kind::Typed ? handle.value_.typed_ : nullptr;
     }

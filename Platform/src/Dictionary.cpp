@@ -1,3 +1,5 @@
+// Resolves the declarations of a schema into its dictionary.
+
 #include "Dictionary.h"
 
 #include <algorithm>
@@ -9,15 +11,15 @@ namespace kor {
 
 namespace {
 
-// What a schema may ask for: far more than any has, and little enough for any machine. Subtypes
-// take over what their supertypes have, and selects what the selects among their members allow, so
-// that a short text could ask for more memory than there is.
+// Limits on a schema, far above what any real schema needs and small enough for any machine.
+// Subtypes inherit from their supertypes, and selects from their member selects, so that without
+// limits a short text could exhaust memory.
 constexpr std::size_t kMostLevels = 1'000;         // of subtypes
 constexpr std::size_t kMostInherited = 2'000'000;  // attributes and supertypes, over all entities
 constexpr std::size_t kMostChoices = 1'000'000;    // over all selects
 constexpr std::size_t kMostItems = 1'000'000;      // over all enumerations
 
-// Further unknown names get no suggestion: nobody reads so many messages.
+// After this many unknown names, messages have no suggestions.
 constexpr std::size_t kMostSuggestions = 20;
 
 }  // namespace
@@ -74,8 +76,8 @@ void EntityType::AddSlot(const Slot& slot, Places& places) {
     slots_.push_back(slot);
 }
 
-// Takes over the slots that the type does not have yet, and what the supertype makes of those that
-// it has. A type that no schema declares hands down none.
+// Inherits the slots that the type does not have yet, and the supertype's redeclarations of those
+// that it has. Nothing is inherited from an undeclared type.
 void EntityType::InheritFrom(const EntityType& supertype, Places& places) {
     for (const Slot& inherited : supertype.slots_) {
         if (inherited.attribute == nullptr) continue;
@@ -94,7 +96,7 @@ void EntityType::InheritFrom(const EntityType& supertype, Places& places) {
     for (const EntityType* kind : supertype.lineage_) AddKind(*kind);
 }
 
-// Makes the slots known by the names of their attributes, where a name is not taken yet.
+// Enters the slots under the names of their attributes, unless a name is already used.
 void EntityType::AddNames(const Places& places) {
     for (const Slot& slot : slots_) {
         if (slot.attribute == nullptr) continue;
@@ -146,8 +148,8 @@ std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const Enti
         for (const Slot& slot : part->OwnSlots()) type->AddSlot(slot, places);
         type->parts_.push_back({part->folded_, first, type->slots_.size() - first});
     }
-    // One part may narrow or derive what another one declares. A supertype that is not among the
-    // parts has no values here.
+    // One part may narrow or derive an attribute that another declares. Supertypes that are not
+    // among the parts have no values here.
     const std::size_t slotCount = type->slots_.size();
     for (const EntityType* part : parts) type->InheritFrom(*part, places);
     type->kinds_.Add(type->folded_, 0);
@@ -193,7 +195,7 @@ class Schema::Resolver {
     }
 
   private:
-    // A limit has been passed, and that been reported.
+    // A limit was exceeded, and this has been reported.
     struct TooMuch {};
 
     SdaiString Spelled(std::string_view name) const {
@@ -204,8 +206,7 @@ class Schema::Resolver {
         errors_.push_back({position, std::move(message)});
     }
 
-    // Makes every type and entity known before any of them is resolved: declarations stand in any
-    // order.
+    // Enters all types and entities before resolving any, since declarations come in any order.
     void NameEverything() {
         for (const TypeDeclaration& type : declaration_.types) {
             schema_.domains_.emplace_back();
@@ -234,7 +235,7 @@ class Schema::Resolver {
         }
     }
 
-    // The domain of a type expression. That of an alias is complete once ResolveType has seen it.
+    // The domain of a type expression. The domain of an alias is complete only after ResolveType.
     const Domain* DomainOf(const TypeExpression& expression) {
         if (expression.kind == TypeExpression::Kind::Named) {
             const int type = schema_.typeTable_.Find(std::string_view(expression.name));
@@ -252,10 +253,10 @@ class Schema::Resolver {
         return &domain;
     }
 
-    // Makes the domain that of a simple or aggregate type.
+    // Sets the domain to that of a simple or aggregate type.
     void FillIn(Domain& domain, const TypeExpression& expression) {
         if (expression.kind == TypeExpression::Kind::Simple) {
-            // The simple types stand first among the bases, in the same order.
+            // The simple types come first among the bases, in the same order.
             domain.base = static_cast<Domain::Base>(expression.simple);
         } else {
             domain.base = Domain::Base::Aggregate;
@@ -279,7 +280,7 @@ class Schema::Resolver {
         throw TooMuch();
     }
 
-    // The type that a type is another name for; none where it says something itself.
+    // The type that this type is an alias of; none if it is not an alias.
     std::optional<std::size_t> AliasOf(std::size_t index) const {
         const TypeDeclaration& type = declaration_.types[index];
         if (type.kind != TypeDeclaration::Kind::Alias ||
@@ -291,7 +292,7 @@ class Schema::Resolver {
         return static_cast<std::size_t>(named);
     }
 
-    // Resolves a type, and those that it is another name for, each once.
+    // Resolves a type and the types that it is an alias of, each once.
     void ResolveType(std::size_t index) {
         std::vector<std::size_t> path;
         std::optional<std::size_t> next = index;
@@ -327,7 +328,7 @@ class Schema::Resolver {
         }
     }
 
-    // Makes the domain of a type that says something itself.
+    // Creates the domain of a type that is not an alias.
     void Define(std::size_t index) {
         const TypeDeclaration& type = declaration_.types[index];
         Domain& domain = *typeDomains_[index];
@@ -350,8 +351,8 @@ class Schema::Resolver {
         }
     }
 
-    // Lists the items of each enumeration: its own, those of the one that it extends, and those of
-    // the ones that extend it.
+    // Lists the items of each enumeration: its own, those of the enumeration that it extends, and
+    // those of its extensions.
     void ResolveEnumerations() {
         std::multimap<std::string, const TypeDeclaration*> extensions;
         for (const TypeDeclaration& type : declaration_.types) {
@@ -390,8 +391,8 @@ class Schema::Resolver {
         }
     }
 
-    // Lists what each select may hold, with the selects among its members replaced by theirs, and
-    // with what those add that extend it.
+    // Lists the choices of each select: members that are selects are replaced by their choices, and
+    // the choices of its extensions are added.
     void ResolveSelects() {
         std::multimap<std::string, const TypeDeclaration*> extensions;
         for (const auto& [domain, declaration] : selects_) {
@@ -517,7 +518,7 @@ class Schema::Resolver {
         schema_.attributes_.emplace_back(Spelled(declaration.name), DomainOf(declaration.type),
                                          declaration.optional);
         const Attribute& attribute = schema_.attributes_.back();
-        // Added before the inherited ones, so that it wins over one of the same name.
+        // Added before the inherited attributes, so that it hides one of the same name.
         if (!type.attributes_.Add(attribute.folded, static_cast<int>(type.slots_.size()))) {
             Fail(declaration.position, "attribute '" + declaration.name + "' is declared twice");
         }
@@ -570,7 +571,7 @@ class Schema::Resolver {
     enum class State : std::uint8_t { Unseen, Open, Resolved, Circular };
     struct TypeState {
         State state = State::Unseen;
-        // What the type finally is, if it is a select or an enumeration.
+        // The select or enumeration that the type finally is an alias of.
         const TypeDeclaration* select = nullptr;
         const TypeDeclaration* enumeration = nullptr;
     };

@@ -1,6 +1,6 @@
 // The dictionary of the in-memory model: schemas, entity types, attributes and the domains of their
-// values. It is made from declarations (plain data, as an EXPRESS schema of ISO 10303-11 gives
-// them) in one step that resolves every name, and never changes afterwards.
+// values. It is created from declarations (plain data, as read from an EXPRESS schema, ISO
+// 10303-11) in one step that resolves every name, and is immutable afterwards.
 
 #ifndef KOR_DICTIONARY_H
 #define KOR_DICTIONARY_H
@@ -24,7 +24,7 @@ namespace kor {
 
 // ---- Declarations
 
-// Where a declaration stands in its source, for messages.
+// The place of a declaration in its source, for messages.
 struct SourcePosition {
     std::uint64_t line = 0;
     std::uint64_t column = 0;
@@ -41,16 +41,16 @@ enum class SimpleType : std::uint8_t {
     Generic
 };
 
-// What an aggregate type says of its members beside their type.
+// The properties of an aggregate type apart from the type of its members.
 struct AggregateForm {
     enum class Kind : std::uint8_t { Array, Bag, List, Set };
     static constexpr std::uint64_t kUnbounded = std::numeric_limits<std::uint64_t>::max();
 
     Kind kind = Kind::List;
-    // The number of members allowed. A bound that is not a number bounds nothing.
+    // The allowed number of members. A bound that is not a number does not limit it.
     std::uint64_t least = 0;
     std::uint64_t most = kUnbounded;
-    bool unique = false;           // no two members are equal; always so in a set
+    bool unique = false;           // no two members are equal; always true for a set
     bool optionalMembers = false;  // an array's members may be unset
 
     bool IsOrdered() const { return kind == Kind::Array || kind == Kind::List; }
@@ -70,11 +70,10 @@ struct AttributeDeclaration {
     std::string name;
     TypeExpression type;
     bool optional = false;
-    // SELF\entity.attribute: gives an inherited attribute a narrower domain and, where it is
-    // renamed, another name.
+    // SELF\entity.attribute: narrows the domain of an inherited attribute and may rename it.
     std::string redeclaredEntity;
     std::string redeclaredAttribute;
-    bool derived = false;  // stands in DERIVE
+    bool derived = false;  // declared in DERIVE
     SourcePosition position;
 
     bool Redeclares() const { return !redeclaredAttribute.empty(); }
@@ -93,7 +92,7 @@ struct TypeDeclaration {
     std::string name;
     TypeExpression alias;
     std::vector<std::string> members;  // of a select or an enumeration
-    std::string basedOn;               // the select or enumeration that this one extends
+    std::string basedOn;               // the select or enumeration that it extends
     SourcePosition position;
 };
 
@@ -108,11 +107,11 @@ struct Diagnostic {
     std::string message;
 };
 
-// ---- What declarations resolve to
+// ---- Resolved declarations
 
 class EntityType;
 
-// What a value may be. Domains belong to their schema and are compared by address.
+// The set of values allowed somewhere. Domains belong to their schema and are compared by address.
 struct KOR_API Domain {
     enum class Base : std::uint8_t {
         Integer,
@@ -130,26 +129,27 @@ struct KOR_API Domain {
     };
 
     Base base = Base::Generic;
-    TagSet admitted = kAnyKind;          // the kinds of values that may stand here
-    const Domain* element = nullptr;     // of an aggregate
-    AggregateForm form;                  // of an aggregate
-    const EntityType* entity = nullptr;  // of an entity
+    TagSet admitted = kAnyKind;                                  // the kinds of values allowed
+    const Domain* element = nullptr;                             // of an aggregate
+    AggregateForm form;                                          // of an aggregate
+    const EntityType* entity = nullptr;                          // of an entity
     std::vector<std::pair<std::string, const Domain*>> choices;  // of a select: its defined types,
                                                                  // in upper case, selects resolved
     std::vector<const EntityType*> entities;                     // of a select: its entity types
-    std::vector<std::string> items;  // of an enumeration, folded and sorted; none: not declared
+    std::vector<std::string>
+        items;  // of an enumeration, in upper case and sorted; empty if not declared
 
     bool IsSelect() const { return base == Base::Select; }
 
     // The kinds of values that the base (and, of a select, the choices) allows.
     TagSet Admitted() const;
 
-    // Whether the word may stand here as an item of an enumeration, in any case. Where no
-    // enumeration with items is declared, every word may.
+    // Whether the word is allowed as an enumeration item, ignoring case. If no enumeration with
+    // items is declared, every word is.
     bool AdmitsItem(std::string_view word) const;
 
-    // The domain of the defined type under which a select value was selected; null for a name that
-    // is none of the choices.
+    // The domain of the defined type under which a select value was selected; null if the name is
+    // not one of the choices.
     const Domain* Choice(std::string_view definedType) const;
 };
 
@@ -176,23 +176,23 @@ class Attribute final : public SdaiAttribute {
     const bool optional;
 };
 
-// One value of an instance: the attribute, and what the entity type makes of it.
+// One value of an instance: the attribute, and how the entity type redeclares it.
 struct Slot {
-    const Attribute* attribute = nullptr;  // null in a type that no schema declares
-    const Domain* domain = nullptr;        // narrowed where redeclared; null: any value
+    const Attribute* attribute = nullptr;  // null in an undeclared type
+    const Domain* domain = nullptr;        // narrowed if redeclared; null: any value
     bool derived = false;                  // redeclared as derived: written as "*", has no value
     bool optional = true;                  // may be unset
 
     bool IsSelect() const { return domain != nullptr && domain->IsSelect(); }
 };
 
-// An entity type, or several at once (a complex type), or a type that no schema declares. The
-// values of its instances stand in slots: those of the supertypes first, depth first, in the order
-// of SUBTYPE OF, each supertype once; for a complex type, those of each part in turn, as an
-// exchange file (ISO 10303-21) writes them.
+// An entity type, several at once (a complex type), or a type that the schema does not declare. The
+// values of its instances are stored in slots: those of the supertypes first, depth first, in the
+// order of SUBTYPE OF, each supertype once; for a complex type, those of each part in turn, in the
+// order of an exchange file (ISO 10303-21).
 class KOR_API EntityType final : public SdaiEntity {
   public:
-    // A part of a complex type; any other type has one part, itself.
+    // A part of a complex type; any other type has itself as its only part.
     struct Part {
         std::string name;
         std::size_t firstSlot;
@@ -200,7 +200,7 @@ class KOR_API EntityType final : public SdaiEntity {
     };
 
     const std::vector<Slot>& Slots() const { return slots_; }
-    // Those that the type does not inherit.
+    // Slots that the type does not inherit.
     std::span<const Slot> OwnSlots() const {
         return std::span<const Slot>(slots_).subspan(firstOwnSlot_);
     }
@@ -208,8 +208,7 @@ class KOR_API EntityType final : public SdaiEntity {
     bool IsComplex() const { return complex_; }
     bool IsDeclared() const { return declared_; }
     const std::string& FoldedName() const { return folded_; }
-    // The type's place among the entity types of its schema, or among those of its model that no
-    // schema declares.
+    // The type's index among the entity types of its schema or, if undeclared, of its model.
     std::size_t Number() const { return number_; }
 
     // The slot of an attribute, or NameTable::kAbsent. The last attribute declared under a name
@@ -219,7 +218,7 @@ class KOR_API EntityType final : public SdaiEntity {
         return attributes_.Find(attribute);
     }
 
-    // Whether the type is the named one or a subtype of it.
+    // Whether the type is the named type or a subtype of it.
     template <class Name>
     bool IsKindOf(const Name& name) const {
         return kinds_.Find(name) != NameTable::kAbsent;
@@ -230,12 +229,11 @@ class KOR_API EntityType final : public SdaiEntity {
 
     std::vector<std::string> AttributeNames() const;
 
-    // A complex type of parts, each a declared type or a type that no schema declares. The parts
-    // must be in alphabetical order.
+    // Creates a complex type from its parts, declared or undeclared types in alphabetical order.
     static std::unique_ptr<EntityType> MakeComplex(const std::vector<const EntityType*>& parts,
                                                    std::size_t number);
 
-    // A type that no schema declares, with that many values.
+    // Creates an undeclared type with that many values.
     static std::unique_ptr<EntityType> MakeUndeclared(std::string_view foldedName,
                                                       std::size_t slotCount, std::size_t number);
 
@@ -244,13 +242,13 @@ class KOR_API EntityType final : public SdaiEntity {
     EntityType(SdaiString name, bool declared)
         : SdaiEntity(std::move(name)), folded_(Folded(Name().View())), declared_(declared) {}
 
-    // A name that an attribute has been given beside its own.
+    // Another name of an attribute, from a redeclaration.
     struct Renamed {
         std::string name;  // in upper case
         const Attribute* attribute;
     };
 
-    // Where the attributes stand among the slots of a type that is being made.
+    // The slots of the attributes while a type is being created.
     using Places = std::unordered_map<const Attribute*, std::size_t>;
 
     void AddKind(const EntityType& kind);
@@ -263,7 +261,7 @@ class KOR_API EntityType final : public SdaiEntity {
     bool complex_ = false;
     std::size_t number_ = 0;
     std::vector<Slot> slots_;
-    std::size_t firstOwnSlot_ = 0;  // those before it are inherited
+    std::size_t firstOwnSlot_ = 0;  // slots before it are inherited
     std::vector<Part> parts_;
     std::vector<const EntityType*> lineage_;
     NameTable attributes_;
@@ -273,7 +271,7 @@ class KOR_API EntityType final : public SdaiEntity {
 
 class KOR_API Schema final : public SdaiSchema {
   public:
-    // Resolves the declarations. Null when there are errors, which are then told.
+    // Resolves the declarations. On errors, returns null and appends them to `errors`.
     static std::shared_ptr<const Schema> Make(const SchemaDeclaration& declaration,
                                               std::vector<Diagnostic>& errors);
 
@@ -285,14 +283,14 @@ class KOR_API Schema final : public SdaiSchema {
 
     const DefinedType* FindType(std::string_view name) const;
 
-    // The entity types, in the order of their declaration, and the number of one of them in it.
+    // The entity types in the order of declaration, and the index of one of them.
     const std::vector<const EntityType*>& Entities() const { return entities_; }
     template <class Name>
     int IndexOf(const Name& name) const {
         return entityTable_.Find(name);
     }
 
-    // The names of the attributes of the schema, in upper case, and the number of one of them.
+    // The attribute names of the schema in upper case, and the index of one of them.
     std::size_t AttributeNameCount() const { return attributeNames_.size(); }
     std::string_view AttributeName(std::size_t number) const { return attributeNames_[number]; }
     template <class Name>

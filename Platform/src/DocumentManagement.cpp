@@ -1,3 +1,5 @@
+// Document management: identities, revision families and their store.
+
 #include <algorithm>
 #include <bit>
 #include <functional>
@@ -13,7 +15,7 @@ namespace {
 
 using Families = std::vector<KORListValKORDMInstance>;
 
-// Where an identity stands in the families.
+// The place of an identity among the families.
 struct Member {
     std::uint32_t family;
     std::uint32_t position;  // from 1; 0 of no member
@@ -111,7 +113,7 @@ KORDMInstance IdentityOf(const SdaiEntityInstance& record) {
             KORDMNarvo::HexaToDouble(text(compid))};
 }
 
-// Emptied, not destroyed, when the library is unloaded or the process ends.
+// Emptied rather than destroyed when the library is unloaded or the process ends.
 Store& TheStore() {
     static Store& store = kor::Lasting<Store>();
     static const struct Emptied {
@@ -180,9 +182,9 @@ int KORListValKORDMInstance::Locate(const KORDMInstance& instance, int from) con
     return shared_ != nullptr ? shared_->Locate(instance, std::max(from, 1)) : 0;
 }
 
-// Whatever may fail for want of memory. Room grows by doubling.
+// Makes all allocations that may fail. The capacity grows by doubling.
 void KORListValKORDMInstance::Shared::Reserve(std::size_t count) {
-    constexpr std::size_t kFew = 16;  // which are searched as fast
+    constexpr std::size_t kFew = 16;  // searched linearly just as fast
     const auto reserve = [count](auto& vector) {
         if (count > vector.capacity()) vector.reserve(std::max(count, 2 * vector.capacity()));
     };

@@ -1,4 +1,4 @@
-// SdaiPrimitiveH and SdaiSelectH, and how the values of a model become handles and back.
+// SdaiPrimitiveH and SdaiSelectH, and the conversion between handles and a model's values.
 
 #include <cmath>
 #include <limits>
@@ -68,7 +68,7 @@ SdaiSelectH::SdaiSelectH(SdaiSelectH&& other) noexcept { MoveFrom(other); }
 
 SdaiSelectH& SdaiSelectH::operator=(const SdaiSelectH& other) noexcept {
     if (this != &other) {
-        // The other value may belong to something that goes with this one.
+        // The other value may be owned by something that this one owns.
         SdaiSelectH copy(other);
         *this = std::move(copy);
     }
@@ -218,7 +218,7 @@ SdaiPrimitiveH::operator long() const {
     const SdaiSelectH& held = value_.Held();
     if (held.kind_ == SdaiSelectH::Kind::Integer) return held.integer_;
     if (held.kind_ != SdaiSelectH::Kind::Real) return 0;
-    // 2 to the power of 63 is a double; the largest long is not.
+    // 2 to the power of 63 is representable as a double; the largest long is not.
     constexpr double kLimit = 9223372036854775808.0;
     const double real = std::trunc(held.real_);
     return real >= -kLimit && real < kLimit ? static_cast<long>(real) : 0;
@@ -308,7 +308,7 @@ SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
 
 namespace {
 
-// Exactly: not every integer has a real.
+// Compares exactly: not every integer is representable as a real.
 bool IsEqual(long integer, double real) {
     constexpr double kBeyond = 9223372036854775808.0;  // 2 to the power 63
     return real >= -kBeyond && real < kBeyond && static_cast<double>(integer) == real &&
@@ -372,8 +372,8 @@ SdaiPrimitiveH PlainHandle(const Cell& cell) {
     }
 }
 
-// The one choice of a select that a value without a defined type can mean; empty where there is
-// none or more than one.
+// The only choice of a select that a value without a defined type can have; empty if there is none
+// or more than one.
 std::string_view OnlyChoice(const Domain& select, Tag tag) {
     std::string_view only;
     for (const auto& [name, domain] : select.choices) {
@@ -384,7 +384,7 @@ std::string_view OnlyChoice(const Domain& select, Tag tag) {
     return only;
 }
 
-// A typed value that takes over what the cell holds.
+// Creates a typed value that takes ownership of what the cell owns.
 Cell NewTypedCell(const SdaiString& definedType, const Cell& value, Model* model) {
     if (model != nullptr) return model->NewTyped(definedType, value);
     const CellHolder holder(value);
@@ -425,7 +425,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
     using Kind = KORHandleAccess::Kind;
     const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
     KORTypedValue* typed = KORHandleAccess::TypedOf(value);
-    // One that holds nothing is what its type's name says, and stands anywhere.
+    // A typed value that is unset has only its type's name, and is allowed anywhere.
     if (typed != nullptr && (domain == nullptr || domain->IsSelect() || !typed->value.exists())) {
         const SdaiAggrInstance* aggregate = value;
         if (aggregate == nullptr) {
@@ -470,7 +470,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
             cell = Cell::OfText(Tag::Enumeration, KORHandleAccess::TextOf(held));
             break;
         case Kind::Binary: cell = Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held)); break;
-        case Kind::Typed: break;  // Held has gone past it
+        case Kind::Typed: break;  // never returned by Held
     }
     if (base == Domain::Base::Select) {
         const std::string_view choice = OnlyChoice(*domain, cell.GetTag());
@@ -527,7 +527,7 @@ void ReleaseCell(const Cell& cell) {
             if (KORAggregateAccess::HasOwners(*aggregate)) {
                 KORAggregateAccess::RemoveOwner(*aggregate);
             } else {
-                aggregate->~SdaiAggrInstance();  // its memory is the model's
+                aggregate->~SdaiAggrInstance();  // its memory belongs to the model
             }
             break;
         }

@@ -1,9 +1,9 @@
-// Finds instances by their instance names, and keeps track of names that are referred to before
-// their instance is there.
+// Finds instances by their instance names, and tracks names that are referred to before their
+// instance exists.
 //
-// Instance names of a data set are mostly dense: they index pages of 1,024 entries. Where they are
-// not (a page would stay nearly empty, or the names are huge), entries stand in a hash map instead,
-// so that the table never grows out of proportion to the data.
+// Instance names in a data set are mostly dense, so they index pages of 1,024 entries. Sparse or
+// huge names go into a hash map instead, so that the table never grows out of proportion to the
+// data.
 
 #ifndef KOR_IDTABLE_H
 #define KOR_IDTABLE_H
@@ -19,7 +19,7 @@ class SdaiEntityInstance;
 
 namespace kor {
 
-// Spreads instance names over the hash map in an order that no data set can know beforehand.
+// A seeded hash, so that no data set can provoke collisions.
 struct IdHash {
     std::uint64_t seed = std::random_device{}();
 
@@ -35,8 +35,8 @@ class IdTable {
   public:
     using Id = std::uint64_t;
 
-    // What is known of an instance name: nothing, the instance, or the first of the references
-    // that wait for it. Those form a chain: each holds the next one in its own place.
+    // The entry of an instance name: empty, the instance, or the first of the references that wait
+    // for it. These form a chain: each reference stores the next one in its place.
     class Entry {
       public:
         SdaiEntityInstance* Instance() const {
@@ -46,7 +46,7 @@ class IdTable {
             value_ = reinterpret_cast<std::uintptr_t>(instance);
         }
         bool IsPending() const { return (value_ & 1) != 0; }
-        // The chain, as an even number; 0 at its end.
+        // The chain as an even number; 0 at its end.
         std::uintptr_t Chain() const { return IsPending() ? value_ & ~std::uintptr_t{1} : 0; }
         void SetChain(std::uintptr_t chain) { value_ = chain | 1; }
 
@@ -54,8 +54,8 @@ class IdTable {
         std::uintptr_t value_ = 0;
     };
 
-    // The entry of a name that is referred to, or whose instance is about to be set. Made if it is
-    // not there; valid until the next call.
+    // Returns the entry of a name that is referred to, or whose instance is about to be set,
+    // creating it if necessary. Valid until the next call.
     Entry& ForReference(Id id) {
         const std::size_t page = id / kPageSize;
         if (page < pages_.size() && pages_[page] != nullptr) return (*pages_[page])[id % kPageSize];
@@ -75,7 +75,7 @@ class IdTable {
         return found != sparse_.end() ? found->second.Instance() : nullptr;
     }
 
-    // Calls visit(id, entry) for every entry that references wait for.
+    // Calls visit(id, entry) for every entry with waiting references.
     template <class Visit>
     void ForEachPending(Visit visit) {
         for (std::size_t page = 0; page < pages_.size(); ++page) {
@@ -96,7 +96,7 @@ class IdTable {
 
     Entry& MakeEntry(Id id) {
         const std::size_t page = id / kPageSize;
-        // A new page must be worth its memory: on the average, 64 instances share one.
+        // A new page must be worth its memory: on average, it must serve 64 instances.
         if (page >= kMostPages || pageCount_ > 16 + defined_ / 64) return sparse_[id];
         if (page >= pages_.size()) pages_.resize(page + 1);
         pages_[page] = std::make_unique<Page>();

@@ -7,7 +7,7 @@ using kor::Instance;
 using kor::Model;
 using kor::NameTable;
 
-// The dictionary never changes; the interface gives its types without `const`.
+// The dictionary is immutable, but the interface returns its types without `const`.
 static SdaiEntity* Definition(const EntityType* entity) { return const_cast<EntityType*>(entity); }
 
 // ---- Instances
@@ -71,7 +71,7 @@ void SdaiInstanceReader::Find(const SdaiEntityInstance& from) {
                   : sizeof instance + static_cast<std::size_t>(slot) * sizeof(kor::Cell);
 }
 
-// The instance that a typed value holds; any other value is no instance.
+// The instance that a typed value holds; null for any other value.
 SdaiEntityInstance* SdaiInstanceReader::ReadOther(const void* value) {
     const auto& cell = *static_cast<const kor::Cell*>(value);
     if (cell.GetTag() != kor::Tag::Typed) return nullptr;

@@ -1,4 +1,4 @@
-// Objects that static destructors and ending threads can use.
+// Objects that remain usable in static destructors and ending threads.
 
 #ifndef KOR_LASTING_H
 #define KOR_LASTING_H
@@ -8,7 +8,7 @@
 
 namespace kor {
 
-// The object of that type: made when it is first asked for, never destroyed.
+// The object of that type, created on first use and never destroyed.
 template <class T>
 T& Lasting() {
     alignas(T) static std::byte storage[sizeof(T)];

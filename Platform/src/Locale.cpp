@@ -1,3 +1,5 @@
+// Conversion of numbers to text and back.
+
 #include "KORLocale.h"
 
 #include <charconv>
@@ -13,7 +15,7 @@ KORUnicodeString Shortest(auto value) {
     return KORUnicodeString(std::string_view(text, static_cast<std::size_t>(end - text)));
 }
 
-// Reads a number that is the whole text, blanks around it and a sign before it apart.
+// Reads a number, with an optional sign and blanks around it, that must be the whole text.
 template <class Number>
 int ReadNumber(std::string_view text, Number& number) {
     number = 0;
@@ -36,7 +38,7 @@ int ReadNumber(std::string_view text, Number& number) {
 KORUnicodeString KORLocale::sConvertNumToString(long value) { return Shortest(value); }
 
 KORUnicodeString KORLocale::sConvertNumToString(double value) {
-    // A NaN prints without its sign.
+    // A NaN is written without its sign.
     return std::isnan(value) ? KORUnicodeString("nan") : Shortest(value);
 }
 
@@ -54,7 +56,7 @@ KORUnicodeString KORLocale::sConvertNumToString(double value, int, int decimals)
 int KORLocale::sConvertStringToNum(const KORUnicodeString& text, long* number) {
     *number = 0;
     if (text.IsWide()) return 0;
-    // Nearly always a few digits.
+    // Nearly all numbers have few digits.
     const std::string_view digits = text.View();
     constexpr std::size_t kSurelyInRange = 18;
     long value = 0;
@@ -70,7 +72,7 @@ int KORLocale::sConvertStringToNum(const KORUnicodeString& text, long* number) {
 int KORLocale::sConvertStringToNum(const KORUnicodeString& text, double* number) {
     double value = 0.0;
     const int success = text.IsWide() ? 0 : ReadNumber(text.View(), value);
-    // The names of infinities and NaNs are not numbers.
+    // "inf" and "nan" do not count as numbers.
     *number = success == 1 && std::isfinite(value) ? value : 0.0;
     return success == 1 && std::isfinite(value) ? 1 : 0;
 }

@@ -1,3 +1,5 @@
+// Output of truth values.
+
 #include <ostream>
 
 #include "SdaiLogical.h"

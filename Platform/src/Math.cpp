@@ -1,3 +1,5 @@
+// 3D vectors and matrices.
+
 #include "KORMath.h"
 
 #include <cmath>
@@ -5,7 +7,7 @@
 double KORMathVector::Norm() const { return std::hypot(values_[0], values_[1], values_[2]); }
 
 KORMath3x3Matrix KORMath3x3Matrix::Inverse() const {
-    // The rows of the inverse are the cross products of the columns over the determinant.
+    // The rows of the inverse are the cross products of the columns, divided by the determinant.
     const KORMathVector& a = columns_[0];
     const KORMathVector& b = columns_[1];
     const KORMathVector& c = columns_[2];
@@ -17,7 +19,7 @@ KORMath3x3Matrix KORMath3x3Matrix::Inverse() const {
 }
 
 static KORMathVector operator*(const KORMath3x3Matrix& matrix, const KORMathVector& v) {
-    // Summed from +0.0, so that no component comes out as -0.0.
+    // The sum starts at +0.0, so that no component becomes -0.0.
     KORMathVector sum;
     const KORMathVector* columns[] = {&matrix.GetFirstColumn(), &matrix.GetSecondColumn(),
                                       &matrix.GetThirdColumn()};

@@ -1,4 +1,4 @@
-// How often instances are members of a long aggregate.
+// Counts how often each instance is a member of a long aggregate.
 
 #ifndef KOR_MEMBERINDEX_H
 #define KOR_MEMBERINDEX_H

@@ -1,3 +1,5 @@
+// Notes that memory has run out, for each thread.
+
 #include "KORMemory.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// The in-memory model: types, instances, references, extents and back references.
+
 #include "Model.h"
 
 #include <algorithm>
@@ -9,8 +11,8 @@ namespace kor {
 
 namespace {
 
-// Where a pending reference stands: in a cell, or bare among the members of an aggregate. Addresses
-// are multiples of 8, which leaves room for the difference.
+// The place of a pending reference: a cell, or a bare member of an aggregate. Addresses are
+// multiples of 8, which leaves a bit to distinguish them.
 constexpr std::uintptr_t kInCell = 0;
 constexpr std::uintptr_t kBare = 2;
 
@@ -23,7 +25,7 @@ void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* ins
     }
 }
 
-// What combinations of types may inherit in all.
+// Limit on what all complex types together may inherit.
 constexpr std::size_t kMostInherited = 2'000'000;
 
 }  // namespace
@@ -121,7 +123,7 @@ const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& par
     }
     if (!MayAddOwn() || inheritedByOwn_ > kMostInherited) return nullptr;
     const EntityType* entity = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
-    // Parts that the schema does not declare may differ in their values under one name.
+    // Undeclared parts of the same name may have different numbers of values.
     if (extentNumbers_.Find(std::string_view(entity->FoldedName())) == NameTable::kAbsent) {
         AddExtent(*entity);
         undeclared_.emplace_back();
@@ -162,7 +164,7 @@ void Instance::Write(int slot, const SdaiPrimitiveH& value) {
 
 Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values) {
     assert(values.size() == type.slotCount && ids_.Find(id) == nullptr);
-    // Whatever may fail for want of memory comes first.
+    // Everything that may run out of memory comes first.
     IdTable::Entry& entry = ids_.ForDefinition(id);
     for (SdaiAggrInstance* extent : type.extents) {
         KORAggregateAccess::ReserveExtent(*extent, KORAggregateAccess::Count(*extent) + 1);
@@ -230,13 +232,13 @@ Cell Model::Reference(std::uint64_t id) {
     return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell::Of(Tag::Pending, id);
 }
 
-// Puts a place that holds the name of a missing instance first in the chain of those that wait.
+// Inserts a place that refers to a missing instance at the head of the waiting chain.
 void Model::ConnectReference(std::byte* place, std::uintptr_t kind) {
     std::uint64_t id;
     std::memcpy(&id, place, sizeof id);
     IdTable::Entry& entry = ids_.ForReference(id);
     if (SdaiEntityInstance* instance = entry.Instance()) {
-        // It has come meanwhile: an instance that refers to itself.
+        // The instance exists by now: it refers to itself.
         SetReference(place, kind, instance);
         return;
     }
@@ -246,7 +248,7 @@ void Model::ConnectReference(std::byte* place, std::uintptr_t kind) {
     entry.SetChain(reinterpret_cast<std::uintptr_t>(place) | kind);
 }
 
-// Gives every place of a chain its instance; null makes it unset.
+// Sets every place of a chain to the instance, or to unset if it is null.
 void Model::Connect(std::uintptr_t chain, SdaiEntityInstance* instance) {
     while (chain != 0) {
         auto* place = reinterpret_cast<std::byte*>(chain & ~kBare);
@@ -274,8 +276,7 @@ Cell Model::NewAggregate(std::span<const Cell> members, bool selects) {
 }
 
 Cell Model::NewTyped(SdaiString definedType, const Cell& value) {
-    // The typed value has a share of its own in what the cell holds; an aggregate stays the
-    // model's.
+    // The typed value shares the contents of the cell; an aggregate still belongs to the model.
     CellHolder holder(value);
     if (value.GetTag() == Tag::Aggregate) Retire(holder.Take());
     return Cell::Of(Tag::Typed,
@@ -360,7 +361,7 @@ const Relation* Model::RelationByNumber(int number) const {
     return relation == nullptr || relation->IsLost() ? nullptr : relation;
 }
 
-// Null without the memory for it.
+// Returns null if memory runs out.
 const Relation* Model::MakeRelation(std::size_t number) const {
     const std::lock_guard lock(relationMutex_);
     std::atomic<Relation*>& place = relations_[number];
@@ -389,7 +390,7 @@ const Relation* Model::MakeRelation(std::size_t number) const {
     }
 }
 
-// References have come, or have gone, that the relations were not told of.
+// References were added or removed without updating the relations.
 void Model::SettleRelations() {
     if (!unsettled_) return;
     unsettled_ = false;

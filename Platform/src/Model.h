@@ -1,6 +1,6 @@
-// The in-memory model: instances as rows of cells. Those of one type stand side by side, so that a
-// walk over an extent goes through memory in one direction; the order of creation over all types is
-// kept apart.
+// The in-memory model: instances as rows of cells. Instances of one type are contiguous in memory,
+// so that an extent is read sequentially; the order of creation over all types is stored
+// separately.
 
 #ifndef KOR_MODEL_H
 #define KOR_MODEL_H
@@ -28,13 +28,13 @@ namespace kor {
 class Instance;
 class Model;
 
-// A relation of a model, and where a type keeps the attribute.
+// A relation of a model, and the slot in which a type stores its attribute.
 struct RelatedSlot {
     int slot;
     Relation* relation;
 };
 
-// What the instances of one entity type have in common in one model.
+// The data shared by the instances of one entity type in one model.
 struct ModelType {
     ModelType(Model* ofModel, const EntityType& ofEntity, std::size_t ofNumber)
         : model(ofModel), entity(&ofEntity), slotCount(ofEntity.Slots().size()), number(ofNumber) {}
@@ -42,18 +42,18 @@ struct ModelType {
     Model* const model;
     const EntityType* const entity;
     const std::size_t slotCount;
-    const std::size_t number;         // in the order in which the model met its types
-    std::uint64_t instanceCount = 0;  // exactly of this type
-    Arena memory;                     // of its instances
-    mutable std::vector<SdaiAggrInstance*> extents;  // those made so far that list its instances
-    mutable std::vector<RelatedSlot> relations;      // those made so far that its instances are in
+    const std::size_t number;         // in the order in which the model first used its types
+    std::uint64_t instanceCount = 0;  // without subtypes
+    Arena memory;                     // for its instances
+    mutable std::vector<SdaiAggrInstance*> extents;  // those created so far that list its instances
+    mutable std::vector<RelatedSlot> relations;  // those created so far that contain its instances
 
-    // Calls visit(instance) for every instance exactly of this type, in the order of creation.
+    // Calls visit(instance) for every instance of exactly this type, in the order of creation.
     template <class Visit>
     void ForEachInstance(Visit visit) const;
 };
 
-// An instance; its cells follow it, one for each slot of its type.
+// An instance, followed by its cells, one for each slot of its type.
 class KOR_API Instance final : public SdaiAppInstance {
   public:
     Instance(const ModelType& type, std::uint64_t id, std::uint64_t order)
@@ -63,7 +63,7 @@ class KOR_API Instance final : public SdaiAppInstance {
         return *static_cast<const ModelType*>(SdaiEntityInstance::Type());
     }
     std::uint64_t Id() const { return id_; }
-    // Its place in the model's order of creation.
+    // Its position in the model's order of creation.
     std::uint64_t Order() const { return order_; }
     Cell* Cells() { return reinterpret_cast<Cell*>(this + 1); }
     const Cell* Cells() const { return reinterpret_cast<const Cell*>(this + 1); }
@@ -102,8 +102,9 @@ void ModelType::ForEachInstance(Visit visit) const {
 
 class KOR_API Model final : public SdaiModel {
   public:
-    // The largest instance name that a data set is written with. While one is read, larger ones may
-    // stand for names that are greater still; they get their own at the end (MoveToFreeId).
+    // The largest instance name that is written to a data set. While a data set is read, larger
+    // numbers may stand for names that are too large; they are renumbered at the end
+    // (MoveToFreeId).
     static constexpr std::uint64_t kLargestId = 0x7FFF'FFFF'FFFF'FFFF;
 
     explicit Model(std::shared_ptr<const Schema> schema);
@@ -113,11 +114,12 @@ class KOR_API Model final : public SdaiModel {
 
     // ---- Types
 
-    // More entity types that no schema declares, and combinations of types, than any data set has.
-    // What a type takes is many times what it says in a file.
+    // A limit on undeclared entity types and combinations of types, above what any real data set
+    // has: a type takes many times more memory than its text in a file.
     static constexpr std::size_t kMostOwn = 10'000;
 
-    // A declared entity type, or one that the model holds instances of; null when there is neither.
+    // The declared entity type of that name, or an undeclared one of which the model has instances;
+    // null if there is neither.
     template <class Name>
     const EntityType* FindEntity(const Name& name) const {
         const int number = ExtentNumber(name);
@@ -125,30 +127,32 @@ class KOR_API Model final : public SdaiModel {
                                             : extentEntities_[static_cast<std::size_t>(number)];
     }
 
-    // The types that instances of the model have had so far.
+    // The types of the model's instances so far.
     const std::deque<ModelType>& Types() const { return types_; }
 
-    // The type of instances of an entity type of the schema or of this model; null for any other.
+    // The data for instances of an entity type of the schema or of this model; null for any other
+    // type.
     const ModelType* TypeOf(const EntityType& entity);
-    // A type that the schema does not declare, whose instances have that many values. Null when the
-    // model has too many types of its own (kMostOwn).
+    // An undeclared type whose instances have that many values. Null if the model has too many
+    // types of its own (kMostOwn).
     const EntityType* UndeclaredEntity(std::string_view foldedName, std::size_t valueCount);
     // The type of instances that are of several types at once: declared ones and ones that the
-    // schema does not declare, in alphabetical order.
-    // Null when the model has too many types of its own, or such that inherit too much.
+    // schema does not declare, in alphabetical order. Null if the model has too many types of its
+    // own, or if they inherit too much.
     const EntityType* ComplexEntity(const std::vector<const EntityType*>& parts);
 
     // ---- Instances
 
-    // A new instance with these values, which it takes over. The instance name must be free.
+    // Creates an instance with these values and takes ownership of them. The instance name must be
+    // free.
     Instance& Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values);
-    // A new instance without values, numbered after the largest; where that cannot be, with the
-    // smallest free number.
+    // Creates an instance without values, numbered one above the largest number or, if that is
+    // impossible, with the smallest free one.
     Instance& Create(const ModelType& type);
-    // Numbers an instance anew: with the smallest free number, which is returned.
+    // Renumbers an instance with the smallest free number, which is returned.
     std::uint64_t MoveToFreeId(SdaiEntityInstance& instance);
 
-    // The instance with that instance name, or null.
+    // The instance with that instance name; null if there is none.
     SdaiEntityInstance* Find(std::uint64_t id) const { return ids_.Find(id); }
 
     std::uint64_t InstanceCount() const { return instances_.size(); }
@@ -160,22 +164,22 @@ class KOR_API Model final : public SdaiModel {
         for (Instance* instance : instances_) visit(*instance);
     }
 
-    // Keeps what a value was until the model goes: handles may be on it.
+    // Keeps a former value until the model is destroyed, since handles may refer to it.
     void Retire(const Cell& cell) { retired_.push_back(cell); }
 
     // ---- Reading a data set
 
-    // A reference to an instance that may not be there yet. It is good as a value of Create or as
-    // a member of NewAggregate.
+    // A reference to an instance that may not exist yet, for use as a value of Create or a member
+    // of NewAggregate.
     Cell Reference(std::uint64_t id);
-    // An aggregate of the model with these members, which it takes over.
+    // Creates an aggregate of the model with these members and takes ownership of them.
     Cell NewAggregate(std::span<const Cell> members, bool selects);
-    // A select value with the name of its defined type; takes the value over.
+    // Creates a select value with its defined type and takes ownership of the value.
     Cell NewTyped(SdaiString definedType, const Cell& value);
-    // Gives the typed value its instance once every instance is there.
+    // Sets the instance of the typed value once every instance exists.
     void AddPending(const Cell& typed, std::uint64_t id);
-    // The instance names that are referred to and have no instance, in ascending order. Their
-    // references become unset. To be called once, after the last instance.
+    // Returns the instance names that are referred to but have no instance, in ascending order, and
+    // unsets references to them. Call once, after the last instance.
     std::vector<std::uint64_t> SettleReferences();
 
     // ---- Extents
@@ -189,23 +193,23 @@ class KOR_API Model final : public SdaiModel {
 
     // ---- Back references
 
-    // Which instances refer to which through the attributes of a name; null where that is not
-    // known, for want of memory or while references wait for their instances.
+    // The back references through the attributes of a name; null if they are not available because
+    // memory ran out or references are still pending.
     template <class Name>
     const Relation* FindRelation(const Name& attribute) const {
         return RelationByNumber(schema_->AttributeNumber(attribute));
     }
 
-    // The instances of an entity type, its subtypes included, that refer to `target` through the
-    // attribute, in the order of their creation.
+    // The instances of an entity type and its subtypes that refer to `target` through the
+    // attribute, in the order of creation.
     std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& target, const SdaiName& type,
                                              const SdaiName& attribute) const;
 
-    // Whether an instance of the model has been given a reference to one of another model.
+    // Whether an instance of the model refers, or once referred, to an instance of another model.
     bool RefersOutside() const { return refersOutside_; }
     void NoteTarget(const SdaiEntityInstance& target);
 
-    // From now on the model answers with whole extents, as where memory lacks.
+    // From now on the model returns whole extents, as if memory had run out.
     void ForgoRelations() { forgoesRelations_ = true; }
 
     static const Model& Of(const SdaiModel& model) { return static_cast<const Model&>(model); }
@@ -230,29 +234,29 @@ class KOR_API Model final : public SdaiModel {
 
     std::shared_ptr<const Schema> schema_;
     std::deque<ModelType> types_;
-    std::vector<ModelType*> declaredTypes_;  // by the number of the entity type
+    std::vector<ModelType*> declaredTypes_;  // by the index of the entity type
     std::vector<ModelType*> ownTypes_;       // the same for the entity types below
 
-    // Entity types that the schema does not declare: by name, then by number of values (none under
-    // the name of a complex type); and those that are several types at once.
+    // Undeclared entity types, by name and then by number of values (empty for the name of a
+    // complex type), and complex types.
     std::vector<std::vector<const EntityType*>> undeclared_;
     std::map<std::vector<const EntityType*>, const EntityType*> complex_;
     std::vector<std::unique_ptr<EntityType>> ownEntities_;
 
-    // Extents, numbered: first those of the schema's entity types, then of the model's own.
+    // Extents: first those of the schema's entity types, then those of the model's own types.
     NameTable extentNumbers_;
     std::vector<const EntityType*> extentEntities_;
     mutable std::deque<std::atomic<SdaiAggrInstance*>> extents_;
-    mutable std::vector<std::size_t> madeExtents_;  // the numbers of those that are there
-    mutable std::mutex extentMutex_;                // held while an extent is made
+    mutable std::vector<std::size_t> madeExtents_;  // the numbers of existing extents
+    mutable std::mutex extentMutex_;                // held while an extent is created
     SdaiAggrInstance noInstances_;
 
-    // Relations, by the numbers that the schema gives the names of attributes.
+    // Relations, by the schema's index of the attribute name.
     mutable std::vector<std::atomic<Relation*>> relations_;
     mutable std::vector<Relation*> madeRelations_;
-    mutable std::mutex relationMutex_;  // held while a relation is made
-    const Relation noRelation_{{}};     // for a name that no attribute has
-    bool unsettled_ = false;            // references wait for their instances
+    mutable std::mutex relationMutex_;  // held while a relation is created
+    const Relation noRelation_{{}};     // for a name that is not an attribute
+    bool unsettled_ = false;            // references are pending
     bool refersOutside_ = false;
     bool forgoesRelations_ = false;
 
@@ -262,8 +266,8 @@ class KOR_API Model final : public SdaiModel {
     std::vector<std::pair<Cell, std::uint64_t>> pendingTyped_;
     std::vector<Cell> retired_;
     std::uint64_t largestId_ = 0;
-    std::uint64_t smallestFreeId_ = 1;  // none below it is free
-    std::size_t inheritedByOwn_ = 0;  // attributes and supertypes, over the types of several types
+    std::uint64_t smallestFreeId_ = 1;  // no number below it is free
+    std::size_t inheritedByOwn_ = 0;    // attributes and supertypes, over all complex types
 };
 
 }  // namespace kor

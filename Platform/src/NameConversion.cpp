@@ -1,3 +1,5 @@
+// Conversion of names of models and documents.
+
 #include "KORNameConversion.h"
 
 namespace {

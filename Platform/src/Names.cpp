@@ -1,3 +1,5 @@
+// Dictionary names: lookup tables, and suggestions for unknown names.
+
 #include "Names.h"
 
 #include <algorithm>
@@ -54,7 +56,7 @@ namespace {
 
 constexpr std::size_t kLongestName = 200;
 
-// The Levenshtein distance of two names, case ignored; `most` where it is not less than that.
+// The Levenshtein distance of two names, ignoring case; `most` if it is not less than that.
 std::size_t Distance(std::string_view a, std::string_view b, std::size_t most) {
     if (std::max(a.size(), b.size()) - std::min(a.size(), b.size()) >= most) return most;
     std::array<std::size_t, kLongestName + 1> row;
@@ -79,7 +81,7 @@ std::size_t Distance(std::string_view a, std::string_view b, std::size_t most) {
 std::string DidYouMean(std::string_view name, const std::vector<std::string>& candidates) {
     if (name.size() > kLongestName) return {};
     std::string_view nearest;
-    // One slip for every three letters.
+    // At most one error for every three letters.
     std::size_t least = name.size() / 3 + 2;
     for (const std::string& candidate : candidates) {
         if (candidate.size() > kLongestName) continue;

@@ -1,4 +1,4 @@
-// Names of the dictionary: folding, hashing, and the small tables that find what a name stands for.
+// Dictionary names: case folding, hashing, small lookup tables, and suggestions for unknown names.
 
 #ifndef KOR_NAMES_H
 #define KOR_NAMES_H
@@ -18,8 +18,8 @@ namespace kor {
 // The name in upper case.
 KOR_API std::string Folded(std::string_view name);
 
-// Whether `name` is `folded` when its case is folded. Compared eight characters at a time, the last
-// eight overlapping those before them.
+// Whether `name`, in upper case, equals `folded`. Compares eight characters at a time; the last
+// eight overlap those before them.
 inline bool MatchesFolded(std::string_view name, std::string_view folded) {
     const std::size_t size = name.size();
     if (size != folded.size()) return false;
@@ -74,11 +74,11 @@ class KOR_API NameTable {
     std::size_t size_ = 0;
 };
 
-// Whether a text is a word, as the items of enumerations are: letters, digits and underscores.
+// Whether a text is a word, like enumeration items: letters, digits and underscores.
 KOR_API bool IsWord(std::string_view text);
 
-// What to add to a message about an unknown name: "; did you mean 'NAME'?" with the candidate that
-// is the fewest edits away, case ignored; nothing when none is near enough to be a slip of the pen.
+// The ending of a message about an unknown name: "; did you mean 'NAME'?" with the candidate that
+// is the fewest edits away, ignoring case; empty if none is close enough for a typing error.
 KOR_API std::string DidYouMean(std::string_view name, const std::vector<std::string>& candidates);
 
 }  // namespace kor

@@ -1,5 +1,5 @@
-// Finds values by pointers: an open-addressed table, at most two thirds full. A pointer that is
-// added stays; the table is no larger than what it holds asks for.
+// Maps pointers to values: an open-addressed table, at most two thirds full. Pointers are never
+// removed; the table is no larger than its contents require.
 
 #ifndef KOR_POINTERTABLE_H
 #define KOR_POINTERTABLE_H
@@ -13,7 +13,7 @@ namespace kor {
 template <class Value>
 class PointerTable {
   public:
-    // Null for a pointer that is not in the table.
+    // Returns null if the pointer is not in the table.
     const Value* Find(const void* pointer) const {
         if (entries_.empty()) return nullptr;
         const Entry& entry = entries_[PlaceOf(pointer)];
@@ -23,7 +23,8 @@ class PointerTable {
         return const_cast<Value*>(static_cast<const PointerTable*>(this)->Find(pointer));
     }
 
-    // The value of a pointer that is not null, added if it is not there; valid until the next is.
+    // Returns the value of a pointer, which must not be null, adding it if necessary. Valid until
+    // the next pointer is added.
     Value& FindOrAdd(const void* pointer) {
         if (3 * (count_ + 1) > 2 * entries_.size()) Reserve(std::max(2 * count_, kLeast));
         Entry& entry = entries_[PlaceOf(pointer)];
@@ -34,7 +35,7 @@ class PointerTable {
         return entry.value;
     }
 
-    // Makes room for that many pointers.
+    // Makes room for `count` pointers.
     void Reserve(std::size_t count) {
         const std::size_t size = count + count / 2 + 1;
         if (size <= entries_.size()) return;
@@ -65,7 +66,7 @@ class PointerTable {
 
     static constexpr std::size_t kLeast = 8;
 
-    // Where the pointer stands, or where it is to stand: there is always an empty entry.
+    // The position of the pointer, or where to insert it: there is always an empty entry.
     std::size_t PlaceOf(const void* pointer) const {
         const std::uint64_t hash = reinterpret_cast<std::uintptr_t>(pointer) * 0x9E3779B97F4A7C15U;
         const std::size_t size = entries_.size();

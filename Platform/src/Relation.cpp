@@ -1,3 +1,5 @@
+// Back references: building and updating them.
+
 #include "Relation.h"
 
 #include <algorithm>
@@ -94,8 +96,8 @@ void Relation::Add(const SdaiEntityInstance* target, SdaiEntityInstance& source)
     sources.AsList()->Add(&source);
 }
 
-// The source that has left is not looked for: it is told by what it refers to. When half of a list
-// is such, they go.
+// A source that leaves is not removed at once: its own reference shows that it left. When half of a
+// list has left, these are removed.
 void Relation::Remove(const SdaiEntityInstance* target) {
     Sources* sources = targets_.Find(target);
     if (sources == nullptr) return;
@@ -137,7 +139,7 @@ void Relation::List::Add(SdaiEntityInstance* source) {
 
 void Relation::List::PutInOrder() {
     if (ordered == members.size()) return;
-    // A few find their places; many are sorted with the others. Neither takes memory.
+    // A few members are inserted; many are sorted with the others. Neither allocates.
     constexpr std::size_t kFew = 8;
     if (members.size() - ordered > kFew) {
         std::sort(members.begin(), members.end(), IsCreatedBefore);
@@ -148,7 +150,7 @@ void Relation::List::PutInOrder() {
             std::rotate(place, added, added + 1);
         }
     }
-    // One that has left and come back stands there twice.
+    // A source that left and returned is in the list twice.
     members.erase(std::unique(members.begin(), members.end()), members.end());
     ordered = members.size();
     inOrder.store(true, std::memory_order_release);

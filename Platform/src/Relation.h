@@ -1,8 +1,8 @@
-// Back references: which instances of a model refer to which through the attributes of one name.
+// Back references: which instances of a model refer to an instance through the attributes of one
+// name.
 //
-// A relation is made when it is first asked for and kept right by every write from then on, each in
-// amortised constant time. It may be asked by any number of threads while no thread writes the
-// model.
+// A relation is created on first use and updated by every write from then on, in amortised constant
+// time. Any number of threads may read it while no thread writes the model.
 
 #ifndef KOR_RELATION_H
 #define KOR_RELATION_H
@@ -34,48 +34,48 @@ class Relation {
 
     const std::string& Attribute() const { return attribute_; }
 
-    // The instance that a value refers to, directly or as the value of a select; null for none.
+    // The instance that a value refers to, directly or as the value of a select; null if there is
+    // none.
     static SdaiEntityInstance* TargetOf(const Cell& cell) {
         if (cell.GetTag() == Tag::Instance) return cell.Get<SdaiEntityInstance*>();
         return cell.GetTag() == Tag::Typed ? TargetOfTyped(cell) : nullptr;
     }
 
-    // What the attribute of an instance refers to.
+    // The instance that the attribute of an instance refers to.
     SdaiEntityInstance* TargetOf(const SdaiEntityInstance& source) const;
 
-    // Makes it anew of what the model holds. Without memory the relation is lost.
+    // Rebuilds the relation from the model. If memory runs out, the relation is lost.
     void Fill(const Model& model) noexcept;
 
-    // Makes the instances of a type that the model has met known, whose attribute stands in that
-    // slot.
+    // Adds the instances of a type of the model that stores the attribute in that slot.
     void AddType(const ModelType& type, int slot);
 
-    // An instance refers to `target` from now on, no longer to `before`; either may be null. Its
-    // own value has changed already. Without memory the relation is lost.
+    // Records that an instance now refers to `target` instead of `before`; either may be null. Its
+    // value has already changed. If memory runs out, the relation is lost.
     void Change(const SdaiEntityInstance* before, const SdaiEntityInstance* target,
                 SdaiEntityInstance& source) noexcept;
 
-    // Whether it has been given up for want of memory.
+    // Whether the relation was lost because memory ran out.
     bool IsLost() const { return lost_; }
 
-    // The instances that have referred to `target` lately, in the order of their creation: those
-    // that still do and perhaps others, whose TargetOf is another. To be used until the next write.
+    // The instances that refer to `target`, in the order of creation, and possibly some that no
+    // longer do; check TargetOf. Valid until the next write.
     std::span<SdaiEntityInstance* const> SourcesOf(const SdaiEntityInstance* target) const;
 
   private:
-    // Several sources of one target. The first `ordered` stand in the order of their creation, each
-    // once; those behind them are put in order when they are asked for.
+    // Several sources of one target. The first `ordered` are in the order of creation, without
+    // duplicates; the rest are sorted on demand.
     struct List {
         std::vector<SdaiEntityInstance*> members;
         std::size_t ordered = 0;
-        std::size_t left = 0;  // members that refer to something else by now
+        std::size_t left = 0;  // members that now refer to another instance
         std::atomic<bool> inOrder{true};
 
         void Add(SdaiEntityInstance* source);
         void PutInOrder();
     };
 
-    // The sources of a target: none, one, or a list, which is marked by the lowest bit.
+    // The sources of a target: none, one, or a list, marked by the lowest bit.
     struct Sources {
         SdaiEntityInstance* one = nullptr;
 
@@ -97,9 +97,9 @@ class Relation {
     void Lose();
 
     const std::string attribute_;
-    std::vector<int> slots_;  // by the number of the type in the model
+    std::vector<int> slots_;  // by the index of the type in the model
     PointerTable<Sources> targets_;
-    mutable std::mutex orderMutex_;  // held while a list is put in order
+    mutable std::mutex orderMutex_;  // held while a list is sorted
     bool lost_ = false;
 };
 

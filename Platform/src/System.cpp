@@ -1,3 +1,5 @@
+// The environment, and UUIDs.
+
 #include "KORSystem.h"
 
 #include <sys/random.h>
@@ -7,7 +9,7 @@
 const char* KORGetEnv(const char* name) { return name != nullptr ? std::getenv(name) : nullptr; }
 
 KORUuid::KORUuid() {
-    // Never fails for so few bytes once the system has started; an interrupted call is repeated.
+    // Cannot fail for so few bytes once the system is up; an interrupted call is repeated.
     while (getrandom(bytes_, sizeof bytes_, 0) != sizeof bytes_ && errno == EINTR) {
     }
     bytes_[6] = static_cast<unsigned char>((bytes_[6] & 0x0F) | 0x40);  // version 4

@@ -1,4 +1,4 @@
-// The kinds of values that the in-memory model keeps.
+// The kinds of values in the in-memory model.
 
 #ifndef KOR_TAG_H
 #define KOR_TAG_H
@@ -10,7 +10,7 @@ namespace kor {
 
 enum class Tag : std::uint8_t {
     Unset,
-    Derived,  // "*" in an exchange file: no value, the schema derives it
+    Derived,  // "*" in an exchange file: no value, derived by the schema
     Integer,
     Real,
     Logical,
@@ -20,8 +20,8 @@ enum class Tag : std::uint8_t {
     Binary,
     Instance,
     Aggregate,
-    Typed,    // a select value with the name of its defined type
-    Pending,  // while a data set is read: a reference to an instance that is not there yet
+    Typed,    // a select value with its defined type
+    Pending,  // while a data set is read: a reference to an instance not yet read
 };
 
 // A set of kinds.

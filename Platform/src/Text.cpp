@@ -54,7 +54,7 @@ void KORUnicodeString::Hold(Buffer* buffer, Storage storage, std::size_t size) {
     size_ = static_cast<std::uint32_t>(size);
 }
 
-// Whether the text stands in a buffer with room for that many characters that no other text shares.
+// Whether the text is in an unshared buffer with room for that many characters.
 bool KORUnicodeString::OwnsAlone(std::size_t capacity) const {
     return storage_ != Storage::InPlace && buffer_->owners.load(std::memory_order_acquire) == 1 &&
            buffer_->capacity >= capacity;
@@ -65,8 +65,8 @@ void KORUnicodeString::SetLength(std::size_t length) {
     (storage_ == Storage::InPlace ? small_ : buffer_->Characters())[length] = '\0';
 }
 
-// Where the characters of a text that is not wide stand, with room for `length` of them, none of
-// them shared. What fits of the text so far is kept.
+// The unshared characters of a narrow text, with room for `length` of them. Keeps as much of the
+// current text as fits.
 char* KORUnicodeString::MakeWritable(std::size_t length) {
     if (OwnsAlone(length)) return buffer_->Characters();
     if (storage_ == Storage::InPlace && length <= kSmall) return small_;
@@ -172,7 +172,7 @@ std::string KORUnicodeString::ToUtf8() const {
     return utf8;
 }
 
-// Of a wide text. Several threads may ask for the first time.
+// For a wide text. Several threads may make the first call at once.
 std::string_view KORUnicodeString::ExchangeForm() const {
     auto& kept = static_cast<WideBuffer*>(buffer_)->exchangeForm;
     const std::string* form = kept.load(std::memory_order_acquire);
@@ -231,12 +231,12 @@ bool Begins(std::basic_string_view<A> text, std::basic_string_view<B> start) {
                       [](B s, A t) { return kor::CodePoint(s) == kor::CodePoint(t); });
 }
 
-// A place that was found, or -1.
+// The position found, or -1.
 int Position(std::size_t found) {
     return found == std::string_view::npos ? -1 : static_cast<int>(found);
 }
 
-// The characters that are left once the blanks at these ends are taken.
+// The characters left after removing blanks at these ends.
 template <class Char>
 std::basic_string_view<Char> Stripped(std::basic_string_view<Char> text, KORStripMode mode) {
     if ((mode & KORStripLeading) != 0) {
@@ -272,7 +272,7 @@ void KORUnicodeString::Strip(KORStripMode mode) {
     });
 }
 
-// Where one of the texts is wide.
+// At least one of the texts is wide.
 int KORUnicodeString::CompareWide(const KORUnicodeString& other) const {
     const KORUnicodeString& shorter = size_ < other.size_ ? *this : other;
     const KORUnicodeString& longer = size_ < other.size_ ? other : *this;
@@ -302,8 +302,8 @@ KORUnicodeString::WideBuffer* KORUnicodeString::WideCopy(std::size_t capacity) c
     return buffer;
 }
 
-// The room for a text of that length that is built piece by piece: half as much again as before, so
-// that it is copied a few times only.
+// The capacity for a text of that length that is built piece by piece: 50 % more than before, so
+// that it is copied only a few times.
 std::size_t KORUnicodeString::Grown(std::size_t length) const {
     const std::size_t before = storage_ == Storage::InPlace ? kSmall : buffer_->capacity;
     return std::max({length, before, std::size_t{size_} + size_ / 2});
@@ -329,7 +329,7 @@ KORUnicodeString& KORUnicodeString::Append(std::string_view text) {
     } else if (OwnsAlone(length)) {
         std::memmove(buffer_->Characters() + size_, text.data(), text.size());
     } else {
-        // The piece may be part of this text: the old characters stay until the piece is copied.
+        // The piece may be part of this text, so the old characters are kept until it is copied.
         KORUnicodeString grown;
         char* characters = grown.MakeWritable(Grown(length));
         std::memcpy(characters, Narrow(), size_);
@@ -340,7 +340,7 @@ KORUnicodeString& KORUnicodeString::Append(std::string_view text) {
     return *this;
 }
 
-// Appends to a text that is wide, or becomes so. The piece may be part of this text.
+// Appends to a text that is or becomes wide. The piece may be part of this text.
 template <class Char>
 void KORUnicodeString::AppendWide(std::basic_string_view<Char> text) {
     const std::size_t length = size_ + text.size();
@@ -366,10 +366,11 @@ struct Conversion {
     char letter = '\0';
 };
 
-// More characters are not written; what asks for more is no conversion.
+// The limit on characters written; a conversion that needs more is invalid.
 constexpr int kMostCharacters = 511;
 
-// Takes digits from the front of a text; without any the number is 0. Nothing for one too large.
+// Takes digits from the front of a text; the number is 0 if there are none. No value if it is too
+// large.
 std::optional<int> TakeDigits(std::string_view& text) {
     int number = 0;
     const std::size_t count = std::min(text.find_first_not_of("0123456789"), text.size());
@@ -381,7 +382,7 @@ std::optional<int> TakeDigits(std::string_view& text) {
     return number;
 }
 
-// Nothing for a format of another shape, or whose letter is none of these.
+// No value if the format is malformed or its letter is not one of these.
 std::optional<Conversion> ParseConversion(std::string_view format, std::string_view letters) {
     if (!format.starts_with('%')) return std::nullopt;
     format.remove_prefix(1);
@@ -406,13 +407,13 @@ std::optional<Conversion> ParseConversion(std::string_view format, std::string_v
 constexpr std::string_view kIntegerLetters = "diuxXo";
 constexpr std::string_view kRealLetters = "eEfFgG";
 
-// How printf is told the type of an integer.
+// The length modifier of printf for an integer type.
 std::string_view LengthModifier(int) { return ""; }
 std::string_view LengthModifier(long) { return "l"; }
 std::string_view LengthModifier(double) { return ""; }
 
-// The text of a number by the conversions that are used most, of decimal integers and of reals in
-// general notation padded with zeros: %d, %04d, %02g.
+// Formats a number with the most frequent conversions, decimal integers and reals in general
+// notation, padded with zeros: %d, %04d, %02g.
 template <class Number>
 char* WriteSimply(Number value, char* to, char* end) {
     if constexpr (std::is_same_v<Number, double>) {
@@ -482,7 +483,7 @@ SdaiString& SdaiString::operator=(const KORUnicodeString& text) {
 
 namespace {
 
-// A position or length as KORUnicodeString takes it: no text is longer.
+// A position or length as an int, which is the limit for every text.
 int Clamped(unsigned value) { return static_cast<int>(std::min<unsigned>(value, INT_MAX)); }
 
 }  // namespace

@@ -1,3 +1,5 @@
+// The trace service.
+
 #include "KORPSNTrace.h"
 
 #include <fcntl.h>
@@ -21,14 +23,14 @@
 
 #include "KORSystem.h"
 
-// Functions may trace while the process ends or a thread does. So what the service keeps needs no
-// construction and is never destroyed; what it holds is given back when the library is unloaded and
-// fetched anew should another line come.
+// Functions may trace while the process or a thread ends. The state of the service therefore needs
+// no construction and is never destroyed; its resources are released when the library is unloaded,
+// and acquired again if another line follows.
 
 namespace {
 
-// Line breaks inside a line, which come from data, are written as "\n" and "\r": a value cannot
-// make up lines. The line ends with the one break that it is given here.
+// Line breaks inside a line, which come from data, are written as "\n" and "\r", so that a value
+// cannot fake lines. The only line break is the one added here at the end.
 std::string OneLine(std::string_view text) {
     if (text.ends_with('\n')) text.remove_suffix(1);
     std::string line;
@@ -43,7 +45,7 @@ std::string OneLine(std::string_view text) {
     return line += '\n';
 }
 
-// Keeps the signal of a pipe without readers from ending the process.
+// Prevents SIGPIPE from a pipe without readers from ending the process.
 class PipeSignalHeldBack {
   public:
     PipeSignalHeldBack() {
@@ -73,19 +75,20 @@ bool IsPipe(const char* file) {
     return stat(file, &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-// Where lines go instead.
+// The sink that receives the lines instead.
 constinit std::atomic<KORPSNSink*> redirected{nullptr};
 
-// Where finished lines go.
+// The destination of finished lines.
 class Sink {
   public:
-    // Lines are appended to the file, which is opened when the first one comes.
+    // Appends lines to the file, which is opened for the first one.
     void Append(const char* file) {
         const std::lock_guard lock(mutex_);
         Set(file);
     }
 
-    // The same for a file that is emptied now. A pipe is opened later: that waits for its reader.
+    // The same for a file that is truncated now. A pipe is opened later, since opening waits for
+    // its reader.
     bool StartAnew(const char* file) {
         const std::lock_guard lock(mutex_);
         if (!Set(file)) return false;
@@ -98,7 +101,7 @@ class Sink {
         return !regular_ || shared_ || ftruncate(descriptor_, 0) == 0;
     }
 
-    // What cannot be written is lost; later lines may go through again.
+    // A line that cannot be written is lost; later lines may succeed again.
     void Write(std::string_view line) {
         const std::lock_guard lock(mutex_);
         if (file_[0] == '\0') {
@@ -127,7 +130,7 @@ class Sink {
         descriptor_ = -1;
     }
 
-    // Takes the path as it is meant now, whatever the working directory is when it is opened.
+    // Makes the path absolute now, since the working directory may differ when it is opened.
     bool Set(const char* file) {
         CloseFile();
         file_[0] = '\0';
@@ -154,8 +157,8 @@ class Sink {
         struct stat status {};
         if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) return false;
         regular_ = S_ISREG(status.st_mode);
-        // A standard stream that goes to this very file has a position of its own in it, at which
-        // it would write over the lines: they go through that stream's descriptor.
+        // If a standard stream writes to this file, it has its own position in it and would
+        // overwrite the lines, so they go through that stream's descriptor.
         shared_ = ShareWith(STDOUT_FILENO, status) || ShareWith(STDERR_FILENO, status);
         return true;
     }
@@ -175,7 +178,7 @@ class Sink {
 
     std::mutex mutex_;
     int descriptor_ = -1;       // not open yet
-    bool regular_ = false;      // a file, no pipe or device
+    bool regular_ = false;      // a file, not a pipe or device
     bool shared_ = false;       // with a standard stream
     char file_[PATH_MAX] = {};  // "": the standard error stream
 };
@@ -192,8 +195,8 @@ void WriteLine(std::string_view line) {
     }
 }
 
-// A whole number, with blanks around it and a sign before it; one that an int cannot hold is the
-// nearest one that it can.
+// Reads a whole number, with an optional sign and blanks around it. A number out of range becomes
+// the nearest int.
 std::optional<int> LevelIn(std::string_view text) {
     constexpr std::string_view kBlank = " \t";
     text.remove_prefix(std::min(text.find_first_not_of(kBlank), text.size()));
@@ -206,7 +209,7 @@ std::optional<int> LevelIn(std::string_view text) {
     return error == std::errc() ? std::optional(level) : std::nullopt;
 }
 
-// The level that KOR_TRACE sets. An empty one sets none.
+// The level set by KOR_TRACE. An empty value sets none.
 int LevelOfEnvironment() {
     const char* text = KORGetEnv("KOR_TRACE");
     if (text == nullptr || *text == '\0') return 0;
@@ -217,7 +220,7 @@ int LevelOfEnvironment() {
     return 0;
 }
 
-// The open scopes of this thread that wrote their first line.
+// The number of open scopes of this thread that wrote their first line.
 thread_local int depth = 0;
 
 constexpr int kWidestIndent = 1000;
@@ -228,7 +231,7 @@ constexpr auto kBlanks = [] {
     return blanks;
 }();
 
-// Takes what is written as it comes.
+// Collects the bytes that are written.
 class LineBuffer final : public std::streambuf {
   public:
     std::string text;
@@ -248,11 +251,11 @@ class LineBuffer final : public std::streambuf {
 
 }  // namespace
 
-// The line of a scope. Those that no scope has are kept for the next one.
+// The line of a scope. Unused lines are kept for the next scopes.
 struct KORPSNTrace::Line {
     Line() : stream(&buffer) { stream.imbue(std::locale::classic()); }
 
-    // Empty, and formatting as a new stream does.
+    // Empties the line and resets its formatting.
     void Clear() {
         buffer.text.clear();
         stream.clear();
@@ -309,7 +312,7 @@ constinit KORPSNTrace::Line* KORPSNTrace::Lines::free_ = nullptr;
 
 constinit std::atomic<int> KORPSNTrace::activeLevel_{0};
 
-// Loads and unloads with the library.
+// Constructed and destroyed when the library is loaded and unloaded.
 struct KORPSNTrace::Service {
     Service() {
         sink.Append(KORGetEnv("KOR_TRACE_FILE"));
@@ -343,15 +346,15 @@ void KORPSNTrace::Open() noexcept {
 
 void KORPSNTrace::Close() noexcept {
     if (state_ == State::Open) {
-        // The trace may have been switched off since.
+        // The trace may have been switched off in the meantime.
         if (LevelIsActive(level_) != 0) WriteMark(" }\n");
         --depth;
     }
     if (line_ != nullptr) Lines::GiveBack(line_);
 }
 
-// Writes the line that opens or closes the scope. A line that cannot be written is lost: the trace
-// never fails a call.
+// Writes the line that opens or closes the scope. A line that cannot be written is lost; the trace
+// never makes a call fail.
 void KORPSNTrace::WriteMark(const char* mark) noexcept {
     try {
         GetLigne().GetStream() << Indent(GetIndent()) << label_ << mark;
@@ -371,7 +374,7 @@ KORPSNLigne KORPSNTrace::GetLigne() {
 
 void KORPSNTrace::Out() {
     if (line_ == nullptr) return;
-    // A stream that ran out of memory holds half a line.
+    // If the stream ran out of memory, it contains half a line.
     if (line_->stream.good() && !line_->buffer.text.empty()) {
         WriteLine(OneLine(line_->buffer.text));
     }

@@ -1,3 +1,5 @@
+// Finds the users of an instance by back references.
+
 #include "SdaiUsers.h"
 
 #include <algorithm>
@@ -20,7 +22,7 @@ bool IsOfKind(const SdaiEntityInstance& instance, const SdaiName& type) {
     return Instance::Of(instance).Type().entity->IsKindOf(type);
 }
 
-// Instances found so far: few of them in place.
+// The instances found so far; a few are stored in place.
 class Found {
   public:
     Found(std::span<SdaiEntityInstance*> few, std::vector<SdaiEntityInstance*>& many)
@@ -46,7 +48,7 @@ class Found {
     std::size_t count_ = 0;
 };
 
-// Adds the instances that refer to a target.
+// Adds the sources of a target.
 template <class IsWanted>
 void AddSources(const Relation& relation, const SdaiEntityInstance* target, IsWanted isWanted,
                 Found& found) {
@@ -56,7 +58,7 @@ void AddSources(const Relation& relation, const SdaiEntityInstance* target, IsWa
     }
 }
 
-// Puts what comes from several targets in the order of creation, each once.
+// Sorts the sources of several targets by creation and removes duplicates.
 std::span<SdaiEntityInstance*> InOrder(std::span<SdaiEntityInstance*> members) {
     std::sort(members.begin(), members.end(), IsCreatedBefore);
     const auto end = std::unique(members.begin(), members.end());
@@ -82,21 +84,21 @@ SdaiIterator_Of_Users::SdaiIterator_Of_Users(const SdaiModel* model, const SdaiN
     walked_ = model->GetEntityExtent(type);
 }
 
-// False where the model does not know.
+// Returns false if the model has no back references for this.
 bool SdaiIterator_Of_Users::Find(const SdaiModel& model, const SdaiName& type,
                                  const SdaiName& attribute, const SdaiName* next,
                                  std::span<const SdaiEntityInstance* const> targets) {
     const Relation* relation = Model::Of(model).FindRelation(attribute);
     const Relation* nextRelation = relation;
     if (next != nullptr) {
-        // On the way may lie an instance of another model, whose references this one does not know.
+        // An instance in between may belong to another model, whose references are unknown here.
         if (Model::Of(model).RefersOutside()) return false;
         nextRelation = Model::Of(model).FindRelation(*next);
     }
     if (relation == nullptr || nextRelation == nullptr) return false;
     const auto isOfType = [&type](const SdaiEntityInstance& user) { return IsOfKind(user, type); };
     if (next == nullptr && targets.size() == 1) {
-        // They stand in order already, and there may be many.
+        // The sources are already in order, and there may be many.
         if (targets.front() == nullptr) return true;
         const std::span<SdaiEntityInstance* const> sources = relation->SourcesOf(targets.front());
         next_ = sources.data();
@@ -140,7 +142,7 @@ SdaiIterator_Of_Users::SdaiIterator_Of_Users(const SdaiAggrInstance* aggregate,
     if (!FindMembers(*aggregate, attribute, *target)) walked_ = aggregate;
 }
 
-// False where a walk over the members is as good, or the model does not know.
+// Returns false if visiting every member is as fast, or if the model has no back references.
 bool SdaiIterator_Of_Users::FindMembers(const SdaiAggrInstance& aggregate,
                                         const SdaiName& attribute,
                                         const SdaiEntityInstance& target) {

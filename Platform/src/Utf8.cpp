@@ -1,3 +1,5 @@
+// UTF-8, and the directives of exchange files.
+
 #include "Utf8.h"
 
 namespace kor {
@@ -18,7 +20,7 @@ bool TakeUtf8(std::string_view& text, char32_t& character) {
         if ((next & 0xC0) != 0x80) return false;
         value = (value << 6) | (next & 0x3F);
     }
-    // Not longer than needed either.
+    // Overlong forms are not characters either.
     static constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
     if (value < kLeast[length] || !IsCharacter(value)) return false;
     character = value;
