@@ -1,3 +1,5 @@
+// Arguments of the mapping functions.
+
 #include "Arguments.h"
 
 #include <algorithm>
@@ -15,7 +17,7 @@ Kind KindOf(const SdaiPrimitiveH& value) {
     return KORHandleAccess::KindOf(KORHandleAccess::Held(value));
 }
 
-// The kinds as which a function can take what a value finally is.
+// The kinds of argument that a value, taken out of its selects, can serve as.
 orx::Kind KindsOf(const SdaiPrimitiveH& value) {
     switch (KindOf(value)) {
         case Kind::String: return orx::String;

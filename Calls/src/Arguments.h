@@ -1,4 +1,5 @@
-// Arguments of the mapping functions, as every language that calls them makes and checks them.
+// Arguments of the mapping functions: created and checked in the same way for every calling
+// language.
 
 #ifndef CALLS_ARGUMENTS_H
 #define CALLS_ARGUMENTS_H
@@ -11,18 +12,18 @@
 
 namespace calls {
 
-// Whether a value is of a kind that an argument is read as. Unset fits everywhere, an integer where
-// a real is read, and anything where a SELECT is.
+// Whether a value is of a kind that the function expects. Unset is always accepted, an integer as a
+// real, and anything as a SELECT.
 bool Accepts(orx::Kind expected, const SdaiPrimitiveH& value);
 
-// Whether the function fills that argument, a list, and gives nothing else.
+// Whether the function's only result is to fill that argument, a list.
 bool IsFilled(const orx::Export& row, std::size_t argument);
 
 // Whether the function may create instances, in the model of an argument.
 bool MayCreate(const orx::Export& row);
 
-// A list of the values, which belongs to the handles on it. As a literal, one whose members are all
-// numbers, or that has none, is a list of reals, which a function can fill.
+// A list of the values, owned by the handles to it. A literal whose members are all numbers, or
+// that is empty, is a list of reals, which a function can fill.
 SdaiPrimitiveH ListOf(std::span<const SdaiPrimitiveH> members);
 SdaiPrimitiveH LiteralList(std::span<const SdaiPrimitiveH> members);
 

@@ -1,3 +1,5 @@
+// Whether values match the declared domains.
+
 #include "Expectation.h"
 
 #include <algorithm>
@@ -127,7 +129,7 @@ std::string DeclaredAggregate(const kor::Domain& domain) {
     const kor::AggregateForm& form = domain.form;
     const std::string most =
         form.most == kor::AggregateForm::kUnbounded ? "?" : std::to_string(form.most);
-    // Of an array its length is known alone.
+    // For an array, only its length is known.
     const std::uint64_t least = form.kind == kor::AggregateForm::Kind::Array ? 1 : form.least;
     return kKinds[static_cast<std::size_t>(form.kind)] + (" [" + std::to_string(least)) + ':' +
            most + "] OF " + DeclaredType(domain.element);

@@ -1,4 +1,4 @@
-// Whether a value may stand where a schema declares a domain.
+// Whether a value matches a domain that a schema declares.
 
 #ifndef CALLS_EXPECTATION_H
 #define CALLS_EXPECTATION_H
@@ -10,17 +10,17 @@
 
 namespace calls {
 
-// Whether the value is of the kind that the domain declares (null: any value is). An integer may
-// stand for a real, a text that is a name for the item of an enumeration, and unset for anything;
-// an instance of a type that the schema does not declare may be of any type.
+// Whether the value is of the kind that the domain declares (null: any). An integer is accepted as
+// a real, a text that is an identifier as an enumeration item, unset for any domain, and an
+// instance of an undeclared type for any type.
 bool Fits(const SdaiPrimitiveH& value, const kor::Domain* domain);
 
-// What the domain declares, for messages: "a list of an instance of PRODUCT_CONTEXT".
+// A description of the domain for messages: "a list of an instance of PRODUCT_CONTEXT".
 std::string Expectation(const kor::Domain& domain);
 
-// What the domain declares, as an EXPRESS schema (ISO 10303-11) would write it without names of
-// defined types: "LIST [1:?] OF PRODUCT", "SELECT (LENGTH_MEASURE, PRODUCT, ...)". A select or
-// enumeration of many members is cut short. Null: "GENERIC".
+// The domain in EXPRESS (ISO 10303-11) without the names of defined types: "LIST [1:?] OF PRODUCT",
+// "SELECT (LENGTH_MEASURE, PRODUCT, ...)". A select or enumeration with many members is shortened.
+// Null: "GENERIC".
 std::string DeclaredType(const kor::Domain* domain);
 
 }  // namespace calls

@@ -1,3 +1,5 @@
+// Loading the module and calling its functions.
+
 #include "Module.h"
 
 #include <dlfcn.h>
@@ -16,8 +18,8 @@ namespace {
 
 constexpr const char* kLibrary = "libORXExUtilities.so." ORX_SOVERSION;
 
-// The library beside the platform's, with which it is built and installed; its plain name, which
-// the system looks for, when it is not there.
+// The library in the platform's directory, where it is built and installed; otherwise its plain
+// name, which the system searches for.
 std::string DefaultFile() {
     Dl_info platform;
     if (dladdr(reinterpret_cast<const void*>(&KORMemory::TakeExhausted), &platform) != 0) {
@@ -29,7 +31,7 @@ std::string DefaultFile() {
     return kLibrary;
 }
 
-// Calls a symbol as the function type that it is.
+// Calls a symbol with its function type.
 template <class Result, class... Arguments>
 Result Invoke(void* symbol, Arguments... arguments) {
     return reinterpret_cast<Result (*)(Arguments...)>(symbol)(arguments...);

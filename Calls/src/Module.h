@@ -1,4 +1,4 @@
-// The module with the mapping functions, loaded by name as an engine does.
+// The module with the mapping functions, loaded by name as in an engine.
 
 #ifndef CALLS_MODULE_H
 #define CALLS_MODULE_H
@@ -15,33 +15,34 @@
 
 namespace calls {
 
-// An argument as a function takes it: a value, or a model.
+// An argument of a function: a value or a model.
 struct Argument {
     SdaiPrimitiveH handle;
     SdaiModel* model = nullptr;
 };
 
-// What is expected where a function takes an argument of that kind, when the argument cannot be
-// handed over: it is a model where a value is due, or the reverse, or no list where one is to be
-// filled. Null when it can: a value of another kind than the function reads is no obstacle.
+// If an argument cannot be passed, describes what is expected instead: a value instead of a model
+// or the reverse, or a list to fill. Returns null if it can be passed, even if it is a value of a
+// kind that the function does not read.
 const char* Misfit(orx::Kind kind, const Argument& argument);
 
 class Module {
   public:
-    // Loads a library and finds every function of the export table in it. Empty: the library that
-    // is built or installed with the platform's. Throws std::runtime_error with the reason when
-    // that fails.
+    // Loads a library and finds every function of the export table in it. An empty name selects the
+    // library built or installed with the platform. Throws std::runtime_error with the reason on
+    // failure.
     explicit Module(const std::string& file);
     ~Module();
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
-    // Calls a function, which must be a row of orx::kExports, with as many arguments as it takes,
-    // none of them a misfit. A function that returns nothing gives its list argument. Throws
-    // std::bad_alloc when the function ran out of memory, whose default is no answer then.
+    // Calls a function, which must be a row of orx::kExports, with the right number of arguments,
+    // all of which can be passed. For a function that returns nothing, returns its list argument.
+    // Throws std::bad_alloc if the function ran out of memory and its default is therefore
+    // meaningless.
     SdaiPrimitiveH Call(const orx::Export& function, std::span<const Argument> arguments) const;
 
-    // The same for a function that takes values alone, by its name, which must be in the table.
+    // The same by name, which must be in the table, for a function that takes only values.
     SdaiPrimitiveH Call(std::string_view name,
                         std::initializer_list<SdaiPrimitiveH> arguments) const;
 

@@ -1,3 +1,5 @@
+// Display of the functions' signatures.
+
 #include "Signature.h"
 
 namespace calls {

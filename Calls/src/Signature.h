@@ -1,4 +1,4 @@
-// Functions of the export table, as they are shown.
+// Display of functions of the export table.
 
 #ifndef CALLS_SIGNATURE_H
 #define CALLS_SIGNATURE_H
@@ -12,10 +12,10 @@ namespace calls {
 
 std::vector<std::string> FunctionNames();
 
-// "string | integer", of all kinds in the set.
+// All kinds in the set: "string | integer".
 std::string KindNames(orx::Kind kinds);
 
-// The kinds of the arguments, one after the other.
+// The kinds of the arguments, in order.
 std::vector<std::string> ArgumentKinds(const orx::Export& row);
 
 // "DecodeKey(string, integer)".

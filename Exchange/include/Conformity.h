@@ -1,5 +1,5 @@
-// Holding a data set against its schema: attributes that are mandatory, the kinds of values, the
-// number of members of aggregates and that those of a set differ.
+// Checks a data set against its schema: mandatory attributes, the kinds of values, the number of
+// members of aggregates, and that the members of a set are distinct.
 
 #ifndef CONFORMITY_H
 #define CONFORMITY_H
@@ -13,7 +13,7 @@
 
 namespace exchange {
 
-// What is wrong with a value, in UTF-8.
+// A violation of the schema by a value, in UTF-8.
 struct Violation {
     const kor::Instance* instance;
     std::string attribute;
@@ -22,12 +22,12 @@ struct Violation {
 
 struct Conformity {
     std::uint64_t violations = 0;
-    // The instances of entity types that the schema does not declare, by type: they are not
+    // The number of instances of each entity type that the schema does not declare; these are not
     // checked.
     std::map<std::string, std::uint64_t> undeclared;
 };
 
-// Calls `tell` for each value that the schema of the model does not allow, in the model's order.
+// Calls `tell` for each value that violates the model's schema, in the model's order.
 Conformity CheckModel(const kor::Model& model, const std::function<void(const Violation&)>& tell);
 
 }  // namespace exchange

@@ -1,5 +1,5 @@
 // The upper halves of the code pages that \PB\ to \PI\ select: ISO 8859-2 to 8859-9, as code
-// points, from position 0xA0 on. U+FFFD stands where a page has no character.
+// points, from position 0xA0 on. U+FFFD marks positions without a character.
 
 #ifndef EXCHANGE_CODEPAGES_H
 #define EXCHANGE_CODEPAGES_H

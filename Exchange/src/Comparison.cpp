@@ -51,7 +51,7 @@ bool IsOrdered(const Domain* domain) {
     return domain == nullptr || domain->base != Domain::Base::Aggregate || domain->form.IsOrdered();
 }
 
-// "*" says no more than "$": whether an attribute is derived is the schema's affair.
+// "*" equals "$": whether an attribute is derived depends only on the schema.
 bool IsUnset(const Cell& cell) { return cell.GetTag() <= Tag::Derived; }
 
 std::span<const Cell> Members(const Cell& aggregate, std::vector<Cell>& room) {
@@ -63,7 +63,7 @@ std::span<const Cell> Members(const Cell& aggregate, std::vector<Cell>& room) {
     return room;
 }
 
-// The value of a cell that holds neither an instance nor other values, as an exchange file has it.
+// A cell without instances or nested values, in the notation of exchange files.
 std::string PlainText(const Cell& cell) {
     std::string text;
     switch (cell.GetTag()) {
@@ -91,8 +91,8 @@ std::uint64_t PlainHash(const Cell& cell) {
     }
 }
 
-// Calls visit(value, path) for each plain value, reference and aggregate in a value. The path says
-// where it stands; the members of a set or bag share one.
+// Calls visit(value, path) for each plain value, reference and aggregate in a value. The path is
+// its position; the members of a set or bag share one path.
 template <class Visit>
 void WalkValue(const Cell& cell, const Domain* domain, std::uint64_t path, Visit visit) {
     if (IsUnset(cell)) return;
@@ -122,7 +122,7 @@ struct Reference {
     std::uint32_t other;
 };
 
-// The references of every instance, side by side.
+// The references of all instances in one array.
 class References {
   public:
     // The edges as (instance, path, other).
@@ -151,8 +151,8 @@ class References {
 
 using Edges = std::vector<References::Edge>;
 
-// The attributes of an entity type by the upper case of their names, in alphabetical order. Those
-// of an undeclared type go by their position.
+// The attributes of an entity type by their names in upper case, in alphabetical order. Those of an
+// undeclared type are identified by position.
 struct NamedSlot {
     std::string folded;
     std::string name;
@@ -178,8 +178,7 @@ NamedSlots SlotsOf(const kor::EntityType& type) {
     return slots;
 }
 
-// The instances of a data set, numbered in the order of their creation, with what is compared of
-// them.
+// The instances of a data set, numbered in the order of creation, with the data that is compared.
 class Side {
   public:
     explicit Side(const kor::Model& model) {
@@ -222,7 +221,7 @@ class Side {
     std::vector<const Instance*> instances;
     std::vector<std::uint64_t> types;    // by instance: a hash of the name of its type
     std::vector<std::uint64_t> local;    // by instance: a hash of its type and its plain values
-    std::vector<std::uint64_t> colour;   // by instance: a hash of its content, so far as looked at
+    std::vector<std::uint64_t> colour;   // by instance: a hash of its content, as far as examined
     std::vector<std::uint32_t> partner;  // by instance: the other data set's, or kNone
     std::optional<References> references;
     std::optional<References> users;
@@ -255,8 +254,8 @@ class Side {
 
 // ---- What an instance is known by
 
-// The attributes that say more of an instance than its own texts do: what it belongs to, or what it
-// connects.
+// The attributes that identify an instance better than its own texts: what it belongs to, or what
+// it connects.
 struct LabelRule {
     const char* entity;
     const char* first;
@@ -273,7 +272,7 @@ constexpr LabelRule kLabelRules[] = {
 };
 constexpr int kDeepestLabel = 8;
 
-// The first text of an instance that is not empty; empty when there is none.
+// The first non-empty text of an instance; empty if there is none.
 std::string FirstText(const Instance& instance) {
     for (const Cell& cell : instance.Values()) {
         if (cell.GetTag() != Tag::Text) continue;
@@ -310,8 +309,8 @@ class Matcher {
     Matcher(Side& left, Side& right) : left_(left), right_(right) {}
 
     void Run() {
-        // The further a colour looks, the surer a pair; but a change spoils the colours of all that
-        // leads to it, so that less far-sighted ones serve next.
+        // The further a colour looks, the more certain the pair; but a change alters the colours of
+        // everything that leads to it, so colours that look less far are tried next.
         constexpr int kRounds[] = {24, 8, 4, 2, 1, 0};
         std::vector<std::pair<std::vector<std::uint64_t>, std::vector<std::uint64_t>>> colours;
         left_.colour = left_.local;
@@ -332,8 +331,8 @@ class Matcher {
         FindTexts();
         PairGroups(texts_[0], texts_[1], Groups::Single);
         PairReferences();
-        // What is left of equal content is interchangeable but for what refers to it, and pairs
-        // that share something keep together.
+        // Remaining instances of equal content differ only in what refers to them; pairs that share
+        // a neighbour stay together.
         for (auto sight = colours.rbegin(); sight != colours.rend(); ++sight) {
             Use(*sight);
             PairGroups(left_.colour, right_.colour, Groups::InOrder);
@@ -347,7 +346,7 @@ class Matcher {
   private:
     enum class Groups { Single, OfOneSize, InOrder };
 
-    // Makes each colour look one reference further.
+    // Extends each colour by one reference.
     static void Refine(Side& side) {
         std::vector<std::uint64_t> next(side.Count());
         for (std::uint32_t i = 0; i < side.Count(); ++i) {
@@ -377,8 +376,8 @@ class Matcher {
         return open;
     }
 
-    // Pairs the unpaired instances that have the same key, in order: where both sides have one, or
-    // equally many, or any number. A key of 0 is none.
+    // Pairs the unpaired instances that have the same key, in order: if both sides have one, or
+    // equally many, or any number. A key of 0 is no key.
     void PairGroups(const std::vector<std::uint64_t>& leftKeys,
                     const std::vector<std::uint64_t>& rightKeys, Groups groups) {
         const std::vector<std::uint32_t> left = Open(left_, leftKeys);
@@ -419,7 +418,7 @@ class Matcher {
         }
     }
 
-    // Makes the keys by which instances of one type with the same first text are found.
+    // Computes the keys that find instances of one type with the same first text.
     void FindTexts() {
         const auto keys = [](const Side& side) {
             std::vector<std::uint64_t> texts(side.Count(), 0);
@@ -432,7 +431,7 @@ class Matcher {
         texts_ = {keys(left_), keys(right_)};
     }
 
-    // Pairs what paired instances refer to in the same place, whatever it holds.
+    // Pairs the instances that paired instances refer to in the same place, whatever their content.
     void PairReferences() {
         anyContent_ = true;
         for (std::uint32_t l = 0; l < left_.Count(); ++l) {
@@ -449,8 +448,8 @@ class Matcher {
         Spread({{left, right}});
     }
 
-    // Pairs what paired instances refer to and what refers to them, as far as it is certain, and so
-    // on from there.
+    // Pairs the instances that paired instances refer to, and those that refer to them, where the
+    // pair is certain, and continues from there.
     void Spread(Pairs open) {
         const auto pair = [&](std::uint32_t l, std::uint32_t r) {
             left_.partner[l] = r;
@@ -465,8 +464,8 @@ class Matcher {
         }
     }
 
-    // Pairs the other ends of references that have the same path: those of the same content; and of
-    // any content where there is one of the type on either side.
+    // Pairs the other ends of references with the same path: those with the same content, and those
+    // of any content if each side has only one of the type.
     template <class PairThem>
     void PairAlong(std::span<const Reference> left, std::span<const Reference> right,
                    bool anyContent, PairThem pair) {
@@ -525,7 +524,7 @@ class Matcher {
     Side& left_;
     Side& right_;
     std::array<std::vector<std::uint64_t>, 2> texts_;
-    bool anyContent_ = false;  // pair what paired instances refer to whatever it holds
+    bool anyContent_ = false;  // pair what paired instances refer to, whatever its content
 };
 
 // ---- Differences
@@ -630,7 +629,7 @@ class Comparer {
         if (std::equal(left.begin(), left.end(), right.begin(), equal)) return true;
         if (IsOrdered(domain)) return false;
         if (const auto both = InstanceNumbers(left, right)) return both->first == both->second;
-        // Each member on the left takes the first equal one on the right that is still free.
+        // Each member on the left is matched with the first free equal one on the right.
         std::vector<bool> taken(right.size(), false);
         return std::all_of(left.begin(), left.end(), [&](const Cell& l) {
             for (std::size_t j = 0; j < right.size(); ++j) {
@@ -642,7 +641,7 @@ class Comparer {
         });
     }
 
-    // The members as instances of the left data set, sorted; empty when one is no instance.
+    // The members as instances of the left data set, sorted; empty if one is not an instance.
     std::optional<std::pair<std::vector<std::uint32_t>, std::vector<std::uint32_t>>>
     InstanceNumbers(std::span<const Cell> left, std::span<const Cell> right) const {
         const auto isInstance = [](const Cell& cell) { return cell.GetTag() == Tag::Instance; };
@@ -662,7 +661,7 @@ class Comparer {
         return std::pair(std::move(l), std::move(r));
     }
 
-    // A value as a reader sees it: an instance by its label.
+    // A value as shown to a reader: an instance by its label.
     static void AppendShown(std::string& to, const Side& side, const Cell& cell) {
         if (to.size() > kLongestValue) return;
         switch (cell.GetTag()) {

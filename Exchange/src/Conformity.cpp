@@ -19,7 +19,7 @@ using kor::Cell;
 using kor::Domain;
 using kor::Tag;
 
-// What a value is, for a message.
+// Describes a value, for messages.
 std::string KindOf(const Cell& cell) {
     switch (cell.GetTag()) {
         case Tag::Integer: return "an integer";
@@ -40,7 +40,7 @@ std::string KindOf(const Cell& cell) {
     }
 }
 
-// What a domain asks for.
+// Describes what a domain requires.
 std::string WantedBy(const Domain& domain) {
     switch (domain.base) {
         case Domain::Base::Integer: return "an integer";
@@ -62,12 +62,12 @@ bool IsKindOf(const Cell& reference, const kor::EntityType& type) {
     return instance.Type().entity->IsKindOf(std::string_view(type.FoldedName()));
 }
 
-// An instance of a type that the schema does not declare may be of any kind.
+// An instance of an undeclared type is accepted for any type.
 bool IsUndeclared(const Cell& reference) {
     return !kor::Instance::Of(*reference.Get<SdaiEntityInstance*>()).Type().entity->IsDeclared();
 }
 
-// Checks one value and what it holds; `tell` is called with what is wrong.
+// Checks a value and its members; calls `tell` for each violation.
 class ValueCheck {
   public:
     explicit ValueCheck(const std::function<void(std::string)>& tell) : tell_(tell) {}

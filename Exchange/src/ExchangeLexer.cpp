@@ -1,3 +1,5 @@
+// The lexer of exchange files: characters, tokens and literals.
+
 #include "ExchangeLexer.h"
 
 #include <algorithm>
@@ -17,16 +19,16 @@ using kor::Tag;
 
 namespace {
 
-// The digits of an instance name that is certainly not too large.
+// The number of digits with which an instance name cannot be too large.
 constexpr std::ptrdiff_t kFewDigits = 18;
 
-// Powers of ten that a double holds exactly.
+// Powers of ten that a double represents exactly.
 constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                               1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                               1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-// Whether a number that no double holds is too large rather than too small: whether its first
-// digit that is not 0 stands before the point, once the exponent has moved the point.
+// Whether a number out of the range of double is too large rather than too small: whether, after
+// the exponent has moved the point, its first non-zero digit is before the point.
 bool IsLarge(const char* start, const char* end) {
     const char* const exponentSign =
         std::find_if(start, end, [](char c) { return c == 'E' || c == 'e'; });
@@ -36,7 +38,7 @@ bool IsLarge(const char* start, const char* end) {
     long exponent = 0;
     if (exponentSign != end) {
         const char* digits = exponentSign + (exponentSign[1] == '+' ? 2 : 1);
-        // More digits than an exponent can have say no more than that it is large.
+        // Any exponent with that many digits is simply large.
         if (std::from_chars(digits, end, exponent).ec == std::errc::result_out_of_range) {
             exponent = std::numeric_limits<int>::max() * (*digits == '-' ? -1L : 1L);
         }
@@ -156,7 +158,7 @@ void ExchangeLexer::FailExpecting(char c) {
     FailHere(std::string("'") + c + "' expected, found " + Found());
 }
 
-// A word of letters and digits; it stays in the window until the next token is asked for.
+// A word of letters and digits; it stays in the window until the next token is read.
 std::string_view ExchangeLexer::Word() {
     const char* start = in_.at;
     const char* at = start;
@@ -238,7 +240,7 @@ Cell ExchangeLexer::Number(bool realExpected) {
         in_.at = at;
         FailHere("a digit expected, found " + Found());
     }
-    // The digits as an integer, as long as it holds them, and the power of ten behind them.
+    // The digits as an integer, as far as it can hold them, and the power of ten that follows.
     std::uint64_t digits = 0;
     long count = 0;
     int scale = 0;
@@ -275,8 +277,8 @@ Cell ExchangeLexer::Number(bool realExpected) {
     }
     CheckLength(start, at);
     in_.at = at;
-    // Where a double holds the digits and the power exactly, one operation gives the nearest
-    // double; elsewhere the library finds it.
+    // If a double represents both the digits and the power exactly, one operation yields the
+    // nearest double; otherwise the library computes it.
     constexpr std::uint64_t kExact = std::uint64_t{1} << 53;
     if (count <= 19 && digits <= kExact && scale >= -22 && scale <= 22) {
         double value = static_cast<double>(digits);
@@ -320,7 +322,7 @@ double ExchangeLexer::Real(const char* start, const char* end) const {
     return *start == '-' ? -0.0 : 0.0;  // too small for a double
 }
 
-// A string that is long or holds more than plain characters.
+// A string that is long or contains more than plain characters.
 Cell ExchangeLexer::EncodedString(const char* start) {
     const Place place = in_.PlaceOf(start - 1);
     for (;;) {
@@ -344,8 +346,8 @@ Cell ExchangeLexer::EncodedString(const char* start) {
     return Cell::OfText(Tag::Text, decoded.text);
 }
 
-// How the raw characters of a string are written. A file that is not UTF-8 throughout is ISO
-// 8859-1, which is found out, and told, where it first matters.
+// The encoding of raw characters in strings. A file that is not entirely UTF-8 is ISO 8859-1; this
+// is determined, and reported, when it first matters.
 Encoding ExchangeLexer::EncodingOf(Place place, std::string_view encoded) {
     const bool ascii = std::all_of(encoded.begin(), encoded.end(),
                                    [](char c) { return kor::CodePoint(c) < 0x80; });
@@ -358,7 +360,7 @@ Encoding ExchangeLexer::EncodingOf(Place place, std::string_view encoded) {
     return encoding_.value_or(Encoding::Utf8);
 }
 
-// Directives and line breaks in it say nothing; its letters may be small.
+// Directives and line breaks in a binary are ignored; its letters may be lower case.
 Cell ExchangeLexer::Binary() {
     const Place place = in_.PlaceOf(in_.at - 1);
     std::string digits;

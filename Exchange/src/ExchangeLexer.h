@@ -1,5 +1,6 @@
-// The lexer of exchange files (ISO 10303-21): characters, tokens and literals, each taken from
-// where the input stands. What is no token throws a SyntaxError with its place.
+// The lexer of exchange files (ISO 10303-21): takes characters, tokens and literals from the
+// current position of the input. Throws a SyntaxError with the place of anything that is not a
+// token.
 
 #ifndef EXCHANGE_EXCHANGELEXER_H
 #define EXCHANGE_EXCHANGELEXER_H
@@ -20,13 +21,13 @@
 namespace exchange {
 
 enum CharacterClass : unsigned char {
-    kSpace = 1,  // between tokens; line breaks apart
+    kSpace = 1,  // between tokens, except line breaks
     kDigit = 2,
     kLetter = 4,  // A to Z, a to z, _
     kLower = 8,
     kHex = 16,
-    kQuiet = 32,    // stands for itself in a string
-    kNoToken = 64,  // begins no token, or stands at the end of the window
+    kQuiet = 32,    // unchanged in a string
+    kNoToken = 64,  // cannot begin a token, or is the end of the window
 };
 
 inline constexpr auto kClasses = [] {
@@ -60,7 +61,7 @@ class ExchangeLexer {
     // ---- Places
 
     Place Here() const { return in_.PlaceOf(in_.at); }
-    // Of a character that was here a moment ago.
+    // The place of a character that was just taken.
     Place PlaceOf(const char* where) const { return in_.PlaceOf(where); }
 
     [[noreturn, gnu::cold]] static void Fail(Place place, std::string text) {
@@ -68,7 +69,7 @@ class ExchangeLexer {
     }
     [[noreturn, gnu::cold]] void FailHere(std::string text) const { Fail(Here(), std::move(text)); }
 
-    // What stands here, for a message.
+    // A description of the text at this position, for messages.
     std::string Found();
 
     // ---- The input
@@ -78,7 +79,7 @@ class ExchangeLexer {
     char Peek() const { return *in_.at; }
     void Advance() { ++in_.at; }
 
-    // Calls it with the number of bytes read so far, now and then.
+    // Calls `progress` from time to time with the number of bytes read so far.
     void TellProgress(std::function<void(std::uint64_t)> progress) {
         in_.progress = std::move(progress);
     }
@@ -87,24 +88,24 @@ class ExchangeLexer {
 
     // ---- Between tokens
 
-    // Goes to the next token: past white space, comments and print control directives.
+    // Moves to the next token, skipping white space, comments and print control directives.
     void Skip() {
         if (Is(*in_.at, kNoToken)) SkipNoTokens();
         in_.Ahead();
     }
 
-    // Past what stands between this character and the next one that is `end`. A doubled apostrophe
-    // in a string ends one string and begins another, for all that matters.
+    // Skips past the next character `end`. A doubled apostrophe in a string is read as the end of
+    // one string and the start of another, which makes no difference here.
     void SkipPast(char end);
 
-    // Past a word of any length.
+    // Skips a word of any length.
     void SkipWord();
 
-    // Takes what stands before the next ";", and that: strings and addresses as they are, nothing
-    // of what stands between tokens.
+    // Takes the text up to and including the next ";": strings and addresses unchanged, without the
+    // white space and comments between tokens.
     std::string TakeStatement();
 
-    // Past the next ";" that a new statement follows.
+    // Skips past the next ";" that is followed by a new statement.
     void SkipStatement();
 
     // ---- Tokens
@@ -120,29 +121,29 @@ class ExchangeLexer {
         if (!TakeIf(c)) FailExpecting(c);
     }
 
-    // Whether the word, which ends there, stands here; takes it.
+    // Takes the word if it is next and complete; returns whether it was.
     bool TakeWord(std::string_view word);
     void ExpectWord(std::string_view word);
 
-    // A keyword in upper case, user-defined ones with their "!". It is valid until the next token
-    // is asked for.
+    // A keyword in upper case, user-defined ones with their "!". Valid until the next token is
+    // read.
     std::string_view Keyword();
 
-    // The letters and digits that stand here.
+    // The letters and digits at this position.
     std::string_view Word();
 
-    // The number behind a "#". In a lenient reading a number beyond the largest that there may be
-    // (Model::kLargestId) stands for one of those beyond, the same each time.
+    // The number after a "#". A lenient reader maps each number larger than Model::kLargestId to a
+    // fixed number above that limit.
     std::uint64_t InstanceName();
-    // As it is written.
+    // The number as written.
     std::string NameOf(std::uint64_t id) const;
 
     // ---- Literals
 
-    // An integer or real; one without a point is a real where that is expected.
+    // An integer or real; a number without a point is a real if one is expected.
     kor::Cell Number(bool realExpected);
 
-    // A string, its opening apostrophe taken.
+    // A string, after its opening apostrophe.
     kor::Cell String() {
         const char* const start = in_.at;
         const char* at = start;
@@ -154,15 +155,15 @@ class ExchangeLexer {
         return EncodedString(start);
     }
 
-    // A binary value, its opening quotation mark taken.
+    // A binary value, after its opening quotation mark.
     kor::Cell Binary();
 
-    // An enumeration item, its first point taken. T, F and U are truth values, unless the schema
+    // An enumeration item, after its first dot. T, F and U are truth values, unless the schema
     // declares an enumeration.
     kor::Cell Enumeration(const kor::Domain* domain);
 
   private:
-    // Past a character, which may end a line.
+    // Skips a character, which may end a line.
     void Pass() {
         in_.Ahead();
         const bool endsLine = Input::EndsLine(in_.at++);
@@ -184,8 +185,8 @@ class ExchangeLexer {
     Problems& problems_;
     const std::size_t longestText_;
     std::string keyword_;
-    std::map<std::string, std::uint64_t> greatNames_;  // what names that are too large stand for
-    std::optional<Encoding> encoding_;                 // of the file, once it matters
+    std::map<std::string, std::uint64_t> greatNames_;  // the numbers for names that are too large
+    std::optional<Encoding> encoding_;                 // the file's encoding, once it matters
 };
 
 }  // namespace exchange

@@ -1,3 +1,5 @@
+// Models for programs that embed the platform.
+
 #include "ExchangeModels.h"
 
 #include <filesystem>
@@ -17,7 +19,7 @@ void Tell(const Messages& messages, Lines& lines) {
     }
 }
 
-// The built-in schemas and the caller's; nothing when these cannot be read.
+// The built-in schemas and the caller's; no value if the caller's cannot be read.
 std::optional<SchemaCatalog> CatalogWith(std::string_view express, Lines& lines) {
     SchemaCatalog catalog;
     Messages messages;
@@ -31,7 +33,7 @@ std::optional<SchemaCatalog> CatalogWith(std::string_view express, Lines& lines)
     return catalog;
 }
 
-// Whether there is nothing around the instances but one section without a name.
+// Whether the file has only a single unnamed section around its instances.
 bool IsPlain(const Structure& structure) {
     return structure.anchors.empty() && structure.references.empty() && structure.scopes.empty() &&
            structure.sections.size() <= 1 &&

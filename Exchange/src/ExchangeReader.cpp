@@ -1,7 +1,7 @@
 // The reader of exchange files (ISO 10303-21): the header and the sections.
 //
-// One pass over the bytes. What a file lacks at the end is looked for in a second pass, which finds
-// where it is referred to.
+// The file is read in one pass. If instances are missing at the end, a second pass finds the
+// references to them.
 
 #include <algorithm>
 #include <charconv>
@@ -48,7 +48,7 @@ class Reader {
     }
 
   private:
-    // The end of the input is reached behind an error that has been told.
+    // The end of the input follows an error that was already reported.
     struct EndsEarly {};
 
     // ---- Sections
@@ -82,7 +82,7 @@ class Reader {
         }
     }
 
-    // Past an ENDSEC; at which a section ends whose content says nothing here.
+    // Skips past ENDSEC, the end of a section whose content is not needed.
     void SkipSection() {
         const Place start = lexer_.Here();
         for (;;) {
@@ -103,7 +103,8 @@ class Reader {
         }
     }
 
-    // <name>=value{tag:value}, each kept as it is. What they refer to must be there in the end.
+    // <name>=value{tag:value}, each kept as written. The instances that they refer to must exist in
+    // the end.
     void Anchors() {
         lexer_.Expect(';');
         while (!lexer_.TakeWord("ENDSEC")) {
@@ -142,7 +143,7 @@ class Reader {
     // The instances of the file that an anchor names.
     std::vector<std::uint64_t> InstancesOf(std::string_view anchor) const {
         std::vector<std::uint64_t> ids;
-        char end = '\0';  // of the string or address that this is in
+        char end = '\0';  // the end of the current string or address
         for (std::size_t i = 0; i < anchor.size(); ++i) {
             const char c = anchor[i];
             if (end != '\0') {
@@ -163,7 +164,7 @@ class Reader {
     }
 
     void Header() {
-        // The header's values are no part of a model; this one holds them while they are read.
+        // The header's values are not part of the model; this model holds them while they are read.
         static const SchemaPtr kNoSchema = [] {
             std::vector<kor::Diagnostic> errors;
             return kor::Schema::Make({}, errors);
@@ -189,8 +190,7 @@ class Reader {
         problems_.EnterData();
     }
 
-    // The schema that the parameters of FILE_SCHEMA name: the first of the list, up to the first
-    // blank.
+    // The schema in the parameters of FILE_SCHEMA: the first in the list, up to its first blank.
     SchemaPtr SchemaOf(Place place, std::span<const kor::Cell> values) {
         const SdaiPrimitiveH list = values.empty() ? SdaiPrimitiveH() : ToHandle(values[0], false);
         const SdaiAggrInstance* names = list;
@@ -247,7 +247,7 @@ class Reader {
             return missing.size() != before;
         });
         std::sort(missing.begin(), missing.end());
-        // What refers to a broken instance is sound itself.
+        // An instance that refers to a broken one is valid itself.
         if (!options_.lenient)
             std::erase_if(missing, [&](auto id) { return broken_.contains(id); });
         for (const auto& [instance, place] : instances_.GreatlyNamedOnes()) {
@@ -256,7 +256,7 @@ class Reader {
                                       std::to_string(Model().MoveToFreeId(*instance)) + " now");
         }
         if (missing.empty()) return;
-        // Where they stand is not kept while reading: sound files need not pay for it.
+        // Their places are not stored while reading, since valid files do not need them.
         lexer_.TellProgress(nullptr);
         lexer_.Rewind();
         FindReferences(missing);

@@ -1,3 +1,5 @@
+// Values in the notation of exchange files.
+
 #include "ExchangeText.h"
 
 #include <algorithm>
@@ -15,14 +17,14 @@ namespace exchange {
 
 namespace {
 
-// In a file, the letters of a hexadecimal number may be small.
+// Hexadecimal digits in files may be lower case.
 int Digit(char c) { return kor::HexValue(SdaiFoldCase(c)); }
 
 bool IsHex(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return Digit(c) >= 0; });
 }
 
-// Whether a character stands for itself in a string.
+// Whether a character is written unchanged in a string.
 constexpr auto kPlain = [] {
     std::array<bool, 256> plain{};
     for (int c = 0x20; c <= 0x7E; ++c) plain[static_cast<std::size_t>(c)] = c != '\'' && c != '\\';
@@ -33,12 +35,13 @@ bool IsPlain(Char c) {
     return kor::CodePoint(c) <= kor::kLastNarrow && kPlain[kor::CodePoint(c)];
 }
 
-// The digits of each character in a \X2\ or \X4\ directive at the start of a text; 0 without one.
+// The number of digits per character in a \X2\ or \X4\ directive at the start of a text; 0 if there
+// is no directive.
 std::size_t WidthOfDirective(std::string_view text) {
     return text.starts_with("\\X2\\") ? 4 : text.starts_with("\\X4\\") ? 8 : 0;
 }
 
-// The length of a directive at the start of a text; 0 when there is none.
+// The length of a directive at the start of a text; 0 if there is none.
 std::size_t LengthOfDirective(std::string_view text) {
     const std::size_t width = WidthOfDirective(text);
     if (width == 0) return 0;
@@ -57,7 +60,7 @@ char32_t TakeHex(std::string_view& digits, std::size_t width) {
     return value;
 }
 
-// Takes a code point from the digits of a directive. Two halves of UTF-16 make one.
+// Takes a code point from the digits of a directive. Two UTF-16 surrogates form one.
 char32_t TakeCodePoint(std::string_view& digits, std::size_t width) {
     const char32_t value = TakeHex(digits, width);
     if (kor::IsHighSurrogate(value) && digits.size() >= width) {
@@ -71,7 +74,7 @@ char32_t TakeCodePoint(std::string_view& digits, std::size_t width) {
     return value;
 }
 
-// Those that come one after the other share a directive.
+// Consecutive characters share a directive.
 void AppendWide(std::string& to, std::u32string_view characters) {
     std::size_t width = 0;
     for (const char32_t c : characters) {
@@ -92,7 +95,7 @@ void AppendPlain(std::string& to, std::u32string_view characters) {
 
 template <class Char>
 void AppendCharacters(std::string& to, std::basic_string_view<Char> text) {
-    // Takes the characters at the front for which that holds.
+    // Takes the leading characters for which the predicate holds.
     const auto take = [&text](auto holds) {
         const auto end = std::find_if_not(text.begin(), text.end(), holds);
         const auto taken = text.substr(0, static_cast<std::size_t>(end - text.begin()));
@@ -165,7 +168,7 @@ class StringDecoder {
             if (c == '\\') {
                 Directive();
             } else if (c == '\'') {
-                // Doubled, or it would have ended the string.
+                // It must be doubled, otherwise it would have ended the string.
                 text_.Add('\'');
                 rest_.remove_prefix(std::min<std::size_t>(2, rest_.size()));
             } else if (c == '\n' || c == '\r') {
@@ -179,7 +182,7 @@ class StringDecoder {
     }
 
   private:
-    // A character that no directive stands for.
+    // A character outside directives.
     void TakeRaw() {
         char32_t character = kor::CodePoint(rest_.front());
         if (encoding_ == Encoding::Latin1 || !kor::TakeUtf8(rest_, character)) {
@@ -238,7 +241,7 @@ class StringDecoder {
         }
     }
 
-    // The character of the current code page that stands 128 places behind an ASCII one.
+    // The character of the current code page 128 positions after an ASCII character.
     void UpperHalf(char c) {
         const auto code = static_cast<char32_t>(c) + 0x80;
         const auto index = static_cast<std::size_t>(code - 0xA0);

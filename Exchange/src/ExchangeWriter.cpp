@@ -1,4 +1,4 @@
-// The writer of exchange files (ISO 10303-21): one instance a line, in the model's order.
+// The writer of exchange files (ISO 10303-21): one instance per line, in the model's order.
 
 #include "ExchangeWriter.h"
 
@@ -30,7 +30,7 @@ bool IsWord(std::string_view text) {
            std::all_of(text.begin(), text.end(), [](char c) { return IsLetter(c) || IsDigit(c); });
 }
 
-// In upper case; that of a type of a user's own begins with "!".
+// In upper case; user-defined types begin with "!".
 bool IsKeyword(std::string_view text) {
     if (text.starts_with('!')) text.remove_prefix(1);
     return IsWord(text) && !IsDigit(text.front());
@@ -50,9 +50,9 @@ bool IsBinary(std::string_view digits) {
 
 class Writer {
   public:
-    // What has been written and not been taken yet.
+    // The text written but not yet taken.
     std::string text;
-    // The first value that an exchange file cannot hold; empty when there was none.
+    // The first value that an exchange file cannot express; empty if there is none.
     std::string problem;
 
     explicit Writer(const Structure& structure) {
@@ -61,7 +61,7 @@ class Writer {
         }
     }
 
-    // `closed`: the scope of the instance, which has been opened; null where it has none.
+    // `closed`: the open scope that the instance closes; null if there is none.
     void Instance(const kor::Instance& instance, const Structure::Scope* closed) {
         model_ = instance.Type().model;
         const kor::EntityType& entity = *instance.Type().entity;
@@ -113,7 +113,7 @@ class Writer {
         InstanceName(instance);
     }
 
-    // `depth`: how many lists and typed values the value stands in.
+    // `depth`: the number of lists and typed values around the value.
     void Value(const Cell& cell, int depth) {
         switch (cell.GetTag()) {
             case Tag::Unset:
@@ -143,7 +143,7 @@ class Writer {
         }
     }
 
-    // Whether a value may stand in another at that depth; if not, "$" stands for it.
+    // Whether a value may be nested at that depth; if not, "$" is written.
     bool IsTooDeep(int depth) {
         if (depth <= kDeepestNesting) return false;
         unwritable_ = "values nested more than 100 deep";
@@ -191,7 +191,7 @@ class Writer {
         }
     }
 
-    std::set<std::string> externals_;  // those that have an address
+    std::set<std::string> externals_;  // those with an address
     const SdaiModel* model_ = nullptr;
     const char* unwritable_ = nullptr;
 };
@@ -202,7 +202,7 @@ class Layout {
     Layout(const Structure& structure, const kor::Model& model) : structure_(structure) {
         if (structure.scopes.empty()) return;
         for (const Structure::Scope& scope : structure.scopes) scopes_.push_back(&scope);
-        // Of those that open at one place the outermost first, which closes last.
+        // Of the scopes that open at one place, the outermost comes first; it closes last.
         std::sort(scopes_.begin(), scopes_.end(), [](const auto* a, const auto* b) {
             return a->first != b->first ? a->first < b->first : a->owner > b->owner;
         });
@@ -210,7 +210,7 @@ class Layout {
             [this](const kor::Instance& instance) { names_.push_back(instance.Id()); });
     }
 
-    // Writes what stands before the instance; gives the scope that it closes, or null.
+    // Writes the text before the instance; returns the scope that the instance closes, or null.
     const Structure::Scope* Before(std::uint64_t instance, std::string& text) {
         for (; section_ < structure_.sections.size() &&
                structure_.sections[section_].first <= instance;
@@ -228,7 +228,7 @@ class Layout {
         return closed;
     }
 
-    // Writes what stands behind the last instance.
+    // Writes the text after the last instance.
     void End(std::string& text) {
         for (; section_ < structure_.sections.size(); ++section_) Begin(text);
         if (section_ != 0) text += "ENDSEC;\n";
@@ -248,7 +248,7 @@ class Layout {
     std::vector<std::uint64_t> names_;  // of the instances
 };
 
-// A section of statements that are kept as they are.
+// A section of statements that are kept as written.
 void AppendSection(std::string& to, const char* name, const std::vector<std::string>& statements) {
     if (statements.empty()) return;
     to.append(name).append(";\n");
@@ -256,8 +256,8 @@ void AppendSection(std::string& to, const char* name, const std::vector<std::str
     to += "ENDSEC;\n";
 }
 
-// Writes the exchange file, handing the text over piece by piece: flush(text) empties it. Gives
-// what cannot be written, empty when there is nothing of it.
+// Writes the exchange file piece by piece: flush(text) empties the text. Returns a description of a
+// value that cannot be written; empty if there is none.
 template <class Flush>
 std::string Write(const Header& header, const Structure& structure, const kor::Model& model,
                   Flush flush) {
@@ -284,8 +284,8 @@ std::string Write(const Header& header, const Structure& structure, const kor::M
     return writer.problem;
 }
 
-// The time now, as an exchange file writes it; that of SOURCE_DATE_EPOCH where it is set, so that
-// files can be made again the same.
+// The current time in the notation of exchange files, or that of SOURCE_DATE_EPOCH if it is set,
+// for reproducible files.
 std::string TimeStamp() {
     const char* epoch = std::getenv("SOURCE_DATE_EPOCH");
     const std::time_t time =

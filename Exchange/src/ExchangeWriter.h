@@ -1,4 +1,4 @@
-// What the reader needs of the writer.
+// The parts of the writer that the reader uses.
 
 #ifndef EXCHANGE_WRITER_H
 #define EXCHANGE_WRITER_H
@@ -11,14 +11,14 @@
 
 namespace exchange {
 
-// Deeper than any schema nests values; neither read nor written.
+// The nesting limit of values, above that of any schema; deeper values are neither read nor
+// written.
 constexpr int kDeepestNesting = 100;
 
-// The name of an external reference, which is not empty, without the zeros that its number may
-// begin with.
+// The name of an external reference, which must not be empty, without leading zeros in its number.
 std::string ExternalName(std::string_view written);
 
-// Values in parentheses, as an exchange file writes the parameters of a record.
+// Values in parentheses, like the parameters of a record.
 std::string ParametersText(std::span<const kor::Cell> cells);
 
 }  // namespace exchange

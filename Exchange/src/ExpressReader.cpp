@@ -1,6 +1,6 @@
-// The reader of EXPRESS schemas (ISO 10303-11). It takes what the dictionary is made of: entity
-// types with their supertypes, explicit attributes and redeclarations, and defined types.
-// Constants, functions, procedures, rules, constraints, derived and inverse attributes are skipped.
+// The reader of EXPRESS schemas (ISO 10303-11). It reads what the dictionary needs: entity types
+// with their supertypes, explicit attributes and redeclarations, and defined types. Constants,
+// functions, procedures, rules, constraints, derived and inverse attributes are skipped.
 
 #include <algorithm>
 #include <charconv>
@@ -71,7 +71,8 @@ class Lexer {
 
     SourcePosition PositionAt(std::size_t offset) const { return {line_, offset - lineStart_ + 1}; }
 
-    // Past a character. A line ends with a line feed, or with a carriage return that none follows.
+    // Skips a character. A line ends with a line feed, or with a carriage return not followed by
+    // one.
     void Advance() {
         const char c = text_[at_++];
         if (c == '\n' || (c == '\r' && !Ahead("\n"))) {
@@ -82,7 +83,7 @@ class Lexer {
 
     bool Ahead(std::string_view what) const { return text_.substr(at_).starts_with(what); }
 
-    // White space, remarks to the end of the line, and remarks (* that may hold (* others *) *).
+    // White space, remarks to the end of the line, and remarks (* that may contain (* others *) *).
     void SkipSpace() {
         for (;;) {
             if (at_ == text_.size()) return;
@@ -115,7 +116,8 @@ class Lexer {
         } while (depth > 0);
     }
 
-    // A string; an apostrophe in it is doubled, and so two strings in a row for all that matters.
+    // A string. A doubled apostrophe in it is read as the end of one string and the start of
+    // another, which makes no difference here.
     void SkipText(char quote, SourcePosition start) {
         while (at_ < text_.size() && text_[at_] != quote) Advance();
         if (at_ == text_.size()) throw SyntaxError{start, "a string without an end"};
@@ -279,7 +281,8 @@ class Parser {
         }
     }
 
-    // A bound and the symbol behind it. Empty for anything but a number: "?", or an expression.
+    // A bound and the symbol after it. No value if the bound is not a number: "?", or an
+    // expression.
     std::optional<std::uint64_t> Bound(char end) {
         std::optional<std::uint64_t> bound;
         if (token_.kind == Token::Kind::Number) {
@@ -384,7 +387,7 @@ class Parser {
 
     // ---- What is skipped
 
-    // A function or procedure, which may hold others.
+    // A function or procedure, which may contain others.
     void SkipAlgorithm() {
         int depth = 0;
         do {

@@ -1,3 +1,5 @@
+// Input as a moving window of bytes.
+
 #include "Input.h"
 
 #include <fcntl.h>
@@ -35,7 +37,7 @@ class FileSource final : public Source {
 
     bool IsUtf8() override {
         std::vector<char> block(kUtf8Block);
-        std::size_t cut = 0;  // the bytes of a character that the last block ended within
+        std::size_t cut = 0;  // the bytes of a character split by the end of the last block
         for (off_t at = 0;;) {
             const ssize_t count = pread(descriptor_, block.data() + cut, block.size() - cut, at);
             if (count < 0 && errno == EINTR) continue;
@@ -125,7 +127,7 @@ const char* Input::Move(const char* kept) {
         std::memmove(window_.data(), kept, keptSize);
     }
     std::size_t size = keptSize;
-    // A pipe may give less than is asked for.
+    // A pipe may return less than requested.
     while (size < keptSize + kBlock && !atEnd_) {
         const std::size_t count = source_.Read(window_.data() + size, keptSize + kBlock - size);
         atEnd_ = count == 0;

@@ -1,8 +1,8 @@
-// A file or text as a window of bytes that moves over it, with the line and column of every place.
+// A file or text as a moving window of bytes, with the line and column of every place.
 //
-// The reader works on the bytes between `at` and `end`; a NUL stands at `end`. Ahead makes sure
-// that a token of ordinary length lies in the window as a whole; only strings, binary values,
-// comments and white space may be longer.
+// The reader works on the bytes between `at` and `end`, where there is a NUL. Ahead ensures that a
+// token of ordinary length is completely in the window; only strings, binary values, comments and
+// white space may be longer.
 
 #ifndef EXCHANGE_INPUT_H
 #define EXCHANGE_INPUT_H
@@ -21,20 +21,21 @@ struct Place {
     std::uint64_t column;
 };
 
-// Where the bytes come from. It can be read from its start again.
+// The source of the bytes. It can be read again from the start.
 class Source {
   public:
     virtual ~Source() = default;
-    // Reads up to `size` bytes; 0 at the end. On failure gives 0 and sets `error`.
+    // Reads up to `size` bytes; returns 0 at the end. On failure, returns 0 and sets `error`.
     virtual std::size_t Read(char* to, std::size_t size) = 0;
     virtual void Rewind() = 0;
-    // Whether all of it is UTF-8; reading goes on where it was. What cannot be read counts as such.
+    // Whether the whole source is UTF-8; does not change the read position. Unreadable data counts
+    // as UTF-8.
     virtual bool IsUtf8() = 0;
 
     std::string error;
 
-    // A file; one that cannot be read twice (a pipe) is read into memory. Null, with the error,
-    // when it cannot be opened.
+    // Opens a file; one that cannot be read twice (a pipe) is read into memory. Returns null and
+    // sets the error if it cannot be opened.
     static std::unique_ptr<Source> Open(const std::string& path, std::string& error);
     // A text, which must outlive the source.
     static std::unique_ptr<Source> Of(std::string_view text);
@@ -51,12 +52,12 @@ class Input {
 
     bool IsUtf8() { return source_.IsUtf8(); }
 
-    // Makes sure that the next kAhead bytes are in the window, or all that are left.
+    // Ensures that the next kAhead bytes, or all that are left, are in the window.
     void Ahead() {
         if (static_cast<std::size_t>(end - at) < kAhead && !atEnd_) Move(at);
     }
 
-    // The same for bytes from `kept` on, which stay in the window. Gives where `kept` is now.
+    // The same, keeping the bytes from `kept` on in the window. Returns the new position of `kept`.
     const char* AheadKeeping(const char* kept) {
         if (static_cast<std::size_t>(end - at) < kAhead && !atEnd_) kept = Move(kept);
         return kept;
@@ -67,21 +68,21 @@ class Input {
         return at == end;
     }
 
-    // Goes back to the start.
+    // Returns to the start.
     void Rewind();
 
-    // Whether a line ends with this character: a line feed, or a carriage return that no line feed
-    // follows. The next character must be in the window.
+    // Whether a line ends with this character: a line feed, or a carriage return not followed by
+    // one. The next character must be in the window.
     static bool EndsLine(const char* where) {
         return *where == '\n' || (*where == '\r' && where[1] != '\n');
     }
 
-    // To be called with the place behind a line break.
+    // Call with the position after a line break.
     void NewLine(const char* lineStart) {
         ++line_;
         lineStart_ = Offset(lineStart);
     }
-    // The same for every line break between two places.
+    // The same for every line break between two positions.
     void NewLines(const char* from, const char* to);
 
     Place PlaceOf(const char* where) const { return {line_, Offset(where) - lineStart_ + 1}; }
@@ -96,7 +97,7 @@ class Input {
   private:
     static constexpr std::size_t kBlock = std::size_t{1} << 18;
 
-    // Moves the window so that `kept` is its start. Gives where `kept` is now.
+    // Moves the window so that it starts at `kept`. Returns the new position of `kept`.
     const char* Move(const char* kept);
 
     Source& source_;

@@ -1,3 +1,5 @@
+// The reader of values and instances.
+
 #include "InstanceReader.h"
 
 #include <algorithm>
@@ -47,7 +49,7 @@ const char* NameOf(Domain::Base base) {
     }
 }
 
-// A type that the model made for itself, if it would.
+// A type created by the model, or null if it refuses.
 const EntityType& Own(Place place, const EntityType* entity) {
     if (entity == nullptr) {
         throw SyntaxError{place,
@@ -112,13 +114,13 @@ Cell InstanceReader::List(const Domain* domain, int depth) {
     return list;
 }
 
-// Warns when a value of that kind may not stand where the domain is declared.
+// Warns if the domain does not allow a value of that kind.
 void InstanceReader::WarnOfKind(const char* value, const Domain& domain, Tag tag) {
     problems_.Warn(lexer_.PlaceOf(value), std::string(NameOf(domain.base)) + " expected, found " +
                                               NameOf(tag) + Context());
 }
 
-// Where a value stands, for a message.
+// The place of a value, for messages.
 std::string InstanceReader::Context() const {
     if (slot_ == nullptr || slot_->attribute == nullptr) return "";
     return " (attribute " + slot_->attribute->folded + ")";
@@ -214,8 +216,8 @@ Cell InstanceReader::Value(const Domain* domain, int depth) {
 
 // ---- Instances
 
-// The parameters of a record, into values_: the first `(` has been taken. The slots say what is
-// expected; there are none for a type that is not declared.
+// Reads the parameters of a record into values_, after the first `(`. The slots say what is
+// expected; there are none for an undeclared type.
 void InstanceReader::Parameters(std::span<const kor::Slot> slots) {
     const std::size_t first = values_.size();
     if (lexer_.TakeIf(')')) return;
@@ -228,7 +230,7 @@ void InstanceReader::Parameters(std::span<const kor::Slot> slots) {
     lexer_.Expect(')');
 }
 
-// Makes as many of the values from `first` on as the type declares.
+// Adjusts the number of values from `first` on to what the type declares.
 void InstanceReader::CheckCount(Place place, const EntityType& entity, std::size_t first,
                                 std::size_t expected) {
     const std::size_t count = values_.size() - first;
@@ -252,7 +254,7 @@ const EntityType& InstanceReader::SimpleInstance() {
     const std::string_view keyword = lexer_.Keyword();
     const EntityType* declared = model_->GetSchema().FindEntity(keyword);
     if (declared == nullptr) {
-        const std::string kept(keyword);  // the window may move before it is needed
+        const std::string kept(keyword);  // copied, since the window may move
         lexer_.Expect('(');
         Parameters({});
         return Undeclared(place, kept, values_.size());
@@ -263,7 +265,7 @@ const EntityType& InstanceReader::SimpleInstance() {
     return *declared;
 }
 
-// #1=(A(...)B(...)): the parts in any order, made alphabetical.
+// #1=(A(...)B(...)): the parts come in any order and are sorted.
 const EntityType& InstanceReader::ComplexInstance() {
     struct Part {
         const EntityType* entity;

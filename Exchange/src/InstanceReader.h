@@ -1,6 +1,6 @@
-// The reader of values and instances: it takes them from the lexer and puts them into a model. An
-// instance is read into cells and goes into the model as soon as it is whole; a reference to one
-// that comes later waits in its place in the model until that is there.
+// The reader of values and instances: takes them from the lexer and adds them to a model. An
+// instance is read into cells and added to the model when complete; a reference to a later instance
+// waits in its place in the model until that instance is read.
 
 #ifndef EXCHANGE_INSTANCEREADER_H
 #define EXCHANGE_INSTANCEREADER_H
@@ -24,36 +24,35 @@ class InstanceReader {
     InstanceReader(const InstanceReader&) = delete;
     InstanceReader& operator=(const InstanceReader&) = delete;
 
-    // The model that what follows goes into. It must outlive the reading.
+    // The model that receives the following instances. It must outlive the reader.
     void Into(kor::Model& model) { model_ = &model; }
 
-    // A name that the reference section gives an address: #5 or @5.
+    // A name with an address in the reference section: #5 or @5.
     void AddExternal(std::string name) { externals_.insert(std::move(name)); }
 
     bool IsExternal(std::string_view name) const { return externals_.contains(std::string(name)); }
 
-    // A statement of the data section; its "#" has been taken.
+    // A statement of the data section, after its "#".
     void Instance() { Instance(0); }
 
     // The scopes so far, in the order of their owners.
     std::vector<Structure::Scope> TakeScopes() { return std::move(scopes_); }
 
-    // The parameters of a record that no schema declares; its "(" has been taken. The values are
-    // there until they are released.
+    // The parameters of an undeclared record, after its "(". The values are valid until released.
     std::span<const kor::Cell> Parameters() {
         Parameters({});
         return values_;
     }
     void ReleaseValues();
 
-    // The instances whose names are too large, and where they stand.
+    // The instances whose names are too large, and their places.
     struct GreatlyNamed {
         SdaiEntityInstance* instance;
         Place place;
     };
     const std::vector<GreatlyNamed>& GreatlyNamedOnes() const { return greatlyNamed_; }
 
-    // After an error: the name of the instance that is broken, if there is one.
+    // After an error: the name of the broken instance, if there is one.
     std::optional<std::uint64_t> TakeBroken();
 
   private:
@@ -81,9 +80,9 @@ class InstanceReader {
     ExchangeLexer& lexer_;
     Problems& problems_;
     kor::Model* model_ = nullptr;
-    std::vector<kor::Cell> values_;         // of the instance that is being read
-    const kor::Slot* slot_ = nullptr;       // of the value that is being read
-    std::optional<std::uint64_t> current_;  // the instance that is being read
+    std::vector<kor::Cell> values_;         // of the instance being read
+    const kor::Slot* slot_ = nullptr;       // of the value being read
+    std::optional<std::uint64_t> current_;  // the instance being read
     std::vector<GreatlyNamed> greatlyNamed_;
     std::set<std::string> externals_;
     std::vector<Structure::Scope> scopes_;

@@ -1,3 +1,5 @@
+// Messages about files.
+
 #include "Exchange.h"
 
 namespace exchange {

@@ -1,4 +1,4 @@
-// Where what is wrong with an exchange file goes: the messages of its reading, each with its place.
+// Collects the problems of an exchange file: the reader's messages, each with its place.
 
 #ifndef EXCHANGE_PROBLEMS_H
 #define EXCHANGE_PROBLEMS_H
@@ -10,7 +10,7 @@
 
 namespace exchange {
 
-// What a broken statement is left by.
+// Thrown to leave a broken statement.
 struct SyntaxError {
     Place place;
     std::string text;
@@ -21,17 +21,17 @@ class Problems {
     Problems(const std::string& file, bool lenient, Messages& messages)
         : file_(file), lenient_(lenient), messages_(messages) {}
 
-    // From now on what is read is the data section, which a lenient reading mends.
+    // The data section begins, in which a lenient reader repairs errors.
     void EnterData() { inData_ = true; }
     bool InData() const { return inData_; }
-    // Whether errors are mended now.
+    // Whether errors are repaired at this point.
     bool Mends() const { return lenient_ && inData_; }
 
     void Warn(Place place, std::string text) {
         messages_.AddWarning({file_, place.line, place.column, std::move(text)});
     }
 
-    // An error; where it is mended, a warning.
+    // Reports an error, or a warning if it is repaired.
     void Report(Place place, std::string text) {
         if (Mends()) {
             Warn(place, std::move(text));
@@ -40,7 +40,7 @@ class Problems {
         }
     }
 
-    // What a lenient reading goes on behind; a strict one leaves the statement.
+    // An error after which a lenient reader continues; a strict one leaves the statement.
     void Mend(Place place, std::string text) {
         if (!Mends()) throw SyntaxError{place, std::move(text)};
         Warn(place, std::move(text));

@@ -1,4 +1,4 @@
-// What a message says that it found.
+// Text found in a file, quoted for messages.
 
 #ifndef EXCHANGE_QUOTED_H
 #define EXCHANGE_QUOTED_H
@@ -8,7 +8,7 @@
 
 namespace exchange {
 
-// The text between apostrophes, cut where it is long; "?" stands for what is not printable ASCII.
+// The text in apostrophes, shortened if long; "?" replaces characters that are not printable ASCII.
 inline std::string Quoted(std::string_view text) {
     constexpr std::size_t kMost = 60;
     std::string quoted(1, '\'');

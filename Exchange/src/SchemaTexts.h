@@ -1,4 +1,4 @@
-// The EXPRESS texts of Exchange/schemas, one constant for each file.
+// The EXPRESS texts in Exchange/schemas, one constant per file.
 
 #ifndef EXCHANGE_SCHEMATEXTS_H
 #define EXCHANGE_SCHEMATEXTS_H

@@ -24,7 +24,7 @@ std::vector<std::string> SchemaCatalog::Names() const {
 
 namespace {
 
-// A built-in schema and the texts whose declarations it has.
+// A built-in schema and the texts that its declarations come from.
 struct BuiltIn {
     const char* name;
     std::vector<const char*> texts;
@@ -62,7 +62,7 @@ std::vector<std::string> BuiltInSchemaNames() {
 }
 
 SchemaPtr BuiltInSchema(std::string_view name) {
-    // Each is read once, when it is first asked for.
+    // Each is read once, on first use.
     static std::mutex mutex;
     static std::vector<SchemaPtr> parsed(BuiltIns().size());
     const std::lock_guard lock(mutex);

@@ -1,3 +1,5 @@
+// The presentation of entity types as tables.
+
 #include "Tables.h"
 
 #include <algorithm>

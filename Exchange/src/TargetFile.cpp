@@ -1,3 +1,5 @@
+// Files that are written completely or not at all.
+
 #include "TargetFile.h"
 
 #include <fcntl.h>
@@ -18,21 +20,21 @@ constexpr mode_t kPermissions = 0777;
 
 std::string Reason(int error) { return error != 0 ? std::strerror(error) : ""; }
 
-// Where a path leads: past the links at its end, the last of which may lead to nothing. Empty, with
-// the reason in errno, when they go round in a circle.
+// The target of a path after following the links at its end; the last one may be dangling. Returns
+// an empty path and sets errno if the links are circular.
 std::string Followed(std::filesystem::path path) {
     constexpr int kMostLinks = 40;
     for (int i = 0; i <= kMostLinks; ++i) {
         std::error_code none;
         const std::filesystem::path link = std::filesystem::read_symlink(path, none);
         if (none) return path.string();
-        path = path.parent_path() / link;  // an absolute link replaces the folder
+        path = path.parent_path() / link;  // an absolute link replaces the directory
     }
     errno = ELOOP;
     return {};
 }
 
-// Keeps signals away that would end the process between two calls.
+// Blocks signals that would terminate the process between two calls.
 class WithoutSignals {
   public:
     WithoutSignals() {
@@ -48,11 +50,11 @@ class WithoutSignals {
     sigset_t before_{};
 };
 
-// A file in the target's folder. Where the system allows it the file has no name until it takes the
-// target's place, so that nothing is left behind however the program ends.
+// A file in the target's directory. If the system allows it, the file has no name until it replaces
+// the target, so that nothing is left over however the program ends.
 class Replacement {
   public:
-    // `mode` as for open: the system takes away what the process's mask says.
+    // `mode` as for open: the system applies the process's umask.
     Replacement(const std::string& target, mode_t mode) {
         const std::filesystem::path path(target);
         target_ = path.filename().string();
@@ -81,23 +83,23 @@ class Replacement {
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
 
-    // -1 when the file cannot be made; the reason is in errno.
+    // -1 if the file cannot be created; errno has the reason.
     int Descriptor() const { return descriptor_; }
 
-    // Gives up the name, if there is one: the file goes with its descriptor.
+    // Removes the name, if any, so that the file disappears with its descriptor.
     void Remove() {
         if (name_.empty()) return;
         unlinkat(folder_, name_.c_str(), 0);
         name_.clear();
     }
 
-    // To be called while the descriptor is open. Whether the file has taken the target's place; the
-    // reason is in errno.
+    // Replaces the target by the file; call while the descriptor is open. Returns whether it
+    // succeeded; if not, errno has the reason.
     bool Replace() {
         if (!name_.empty()) return Rename();
         if (Link(target_)) return true;  // there was no target
         if (errno != EEXIST) return false;
-        // Only a rename can put a file in the place of another, and that takes a name.
+        // Only a rename can replace a file, and a rename requires a name.
         const WithoutSignals meanwhile;
         for (int number = 0; number < kMostNames; ++number) {
             std::string name = NameOf(number);
@@ -132,12 +134,12 @@ class Replacement {
 
     int folder_ = -1;
     int descriptor_ = -1;
-    std::string target_;  // its name in the folder
-    std::string name_;    // of the file now; empty while it has none
+    std::string target_;  // its name in the directory
+    std::string name_;    // the file's current name; empty if none
 };
 
-// Gives the file the owner and the mode of the one that it replaces. A group that cannot be kept
-// has no more rights than others have. Gives what is to be told.
+// Copies the owner and mode of the file that is replaced. If the group cannot be kept, it gets only
+// the rights of others. Returns a warning, or "".
 std::string KeepOwner(OutputFile& file, const struct stat& old) {
     constexpr auto kSame = static_cast<uid_t>(-1);
     struct stat own {};
@@ -157,8 +159,7 @@ std::string KeepOwner(OutputFile& file, const struct stat& old) {
            std::to_string(groupKept ? old.st_gid : own.st_gid);
 }
 
-// Appends what there is to write and sees it to the disk. Gives why that failed, empty when it did
-// not.
+// Writes the text and syncs it to disk. Returns the reason for a failure; empty on success.
 std::string Fill(OutputFile& file, const std::function<std::string(OutputFile&)>& fill) {
     if (file.Error() != 0) return Reason(file.Error());
     const std::string problem = fill(file);
@@ -166,7 +167,7 @@ std::string Fill(OutputFile& file, const std::function<std::string(OutputFile&)>
     return file.Error() != 0 ? Reason(file.Error()) : problem;
 }
 
-// Copies a file that is whole over another.
+// Copies a complete file over another.
 void CopyInPlace(OutputFile& whole, OutputFile& target) {
     std::array<char, std::size_t{1} << 16> piece;
     whole.Note(lseek(whole.Descriptor(), 0, SEEK_SET) == 0);
@@ -180,7 +181,7 @@ void CopyInPlace(OutputFile& whole, OutputFile& target) {
     if (target.Error() == 0) target.Note(fsync(target.Descriptor()) == 0);
 }
 
-// Writes what is whole over the file that is there.
+// Overwrites the existing file with a complete text.
 std::string WriteInPlace(const std::string& path,
                          const std::function<std::string(OutputFile&)>& fill) {
     std::error_code none;
@@ -196,7 +197,7 @@ std::string WriteInPlace(const std::string& path,
     return Reason(target.Error() != 0 ? target.Error() : whole.Error());
 }
 
-// Gives why the file cannot be written, empty when it has been.
+// Returns the reason why the file cannot be written; empty on success.
 std::string WriteTo(const std::string& path, const WriteOptions& options,
                     const std::function<std::string(OutputFile&)>& fill, std::string& warning) {
     struct stat status {};

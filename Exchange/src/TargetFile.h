@@ -1,5 +1,5 @@
-// Files that are written as wholes: a file takes its target's place when it is complete and on the
-// disk, so that nobody ever sees half of it.
+// Files that are written completely or not at all: a file replaces its target once it is complete
+// and on disk, so that no reader ever sees half of it.
 
 #ifndef EXCHANGE_TARGETFILE_H
 #define EXCHANGE_TARGETFILE_H
@@ -12,10 +12,10 @@
 
 namespace exchange {
 
-// An open file; what goes wrong first is kept.
+// An open file; remembers the first error.
 class OutputFile {
   public:
-    // Takes over a descriptor, or -1 and the reason in errno.
+    // Takes ownership of a descriptor, or takes -1 and the reason from errno.
     explicit OutputFile(int descriptor);
     ~OutputFile() { Close(); }
     OutputFile(const OutputFile&) = delete;
@@ -25,9 +25,9 @@ class OutputFile {
     void Close();
 
     int Descriptor() const { return descriptor_; }
-    // 0 as long as nothing has gone wrong.
+    // 0 if there was no error.
     int Error() const { return error_; }
-    // Keeps the reason in errno when it did not succeed.
+    // Remembers errno if `succeeded` is false.
     void Note(bool succeeded);
 
   private:
@@ -35,14 +35,14 @@ class OutputFile {
     int error_ = 0;
 };
 
-// Writes a file with what `fill` appends to it; false, with a message, when that cannot be done or
-// when `fill` gives a reason why not. Then the target is as it was.
+// Writes a file with the text that `fill` appends. Returns false, with a message, if this fails or
+// if `fill` returns a reason to fail; the target is then unchanged.
 //
-// A device or a pipe is written as it is. A link stays, and what it leads to is written, also where
-// that is not there yet. A file keeps its mode, and its owner where the system allows that; a
-// warning tells where it does not. A file with further names (hard links) is refused unless
-// `options` ask for writing in place, which keeps names, owner and everything else, but leaves part
-// of the text when the machine fails meanwhile.
+// A device or pipe is written directly. If the target is a symbolic link, the file that it leads to
+// is written, even if it does not exist yet. A file keeps its mode, and its owner if the system
+// allows that; otherwise there is a warning. A file with further hard links is refused unless
+// `options` request writing in place, which keeps links, owner and everything else, but may leave a
+// partial text if the machine fails.
 bool WriteFile(const std::string& path, const WriteOptions& options,
                const std::function<std::string(OutputFile&)>& fill, Messages& messages);
 
