@@ -14,6 +14,7 @@ import pytest
 from conftest import (
     RULES,
     SANITIZED,
+    SOURCES,
     failures_in,
     marks_in,
     rows_in,
@@ -61,7 +62,7 @@ def test_files_that_belong_together_are_one_unit_and_none_is_twice(tmp_path):
         "    return name.split('-')[0] if '-' in name else None\n",
         tmp_path,
     )
-    units = _units.units_of(["/f/bolt-B", "/f/nut", "/f/bolt-A", "/f/nut"], rules)
+    units = _units.units_of(["/f/bolt-B", "/f/nut", "/f/bolt-A", "/f/nut"], rules, Reading())
     assert [(unit.name, unit.files) for unit in units] == [
         ("bolt", ("/f/bolt-A", "/f/bolt-B")),
         ("/f/nut", ("/f/nut",)),
@@ -167,6 +168,109 @@ def test_rules_may_import_what_stands_beside_them(tmp_path):
     )
     (table,) = _work.ask(unit_of(write_file(tmp_path / "a.stp", "a")), rules, Reading())
     assert table.rows == [(42,)]
+
+
+# ---- Pieces
+
+
+@pytest.fixture
+def plant_database(tmp_path):
+    """Two machines, one of them in two revisions, with a screw that both use, a spare that none uses,
+    and two parts that are components of each other."""
+    database = orx.new("cdma")
+    parts = {}
+
+    def part(number, change, *components):
+        made = database.create("part_object", S_PART_NUMBER=number, S_CHG_NUM=change, S_DESC=number)
+        parts[number, change] = made
+        made.KORASS = [
+            database.create("part_link", id=f"{number}{change}{i}", parent=made, ref=parts[c], origin=[i, 2.0, 3.0])
+            for i, c in enumerate(components)
+        ]
+        return made
+
+    part("screw", "A")
+    part("screw", "B")
+    part("lathe", "A", ("screw", "A"))
+    part("motor", "A")
+    part("lathe", "B", ("screw", "A"), ("motor", "A"))
+    part("drill", "A", ("screw", "B"), ("motor", "A"))
+    part("spare", "A")
+    hen, egg = part("hen", "A"), part("egg", "A", ("hen", "A"))
+    hen.KORASS = [database.create("part_link", id="hen", parent=hen, ref=egg)]
+    database.write(tmp_path / "plant.stp")
+    return tmp_path / "plant.stp"
+
+
+def test_a_data_set_is_asked_piece_by_piece_and_read_once_for_them(tmp_path, plant_database, monkeypatch):
+    rules = rules_of(
+        "def pieces(model):\n"
+        "    return {p.S_PART_NUMBER + p.S_CHG_NUM: p.number for p in model['part_object']}\n"
+        "def rows(model, number):\n"
+        "    yield {'id': model[number].S_PART_NUMBER}\n",
+        tmp_path,
+    )
+    units = _units.units_of([str(plant_database)], rules, Reading())
+    read = []
+    monkeypatch.setattr(Reading, "read", lambda self, file: read.append(file) or orx.read(file))
+    found = {}
+    for unit in units:
+        (table,) = _work.ask(unit, rules, Reading())
+        found[table.file] = table.rows
+    assert len(found) == 9
+    assert found[f"{plant_database}#screwB"] == [("screw",)]
+    assert read == [str(plant_database)]
+
+
+def test_a_data_set_that_cannot_be_cut_fails_for_the_reason(tmp_path):
+    text = "def pieces(model):\n    return 1 / 0\ndef rows(model, piece): pass\n"
+    rules = rules_of(text, tmp_path)
+    (unit,) = _units.units_of([str(write_file(tmp_path / "a.stp", "a"))], rules, Reading())
+    failure = _work.ask(unit, rules, Reading())
+    assert failure.message == f"{tmp_path}/rules.py:2: ZeroDivisionError: division by zero"
+
+
+def occurrences(step):
+    """Each use of a part in another, with its place."""
+    key = "RELATING_PRODUCT_DEFINITION", "RELATED_PRODUCT_DEFINITION"
+    return {
+        (link.ID, *(link[end].FORMATION.DESCRIPTION for end in key), *orx.GetAbsPlacement(link))
+        for link in step["NEXT_ASSEMBLY_USAGE_OCCURRENCE"]
+    }
+
+
+def formations(step):
+    return {f.DESCRIPTION: f.OF_PRODUCT.ID for f in step["PRODUCT_DEFINITION_FORMATION"]}
+
+
+def test_a_database_goes_out_in_whole_assemblies_with_all_revisions(tmp_path, plant_database, cluster):
+    sys.path.insert(0, str(SOURCES / "examples"))
+    from export import export
+
+    outcome = fleets.run(
+        SOURCES / "examples" / "export_fleet.py",
+        [plant_database],
+        f"sqlite:{tmp_path}/r.db",
+        scheduler=cluster.address,
+        variables={"FOLDER": str(tmp_path / "out"), "PARTS": "1"},
+    )
+    assert (outcome.failures, outcome.done) == ([], 4)
+    pieces = {file.name: orx.read(file) for file in (tmp_path / "out").iterdir()}
+    parts = {
+        name: sorted((f.OF_PRODUCT.ID, f.ID) for f in step["PRODUCT_DEFINITION_FORMATION"])
+        for name, step in pieces.items()
+    }
+    screws, motor = [("screw", "A"), ("screw", "B")], [("motor", "A")]
+    assert sorted(parts.values()) == sorted([
+        sorted([("lathe", "A"), ("lathe", "B"), *screws, *motor]),
+        sorted([("drill", "A"), *screws, *motor]),
+        [("spare", "A")],
+        [("egg", "A"), ("hen", "A")],
+    ])  # fmt: skip
+    # Nothing is otherwise than in the whole.
+    whole, _ = export(orx.read(plant_database))
+    assert set().union(*map(occurrences, pieces.values())) == occurrences(whole)
+    assert {k: v for step in pieces.values() for k, v in formations(step).items()} == formations(whole)
 
 
 # ---- What dies

@@ -14,6 +14,10 @@ been asked; a `rows(model, unit)` with two parameters gets all of them, a dict b
 are written in one transaction with the mark that it is done, so that a run that was cut off goes on
 where it stopped. What the functions remember of versions is forgotten after each unit.
 
+A large data set can be cut instead: `pieces(model)` gives a dict of names and whatever the rules know
+the pieces by, and `rows(model, piece)` is asked for each. A worker reads the data set once for all the
+pieces that it gets; a piece is marked, and told of, as FILE#NAME.
+
 `orx-fleet` is the same as a command.
 """
 

@@ -78,6 +78,13 @@ def bytes_of(text: str) -> int:
     return int(value)
 
 
+def definition(text: str) -> tuple[str, str]:
+    name, equals, value = text.partition("=")
+    if not equals or not name.isidentifier():
+        raise argparse.ArgumentTypeError(f"{text!r} is not of the form NAME=TEXT")
+    return name, value
+
+
 def positive(text: str) -> int:
     value = int(text) if text.isascii() and text.isdigit() else 0
     if value <= 0:
@@ -102,6 +109,8 @@ def parser() -> argparse.ArgumentParser:
     add("--memory", metavar="SIZE", type=bytes_of, help="what each of them may take: 4GB")
     add("-s", "--schema", metavar="FILE", action="append", default=[], help="an EXPRESS schema")
     add("--lenient", action="store_true", help="read damaged files as far as they go")
+    add("-D", "--define", metavar="NAME=TEXT", type=definition, action="append", default=[],
+        help="a global variable of the rules")  # fmt: skip
     add("--table", metavar="NAME", default="rows", help="the table of the rows; rows unless given")
     add("--retry-failed", action="store_true", help="ask again what failed in an earlier run")
     add("--dry-run", action="store_true", help="print the units that would be asked, one in a line")
@@ -171,6 +180,7 @@ def main(arguments: list[str] | None = None) -> int:
             memory=options.memory,
             schemas=options.schema,
             lenient=options.lenient,
+            variables=dict(options.define),
             table=options.table,
             retry_failed=options.retry_failed,
             dry_run=options.dry_run,

@@ -26,6 +26,8 @@ from orxexutilities.fleet._units import Reading, Rules, Unit, UsageError
 # A batch is to take about so long. It makes the rate of tasks one that depends on the number of
 # workers alone, whatever the size of the files; see docs/fleet.md.
 BATCH_SECONDS = 1.0
+# Towards the end they are smaller, but not smaller than that.
+LEAST_SECONDS = 0.1
 # Batches on the way for each worker: one is asked while the next waits.
 BATCHES_PER_WORKER = 2
 # What a file costs beside its bytes, in bytes that take as long.
@@ -55,7 +57,7 @@ class Batch:
 
 
 def _cost(unit: Unit) -> int:
-    return unit.size + FILE_COST * len(unit.files)
+    return unit.share + FILE_COST * len(unit.files)
 
 
 class Cluster:
@@ -65,6 +67,7 @@ class Cluster:
         if scheduler is not None:
             _check_address(scheduler)
         self._scheduler = scheduler
+        self._local = scheduler is None
         self._count = workers
         if memory is not None and memory < LEAST_MEMORY:
             raise UsageError(f"a worker needs {LEAST_MEMORY >> 20} MiB, {memory >> 20} MiB are too little")
@@ -123,7 +126,11 @@ class Cluster:
         deadline = time.monotonic() + self._patience
         while True:
             try:
-                self._client = Client(self._scheduler, timeout=5, set_as_default=False)
+                # Answers of other machines come through the scheduler: it alone is sure to be reached.
+                direct = True if self._local else None
+                self._client = Client(
+                    self._scheduler, timeout=5, set_as_default=False, direct_to_workers=direct
+                )
                 self._seen = 0.0
                 return
             except (OSError, TimeoutError) as error:
@@ -237,10 +244,10 @@ class Dispatch:
         if limits is None:
             return
         one, machine = limits
-        while self._units and self._units[0].size * MODEL_EXPANSION > one:
-            unit = self._units.popleft()
-            self._cost -= _cost(unit)
-            self._large.append(Batch([unit], careful=True, memory=machine))
+        large = [unit for unit in self._units if unit.size * MODEL_EXPANSION > one]
+        self._units = deque(unit for unit in self._units if unit.size * MODEL_EXPANSION <= one)
+        self._cost = sum(map(_cost, self._units))
+        self._large.extend(Batch([unit], careful=True, memory=machine) for unit in large)
 
     def answers(self) -> Iterator[tuple[Unit, _work.Answer]]:
         while self._units or self._again or self._large or self._flying:
@@ -281,6 +288,7 @@ class Dispatch:
         end at about the same time."""
         shares = BATCHES_PER_WORKER * max(1, len(self._cluster.workers))
         most = min(BATCH_SECONDS * self._rate, self._cost / shares)
+        most = max(most, LEAST_SECONDS * self._rate)
         units = [self._units.popleft()]
         cost = _cost(units[0])
         while self._units and cost + _cost(self._units[0]) <= most:

@@ -56,6 +56,7 @@ def run(
     memory: int | None = None,
     schemas: Iterable[str | os.PathLike[str]] = (),
     lenient: bool = False,
+    variables: Mapping[str, str] | None = None,
     table: str = "rows",
     retry_failed: bool = False,
     dry_run: bool = False,
@@ -70,6 +71,7 @@ def run(
     result        "sqlite:FILE", "postgresql://…", or a folder for one CSV file per file
     scheduler     the address of a Dask scheduler; without one, workers are started on this machine
     workers       how many of them, by default one for each processor; each takes `memory` bytes at most
+    variables     texts that a file of rules is given, as global variables by their names
     table         the table that the rows are written to
     retry_failed  asks again what failed in an earlier run; a file that has changed is always asked
     dry_run       asks and writes nothing, tells what would be asked
@@ -79,9 +81,9 @@ def run(
     the same call goes on from there.
     """
     progress = progress or Progress()
-    the_rules = Rules.of(rules, group)
-    units = units_of(files_of(files), the_rules)
+    the_rules = Rules.of(rules, group, variables)
     reading = Reading(tuple(os.path.abspath(schema) for schema in schemas), lenient)
+    units = units_of(files_of(files), the_rules, reading)
     store = store_for(os.fspath(result), table, patience)
     outcome = Outcome()
     try:

@@ -7,9 +7,11 @@ import os
 import sys
 import traceback
 import types
-from collections.abc import Callable, Hashable, Iterable, Iterator
-from dataclasses import dataclass
+from collections.abc import Callable, Hashable, Iterable, Iterator, Mapping
+from dataclasses import dataclass, field
 from typing import Any, NamedTuple
+
+import orxexutilities as orx
 
 # What a folder is searched for.
 SUFFIXES = (".stp", ".step", ".p21", ".stpx21")
@@ -36,10 +38,20 @@ class Unit:
     name: str
     files: tuple[str, ...]
     stamps: tuple[Stamp, ...]
+    # Of a piece of a data set: which, in how many pieces it is cut, and what the rules know it by.
+    source: str | None = None
+    pieces: int = 1
+    piece: Any = field(default=None, compare=False)
 
     @property
     def size(self) -> int:
+        """How many bytes are read for it."""
         return sum(stamp.size for stamp in self.stamps)
+
+    @property
+    def share(self) -> int:
+        """How many of them it is about."""
+        return self.size // self.pieces
 
 
 @dataclass(frozen=True, slots=True)
@@ -75,6 +87,9 @@ class Reading:
     schemas: tuple[str, ...] = ()
     lenient: bool = False
 
+    def read(self, file: str) -> Any:
+        return orx.read(file, schemas=self.schemas, lenient=self.lenient)
+
 
 @dataclass(frozen=True, slots=True)
 class Rules:
@@ -83,9 +98,15 @@ class Rules:
     path: str
     text: str = ""
     pickled: bytes = b""
+    variables: tuple[tuple[str, str], ...] = ()
 
     @classmethod
-    def of(cls, rules: Any, group: Callable[[str], Hashable] | None = None) -> Rules:
+    def of(
+        cls,
+        rules: Any,
+        group: Callable[[str], Hashable] | None = None,
+        variables: Mapping[str, str] | None = None,
+    ) -> Rules:
         if callable(rules):
             import cloudpickle
 
@@ -95,7 +116,7 @@ class Rules:
         path = os.path.abspath(rules)
         try:
             with open(path, encoding="utf-8") as file:
-                return cls(path, file.read())
+                return cls(path, file.read(), variables=tuple((variables or {}).items()))
         except (OSError, UnicodeDecodeError) as error:
             raise UsageError(f"{rules}: {getattr(error, 'strerror', None) or error}") from None
 
@@ -118,10 +139,11 @@ class Rules:
         if folder not in sys.path:
             sys.path.insert(0, folder)
         exec(compile(self.text, self.path, "exec"), module.__dict__)
+        module.__dict__.update(self.variables)
         rows = getattr(module, "rows", None)
         if not callable(rows):
             raise UsageError(f"{self.path}: there is no function rows(model)")
-        return Loaded(rows, getattr(module, "group", None))
+        return Loaded(rows, getattr(module, "group", None), getattr(module, "pieces", None))
 
     def place_of(self, error: BaseException) -> str:
         """An error, with the line of the rules that it came through."""
@@ -140,10 +162,11 @@ class Rules:
 class Loaded(NamedTuple):
     rows: Callable[..., Any]
     group: Callable[[str], Hashable] | None
+    pieces: Callable[[Any], Mapping[str, Any]] | None = None
 
     @property
-    def takes_unit(self) -> bool:
-        """Whether rows() wants the models of the whole unit too."""
+    def takes_two(self) -> bool:
+        """Whether rows() wants the models of the whole unit too, or the piece."""
         kinds = (inspect.Parameter.POSITIONAL_ONLY, inspect.Parameter.POSITIONAL_OR_KEYWORD)
         try:
             parameters = inspect.signature(self.rows).parameters.values()
@@ -181,22 +204,45 @@ def stamp_of(file: str) -> Stamp:
     return Stamp(status.st_size, status.st_mtime_ns)
 
 
-def units_of(files: Iterable[str], rules: Rules) -> list[Unit]:
-    """Each file once, in the units that group() puts together."""
+def units_of(files: Iterable[str], rules: Rules, reading: Reading) -> list[Unit]:
+    """Each file once, in the units that group() puts together, or in its pieces."""
     try:
-        group = rules.load().group
+        loaded = rules.load()
     except UsageError:
         raise
     except BaseException as error:
         raise UsageError(rules.place_of(error)) from None
+    files = dict.fromkeys(files)
+    if loaded.pieces is None:
+        return _groups(files, loaded, rules)
+    if loaded.group is not None:
+        raise UsageError(f"{rules.path}: there is group() or pieces(), not both")
+    return [unit for file in files for unit in _pieces(file, loaded, reading)]
+
+
+def _groups(files: Iterable[str], loaded: Loaded, rules: Rules) -> list[Unit]:
     members: dict[str, list[str]] = {}
-    for file in dict.fromkeys(files):
+    for file in files:
         try:
-            key = group(file) if group else None
+            key = loaded.group(file) if loaded.group else None
         except Exception as error:
             raise UsageError(f"group({file!r}): {rules.place_of(error)}") from None
         members.setdefault(file if key is None else str(key), []).append(file)
     return [
         Unit(name, tuple(sorted(together)), tuple(map(stamp_of, sorted(together))))
         for name, together in members.items()
+    ]
+
+
+def _pieces(file: str, loaded: Loaded, reading: Reading) -> list[Unit]:
+    """The pieces of a data set. One that cannot be cut is a unit, which will fail for the reason."""
+    assert loaded.pieces is not None
+    stamp = stamp_of(file)
+    try:
+        pieces = dict(loaded.pieces(reading.read(file)))
+    except Exception:
+        return [Unit(file, (file,), (stamp,))]
+    return [
+        Unit(f"{file}#{name}", (f"{file}#{name}",), (stamp,), file, len(pieces), piece)
+        for name, piece in pieces.items()
     ]

@@ -46,17 +46,20 @@ def ask_all(
         return time.monotonic() - start, answers
 
 
+# The data set that pieces were last asked of.
+_cut: dict[tuple[str, Any, Reading], orx.Model] = {}
+
+
 def ask(unit: Unit, rules: Rules, reading: Reading) -> Answer | Suspect:
     loaded = rules.load()
     models: dict[str, orx.Model] = {}
     counts: dict[str, int] = {}
     file = unit.files[0]
+    if unit.source is None:
+        _cut.clear()
     try:
         for file in unit.files:
-            with warnings.catch_warnings(record=True) as caught:
-                warnings.simplefilter("always", orx.DataWarning)
-                models[file] = orx.read(file, schemas=reading.schemas, lenient=reading.lenient)
-            counts[file] = sum(issubclass(w.category, orx.DataWarning) for w in caught)
+            models[file], counts[file] = _read(unit, file, reading)
     except MemoryError:
         return Suspect(unit)
     except orx.Error as error:
@@ -65,9 +68,13 @@ def ask(unit: Unit, rules: Rules, reading: Reading) -> Answer | Suspect:
         return failure(unit, file, f"{type(error).__name__}: {error}")
 
     try:
+        if loaded.pieces is not None and unit.source is None:
+            loaded.pieces(models[file])
+            raise ValueError("it could not be cut into pieces when the run began")
         tables = []
         for file, model in models.items():
-            found = loaded.rows(model, models) if loaded.takes_unit else loaded.rows(model)
+            second = models if unit.source is None else unit.piece
+            found = loaded.rows(model, second) if loaded.takes_two else loaded.rows(model)
             tables.append(_table(file, found, counts[file]))
         return tables
     except MemoryError:
@@ -76,6 +83,24 @@ def ask(unit: Unit, rules: Rules, reading: Reading) -> Answer | Suspect:
         return failure(unit, file, rules.place_of(error))
     finally:
         orx.RemoveValueVersion()
+
+
+def _read(unit: Unit, file: str, reading: Reading) -> tuple[orx.Model, int]:
+    """A model, and how many warnings came of it. That of pieces is kept for the next piece."""
+    if unit.source is not None:
+        key = (unit.source, unit.stamps, reading)
+        if key not in _cut:
+            _cut.clear()
+            _cut[key], _ = _counted(unit.source, reading)
+        return _cut[key], 0
+    return _counted(file, reading)
+
+
+def _counted(file: str, reading: Reading) -> tuple[orx.Model, int]:
+    with warnings.catch_warnings(record=True) as caught:
+        warnings.simplefilter("always", orx.DataWarning)
+        model = reading.read(file)
+    return model, sum(issubclass(warning.category, orx.DataWarning) for warning in caught)
 
 
 def failure(unit: Unit, file: str, message: str, line: int | None = None, column: int | None = None) -> Failure:
@@ -92,22 +117,41 @@ def _without_place(error: orx.Error) -> str:
 # ---- Rows
 
 
+# What is written as it is.
+_FLAT = frozenset({type(None), bool, int, float, str, bytes})
+
+
 def _table(file: str, found: Iterable[Mapping[str, Any]] | None, count: int) -> Table:
-    columns: dict[str, int] = {}
-    rows: list[Sequence[Any]] = []
+    columns: list[str] = []
+    rows: list[tuple[Any, ...]] = []
     for row in () if found is None else found:
-        if not isinstance(row, Mapping):
-            raise TypeError(f"rows() gave {_a(row)}, a dict is expected")
-        if row.keys() != columns.keys():
-            for name in row:
-                if name not in columns:
-                    _add(columns, name)
-        rows.append([_plain(name, row[name]) if name in row else None for name in columns])
+        if type(row) is dict and list(row) == columns:
+            values = tuple(row.values())
+        else:
+            values = _in_columns(columns, row)
+        if not _FLAT.issuperset(map(type, values)):
+            values = tuple(map(_plain, columns, values))
+        rows.append(values)
     width = len(columns)
-    return Table(file, tuple(columns), [(*row, *[None] * (width - len(row))) for row in rows], count)
+    if rows and len(rows[0]) < width:
+        rows = [(*row, *[None] * (width - len(row))) for row in rows]
+    for position, values in enumerate(zip(*rows)):
+        if int in set(map(type, values)) and any(map(_is_wide, values)):
+            rows = [(*r[:position], _narrow(r[position]), *r[position + 1 :]) for r in rows]
+    return Table(file, tuple(columns), rows, count)
 
 
-def _add(columns: dict[str, int], name: Any) -> None:
+def _in_columns(columns: list[str], row: Any) -> tuple[Any, ...]:
+    """The values of a row in the order of the columns, among which are now those of the row."""
+    if not isinstance(row, Mapping):
+        raise TypeError(f"rows() gave {_a(row)}, a dict is expected")
+    for name in row:
+        if name not in columns:
+            _add(columns, name)
+    return tuple(row[name] if name in row else None for name in columns)
+
+
+def _add(columns: list[str], name: Any) -> None:
     if not isinstance(name, str) or not name:
         raise TypeError(f"{name!r} cannot be the name of a column")
     folded = name.lower()
@@ -115,7 +159,7 @@ def _add(columns: dict[str, int], name: Any) -> None:
         raise ValueError("the column 'file' is the name of the file, a row may not have its own")
     if any(folded == other.lower() for other in columns):
         raise ValueError(f"{name!r} is the name of two columns: capitals do not count")
-    columns[name] = len(columns)
+    columns.append(name)
 
 
 def _a(value: object) -> str:
@@ -125,10 +169,7 @@ def _a(value: object) -> str:
 def _plain(column: str, value: Any) -> Any:
     """A value as a database holds it: unset and unknown as NULL, an instance as its number, a list as
     JSON, an integer of more than 64 bits as text."""
-    kind = type(value)
-    if kind is int:
-        return value if -(2**63) <= value < 2**63 else str(value)
-    if value is None or kind in (str, float, bool, bytes):
+    if type(value) in _FLAT:
         return value
     if value is orx.UNKNOWN:
         return None
@@ -148,6 +189,14 @@ def _plain(column: str, value: Any) -> Any:
         if isinstance(value, base):
             return _plain(column, base(value))
     raise TypeError(f"column {column!r}: {_a(value)} cannot be written")
+
+
+def _is_wide(value: Any) -> bool:
+    return isinstance(value, int) and not -(2**63) <= value < 2**63
+
+
+def _narrow(value: Any) -> Any:
+    return str(value) if _is_wide(value) else value
 
 
 def _members(column: str, value: Any) -> Any:

@@ -1,0 +1,157 @@
+#!/usr/bin/python3
+"""Measures orx-fleet against a loop in one process that reads, asks and inserts the same, and how many
+tasks a second the scheduler takes when there is nothing to do in them.
+
+    PYTHONPATH=build/release/python benchmarks/fleet.py GENERATE_STEP [FILES [ROUNDS]]
+
+GENERATE_STEP is the generator of the benchmarks, build/release/bin/generate-step. Loop and runs take
+turns, and the ratios are of what was measured in the same round; that of the middle round counts.
+"""
+
+import contextlib
+import os
+import shutil
+import sqlite3
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+import orxexutilities as orx
+from orxexutilities import fleet
+
+KINDS = 8  # of files, each copied as often as needed
+OCCURRENCES = 200
+
+RULES = '''
+import orxexutilities as orx
+
+def rows(model):
+    """An occurrence with its parts and its place."""
+    for link in model["NEXT_ASSEMBLY_USAGE_OCCURRENCE"]:
+        place = orx.GetAbsPlacement(link)
+        component = link.RELATED_PRODUCT_DEFINITION
+        yield {
+            "id": link.ID,
+            "parent": link.RELATING_PRODUCT_DEFINITION.FORMATION.OF_PRODUCT.ID,
+            "part": component.FORMATION.OF_PRODUCT.ID,
+            "assembly": orx.IsAnAssembly(component),
+            "x": place[9],
+            "y": place[10],
+            "z": place[11],
+        }
+'''
+
+
+def make_files(generate, folder, count):
+    patterns = []
+    for kind in range(KINDS):
+        path = folder / f"pattern{kind}"
+        with open(path, "wb") as file:
+            subprocess.run([generate, str(OCCURRENCES + kind), "1.0"], stdout=file, check=True)
+        patterns.append(path)
+    files = folder / "files"
+    files.mkdir()
+    for number in range(count):
+        shutil.copyfile(patterns[number % KINDS], files / f"f{number}.stp")
+    return sorted(map(str, files.iterdir()))
+
+
+def plain_loop(files, database):
+    """The same by hand: a transaction for each file, its rows and its mark."""
+    space = {}
+    exec(RULES, space)
+    rows = space["rows"]
+    connection = sqlite3.connect(database)
+    connection.execute("PRAGMA journal_mode = WAL")
+    connection.execute("PRAGMA synchronous = NORMAL")
+    connection.execute("CREATE TABLE done (file TEXT PRIMARY KEY, rows BIGINT)")
+    connection.execute("CREATE TABLE rows (file TEXT NOT NULL, id, parent, part, assembly, x, y, z)")
+    connection.execute("CREATE INDEX rows_file ON rows (file)")
+    for file in files:
+        model = orx.read(file)
+        found = [(file, *row.values()) for row in rows(model)]
+        connection.execute("INSERT INTO done VALUES (?, ?)", (file, len(found)))
+        connection.executemany("INSERT INTO rows VALUES (?, ?, ?, ?, ?, ?, ?, ?)", found)
+        connection.commit()
+        orx.RemoveValueVersion()
+    connection.close()
+
+
+def content(database):
+    with contextlib.closing(sqlite3.connect(database)) as connection:
+        return connection.execute(
+            "SELECT count(*), count(DISTINCT file), total(x), total(y), total(z), total(assembly) FROM rows"
+        ).fetchone()
+
+
+def measure(files, rules, folder):
+    """Seconds of the loop; and with one worker and two, of the asking and of the whole run."""
+    loop = folder / "loop.db"
+    start = time.perf_counter()
+    plain_loop(files, loop)
+    found = {"loop": (time.perf_counter() - start,) * 2}
+    for workers in (1, 2):
+        result = folder / f"fleet{workers}.db"
+        start = time.perf_counter()
+        outcome = fleet.run(rules, files, f"sqlite:{result}", workers=workers)
+        found[workers] = (outcome.seconds, time.perf_counter() - start)
+        if content(result)[:2] != content(loop)[:2] or not close(content(result), content(loop)):
+            sys.exit(f"the rows differ: {content(result)} with {workers} workers, {content(loop)} in the loop")
+    for database in folder.glob("*.db*"):
+        database.unlink()
+    return found
+
+
+def close(left, right):
+    return all(abs(a - b) <= 1e-6 * max(1.0, abs(a)) for a, b in zip(left, right))
+
+
+def tasks_a_second(workers, count=4000):
+    """With empty tasks, sent as orx-fleet sends batches: a few for each worker at a time."""
+    from orxexutilities.fleet import _cluster
+
+    with _cluster.Cluster(None, workers, None, 60) as cluster:
+        cluster.send(int).result()
+        start = time.perf_counter()
+        waiting, sent = [], 0
+        while sent < count or waiting:
+            while sent < count and len(waiting) < 8 * workers:
+                waiting.append(cluster.send(int))
+                sent += 1
+            waiting.pop(0).result()
+        few = count / (time.perf_counter() - start)
+        start = time.perf_counter()
+        cluster._client.gather([cluster.send(int) for _ in range(count)])
+        return few, count / (time.perf_counter() - start)
+
+
+def main():
+    generate = sys.argv[1]
+    count = int(sys.argv[2]) if len(sys.argv) > 2 else 400
+    rounds = int(sys.argv[3]) if len(sys.argv) > 3 else 3
+    with tempfile.TemporaryDirectory(prefix="orx-bench-") as name:
+        folder = Path(name)
+        files = make_files(generate, folder, count)
+        rules = folder / "rules.py"
+        rules.write_text(RULES)
+        size = sum(map(os.path.getsize, files)) / 1e6
+        print(f"{count} files, {size:.0f} MB, {os.cpu_count()} processors, load {os.getloadavg()[0]:.1f}")
+        measured = [measure(files, rules, folder) for _ in range(rounds)]
+    print(f"{'':12}{'asking':>10}{'times':>8}{'whole':>10}{'times':>8}")
+    for what in ("loop", 1, 2):
+        name = "loop" if what == "loop" else f"{what} worker{'s' * (what > 1)}"
+        line = f"{name:12}"
+        for part in (0, 1):
+            seconds = statistics.median(m[what][part] for m in measured)
+            ratio = statistics.median(m["loop"][0] / m[what][part] for m in measured)
+            line += f"{seconds:9.2f}s{ratio:8.2f}"
+        print(line)
+    few, many = tasks_a_second(2)
+    print(f"empty tasks a second: {few:.0f} a few at a time, {many:.0f} all at once")
+
+
+if __name__ == "__main__":
+    main()
