@@ -1,8 +1,8 @@
 // Values in the notation of exchange files (ISO 10303-21). The functions append to a text.
 //
-// A string is enclosed in apostrophes. Apostrophes and backslashes are doubled; characters below
-// U+0100 that are not printable ASCII are written as \X\hh, characters beyond as \X2\...\X0\
-// directives, and those beyond U+FFFF as \X4\...\X0\ directives.
+// A string is enclosed in apostrophes. Apostrophes and backslashes are doubled. Other characters
+// that are not printable ASCII are written as directives: \X\hh below U+0100, \X2\hhhh\X0\ beyond,
+// and \X4\hhhhhhhh\X0\ beyond U+FFFF.
 
 #ifndef EXCHANGETEXT_H
 #define EXCHANGETEXT_H
