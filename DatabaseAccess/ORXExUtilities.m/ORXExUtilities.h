@@ -14,9 +14,9 @@
 //   logical result is TRUE or FALSE, never UNKNOWN.
 // - Each call opens a trace scope under the function's label and, if level 12 is active, traces
 //   what it reads and decides (KORPSNTrace.h). Tracing never changes a result.
-// - No state is kept between calls, except by IsVersion (see there). Call one function at a time;
-//   functions that neither create instances nor change that state may run on several threads at
-//   once, over models that no thread writes.
+// - No state is kept between calls, except by IsVersion (see there). Functions that neither create
+//   instances nor use that state may run on several threads at once, over models that no thread
+//   writes; all others run one at a time.
 //
 // Each function documents its arguments, its default, and the attributes and entity extents that it
 // reads. "Part", "model", "document" and "effectivity" are entity instances of the database, a
