@@ -1,7 +1,7 @@
 // The product structure of a data set: parts, and their occurrences in other parts.
 //
-// Exchange data: the PRODUCT_DEFINITIONs over NEXT_ASSEMBLY_USAGE_OCCURRENCE. Database side: the
-// part_objects over their links (KORASS).
+// Exchange data: the PRODUCT_DEFINITIONs connected by NEXT_ASSEMBLY_USAGE_OCCURRENCEs. Database:
+// part_objects connected by their links (KORASS).
 
 #ifndef HOST_ASSEMBLY_H
 #define HOST_ASSEMBLY_H
@@ -29,10 +29,10 @@ struct Occurrence {
 
 struct Part {
     SdaiEntityInstance* instance;
-    std::string id;                       // as the data have them: UTF-8
-    std::string name;                     // the id, or "#12", where the data name nothing
-    std::vector<Occurrence> occurrences;  // what the part consists of, in the order of the data
-    bool isUsed = false;                  // in another part
+    std::string id;                       // as in the data, in UTF-8
+    std::string name;                     // the id, or "#12", if the data have no name
+    std::vector<Occurrence> occurrences;  // the components of the part, in the order of the data
+    bool isUsed = false;                  // by another part
 };
 
 // A place in the tree.
@@ -40,16 +40,16 @@ struct Node {
     const Part* part;
     const Part* parent;  // null for a root
     std::span<const Occurrence>
-        occurrences;    // of the part in its parent that this place stands for
+        occurrences;    // of the part in its parent, represented by this place
     std::size_t level;  // 0 for a root
-    bool isLast;        // of the places under its parent
-    // Why nothing is shown below: the part is one of those that it consists of, in damaged data; or
-    // the depth is reached.
+    bool isLast;        // among the places under its parent
+    // The reason why nothing is shown below: the part contains itself, in damaged data, or the
+    // depth limit is reached.
     bool isCycle = false;
     bool isCut = false;
 };
 
-// Valid as long as its model is, and not copied: nodes and occurrences point into it.
+// Valid as long as its model; not copyable, since nodes and occurrences point into it.
 class Assembly {
   public:
     explicit Assembly(const kor::Model& model);
@@ -59,20 +59,20 @@ class Assembly {
     bool IsDatabase() const { return isDatabase_; }
     // In the order of the data.
     const std::vector<Part>& Parts() const { return parts_; }
-    // Those that no other uses; of parts that use each other in a circle, the first one.
+    // The parts that no other part uses; of a cycle of parts, the first one.
     const std::vector<const Part*>& Roots() const { return roots_; }
     std::size_t LinkCount() const { return linkCount_; }
 
-    // The part that an instance is (a part_object, PRODUCT_DEFINITION); null for any other.
+    // The part for an instance (a part_object or PRODUCT_DEFINITION); null for any other instance.
     const Part* Find(const SdaiEntityInstance* instance) const;
 
-    // Walks the tree from every root downwards, each part before what it consists of, as long as
-    // visit gives true. Several occurrences of one part in another are one place, or one each
-    // (`single`). Shared sub-assemblies are walked wherever they occur.
+    // Walks the tree from every root down, visiting each part before its components, as long as
+    // visit returns true. Several occurrences of one part in another are a single place, or one
+    // place each (`single`). Shared subassemblies are visited wherever they occur.
     void Walk(std::size_t depth, bool single, const std::function<bool(const Node&)>& visit) const;
 
-    // The number of places that Walk would visit, however many; none where parts consist of
-    // themselves, which Walk alone finds out.
+    // The number of places that Walk would visit; no value if a part contains itself, which only
+    // Walk can resolve.
     std::optional<double> CountPlaces(std::size_t depth, bool single) const;
 
   private:
@@ -97,13 +97,12 @@ using Placement = std::array<double, 12>;
 
 constexpr Placement kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
 
-// The placement of a component in its parent: what GetAbsPlacement gives for exchange data; for the
-// database side that of the link's origin, axis and ref_direction.
+// The placement of a component in its parent: the result of GetAbsPlacement for exchange data; for
+// the database, that of the link's origin, axis and ref_direction.
 Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
                       const calls::Module& module);
 
-// The placement in the outer frame of what is placed by `inner` in a frame that is placed by
-// `outer`.
+// The composition of two placements: `inner` within a frame that is placed by `outer`.
 Placement Compose(const Placement& outer, const Placement& inner);
 
 }  // namespace host

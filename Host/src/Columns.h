@@ -1,4 +1,4 @@
-// Rows of fields, one line each.
+// Rows of fields, one per line.
 
 #ifndef HOST_COLUMNS_H
 #define HOST_COLUMNS_H
@@ -10,9 +10,8 @@
 
 namespace host {
 
-// Aligned: columns of a width each, under headers, for a terminal. Tabs: the fields with tabs
-// between, without headers. Csv: RFC 4180, headers first. Json: not as rows but as objects, which
-// whoever has the values writes.
+// Aligned: columns with headers, for a terminal. Tabs: fields separated by tabs, without headers.
+// Csv: RFC 4180, with headers. Json: objects instead of rows, written by the caller.
 enum class Form { Aligned, Tabs, Csv, Json };
 
 class Columns {
@@ -22,11 +21,11 @@ class Columns {
         : form_(form), headers_(std::move(headers)) {}
     Columns(const Columns&) = delete;
     Columns& operator=(const Columns&) = delete;
-    // Writes the rows that wait.
+    // Writes the pending rows.
     ~Columns();
 
-    // Adds a row of printable UTF-8. Aligned rows wait until the widths are known: those of the
-    // first thousand rows.
+    // Adds a row of printable UTF-8. Aligned rows are held back until the widths are known, which
+    // are those of the first thousand rows.
     void Add(std::vector<std::string> fields);
 
   private:
@@ -40,8 +39,8 @@ class Columns {
     bool begun_ = false;
 };
 
-// A field of CSV: between double quotes where it holds a comma, a quote, a line break or blanks at
-// its ends.
+// A CSV field: in double quotes if it contains a comma, a quote or a line break, or begins or ends
+// with a blank.
 std::string CsvField(std::string_view text);
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// The commands of orx. Each gives the exit status, or throws Unusable.
+// The commands of orx. Each returns the exit status or throws Unusable.
 
 #ifndef HOST_COMMANDS_H
 #define HOST_COMMANDS_H

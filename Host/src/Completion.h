@@ -1,4 +1,4 @@
-// What a statement that is being typed may go on with.
+// Completion of a statement while it is typed.
 
 #ifndef HOST_COMPLETION_H
 #define HOST_COMPLETION_H
@@ -14,13 +14,12 @@
 namespace host {
 
 struct Completion {
-    std::size_t start;                    // where the word that is being typed begins
-    std::vector<std::string> candidates;  // in alphabetical order, the word is the start of each
+    std::size_t start;                    // the start of the word being typed
+    std::vector<std::string> candidates;  // in alphabetical order; each begins with the word
 };
 
-// For a statement as far as it is typed, which may be of several lines. Names match without regard
-// to case. Attributes are those of the instance that stands before the point; where there is none,
-// those of all entity types.
+// Completes a statement typed so far, possibly in several lines. Names are case-insensitive.
+// Attributes are those of the instance before the point or, if there is none, of all entity types.
 Completion Complete(std::string_view statement, const Session& session, const Evaluator& evaluator);
 
 }  // namespace host

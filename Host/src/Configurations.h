@@ -1,5 +1,5 @@
-// Configuration items, effectivities and version families of a data set, on either side. Texts are
-// readable (see Readable in Output.h).
+// Configuration items, effectivities and version families of a data set, either exchange data or
+// database. Texts are readable (see Readable in Output.h).
 
 #ifndef HOST_CONFIGURATIONS_H
 #define HOST_CONFIGURATIONS_H
@@ -16,9 +16,9 @@ namespace host {
 struct ConfigurationItem {
     std::string id;
     std::string name;
-    std::string productConcept;         // of exchange data: the product concept
+    std::string productConcept;         // exchange data only: the product concept
     std::vector<std::string> designs;   // the parts that are configured
-    std::vector<std::string> handlers;  // of the database side: what applies the configuration
+    std::vector<std::string> handlers;  // database only: the handlers that apply the configuration
 };
 
 // An end of an effectivity.
@@ -32,7 +32,7 @@ struct Effectivity {
     enum class Scale { None, Dates, Ranks };
 
     std::string id;
-    std::string option;  // that it hangs on
+    std::string option;  // that it depends on
     Scale scale = Scale::None;
     Bound start;
     Bound end;
@@ -55,7 +55,7 @@ std::vector<ConfigurationItem> ConfigurationItems(const kor::Model& model,
 std::vector<Effectivity> Effectivities(const kor::Model& model, const Assembly& assembly,
                                        const calls::Module& module);
 
-// Of exchange data, those with more than one version.
+// In exchange data, only those with more than one version.
 std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assembly& assembly);
 
 }  // namespace host

@@ -1,5 +1,5 @@
-// Drawings for a page, as SVG elements without a style of their own: the page's style sheet gives
-// colours to their classes.
+// Drawings for a page, as unstyled SVG elements: the page's style sheet sets the colours of their
+// classes.
 
 #ifndef HOST_DRAWING_H
 #define HOST_DRAWING_H
@@ -20,19 +20,19 @@ struct Frame {
 
     std::string label;  // readable
     Placement placement;
-    std::size_t parent = kNoParent;  // its number among the frames
+    std::size_t parent = kNoParent;  // its index among the frames
     std::size_t level = 0;
 };
 
-// Whether a frame has a place that can be drawn.
+// Whether a frame has a position that can be drawn.
 bool IsDrawable(const Frame& frame);
 
-// The frames in isometric projection: x to the lower right, y to the upper right, z upwards. Those
-// that cannot be drawn are left out. Frames that fall together have one label.
+// The frames in isometric projection: x to the lower right, y to the upper right, z up. Frames that
+// cannot be drawn are omitted. Frames at the same position share a label.
 std::string DrawFrames(std::span<const Frame> frames);
 
-// Effectivities as bars over their dates or ranks, one below the other; an open end goes on in an
-// arrow. Those without a start or end that is a number on the scale are left out.
+// Effectivities as bars over their dates or ranks, one below the other; an open end is drawn as an
+// arrow. Effectivities without a start or end on the scale are omitted.
 std::string DrawBars(std::span<const Effectivity* const> effectivities, Effectivity::Scale scale);
 
 }  // namespace host

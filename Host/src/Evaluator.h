@@ -1,4 +1,4 @@
-// Carries out statements.
+// Executes statements.
 
 #ifndef HOST_EVALUATOR_H
 #define HOST_EVALUATOR_H
@@ -17,13 +17,13 @@
 
 namespace host {
 
-// What becomes of what is wrong.
+// How errors are handled.
 struct Leniency {
-    // Told of an attribute that an instance lacks, which then is unset, and of a value of another
-    // kind than the schema declares, which then is kept. Where it is empty, either is an error.
+    // Called for an attribute that an instance does not have, which then counts as unset, and for a
+    // value of another kind than declared, which then is kept. If empty, both are errors.
     std::function<void(const ScriptError&)> warn;
-    // Told of a member of an EACH that fails; the next one follows. Where it is empty, the EACH
-    // ends.
+    // Called for a member of an EACH that fails; the EACH continues with the next one. If empty,
+    // the EACH ends.
     std::function<void(const ScriptError&)> skip;
 };
 
@@ -37,16 +37,16 @@ class Evaluator {
           leniency_(std::move(leniency)),
           trace_(trace) {}
 
-    // Throws ScriptError when the statement fails; what it did before that stays done.
+    // Throws ScriptError if the statement fails; its effects up to that point remain.
     void Run(const Statement& statement);
 
     // A value; a model is an error.
     SdaiPrimitiveH Evaluate(const Expression& expression) const;
 
-    // The value of an expression that is text by itself. Throws ScriptError where it is none.
+    // The value of an expression given as text. Throws ScriptError if it is not an expression.
     SdaiPrimitiveH ValueOf(std::string_view expression, Position position) const;
 
-    // What LET has named.
+    // The variables defined by LET.
     std::vector<std::string> VariableNames() const;
 
   private:
@@ -77,7 +77,7 @@ class Evaluator {
     const kor::EntityType& EntityNamed(const Expression& expression, kor::Model& model) const;
     void Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
              const SdaiPrimitiveH& value) const;
-    // Throw where the value may not become that of the attribute.
+    // Throw if the attribute does not accept the value.
     void CheckPut(const kor::EntityType& entity, const std::string& attribute, Position position,
                   const SdaiPrimitiveH& value) const;
     void CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,
@@ -92,7 +92,7 @@ class Evaluator {
     Session& session_;
     Printer& printer_;
     const Leniency leniency_;
-    TraceView* const trace_;  // is told of each call; may be null
+    TraceView* const trace_;  // notified of each call; may be null
     Variables variables_;
 };
 

@@ -1,4 +1,4 @@
-// Ctrl-C while a statement is carried out: the statement ends, the program goes on.
+// Ctrl-C while a statement runs: the statement ends, the program continues.
 
 #ifndef HOST_INTERRUPT_H
 #define HOST_INTERRUPT_H
@@ -7,10 +7,10 @@
 
 namespace host {
 
-// Ends what is carried out; what it did before stays done.
+// Thrown to end the statement; its effects up to that point remain.
 struct Interrupted {};
 
-// While it lives, SIGINT is noted instead of ending the program. There is one at a time.
+// While it exists, SIGINT is noted instead of ending the program. Only one may exist at a time.
 class InterruptsNoted {
   public:
     InterruptsNoted();
@@ -22,11 +22,11 @@ class InterruptsNoted {
     struct sigaction before_;
 };
 
-// Notes an interrupt that is no signal; forgets one.
+// Notes an interrupt other than a signal; clears the note.
 void NoteInterrupt();
 void ForgetInterrupt();
 
-// Throws Interrupted when an interrupt has been noted, which is forgotten.
+// Throws Interrupted if an interrupt was noted, and clears the note.
 void ThrowIfInterrupted();
 
 }  // namespace host

@@ -1,5 +1,5 @@
-// JSON (RFC 8259), written from left to right into a text: nothing is kept but what is written, so
-// that results of any size need no more memory than their text.
+// JSON (RFC 8259), written sequentially into a text, so that results of any size need no more
+// memory than their text.
 
 #ifndef HOST_JSON_H
 #define HOST_JSON_H
@@ -12,7 +12,7 @@ namespace host {
 
 class Json {
   public:
-    // {...} and [...] around what write() writes.
+    // {...} and [...] around the output of write().
     template <class Write>
     Json& Object(Write write) {
         Begin('{');
@@ -28,12 +28,11 @@ class Json {
         return *this;
     }
 
-    // The name of what is written next, a member of an object.
+    // The name of the next member of an object.
     Json& Name(std::string_view name);
 
-    // Values. A text is UTF-8: its control characters (see IsControl) are escaped, and U+FFFD takes
-    // the place of what is no character. A real that is not finite becomes a text: "nan", "inf",
-    // "-inf".
+    // Values. Texts are UTF-8: control characters (see IsControl) are escaped, and U+FFFD replaces
+    // invalid bytes. A real that is not finite becomes a text: "nan", "inf", "-inf".
     Json& Text(std::string_view utf8);
     Json& Integer(std::int64_t value);
     Json& Count(std::uint64_t value);
@@ -45,7 +44,7 @@ class Json {
     const std::string& Line() const { return text_; }
 
   private:
-    // Sets a value off from the one before.
+    // Separates a value from the previous one.
     void Separate();
     void Begin(char bracket);
     void Quote(std::string_view utf8);

@@ -14,22 +14,22 @@ namespace host {
 
 class LineEditor {
   public:
-    // What the line up to the cursor may go on with.
+    // Completes the line up to the cursor.
     using Complete = std::function<Completion(std::string_view line)>;
 
-    // Edits lines when the standard input and output are a terminal.
+    // Edits lines if standard input and output are a terminal.
     explicit LineEditor(Complete complete);
     ~LineEditor();
 
     bool IsInteractive() const { return terminal_ != nullptr; }
 
-    // What came of a line. On a terminal, Ctrl-C cancels the line and Ctrl-D on an empty one ends
-    // the input.
-    // An input that cannot be read is told, and Unusable thrown.
+    // The outcome of reading a line. On a terminal, Ctrl-C cancels the line, and Ctrl-D on an empty
+    // line ends the input. Reports an input that cannot be read and throws Unusable.
     enum class Result { Line, Cancelled, End };
     Result Read(const std::string& prompt, std::string& line);
 
-    // Whether a question is answered with yes; so it is where the input ends. On a terminal only.
+    // Asks a question, on a terminal only; returns whether the answer is yes, which it is also at
+    // the end of the input.
     bool Ask(const std::string& question);
 
   private:
@@ -37,8 +37,8 @@ class LineEditor {
     std::unique_ptr<Terminal> terminal_;
 };
 
-// The file that keeps the history of the user: orx/history in $XDG_STATE_HOME, or in
-// ~/.local/state. Empty where there is no home, or where it is another user's (as under sudo).
+// The file with the user's history: orx/history in $XDG_STATE_HOME or ~/.local/state. Empty if
+// there is no home directory, or if it belongs to another user (as under sudo).
 std::string HistoryFile();
 
 }  // namespace host

@@ -1,5 +1,5 @@
-// Data sets and the module, as the command line names them. What cannot be loaded or saved is told,
-// and Unusable thrown.
+// Loads and saves the data sets and the module named on the command line. Errors are reported, and
+// Unusable is thrown.
 
 #ifndef HOST_LOADING_H
 #define HOST_LOADING_H
@@ -15,22 +15,22 @@
 
 namespace host {
 
-// Refuses a command line that would write over what it reads (a trace or a page in the place of a
-// data set, schema or script), or two things into one file.
+// Rejects a command line that would overwrite an input (such as a data set, schema or script with a
+// trace or page), or write two results to the same file.
 void CheckTargets(const Options& options);
 
-// The whole of a file or, for "-", of the standard input: one that cannot be read to its end is
-// refused. And what it is called in messages.
+// The complete text of a file or, for "-", of the standard input, which must be readable to its
+// end; and its name in messages.
 std::string ReadText(const std::string& file);
 std::string TextName(const std::string& file);
 
-// Reads or makes a data set as the command line names it, [NAME=]FILE or NAME=SCHEMA.
+// Reads or creates a data set given on the command line, as [NAME=]FILE or NAME=SCHEMA.
 void AddModel(Session& session, const Options::Model& model, bool lenient);
 
 // Reads the schemas and the data sets.
 void Load(Session& session, const Options& options);
 
-// Switches the trace on where it is asked for.
+// Switches the trace on if requested.
 void StartTrace(TraceView& trace, const Options& options);
 
 // The functions must be in the export table.
@@ -38,7 +38,7 @@ void CheckFunctions(const std::vector<std::string>& names);
 
 std::unique_ptr<calls::Module> LoadModule(const Options& options);
 
-// Whether the models that are to be saved are there; to be asked before anything runs.
+// Checks that the models to be saved exist; call before anything runs.
 void CheckSaves(const Session& session, const Options& options);
 void Save(Session& session, const Options& options);
 

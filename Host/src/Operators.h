@@ -10,13 +10,14 @@
 
 namespace host {
 
-// Numbers compare by their value whatever their kinds, texts by their characters, logicals as
-// FALSE, UNKNOWN, TRUE; instances are equal when they are one; unset equals unset alone. Values of
-// different kinds are not equal. Nothing for an order of values that have none.
+// Numbers are compared by value, even of different kinds, texts by characters, logicals in the
+// order FALSE, UNKNOWN, TRUE. Instances are equal if they are the same; unset equals only unset.
+// Values of different kinds are not equal. No value if the operator needs an order and the values
+// have none.
 std::optional<SdaiLogical> Compare(Operator comparison, const SdaiPrimitiveH& left,
                                    const SdaiPrimitiveH& right);
 
-// The truth value that a value is; an unset one is UNKNOWN. Nothing for any other value.
+// The truth value of a logical; UNKNOWN for an unset value. No value for any other value.
 std::optional<SdaiLogical> TruthOf(const SdaiPrimitiveH& value);
 
 }  // namespace host

@@ -1,4 +1,4 @@
-// What the command line asks for.
+// The options of the command line.
 
 #ifndef HOST_OPTIONS_H
 #define HOST_OPTIONS_H
@@ -10,7 +10,7 @@
 namespace host {
 
 struct Options {
-    // A data set to read or to make, in the order of the command line.
+    // A data set to read or create, in the order of the command line.
     struct Model {
         bool isNew;
         std::string argument;
@@ -24,8 +24,9 @@ struct Options {
 
     // Of tree.
     bool placements = false;
-    std::size_t depth = 100;        // deeper than assemblies go; only damaged data do
-    std::size_t lines = 1'000'000;  // more than anybody reads; shared sub-assemblies may have more
+    std::size_t depth = 100;  // deeper than any real assembly
+    std::size_t lines =
+        1'000'000;  // more than anybody reads; shared subassemblies can produce more
 
     // Of diff.
     double tolerance = 0;

@@ -1,4 +1,4 @@
-// How results are shown: as values of exchange files (ISO 10303-21), or as JSON.
+// The display of results: in the notation of exchange files (ISO 10303-21), or as JSON.
 
 #ifndef HOST_OUTPUT_H
 #define HOST_OUTPUT_H
@@ -17,26 +17,27 @@
 
 namespace host {
 
-// The value as text: 'text' 12 1.5 .T. #12 (1.,0.,0.) $; an instance of another than the first
-// model as @name#12.
+// The value as text: 'text' 12 1.5 .T. #12 (1.,0.,0.) $; an instance of a model other than the
+// first as @name#12.
 std::string ToText(const SdaiPrimitiveH& value, const Session& session);
 
-// The value as a reader takes it: as above, but texts with their characters, printable, where
-// ToText has directives; for CSV a text without its quotes, and nothing for unset.
+// The value for a reader: as above, but with the printable characters of texts instead of
+// directives; for CSV, a text without its quotes, and nothing for unset.
 std::string ToShown(const SdaiPrimitiveH& value, const Session& session, Form form);
 
 // The value as JSON.
 void WriteValue(Json& json, const SdaiPrimitiveH& value, const Session& session);
 
-// A text of the data, as UTF-8, for a reader: printable (see Printable.h).
+// A text of the data for a reader, as printable UTF-8 (see Printable.h).
 std::string Readable(std::string_view utf8);
 
-// The name of a file or of a model, which is as the system has it (UTF-8 as a rule, else
-// ISO 8859-1), as UTF-8; the same for a reader.
+// The name of a file or model, as the system has it (normally UTF-8, otherwise ISO 8859-1), as
+// UTF-8; and the same for a reader.
 std::string NameToUtf8(std::string_view name);
 std::string ReadableName(std::string_view name);
 
-// The form of results that the command line asks for: columns on a terminal, tabs otherwise.
+// The format of results that the command line selects: by default, columns on a terminal and tabs
+// otherwise.
 Form FormOf(const Options& options);
 
 // Prints results to the standard output.
@@ -54,7 +55,7 @@ class Printer {
                std::span<const SdaiPrimitiveH> values);
     void End();
 
-    // An error in a script, where results are objects.
+    // An error in a script, if results are objects.
     void PrintError(const std::string& source, const ScriptError& error);
 
   private:

@@ -7,24 +7,24 @@
 
 namespace host {
 
-// While it lives, what goes to std::cout waits until it is more than the terminal has lines, and
-// goes through a pager from then on: $PAGER, or less or more where it is not set. An empty $PAGER
-// asks for none. Less that fits goes to the terminal at the end. Leaving the pager early is an
+// While it exists, output to std::cout is held back until it exceeds the lines of the terminal, and
+// then goes through a pager: $PAGER or, if it is not set, less or more. An empty $PAGER disables
+// it. Output that fits is written to the terminal at the end. Leaving the pager early is an
 // interrupt (see Interrupt.h).
 class Pager {
   public:
     Pager();
-    // Waits until the pager has been left.
+    // Waits until the user leaves the pager.
     ~Pager();
     Pager(const Pager&) = delete;
     Pager& operator=(const Pager&) = delete;
 
-    // Whether the user has left the pager before the end of the output.
+    // Whether the user left the pager before the end of the output.
     bool WasLeft() const;
 
   private:
     class Buffer;
-    std::unique_ptr<Buffer> buffer_;  // null where there is no pager
+    std::unique_ptr<Buffer> buffer_;  // null if there is no pager
 };
 
 }  // namespace host

@@ -1,5 +1,5 @@
-// Texts as they may reach a terminal: without characters that it would act on instead of showing
-// them (ISO/IEC 6429 and the controls of Unicode). A file name and a text of the data may hold any.
+// Texts made safe for a terminal: without characters that it would act on instead of showing
+// (ISO/IEC 6429 and Unicode controls), which file names and texts of the data may contain.
 
 #ifndef HOST_PRINTABLE_H
 #define HOST_PRINTABLE_H
@@ -14,20 +14,20 @@ namespace host {
 struct Character {
     static constexpr char32_t kNone = 0xFFFFFFFF;
 
-    char32_t code;       // kNone for a byte that begins no character
+    char32_t code;       // kNone for an invalid byte
     std::size_t length;  // in bytes
 };
 Character FirstOf(std::string_view utf8);
 
-// Whether a terminal, or a reader of text, acts on a character: C0 and C1 controls, DEL, marks that
-// turn the direction of the text or end a line, characters that show nothing, and none.
+// Whether a terminal, or a program that reads text, acts on a character: C0 and C1 controls, DEL,
+// marks that change the text direction or end a line, invisible characters, and kNone.
 bool IsControl(char32_t code);
 
-// Calls write(piece) with one piece of a UTF-8 text after the other, U+FFFD in the place of each
-// control character and of each byte that belongs to no character. Allocates nothing.
+// Calls write(piece) with successive pieces of a UTF-8 text, with U+FFFD instead of each control
+// character and each invalid byte. Allocates nothing.
 template <class Write>
 void WritePrintable(std::string_view utf8, Write write) {
-    std::size_t start = 0;  // of what is written as it is
+    std::size_t start = 0;  // of the piece that is written unchanged
     for (std::size_t at = 0; at < utf8.size();) {
         const Character character = FirstOf(utf8.substr(at));
         const std::size_t next = at + character.length;

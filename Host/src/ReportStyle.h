@@ -1,4 +1,4 @@
-// The style sheet of a report: readable in light and in dark surroundings and on paper.
+// The style sheet of a report, for light and dark displays and for print.
 
 #ifndef HOST_REPORTSTYLE_H
 #define HOST_REPORTSTYLE_H

@@ -1,4 +1,4 @@
-// Scripts: what a statement says, apart from what it does.
+// Scripts: the syntax of statements.
 //
 //     expr                                                        prints the value
 //     LET name = expr
@@ -102,12 +102,12 @@ struct Item {
 
 struct Statement {
     Position position;
-    // One item; or those of an EACH, with what it walks.
+    // One item, or an EACH with its items and what it iterates over.
     std::vector<Item> items;
     bool isEach = false;
     std::string variable;
-    // Of an EACH: an entity type of a model, or an expression. A lone name, which may be either,
-    // counts as an entity type.
+    // For an EACH: an entity type of a model, or an expression. A single name, which could be
+    // either, counts as an entity type.
     std::string entityType;
     std::optional<std::string> model;
     Position sourcePosition;
@@ -115,20 +115,19 @@ struct Statement {
     ExpressionPtr where;
 };
 
-// Whether a statement, as far as it is there, goes on in a next line: what it ends in is a `:`,
-// `;`,
-// `,` or `(`.
+// Whether an incomplete statement continues in the next line, because it ends in `:`, `;`, `,` or
+// `(`.
 bool GoesOn(std::string_view statement);
 
-// Reads statements one after the other. The names of models are needed to tell where one ends: they
-// may hold any character.
+// Reads statements one after the other. It needs the names of the models, which may contain any
+// character, to find where a name ends.
 class ScriptReader {
   public:
     ScriptReader(std::string_view text, Position start, std::vector<std::string> modelNames);
     ~ScriptReader();
 
-    // The next statement; nothing at the end. Throws ScriptError for one that is not well formed,
-    // after which the next call goes on behind it.
+    // The next statement; no value at the end. Throws ScriptError if it is malformed; the next call
+    // then continues after it.
     std::optional<Statement> Next();
 
   private:

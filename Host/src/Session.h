@@ -14,18 +14,18 @@
 
 namespace host {
 
-// A data set and the name under which scripts know it.
+// A data set and its name in scripts.
 struct NamedModel {
     std::string name;
     std::string file;  // empty for a new one
     exchange::DataSet dataSet;
-    bool changed = false;          // since it was read or saved, an attribute of an instance
-    std::uint64_t savedCount = 0;  // its instances at that time
+    bool changed = false;          // an attribute was changed since the model was read or saved
+    std::uint64_t savedCount = 0;  // the number of its instances at that time
 
     kor::Model& Model() const { return *dataSet.model; }
 };
 
-// The names of the entity types of a model's schema, and of those that it holds without it.
+// The names of the entity types of a model's schema, and of the model's undeclared types.
 std::vector<std::string> EntityNames(const kor::Model& model);
 
 // The models, in the order of the command line.
@@ -33,7 +33,7 @@ class Session {
   public:
     exchange::SchemaCatalog schemas;
 
-    // Adds a data set; its revision families go into document management.
+    // Adds a data set, and its revision families to document management.
     void Add(NamedModel model);
 
     const std::vector<NamedModel>& Models() const { return models_; }
@@ -42,14 +42,14 @@ class Session {
     // "; known: a, b", for messages.
     std::string KnownModels() const;
 
-    // Null when there is none of that name.
+    // Null if there is none of that name.
     const NamedModel* Find(std::string_view name) const;
     const NamedModel* Holding(const SdaiModel* model) const;
 
-    // What a session changes and saves. A change of a model that is not known is one of each.
+    // Records changes and saves. A change of an unknown model counts for every model.
     void NoteChange(const SdaiModel* model);
     void NoteSaved(std::string_view name);
-    // Whether it has been changed since it was read, made or saved.
+    // Whether it was changed since it was read, created or saved.
     static bool IsUnsaved(const NamedModel& model) {
         return model.changed || model.Model().InstanceCount() != model.savedCount;
     }
