@@ -1,3 +1,5 @@
+// The product structure of a data set.
+
 #include "Assembly.h"
 
 #include <algorithm>
@@ -15,8 +17,7 @@ std::string TextOf(const SdaiPrimitiveH& value) {
     return static_cast<const SdaiString&>(value).ToUtf8();
 }
 
-// The occurrences of one part side by side, in the order of the first of each part; the number of
-// occurrences of each.
+// Groups the occurrences of each part, in the order of the first occurrence, and counts them.
 void Group(std::vector<Occurrence>& occurrences) {
     std::unordered_map<const Part*, std::size_t> ranks;
     for (const Occurrence& occurrence : occurrences) {
@@ -86,7 +87,7 @@ void Assembly::AddPart(SdaiEntityInstance* instance) {
     parts_.push_back({instance, std::move(id), std::move(name), {}});
 }
 
-// A link that lacks one of its ends says nothing.
+// A link without one of its ends is ignored.
 void Assembly::AddOccurrence(SdaiEntityInstance* link, const SdaiEntityInstance* parent,
                              const SdaiEntityInstance* component) {
     const auto owner = partNumbers_.find(parent);
@@ -127,7 +128,7 @@ void Assembly::FindRoots() {
 
 void Assembly::Walk(std::size_t depth, bool single,
                     const std::function<bool(const Node&)>& visit) const {
-    // A part on the way from the root, and its occurrences that are yet to be walked.
+    // A part on the path from the root, and its occurrences still to be visited.
     struct Step {
         const Part* part;
         std::span<const Occurrence> rest;
@@ -137,7 +138,7 @@ void Assembly::Walk(std::size_t depth, bool single,
     const auto mark = [&](const Part* part, bool on) {
         isOnWay[static_cast<std::size_t>(part - parts_.data())] = on;
     };
-    // Visits a place and stands on it, if there is something below.
+    // Visits a place and descends into it if there is something below.
     const auto enter = [&](Node node) {
         const bool hasComponents = !node.part->occurrences.empty();
         node.isCycle = isOnWay[static_cast<std::size_t>(node.part - parts_.data())];
@@ -178,7 +179,7 @@ std::optional<double> Assembly::CountPlaces(std::size_t depth, bool single) cons
     const auto numberOf = [this](const Part* part) {
         return static_cast<std::size_t>(part - parts_.data());
     };
-    // What a part consists of before the part itself.
+    // Components before the parts that contain them.
     std::vector<std::size_t> order;
     std::vector<std::size_t> uses(parts_.size());  // by parts that do not stand in the order yet
     for (const Part& part : parts_) {
@@ -196,7 +197,7 @@ std::optional<double> Assembly::CountPlaces(std::size_t depth, bool single) cons
     if (order.size() < parts_.size()) return std::nullopt;
     std::reverse(order.begin(), order.end());
 
-    // The places that a part has: its own and those of its components.
+    // The number of places of a part: its own and those of its components.
     std::vector<double> places(parts_.size(), 1);
     const auto count = [&](const Part& part, const std::vector<double>& ofComponents) {
         double sum = 1;
@@ -238,7 +239,7 @@ KORMathVector VectorOf(const SdaiPrimitiveH& value, const KORMathVector& byDefau
     return {members->GetRealMember(0), members->GetRealMember(1), members->GetRealMember(2)};
 }
 
-// As of an AXIS2_PLACEMENT_3D; directions that are none give values that are not finite.
+// As for an AXIS2_PLACEMENT_3D; degenerate directions give values that are not finite.
 Placement PlacementOfLink(const SdaiEntityInstance& link) {
     const KORMathVector origin = VectorOf(link.GetAttr("origin"_name), {0, 0, 0});
     const KORMathVector axis = VectorOf(link.GetAttr("axis"_name), {0, 0, 1});

@@ -33,7 +33,7 @@ std::vector<Tick> RankTicks(double least, double most) {
     }
     step = std::max(step, 1.0);
     std::vector<Tick> ticks;
-    // Counted, not summed up: a step may be less than what a large value can resolve.
+    // Multiplied rather than summed: a step may be too small to change a large value.
     const double first = std::ceil(least / step);
     for (int i = 0; i <= 20 && (first + i) * step <= most; ++i) {
         ticks.push_back({(first + i) * step, Shown((first + i) * step, 12)});
@@ -92,12 +92,12 @@ std::string DrawBars(std::span<const Effectivity* const> effectivities, Scale sc
         }
     }
     if (rows.empty()) return "";
-    // Room for the ends that are open.
+    // Space for open ends.
     const double room = most > least ? 0.06 * (most - least) : scale == Scale::Dates ? 365 : 10;
     const double from =
         least - (scale == Scale::Ranks && least >= 0 ? std::min(room, least) : room);
     const double to = most + room;
-    // Before the bars stand the names.
+    // The names are to the left of the bars.
     std::size_t longest = 6;
     for (const Effectivity* effectivity : rows) {
         longest = std::max(longest, std::min(kLongestName, Characters(effectivity->id)));
@@ -128,7 +128,7 @@ std::string DrawBars(std::span<const Effectivity* const> effectivities, Scale sc
         const double middle = top + kRow / 2;
         const double y1 = middle - 5;
         const double y2 = middle + 5;
-        // Arrow heads where an end is open.
+        // Arrow heads at open ends.
         std::string points;
         const auto add = [&points](double x, double y) {
             points.append(points.empty() ? "" : " ").append(Pixels(x) + ',' + Pixels(y));

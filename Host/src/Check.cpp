@@ -1,4 +1,4 @@
-// orx check: what the schemas of data sets do not allow.
+// orx check: reports values that violate the schema.
 
 #include <iostream>
 

@@ -15,7 +15,7 @@ namespace host {
 namespace {
 
 constexpr std::size_t kWaiting = 1'000;
-constexpr std::size_t kWidest = 60;  // a longer field moves the rest of its line
+constexpr std::size_t kWidest = 60;  // a wider field shifts the rest of its line
 constexpr const char* kGap = "  ";
 
 void WriteLine(const std::vector<std::string>& fields, char separator,
@@ -43,7 +43,7 @@ Columns::~Columns() {
     try {
         Release();
     } catch (...) {
-        // Rows are missing: told when the output is flushed.
+        // Rows are missing; this is reported when the output is flushed.
         std::cout.setstate(std::ios::badbit);
     }
 }

@@ -1,3 +1,5 @@
+// Completion of statements.
+
 #include "Completion.h"
 
 #include <algorithm>
@@ -16,7 +18,7 @@ namespace {
 bool IsWordCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
 
-// The last word of a text, blanks behind it left out.
+// The last word of a text, ignoring trailing blanks.
 std::string_view LastWord(std::string_view text) {
     while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
     std::size_t start = text.size();
@@ -30,7 +32,7 @@ class Completer {
         : text_(text), session_(session), evaluator_(evaluator), start_(text.size()) {}
 
     Completion Complete() {
-        const std::size_t lineStart = text_.rfind('\n') + 1;  // 0 where there is none
+        const std::size_t lineStart = text_.rfind('\n') + 1;  // 0 if there is none
         const std::string_view line = text_.substr(lineStart);
         if (std::count(line.begin(), line.end(), '\'') % 2 != 0) return {start_, {}};
         if (CompleteModelName()) return Chosen();
@@ -70,7 +72,7 @@ class Completer {
         return text_.substr(0, start_).starts_with(command);
     }
 
-    // Those that begin with what is typed.
+    // The candidates that begin with the typed text.
     Completion Chosen() {
         const std::string typed = kor::Folded(text_.substr(start_));
         std::erase_if(candidates_, [&](const std::string& name) {
@@ -81,7 +83,7 @@ class Completer {
         return {start_, std::move(candidates_)};
     }
 
-    // Behind "@", as long as a model's name may stand there.
+    // After "@", while the text may be a model's name.
     bool CompleteModelName() {
         const std::size_t sign = text_.rfind('@');
         if (sign == std::string_view::npos) return false;
@@ -113,7 +115,7 @@ class Completer {
         }
     }
 
-    // The value of a path of attributes; unset for anything else.
+    // The value of a path of attributes; unset for any other expression.
     SdaiPrimitiveH ValueOf(std::string_view path) const {
         try {
             const auto statement = ScriptReader(path, {}, session_.ModelNames()).Next();
@@ -125,7 +127,7 @@ class Completer {
         }
     }
 
-    // Functions are not called, nor instances made.
+    // Functions are not called and instances are not created.
     SdaiPrimitiveH ValueOf(const Expression& expression) const {
         switch (expression.kind) {
             case Expression::Kind::Attribute:
@@ -141,7 +143,7 @@ class Completer {
         }
     }
 
-    // The variable of the EACH that is being typed, and the first instance that it will stand for.
+    // The variable of the EACH being typed, and its first instance.
     struct Each {
         std::string variable;
         SdaiPrimitiveH first;

@@ -1,3 +1,5 @@
+// Configuration items, effectivities and version families of a data set.
+
 #include "Configurations.h"
 
 #include <algorithm>
@@ -25,7 +27,7 @@ std::string TextOf(const SdaiPrimitiveH& owner, const SdaiName& attribute) {
     return TextOf(owner.GetAttr(attribute));
 }
 
-// The name of a part, or of the product of a version; empty for what is neither.
+// The name of a part, or of the product of a version; empty for any other instance.
 std::string PartName(const SdaiPrimitiveH& part, const Assembly& assembly) {
     if (const Part* known = assembly.Find(part)) return Readable(known->name);
     const SdaiPrimitiveH formation =
@@ -93,7 +95,7 @@ Bound RankBound(const std::string& text) {
     return {text, value};
 }
 
-// An end that is 0 or below is open.
+// An end of at most 0 is open.
 Bound RankEnd(const std::string& text) {
     const Bound bound = RankBound(text);
     return bound.value.value_or(1) > 0 ? bound : Bound{};
@@ -124,7 +126,7 @@ Effectivity OfDatabase(const SdaiPrimitiveH& instance, const Assembly& assembly,
             effectivity.end = RankBound(TextOf(module.Call("GetRangeValue", {instance, 2})));
         }
     } else if (holds("IsDateType")) {
-        // What GetStartDate and GetEndDate read, which make instances of it.
+        // Reads the same attributes as GetStartDate and GetEndDate, which would create instances.
         const bool hasOwn = static_cast<bool>(instance.IsKindOf("date_effectivity"_name));
         effectivity.scale = Effectivity::Scale::Dates;
         effectivity.start =
@@ -145,7 +147,7 @@ Effectivity OfDatabase(const SdaiPrimitiveH& instance, const Assembly& assembly,
 Effectivity OfExchangeData(const SdaiPrimitiveH& instance, const Assembly& assembly,
                            const calls::Module& module) {
     Effectivity effectivity;
-    // An identifier that came from a database carries what the database said.
+    // An identifier from a database carries the database's values.
     const SdaiPrimitiveH id = instance.GetAttr("ID"_name);
     effectivity.id = TextOf(id);
     const SdaiPrimitiveH isKey = module.Call("IsEncodedKey", {id});
@@ -177,7 +179,7 @@ Effectivity OfExchangeData(const SdaiPrimitiveH& instance, const Assembly& assem
 
 std::vector<ConfigurationItem> ConfigurationItems(const kor::Model& model,
                                                   const Assembly& assembly) {
-    // What stands for an item elsewhere, by the item (exchange data) or by its design (database).
+    // The handlers of an item, by the item (exchange data) or by its design (database).
     std::unordered_map<const SdaiEntityInstance*, std::vector<std::string>> designs;
     std::unordered_map<const SdaiEntityInstance*, std::vector<std::string>> handlers;
     ForEach(model, "CONFIGURATION_DESIGN"_name, [&](const SdaiPrimitiveH& design) {
@@ -226,10 +228,10 @@ std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assemb
             family.versions.push_back({TextOf(part, "S_CHG_NUM"_name), PartName(part, assembly)});
         }
     });
-    // Products of one id are versions of one part, as formations of one product are.
+    // Products with the same id are versions of one part, like the formations of one product.
     std::unordered_map<std::string, std::size_t> places;
     ForEach(model, "PRODUCT_DEFINITION_FORMATION"_name, [&](const SdaiPrimitiveH& formation) {
-        // Whatever the data have in the place of a product is none.
+        // A value that is not a product is ignored.
         const SdaiPrimitiveH product = formation.GetAttr("OF_PRODUCT"_name);
         const SdaiEntityInstance* instance = product;
         if (instance == nullptr) return;

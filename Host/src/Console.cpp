@@ -1,3 +1,5 @@
+// Messages of orx.
+
 #include "Console.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// orx describe: the contents of data sets.
+
 #include <iomanip>
 #include <iostream>
 #include <map>

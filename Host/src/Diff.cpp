@@ -1,4 +1,4 @@
-// orx diff: what two data sets hold differently.
+// orx diff: the differences between two data sets.
 
 #include <iostream>
 

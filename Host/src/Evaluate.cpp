@@ -12,7 +12,7 @@ namespace host {
 
 namespace {
 
-// A script, or an expression of the command line.
+// A script, or an expression on the command line.
 struct Source {
     std::string name;
     std::string text;
@@ -77,7 +77,7 @@ int CallOrRun(const Options& options) {
     CheckSaves(session, options);
     const std::unique_ptr<calls::Module> module = LoadModule(options);
     const int status = Evaluate(session, options, *module, trace);
-    // A script that was left halfway leaves its models unsaved.
+    // The models of an aborted script are not saved.
     if (status == kDone || options.keepGoing) Save(session, options);
     return status;
 }

@@ -1,3 +1,5 @@
+// Execution of statements.
+
 #include "Evaluator.h"
 
 #include <algorithm>
@@ -23,8 +25,8 @@ namespace {
                       "unknown " + what + " '" + name + "'" + kor::DidYouMean(name, known));
 }
 
-// Lists in lists are no deeper than in exchange files. They are copied as wholes, so that a list of
-// itself, again and again, would cost ever more.
+// Lists are nested no deeper than in exchange files. They are copied whole, so that repeatedly
+// putting a list into itself would otherwise cost more and more.
 constexpr int kDeepestNesting = 100;
 
 void CheckNesting(const SdaiPrimitiveH& value, int depth, Position position) {
@@ -53,7 +55,7 @@ void Evaluator::Run(const Statement& statement) {
 void Evaluator::RunEach(const Statement& statement) {
     SdaiPrimitiveH owner;
     SdaiIterInstance members(Members(statement, owner));
-    // What the name stood for before, it stands for afterwards; to put it back takes no memory.
+    // Restores the previous value of the name at the end, without allocating.
     struct Scope {
         Scope(Variables& all, const std::string& variable)
             : variables(all), name(variable), hidden(all.extract(variable)) {}
@@ -94,7 +96,7 @@ void Evaluator::RunMember(const Statement& statement, const SdaiPrimitiveH& memb
     if (!values.empty()) printer_.Print(statement.position, member, values);
 }
 
-// What an EACH walks; the owner keeps an aggregate that belongs to no model.
+// The members that an EACH visits; the owner keeps an aggregate that belongs to no model.
 const SdaiAggrInstance* Evaluator::Members(const Statement& statement,
                                            SdaiPrimitiveH& owner) const {
     const auto variable = variables_.find(statement.entityType);
@@ -134,7 +136,7 @@ void Evaluator::Set(const Item& item) const {
     Put(instance, item.name, item.position, Evaluate(*item.value));
 }
 
-// A first member makes the aggregate.
+// The first member creates the aggregate.
 void Evaluator::Add(const Item& item) const {
     const SdaiPrimitiveH value = Evaluate(*item.value);
     CheckNesting(value, 1, item.position);
@@ -158,7 +160,7 @@ void Evaluator::Add(const Item& item) const {
     }
 }
 
-// The instance whose attribute a SET or an ADD writes.
+// The instance with the attribute that a SET or an ADD writes.
 SdaiEntityInstance& Evaluator::TargetOf(const Item& item) const {
     const SdaiPrimitiveH target = Evaluate(*item.target);
     SdaiEntityInstance* instance = target;
@@ -380,7 +382,7 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
         }
     }
     if (trace_ != nullptr && trace_->IsOn()) Announce(expression, arguments);
-    // A list of a model's that the function fills.
+    // A list of a model, filled by the function.
     if (function->result == orx::Nothing &&
         KORHandleAccess::KindOf(arguments.back().handle) == KORHandleAccess::Kind::ModelAggregate) {
         session_.NoteChange(nullptr);
@@ -406,7 +408,7 @@ void Evaluator::Announce(const Expression& call,
 SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {
     kor::Model& model = ModelNamed(expression.model, expression.position).Model();
     const kor::EntityType& entity = EntityNamed(expression, model);
-    // The values first: an instance is made only when all of them are there and fit.
+    // Values first: the instance is created only if all of them exist and fit.
     std::vector<SdaiPrimitiveH> values;
     for (const Assignment& assignment : expression.assignments) {
         values.push_back(Evaluate(*assignment.value));
@@ -424,7 +426,7 @@ SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {
     return instance;
 }
 
-// The entity type of a NEW: one of the schema's, or several of them joined by "+".
+// The entity type of a NEW: a type of the schema, or several joined by "+".
 const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
                                               kor::Model& model) const {
     std::vector<const kor::EntityType*> parts;

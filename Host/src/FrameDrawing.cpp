@@ -15,7 +15,7 @@ namespace {
 constexpr double kWidth = 960;
 constexpr double kLowest = 260;
 constexpr double kHighest = 620;
-// Around the origins, for axes and labels.
+// Margin around the origins, for axes and labels.
 constexpr double kMargin = 80;
 
 struct Point {
@@ -87,7 +87,7 @@ class FrameDrawing {
     }
 
   private:
-    // Makes all origins fit.
+    // Scales the drawing so that all origins fit.
     void FindScale() {
         constexpr double kInfinity = std::numeric_limits<double>::infinity();
         Point least{kInfinity, kInfinity};
@@ -112,7 +112,7 @@ class FrameDrawing {
         return frame.level == 0 ? 40 : frame.level == 1 ? 28 : 20;
     }
 
-    // From each part to those that it consists of.
+    // Lines from each part to its components.
     std::string DrawLinks() const {
         std::string svg;
         for (std::size_t i = 0; i < frames_.size(); ++i) {
@@ -146,9 +146,9 @@ class FrameDrawing {
                Pixels(origins_[number].y) + "\" r=\"2.5\"/></g>\n";
     }
 
-    // One label for the frames that fall together, where it covers no other.
+    // One label for frames at the same position, where it covers no other label.
     std::string DrawLabels() {
-        // By place, in the order of the frames.
+        // By position, in the order of the frames.
         std::map<std::pair<long, long>, std::size_t> places;
         std::vector<std::pair<Point, std::vector<std::string>>> labels;
         std::vector<Box> taken;
@@ -177,7 +177,8 @@ class FrameDrawing {
         return svg;
     }
 
-    // A label stands near its place, and is left out where all is full: the frame has a title.
+    // A label is placed near its position, or omitted if there is no room; the frame also has a
+    // title.
     std::string DrawLabel(Point at, const std::vector<std::string>& names,
                           std::vector<Box>& taken) const {
         std::string text;

@@ -1,3 +1,5 @@
+// orx functions: the export table.
+
 #include <iostream>
 
 #include "Commands.h"

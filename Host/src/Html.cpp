@@ -1,3 +1,5 @@
+// Texts for pages.
+
 #include "Html.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// What an instance holds, and who refers to it: the commands show and users, here and in the shell.
+// The attributes and users of an instance: the commands show and users, also in the shell.
 
 #include "Inspect.h"
 
@@ -23,7 +23,7 @@ using kor::Cell;
 using kor::Instance;
 using kor::Tag;
 
-// The attributes that name an instance, as paths from it; the first that holds a text counts.
+// The attributes that name an instance, as paths from it; the first one with a text is used.
 struct Path {
     const char* attributes[3];
 };
@@ -44,7 +44,7 @@ SdaiPrimitiveH Follow(const SdaiEntityInstance& instance, const Path& path) {
     return value;
 }
 
-// Of an attribute, "OPTIONAL LIST [1:?] OF PRODUCT"; a type that no schema declares has none.
+// The declared type of an attribute, "OPTIONAL LIST [1:?] OF PRODUCT"; empty in an undeclared type.
 std::string TypeOf(const kor::Slot& slot) {
     if (slot.attribute == nullptr) return "";
     return (slot.derived    ? "DERIVED "
@@ -59,7 +59,7 @@ std::string NameOf(const kor::EntityType& entity, std::size_t slot) {
                                 : '[' + std::to_string(slot + 1) + ']';
 }
 
-// Calls visit(instance) for every instance that a value is or holds.
+// Calls visit(instance) for every instance that a value is or contains.
 template <class Visit>
 void ForEachReference(const SdaiPrimitiveH& value, Visit visit) {
     if (const SdaiEntityInstance* instance = value) {
@@ -71,7 +71,7 @@ void ForEachReference(const SdaiPrimitiveH& value, Visit visit) {
     }
 }
 
-// "PRODUCT 'Desk lamp'", of each instance that a value refers to, as many as fit into a line.
+// "PRODUCT 'Desk lamp'" for each instance that a value refers to, as many as fit on a line.
 std::string Described(const SdaiPrimitiveH& value, const Session& session) {
     constexpr int kMost = 4;
     std::string text;
@@ -114,7 +114,7 @@ void ShowAsJson(const Instance& instance, const Session& session) {
     std::cout << json.Line() << '\n';
 }
 
-// A use of the instance that is asked for.
+// A use of the given instance.
 struct Use {
     const Instance& user;
     std::size_t slot;

@@ -1,3 +1,5 @@
+// Writing JSON.
+
 #include "Json.h"
 
 #include <charconv>
@@ -10,7 +12,7 @@ namespace host {
 
 namespace {
 
-// \u001B; two of them for a character beyond U+FFFF.
+// \u001B; two of these for a character beyond U+FFFF.
 void AppendEscape(std::string& to, char32_t code) {
     if (code > 0xFFFF) {
         AppendEscape(to, 0xD800 + ((code - 0x10000) >> 10));
@@ -65,7 +67,7 @@ Json& Json::Real(double value) {
     const double size = std::abs(value);
     const bool isPlain = size == 0 || (size >= 1e-5 && size < 1e15);
     AppendNumber(text_, value, isPlain ? std::chars_format::fixed : std::chars_format::scientific);
-    // A reader may tell reals from integers by it.
+    // Distinguishes reals from integers for a reader.
     if (text_.find_first_of(".e", start) == std::string::npos) text_ += ".0";
     return *this;
 }

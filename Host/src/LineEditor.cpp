@@ -1,3 +1,5 @@
+// Line input, with editing on terminals.
+
 #include "LineEditor.h"
 
 #include <histedit.h>
@@ -23,7 +25,7 @@ namespace host {
 
 namespace {
 
-// What candidates have in common, in the spelling of the first.
+// The common prefix of the candidates, in the spelling of the first.
 std::string CommonStart(const std::vector<std::string>& names) {
     std::string common = names.front();
     for (const std::string& name : names) {
@@ -58,7 +60,7 @@ void List(const std::vector<std::string>& names) {
     std::cout.flush();
 }
 
-// While a line is edited, Ctrl-C is a key like any other; it interrupts again while orx works.
+// While a line is edited, Ctrl-C is an ordinary key; while orx works, it interrupts.
 class KeyAsAnyOther {
   public:
     explicit KeyAsAnyOther(int key) {
@@ -102,7 +104,7 @@ class LineEditor::Terminal {
         el_set(editor_, EL_SIGNAL, 1);
         el_set(editor_, EL_HIST, history, history_);
         el_source(editor_, nullptr);
-        // The names stay where they are: the other call would keep copies that nobody frees.
+        // The names must outlive the editor: the other call would leak copies.
         el_wset(editor_, EL_ADDFN, L"orx-complete", L"completes a name", &CompleteName);
         el_wset(editor_, EL_ADDFN, L"orx-cancel", L"cancels the line", &Cancel);
         el_set(editor_, EL_BIND, "^I", "orx-complete", nullptr);
@@ -122,7 +124,7 @@ class LineEditor::Terminal {
         std::cout.flush();
         int count = 0;
         const KeyAsAnyOther interrupt(VINTR);
-        // Before the prompt invites to press a key, keys have their meaning.
+        // Key bindings are set before the prompt appears.
         el_set(editor_, EL_PREP_TERM, 1);
         const char* text = el_gets(editor_, &count);
         if (cancelled_) {
@@ -171,7 +173,7 @@ class LineEditor::Terminal {
         return CC_REDISPLAY;
     }
 
-    // Kept at once: whatever ends the program, the history stays.
+    // Saved at once, so that the history survives however the program ends.
     void Remember(const std::string& line) {
         HistEvent event;
         history(history_, &event, H_ENTER, line.c_str());
@@ -200,7 +202,7 @@ LineEditor::~LineEditor() = default;
 
 LineEditor::Result LineEditor::Read(const std::string& prompt, std::string& line) {
     if (terminal_ != nullptr) return terminal_->Read(prompt, line, true);
-    // A line that cannot be read whole is not the end: a lack of memory is thrown.
+    // A line that cannot be read completely is not the end of input: memory ran out.
     std::cin.exceptions(std::ios::badbit);
     if (std::getline(std::cin, line)) return Result::Line;
     if (std::ferror(stdin)) Refuse("the standard input cannot be read");
@@ -215,7 +217,7 @@ bool LineEditor::Ask(const std::string& question) {
 
 namespace {
 
-// Whether what there is of a path belongs to the user.
+// Whether the existing part of a path belongs to the user.
 bool IsOwn(std::filesystem::path path) {
     struct stat status {};
     while (stat(path.c_str(), &status) != 0) {
@@ -228,7 +230,7 @@ bool IsOwn(std::filesystem::path path) {
 }  // namespace
 
 std::string HistoryFile() {
-    // A relative path counts as none.
+    // A relative path is ignored.
     const auto absolute = [](const char* variable) {
         const char* value = std::getenv(variable);
         return value != nullptr && *value == '/' ? std::string(value) : "";

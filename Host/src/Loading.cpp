@@ -1,3 +1,5 @@
+// Loading and saving of data sets and the module.
+
 #include "Loading.h"
 
 #include <unistd.h>
@@ -26,15 +28,15 @@ struct Named {
     std::string value;
 };
 
-// A name may be left out where the value says it.
+// The name may be omitted if it follows from the value.
 Named Split(const std::string& option) {
     const std::size_t sign = option.find('=');
     if (sign == std::string::npos || option.find('/') < sign) return {"", option};
     return {option.substr(0, sign), option.substr(sign + 1)};
 }
 
-// Shows on the standard error stream how far a file has been read, when that takes longer than a
-// second and the stream is a terminal.
+// Shows the progress of reading a file on the standard error stream, if that is a terminal and
+// reading takes longer than a second.
 class Progress {
   public:
     explicit Progress(const std::string& file) : file_(file), isTerminal_(isatty(STDERR_FILENO)) {
@@ -79,7 +81,8 @@ NamedModel NewModel(const Session& session, const std::string& argument) {
     return {named.name, "", exchange::NewDataSet(schema, named.name)};
 }
 
-// Whether two paths lead to one file, which need not be there yet. Two may lead to one device.
+// Whether two paths lead to the same file, which need not exist yet. Two paths may lead to the same
+// device.
 bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
     std::error_code error;
     if (std::filesystem::is_character_file(a, error)) return false;
@@ -87,7 +90,7 @@ bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) 
     const auto place = [](const std::filesystem::path& path) {
         std::error_code unknown;
         std::filesystem::path whole = std::filesystem::absolute(path, unknown);
-        // A link may lead to what is not there yet.
+        // A link may be dangling.
         for (int links = 0; links < 40 && std::filesystem::is_symlink(whole, unknown); ++links) {
             whole = whole.parent_path() / std::filesystem::read_symlink(whole, unknown);
         }
@@ -171,7 +174,7 @@ void CheckTargets(const Options& options) {
         }
         targets.push_back(target);
     };
-    // A model may be saved where it came from.
+    // A model may be saved to the file it was read from.
     for (const std::string& save : options.saves) add(Split(save).value);
     for (const std::string& target : {options.trace, options.output}) {
         if (target.empty() || target == "-") continue;

@@ -1,3 +1,5 @@
+// Comparisons and logic of values.
+
 #include "Operators.h"
 
 #include <compare>
@@ -23,7 +25,7 @@ int RankOf(const SdaiLogical& truth) {
     return truth == sdaiLFALSE ? 0 : 1;
 }
 
-// Exactly: not every integer has a real.
+// Compares exactly: not every integer is representable as a real.
 std::partial_ordering Order(long integer, double real) {
     constexpr double kBeyond = 9223372036854775808.0;  // 2 to the power 63
     if (real >= kBeyond) return std::partial_ordering::less;
@@ -39,7 +41,7 @@ std::partial_ordering Reversed(std::partial_ordering order) {
     return std::is_gt(order) ? std::partial_ordering::less : order;
 }
 
-// How two numbers, texts or truth values stand to each other; nothing for other values.
+// The order of two numbers, texts or truth values; no value for others.
 std::optional<std::partial_ordering> OrderOf(const SdaiPrimitiveH& left,
                                              const SdaiPrimitiveH& right) {
     const Kind a = KindOf(left);
@@ -72,7 +74,7 @@ std::optional<SdaiLogical> Compare(Operator comparison, const SdaiPrimitiveH& le
                                    const SdaiPrimitiveH& right) {
     if (comparison == Operator::Equal) return AreEqual(left, right);
     if (comparison == Operator::NotEqual) return !AreEqual(left, right);
-    // An unset value has no place in an order.
+    // An unset value has no order.
     if (!left.exists() || !right.exists()) return SdaiLogical();
     const auto order = OrderOf(left, right);
     if (!order.has_value()) return std::nullopt;

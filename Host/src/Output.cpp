@@ -1,3 +1,5 @@
+// The display of results.
+
 #include "Output.h"
 
 #include <unistd.h>
@@ -33,14 +35,14 @@ std::string InstanceName(const SdaiEntityInstance& instance, const Session& sess
     return name + '#' + std::to_string(instance.GetInstanceNameId());
 }
 
-// A text between quotes, those in it doubled.
+// A text in quotes, with quotes inside doubled.
 void AppendReadable(std::string& to, std::string_view utf8) {
     to += '\'';
     for (const char c : utf8) to.append(c == '\'' ? 2 : 1, c);
     to += '\'';
 }
 
-// Texts as exchange files write them, or with their characters.
+// Whether texts are in the notation of exchange files or show their characters.
 enum class Texts { Encoded, Readable };
 
 void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& session,

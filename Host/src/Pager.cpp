@@ -86,7 +86,7 @@ class Pager::Buffer final : public std::streambuf {
         Write(waiting_);
     }
 
-    // A pager that cannot be started is as one that is left at once.
+    // A pager that cannot be started counts as one that was left at once.
     void Start() {
         setenv("LESS", "FRX", 0);
         std::cerr.flush();

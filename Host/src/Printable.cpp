@@ -1,3 +1,5 @@
+// Texts made safe for terminals.
+
 #include "Printable.h"
 
 #include <algorithm>
@@ -17,7 +19,7 @@ Character FirstOf(std::string_view utf8) {
         if ((byte(i) & 0xC0) != 0x80) return kNoCharacter;
         code = code << 6 | (byte(i) & 0x3F);
     }
-    // No longer than it has to be, no half of a surrogate pair, none beyond the last.
+    // Not overlong, not half of a surrogate pair, not beyond the last code point.
     constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
     if (code < kLeast[length] || (code >= 0xD800 && code < 0xE000) || code > 0x10FFFF) {
         return kNoCharacter;

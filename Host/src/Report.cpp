@@ -1,4 +1,4 @@
-// orx report: a page for a browser, of one piece and without scripts. It is well-formed XML, too.
+// orx report: a self-contained page for a browser, without scripts. It is also well-formed XML.
 
 #include <algorithm>
 #include <filesystem>
@@ -36,7 +36,7 @@ std::string Joined(const std::vector<std::string>& texts) {
     return joined;
 }
 
-// A table; a column in which nothing stands is left out.
+// A table; empty columns are omitted.
 struct Column {
     std::string title;
     std::vector<std::string> cells;  // escaped
@@ -71,7 +71,7 @@ class ModelReport {
     ModelReport(const NamedModel& model, const calls::Module& module)
         : model_(model), module_(module), assembly_(model.Model()) {}
 
-    // What the data hold nothing of is told in one line.
+    // Sections without data are a single line.
     std::string Write() const {
         struct {
             const char* title;
@@ -153,11 +153,11 @@ class ModelReport {
         return list;
     }
 
-    // The parts of the assemblies in their places; what stands alone has none.
+    // The parts of the assemblies at their positions; a part that is not in an assembly has none.
     std::string Space() const {
         if (assembly_.LinkCount() == 0) return "";
         std::vector<Frame> frames;
-        std::vector<std::size_t> way;  // from the root: numbers of frames
+        std::vector<std::size_t> way;  // from the root: indices of frames
         bool more = false;
         std::unordered_map<const SdaiEntityInstance*, Placement> placements;  // by link
         assembly_.Walk(kDeepest, true, [&](const Node& node) {
@@ -274,7 +274,7 @@ class ModelReport {
     const Assembly assembly_;
 };
 
-// The page that is written where none is named, which must not be there yet.
+// The default name of the page, which must not exist yet.
 std::string NewPage(const Session& session) {
     const std::string file = session.Models().front().name + ".html";
     std::error_code error;

@@ -1,3 +1,5 @@
+// The parser of scripts.
+
 #include "Script.h"
 
 #include <algorithm>
@@ -16,7 +18,7 @@ bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool IsWordCharacter(char c) { return IsLetter(c) || IsDigit(c); }
 
-// Expressions are read, evaluated and destroyed recursively.
+// A limit, since expressions are read, evaluated and destroyed recursively.
 constexpr int kDeepestNesting = 1000;
 
 void CheckNesting(int depth, Position position) {
@@ -64,7 +66,7 @@ bool GoesOn(std::string_view statement) {
         if (statement.substr(i).starts_with("--")) {
             i = std::min(statement.find('\n', i), statement.size());
         } else if (statement[i] == '\'') {
-            // Past a string, which has its end in the same line.
+            // Skips a string, which must end in the same line.
             last = '\'';
             i = std::min(statement.find_first_of("'\n", i + 1), statement.size());
         } else if (static_cast<unsigned char>(statement[i]) > ' ') {
@@ -261,7 +263,7 @@ class ScriptReader::Parser {
         return Make(std::move(expression));
     }
 
-    // A primary expression with the attributes and members asked of it.
+    // A primary expression with its attribute and member accesses.
     ExpressionPtr ParsePostfix() {
         SkipToItem();
         ExpressionPtr expression = ParsePrimary();
@@ -302,7 +304,7 @@ class ScriptReader::Parser {
         } else if (Take('(')) {
             expression.kind = Expression::Kind::List;
             expression.operands = Operands();
-            // Parentheses around a comparison only hold it together.
+            // Parentheses around a comparison only group it.
             if (expression.operands.size() == 1 &&
                 expression.operands.front()->kind == Expression::Kind::Operation) {
                 return std::move(expression.operands.front());
@@ -424,7 +426,7 @@ class ScriptReader::Parser {
         if (Peek() == '-' || Peek() == '+') ++at_;
         if (!IsDigit(Peek())) Fail("a digit");
         while (IsDigit(Peek())) ++at_;
-        // A point may also ask for an attribute, but numbers have none.
+        // A point may also begin an attribute access, but numbers have no attributes.
         const bool isReal = Peek() == '.';
         if (isReal) {
             ++at_;
@@ -458,7 +460,7 @@ class ScriptReader::Parser {
         return id;
     }
 
-    // The name of a model, behind "@": the longest that stands here; else a word.
+    // The name of a model after "@": the longest that matches here, otherwise a word.
     std::string ModelName() {
         const std::string* longest = nullptr;
         for (const std::string& name : modelNames_) {
@@ -515,14 +517,14 @@ class ScriptReader::Parser {
         }
     }
 
-    // To what follows a `:`, `;`, `,` or `(`: in this line, or in the next one that is not empty.
+    // Moves to the text after a `:`, `;`, `,` or `(`, in this line or in the next non-empty line.
     void SkipToItem() {
         SkipBlanks();
         if (AtLineEnd() && continues_) SkipLines();
         continues_ = false;
     }
 
-    // Past a statement that is not well formed, to the end of its last line.
+    // Skips a malformed statement, to the end of its last line.
     void SkipStatement() {
         char last = '\0';
         for (;;) {
@@ -592,11 +594,11 @@ class ScriptReader::Parser {
     std::uint64_t line_;
     long lineStart_;  // where the line starts in the text; before it, for a column beyond the first
     const std::vector<std::string> modelNames_;
-    bool continues_ = false;  // the token taken last lets the statement go on in the next line
+    bool continues_ = false;  // after the last token, the statement may continue in the next line
     int depth_ = 0;
 };
 
-// Past the byte order mark that some editors put before a text.
+// Skips the byte order mark that some editors write.
 static std::string_view WithoutMark(std::string_view text) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     return text.substr(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);

@@ -1,3 +1,5 @@
+// The data sets of a session.
+
 #include "Session.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// orx shell: statements as they are typed.
+// orx shell: executes statements as they are typed.
 
 #include <unistd.h>
 
@@ -66,7 +66,7 @@ class ShellSession {
           evaluator_(module, session, printer_, {}, &trace),
           editor_([this](std::string_view line) { return CompleteLine(line); }) {}
 
-    // Carries out what is typed, to the end. On a terminal an error is a matter of the moment.
+    // Executes the input to its end. On a terminal, errors do not affect the exit status.
     int Run() {
         std::optional<InterruptsNoted> interrupts;
         if (editor_.IsInteractive()) {
@@ -114,7 +114,7 @@ class ShellSession {
                   << " instances\n";
     }
 
-    // Whether models that are changed are saved, or may be lost.
+    // Whether changed models were saved, or may be discarded.
     bool MayLeave() {
         if (!editor_.IsInteractive()) return true;
         std::string names;
@@ -128,7 +128,7 @@ class ShellSession {
         return names.empty() || editor_.Ask("not saved: " + names + "; leave? (y/N) ");
     }
 
-    // Does some work that prints. An error ends the work and is told.
+    // Runs some work that prints. An error ends the work and is reported.
     template <class Work>
     void Do(Work work) {
         std::optional<ScriptError> failure;
@@ -212,7 +212,7 @@ class ShellSession {
         return kCommands;
     }
 
-    // Whether a line is a command, which is then carried out.
+    // Executes a line if it is a command; returns whether it was.
     bool CarryOutCommand(const std::string& line) {
         const std::string text = Trimmed(line);
         const std::string name = text.substr(0, text.find_first_of(" \t"));

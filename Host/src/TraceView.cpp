@@ -1,4 +1,4 @@
-// The trace as a user asks for it.
+// The trace for a user.
 
 #include "TraceView.h"
 
@@ -46,7 +46,8 @@ void TraceView::Take(std::string_view line) {
     KORPSNTrace::Pass(line);
 }
 
-// A scope's first and last line stand at the scope's indentation, those of the function further in.
+// A scope's first and last line have the scope's indentation; the function's lines are indented
+// further.
 bool TraceView::IsShown(std::string_view line) {
     const int indent = KORPSNTrace::GetIndent();
     const int depth = indent / 3;

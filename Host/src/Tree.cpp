@@ -1,4 +1,4 @@
-// orx tree.
+// orx tree: the assembly structure.
 
 #include <unistd.h>
 
@@ -84,7 +84,7 @@ class TreePrinter {
     // The lines that lead to a place.
     std::string Branch(const Node& node) {
         if (node.level == 0) return "";
-        // What is drawn under a place at each level: a line, or nothing under the last.
+        // The characters drawn below a place at each level: a line, or blanks below the last.
         below_.resize(node.level);
         below_[node.level - 1] = node.isLast ? "    " : "│   ";
         std::string branch;
@@ -124,7 +124,7 @@ class TreePrinter {
         std::cout << json.Line() << '\n';
     }
 
-    // Says that the tree goes on, and how many places it has.
+    // Reports that the tree continues, and its number of places.
     void PrintCut() const {
         const std::optional<double> places =
             assembly_.CountPlaces(options_.depth, options_.placements);
