@@ -83,40 +83,6 @@ class NestedTraceView : public TraceView {
         return part;
     }
 
-    const std::string script = "GetMemberCount(())\nGetItem(1, #23)\nGetMemberCount(())\n";
-    EXPECT_EQ(TraceOf(script, {"--trace-only", "GetMemberCount"}),
-              "== 1:1 GetMemberCount(())\n" + kCount + "== 3:1 GetMemberCount(())\n" + kCount);
-    EXPECT_THAT(TraceOf(script, {"--trace-only", "GetItem"}),
-                AllOf(HasSubstr("== 2:1 GetItem(1, #23)\nSdaiPrimitiveH GetItem -> {\n"),
-                      EndsWith("SdaiPrimitiveH GetItem -> }\n"), Not(HasSubstr("Count"))));
-    EXPECT_EQ(TraceOf(script, {"--trace-only", "GetItem", "--trace-only", "GetMemberCount"}),
-              TraceOf(script));
-    EXPECT_EQ(TraceOf(script, {"--trace-only", "IsFree"}), "");
-}
-
-// IsaNARVORepProperty asks IsaNARVOModel about the name of a document file.
-class NestedTraceView : public TraceView {
-  protected:
-    NestedTraceView() {
-        folder.Write("assembly.stp",
-                     ExchangeFile("AUTOMOTIVE_DESIGN",
-                                  "#20=DOCUMENT_FILE('wheel.model','',$,$,'','');\n"
-                                  "#21=PROPERTY_DEFINITION('',$,#20);\n"
-                                  "#22=PROPERTY_DEFINITION_REPRESENTATION(#21,$);\n"));
-    }
-
-    // The lines of a trace that are, or are not, those of IsaNARVOModel.
-    static std::string Part(const std::string& trace, bool ofModel) {
-        std::string part;
-        for (const std::string& line : Lines(trace)) {
-            const bool isHeader = line.find("== ") == 0;
-            if (isHeader || (line.find("IsaNARVOModel ->") != std::string::npos) == ofModel) {
-                part += line + "\n";
-            }
-        }
-        return part;
-    }
-
     const std::string script = "IsaNARVORepProperty(#22)\n";
 };
 
