@@ -72,6 +72,7 @@ class Export:
         self.definitions = {}  # part: PRODUCT_DEFINITION
         self.shapes = {}  # part: SHAPE_REPRESENTATION, its items
         self.occurrences = {}  # link: NEXT_ASSEMBLY_USAGE_OCCURRENCE
+        self.occurrence_shapes = {}  # link: its PRODUCT_DEFINITION_SHAPE, which has the remainder
         self.files = {}  # model or document: DOCUMENT_FILE
         self.handlers = {}  # handler: PRODUCT_CONCEPT
         self.concepts = {}  # id and part of a handler: the PRODUCT_CONCEPT of the first such
@@ -264,7 +265,8 @@ class Export:
     # ---- Links
     #
     # An occurrence of the component in the part that the link names as its parent; where it names
-    # none, in the part that has the link among its own.
+    # none, in the part that has the link among its own. The description of an occurrence is what many
+    # programs show as its name, so that the remainder stands in the description of its shape.
 
     def owners(self):
         """The part in which each link is an occurrence, in the order of the parts and their links."""
@@ -287,8 +289,17 @@ class Export:
             RELATING_PRODUCT_DEFINITION=self.definitions[owner],
             RELATED_PRODUCT_DEFINITION=self.definitions[link.ref],
         )
-        if not all(orx.IsFree(link, name) for name in ("origin", "axis", "ref_direction")):
-            self.place(link, self.shapes[owner], self.shapes[link.ref])
+        self.occurrence_shapes[link] = self.step.create(
+            "PRODUCT_DEFINITION_SHAPE",
+            NAME="Placement",
+            DESCRIPTION="",
+            DEFINITION=self.occurrences[link],
+        )
+        if all(orx.IsFree(link, name) for name in ("origin", "axis", "ref_direction")):
+            self.protocol.note("replaced", "part_link",
+                               "it has no place, without which programs do not show a component: "
+                               "the parent's own", mapping.label(link))  # fmt: skip
+        self.place(link, self.shapes[owner], self.shapes[link.ref])
 
     def place(self, link, parent, component):
         """The component's own origin, brought to its place in the parent."""
@@ -324,12 +335,7 @@ class Export:
                     TRANSFORM_ITEM_2=place,
                 ),
             ),
-            REPRESENTED_PRODUCT_RELATION=new(
-                "PRODUCT_DEFINITION_SHAPE",
-                NAME="Placement",
-                DESCRIPTION="",
-                DEFINITION=self.occurrences[link],
-            ),
+            REPRESENTED_PRODUCT_RELATION=self.occurrence_shapes[link],
         )
 
     def usable(self, link, attribute, is_usable):
@@ -564,7 +570,7 @@ class Export:
         for link, occurrence in self.occurrences.items():
             stated = mapping.link_states(occurrence, mapping.placement_of(occurrence))
             stated |= {"parent": owners[link], "ref": link.ref}
-            self.add_remainder(link, stated, occurrence, "DESCRIPTION")
+            self.add_remainder(link, stated, self.occurrence_shapes[link], "DESCRIPTION")
         for file, step in self.files.items():
             if file.entity.upper() == "MODEL_OBJECT":
                 self.add_remainder(file, mapping.model_states(step), step, "NAME")
@@ -712,6 +718,9 @@ def are_parallel(a, b):
 def belonging_to(parts):
     """The parts, their components on all levels, and what concerns any of these."""
     chosen, waiting = set(), list(parts)
+    if not waiting:
+        return chosen
+    model = waiting[0].model
     while waiting:
         part = waiting.pop()
         if part in chosen:
@@ -728,10 +737,8 @@ def belonging_to(parts):
         chosen.update(part.users("configuration_handler.apply"))
         chosen.update(part.users("cdma_id.CdmaObject"))
         chosen.update(link for link in part.users("part_link.parent") if link.ref in chosen)
-    for link in [i for i in chosen if i.entity == "part_link"]:
-        chosen.update(link.users("effectivity_object.usage"))
-    for identity in [i for i in chosen if i.entity == "cdma_id"]:
-        chosen.update(identity.users("cdma_revision_history.Revisions"))
+    for entity, name in (("effectivity_object", "usage"), ("cdma_revision_history", "Revisions")):
+        chosen.update(i for i in model[entity] if not chosen.isdisjoint(i[name] or []))
     return chosen
 
 

@@ -62,6 +62,19 @@ class Import:
         self.numbers = {}  # and the reverse
         self.used = set()  # the numbers of the STEP instances that were read
 
+        # The products that are documents, and the external names of files.
+        self.documents = {
+            product
+            for category in self.extent("PRODUCT_RELATED_PRODUCT_CATEGORY")
+            if (category.NAME or "").lower() == "document"
+            for product in category.PRODUCTS or []
+        }
+        self.external_names = {
+            item: assignment
+            for assignment in self.extent("APPLIED_EXTERNAL_IDENTIFICATION_ASSIGNMENT")
+            for item in assignment.ITEMS or []
+        }
+
         self.parts = {}  # PRODUCT_DEFINITION, its formation: the part
         self.links = {}  # assembly usage: the links, more than one where it has a quantity
         self.files = {}  # DOCUMENT: model or document
@@ -105,7 +118,7 @@ class Import:
         if product is None:
             self.left_out(formation, "it has no product")
             return
-        if self.is_document(product):
+        if product in self.documents:
             made = self.document_of_product(formation, product)
         else:
             made = self.keyed_part(formation, product, definitions) or self.foreign_part(
@@ -162,10 +175,6 @@ class Import:
             },
         )
 
-    def is_document(self, product):
-        categories = self.users(product, "PRODUCT_RELATED_PRODUCT_CATEGORY.PRODUCTS")
-        return any((category.NAME or "").lower() == "document" for category in categories)
-
     # ---- Links
     #
     # An occurrence of a component in an assembly. Its place comes from GetAbsPlacement, in
@@ -180,7 +189,8 @@ class Import:
         if parent is None or component is None:
             self.left_out(usage, "its parent or its component is no part")
             return
-        remainder = Remainder.read(usage.DESCRIPTION)
+        remainders = (Remainder.read(shape.DESCRIPTION) for shape in mapping.shapes_of(usage))
+        remainder = next(filter(None, remainders), None)
         stated = mapping.link_states(usage, mapping.placement_of(usage))
         stated |= {"parent": parent.instance, "ref": component.instance}
         if remainder is None:
@@ -288,8 +298,7 @@ class Import:
 
     def foreign_document(self, document):
         """A file, by its external name; a model where that ends in .model."""
-        name = "APPLIED_EXTERNAL_IDENTIFICATION_ASSIGNMENT.ITEMS"
-        assignment = next(iter(self.users(document, name)), None)
+        assignment = self.external_names.get(document)
         self.use(assignment)
         kind = mapping.attribute(document.KIND, "PRODUCT_DATA_TYPE")
         file_name = mapping.attribute(assignment, "ASSIGNED_ID") or document.ID or ""

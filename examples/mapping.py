@@ -205,9 +205,13 @@ def is_kind(instance, entity):
     return isinstance(instance, orx.Instance) and entity in instance.entity.split("+")
 
 
+def shapes_of(occurrence):
+    return occurrence.users("PRODUCT_DEFINITION_SHAPE.DEFINITION")
+
+
 def context_of(occurrence):
     """The context-dependent shape representation that states the place of an occurrence."""
-    for shape in occurrence.users("PRODUCT_DEFINITION_SHAPE.DEFINITION"):
+    for shape in shapes_of(occurrence):
         name = "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION.REPRESENTED_PRODUCT_RELATION"
         for context in shape.users(name):
             return context

@@ -389,6 +389,97 @@ def test_exported_files_are_as_the_full_schemas_want_them(database, schema, expr
     assert (checked.returncode, checked.stdout, checked.stderr) == (0, "", "")
 
 
+# ---- As others read it
+
+TOOLKIT = "/usr/include/opencascade"
+TOOLKIT_LIBRARIES = "TKXDESTEP TKSTEP TKXCAF TKXSBase TKLCAF TKCAF TKCDF TKBRep TKMath TKernel"
+
+
+@pytest.fixture(scope="session")
+def toolkit(tmp_path_factory):
+    """A program that reads a file by an independent STEP toolkit, libocct-data-exchange-dev."""
+    if not os.path.isdir(TOOLKIT):
+        pytest.skip("libocct-data-exchange-dev is not installed")
+    program = tmp_path_factory.mktemp("toolkit") / "assembly"
+    environment = {name: value for name, value in os.environ.items() if name != "LD_PRELOAD"}
+    subprocess.run(
+        ["g++", "-std=c++17", f"-isystem{TOOLKIT}", "-Wno-deprecated-declarations",
+         SOURCES / "tests/occt/Assembly.cpp", "-o", program,
+         *(f"-l{name}" for name in TOOLKIT_LIBRARIES.split())],
+        check=True, env=environment, timeout=300,
+    )  # fmt: skip
+
+    def read(file):
+        done = subprocess.run(
+            [program, file], capture_output=True, env=environment, check=True, timeout=120
+        )
+        lines = [line.split("\t") for line in done.stdout.decode("utf-8", "replace").splitlines()]
+        occurrences = [
+            (parent, component, name, [float(number) for number in numbers.split()])
+            for parent, component, name, numbers in (line for line in lines if len(line) == 4)
+        ]
+        return [line[1] for line in lines if line[0] == "unit"], occurrences
+
+    return read
+
+
+@pytest.mark.parametrize("schema", SCHEMAS)
+def test_an_independent_toolkit_reads_the_same_structure(schema, toolkit, tmp_path):
+    database = orx.read(SOURCES / "tests/host/trolley.stp")
+    export(database, schema)[0].write(tmp_path / "out.stp")
+    units, occurrences = toolkit(tmp_path / "out.stp")
+    assert units == ["millimetre"]
+    # Parts are known there by the names of their products, which their first revisions have.
+    expected = [
+        ("Hand trolley", "Frame", [1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0]),
+        ("Hand trolley", "Axle with wheels", [1, 0, 0, 0, 0, -1, 0, 1, 0, 0, 120, -40]),
+        ("Axle with wheels", "Axle", [1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0]),
+        ("Axle with wheels", "Wheel", [0, 0, 1, 0, 1, 0, -1, 0, 0, -250, 0, 0]),
+        ("Axle with wheels", "Wheel", [0, 0, 1, 0, -1, 0, 1, 0, 0, 250, 0, 0]),
+        ("Hand trolley", "Handle", [1, 0, 0, 0, 0.8, -0.6, 0, 0.6, 0.8, 0, 0, 900]),
+    ]
+    assert [(parent, component) for parent, component, _, _ in occurrences] == [
+        (parent, component) for parent, component, _ in expected
+    ]
+    for (*_, found), (*_, placement) in zip(occurrences, expected):
+        assert found == pytest.approx(placement, abs=1e-12)
+    assert [name for _, _, name, _ in occurrences] == [
+        "Frame", "Axle with wheels", "Axle", "Wheel, sealed bearing", "Wheel, sealed bearing",
+        "Handle"]  # fmt: skip
+
+
+def test_an_independent_toolkit_places_each_occurrence_of_the_example(database, toolkit, tmp_path):
+    step, _ = export(database)
+    step.write(tmp_path / "out.stp")
+    _, occurrences = toolkit(tmp_path / "out.stp")
+    places = {}
+    for parent, _, name, place in occurrences:
+        places.setdefault((parent, name), []).append(place)
+    assert len(occurrences) == len(database["part_link"])
+    for link in step["NEXT_ASSEMBLY_USAGE_OCCURRENCE"]:
+        parent = link.RELATING_PRODUCT_DEFINITION.FORMATION.OF_PRODUCT.NAME
+        name = re.sub(r"\s", " ", link.NAME)
+        # A name without a Latin letter is nothing to the toolkit, which takes the identifier then.
+        found = places.get((parent, name)) or places[parent, link.ID]
+        place = pytest.approx(orx.GetAbsPlacement(link), abs=1e-9)
+        assert any(place == other for other in found), (parent, name)
+
+
+@pytest.mark.skipif(not SHARED.exists(), reason="../shared is absent")
+def test_an_independent_toolkit_finds_an_assembly_of_another_origin_as_it_was(toolkit, tmp_path):
+    original = SHARED / "data/as1-oc-214.stp"
+    export(import_module.to_database(orx.read(original))[0])[0].write(tmp_path / "again.stp")
+    (_, before), (_, after) = toolkit(original), toolkit(tmp_path / "again.stp")
+    assert len(before) == 13
+
+    def rounded(occurrences):
+        return sorted((*names, *(round(x, 6) + 0.0 for x in place)) for *names, place in occurrences)
+
+    assert rounded(after) == rounded(before)
+
+
+# ---- Files of other origins
+
 FOREIGN = """
 #1=APPLICATION_CONTEXT('');
 #2=PRODUCT_CONTEXT('',#1,'mechanical');
