@@ -1,10 +1,11 @@
 // Encoded keys: reading them, and building those of models, parts and documents.
 
-#include "Access.h"
+#include "ConcatAtb.h"
+
+#include "Attributes.h"
 #include "Fields.h"
 #include "Function.h"
 #include "KORLocale.h"
-#include "Keys.h"
 
 using namespace orx;
 using namespace sdai_names;

@@ -3,10 +3,10 @@
 #include <array>
 #include <optional>
 
-#include "Access.h"
-#include "Configurations.h"
+#include "Attributes.h"
+#include "ConfigurationStrings.h"
+#include "Identity.h"
 #include "KORLocale.h"
-#include "Same.h"
 #include "SdaiIterator.h"
 
 using namespace orx;

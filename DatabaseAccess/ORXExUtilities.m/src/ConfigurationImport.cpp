@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "Configurations.h"
+#include "ConfigurationStrings.h"
 #include "Function.h"
 #include "KORLocale.h"
 

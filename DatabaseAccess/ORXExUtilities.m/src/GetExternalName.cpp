@@ -1,8 +1,8 @@
 // The external name of a document or model.
 
-#include "Access.h"
+#include "Attributes.h"
+#include "FileNames.h"
 #include "Function.h"
-#include "Names.h"
 
 using namespace orx;
 using namespace sdai_names;

@@ -7,9 +7,9 @@
 #include <iostream>
 #include <new>
 
-#include "Access.h"
+#include "Attributes.h"
+#include "Identity.h"
 #include "KORMath.h"
-#include "Same.h"
 #include "SdaiIterator.h"
 
 using namespace orx;

@@ -1,6 +1,6 @@
 // The DOCUMENT_FILE that a property refers to.
 
-#include "Access.h"
+#include "Attributes.h"
 #include "Function.h"
 
 using namespace orx;

@@ -1,7 +1,7 @@
 // Whether a part of the database is a component of another.
 
-#include "Access.h"
-#include "Same.h"
+#include "Attributes.h"
+#include "Identity.h"
 
 using namespace orx;
 using namespace sdai_names;

@@ -1,8 +1,8 @@
 // Identity comparisons: each function follows a short chain of attributes from one or both
 // arguments and tests whether both ends are the same instance.
 
-#include "Access.h"
-#include "Same.h"
+#include "Attributes.h"
+#include "Identity.h"
 
 using namespace orx;
 using namespace sdai_names;

@@ -1,7 +1,7 @@
 // Whether a document is associated with the version of a product definition.
 
-#include "Access.h"
-#include "Same.h"
+#include "Attributes.h"
+#include "Identity.h"
 
 using namespace orx;
 using namespace sdai_names;

@@ -1,6 +1,6 @@
 // Names of model files.
 
-#include "Access.h"
+#include "Attributes.h"
 #include "Function.h"
 
 using namespace orx;

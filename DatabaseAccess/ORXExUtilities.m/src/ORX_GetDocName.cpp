@@ -1,7 +1,7 @@
 // Document names, converted between database form and file form.
 
+#include "FileNames.h"
 #include "Function.h"
-#include "Names.h"
 
 using namespace orx;
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <climits>
 
-#include "Access.h"
+#include "Attributes.h"
+#include "FileNames.h"
 #include "Function.h"
 #include "KORLocale.h"
-#include "Names.h"
 
 using namespace orx;
 using namespace sdai_names;

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "FileNames.h"
 #include "Function.h"
-#include "Names.h"
 
 using namespace orx;
 

@@ -1,7 +1,7 @@
 // Keys of V5 documents: a marker followed by the document's encoded key.
 
+#include "ConcatAtb.h"
 #include "Function.h"
-#include "Keys.h"
 
 using namespace orx;
 

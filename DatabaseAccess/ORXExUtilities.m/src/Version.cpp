@@ -7,11 +7,11 @@
 #include <optional>
 #include <vector>
 
-#include "Access.h"
+#include "Attributes.h"
 #include "Function.h"
+#include "Identity.h"
 #include "KORDMInstance.h"
 #include "KORDMNarvo.h"
-#include "Same.h"
 
 using namespace orx;
 using namespace sdai_names;

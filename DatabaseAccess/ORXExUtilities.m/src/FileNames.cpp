@@ -1,6 +1,6 @@
 // Conversion of names between database form and file form.
 
-#include "Names.h"
+#include "FileNames.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Tests whether two references denote the same entity instance.
 
-#ifndef ORX_SAME_H
-#define ORX_SAME_H
+#ifndef ORX_IDENTITY_H
+#define ORX_IDENTITY_H
 
 #include "Function.h"
 

@@ -1,7 +1,7 @@
 // Reading through value handles.
 
-#ifndef ORX_ACCESS_H
-#define ORX_ACCESS_H
+#ifndef ORX_ATTRIBUTES_H
+#define ORX_ATTRIBUTES_H
 
 #include <span>
 

@@ -1,7 +1,7 @@
 // Names in database form (with blanks) and in file form (with the byte 0xB1 instead of blanks).
 
-#ifndef ORX_NAMES_H
-#define ORX_NAMES_H
+#ifndef ORX_FILENAMES_H
+#define ORX_FILENAMES_H
 
 #include <array>
 #include <climits>

@@ -1,8 +1,8 @@
 // Encoded keys for V5 documents, whose keys follow a marker. These functions throw std::bad_alloc
 // when memory runs out.
 
-#ifndef ORX_KEYS_H
-#define ORX_KEYS_H
+#ifndef ORX_CONCATATB_H
+#define ORX_CONCATATB_H
 
 #include "SdaiPrimitiveH.h"
 

@@ -15,8 +15,8 @@
 //
 //     date string                     mmddyyyyHHMMSS, fourteen zeros for an open date
 
-#ifndef ORX_CONFIGURATIONS_H
-#define ORX_CONFIGURATIONS_H
+#ifndef ORX_CONFIGURATIONSTRINGS_H
+#define ORX_CONFIGURATIONSTRINGS_H
 
 #include "Fields.h"
 #include "Trace.h"
