@@ -1,4 +1,4 @@
-// The module with the mapping functions, loaded when it is first needed.
+// The module with the mapping functions, loaded on first use.
 
 #ifndef PYTHON_CALLS_H
 #define PYTHON_CALLS_H
@@ -7,7 +7,7 @@
 
 namespace python {
 
-// Throws std::runtime_error when it cannot be loaded.
+// Throws std::runtime_error if it cannot be loaded.
 const calls::Module& TheModule();
 
 }  // namespace python

@@ -28,7 +28,7 @@ std::unordered_map<const SdaiModel*, Model*>& Models() {
     return *models;
 }
 
-// The objects of the models that IsVersion has met. They outlive the interpreter: nothing is
+// The objects of the models that IsVersion has seen. They outlive the interpreter and are not
 // destroyed when the process ends.
 std::vector<PyObject*>& Kept() {
     static auto* kept = new std::vector<PyObject*>;
@@ -74,7 +74,7 @@ void Keep(Model& model) {
 }
 
 void ReleaseKept() {
-    // A model that goes may run a program that calls IsVersion again.
+    // Destroying a model may run code that calls IsVersion again.
     std::vector<PyObject*> released;
     released.swap(Kept());
     for (PyObject* model : released) Py_DECREF(model);
@@ -96,13 +96,13 @@ py::str FileName(const std::string& name) {
     return py::reinterpret_steal<py::str>(PyUnicode_DecodeFSDefault(name.c_str()));
 }
 
-// A message holds texts of files, in whatever encoding they are.
+// Messages contain texts of files, in any encoding.
 py::str Message(const std::string& text) {
     return py::reinterpret_steal<py::str>(
         PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "surrogateescape"));
 }
 
-// Raises an Error for what is wrong, if anything is; else warns of what is to be warned of.
+// Raises an Error if there are errors, otherwise issues the warnings.
 void Tell(const exchange::Messages& messages) {
     if (messages.ErrorCount() != 0) {
         const exchange::Message& first = messages.Errors().front();
@@ -132,7 +132,7 @@ void Tell(const exchange::Messages& messages) {
 
 // ---- Reading, making and writing
 
-// The name of a file or of another place where a data set lives.
+// The name of a file or of another store of data sets.
 std::string NameOf(const py::object& path, const char* function) {
     const auto name = py::reinterpret_steal<py::object>(PyOS_FSPath(path.ptr()));
     if (!name) {
@@ -248,7 +248,7 @@ py::object ItemOf(Model& model, const py::object& key) {
     }
     const py::object number = Steal(PyNumber_Index(key.ptr()));
     const unsigned long long id = PyLong_AsUnsignedLongLong(number.ptr());
-    if (PyErr_Occurred() != nullptr) PyErr_Clear();  // which finds nothing
+    if (PyErr_Occurred() != nullptr) PyErr_Clear();  // there is no such instance
     SdaiEntityInstance* instance = model.Data().Find(id);
     if (instance == nullptr) {
         Raise(classes.notFound, "there is no instance #" + std::string(py::str(number)));
@@ -306,7 +306,7 @@ const kor::EntityType& NewEntity(Model& model, const std::string& name) {
 py::object Create(Model& model, const std::string& name, const py::kwargs& attributes) {
     if (!model.MayBeWritten()) Raise();
     const kor::EntityType& entity = NewEntity(model, name);
-    // The values first: an instance is made only when all of them are good.
+    // Values first: the instance is created only if all of them are valid.
     std::vector<std::pair<int, SdaiPrimitiveH>> values;
     for (const auto& [attribute, value] : attributes) {
         const int slot = SlotOf(entity, attribute.ptr());
@@ -337,7 +337,7 @@ class Column {
         domain_ = entity.Slots()[static_cast<std::size_t>(slot_)].domain;
     }
 
-    // Numbers as an array where every value is one; reals may be missing (nan).
+    // Numbers as an array, if every value is a number; reals may be missing (nan).
     py::object Values() {
         using Base = kor::Domain::Base;
         const Base base = domain_ != nullptr ? domain_->base : Base::Generic;
@@ -347,7 +347,7 @@ class Column {
     }
 
   private:
-    // Where an instance of a subtype keeps the attribute.
+    // The slot of the attribute in an instance of a subtype.
     const kor::Cell& CellOf(const kor::Instance& instance) {
         if (&instance.Type() != type_) {
             type_ = &instance.Type();
@@ -377,7 +377,7 @@ class Column {
         return array;
     }
 
-    // Null where numpy is not there.
+    // Null if numpy is not installed.
     template <class Number>
     py::object NumpyArray() const {
         try {
@@ -431,7 +431,7 @@ std::vector<std::string> AttributesOf(const Model& model, const std::string& ent
 constexpr long kPlacement = 12;
 
 py::object Placements(const py::object& occurrences) {
-    // What is given stays, and so does its model.
+    // The arguments and their models stay alive.
     std::vector<SdaiEntityInstance*> instances;
     py::list held;
     Model* model = nullptr;
@@ -457,7 +457,7 @@ py::object Placements(const py::object& occurrences) {
     double* to = placements.mutable_data();
     const orx::Export& row = *orx::FindExport("GetAbsPlacement");
     const calls::Module& module = TheModule();
-    // The models stay as they are meanwhile.
+    // The models are not written meanwhile.
     std::vector<std::unique_ptr<Model::Reading>> reading;
     if (model != nullptr) reading.push_back(std::make_unique<Model::Reading>(*model));
     const Model* last = nullptr;

@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::size_t kMostArguments = 3;
 
-// What is written for one row beside the table: see Documentation.h, which is made of the header.
+// The documentation of one row; Documentation.h is generated from the header.
 struct Function {
     const orx::Export& row;
     const Documentation& documentation;
@@ -71,7 +71,7 @@ bool Convert(const Function& function, std::size_t i, PyObject* given, calls::Ar
     return true;
 }
 
-// Puts the arguments in the order of the table: first those by position, then those by name.
+// Arranges the arguments in the order of the table, first positional, then keyword arguments.
 bool Arrange(const Function& function, PyObject* const* given, Py_ssize_t positional,
              PyObject* names, std::array<PyObject*, kMostArguments>& arranged) {
     const std::size_t expected = function.row.ArgumentCount();
@@ -109,7 +109,7 @@ bool Arrange(const Function& function, PyObject* const* given, Py_ssize_t positi
     return false;
 }
 
-// Gives a list what the function has filled its copy with.
+// Copies the contents that the function filled in back to the list.
 bool Refill(PyObject* list, const SdaiPrimitiveH& filled) {
     PyObject* members = ToPython(filled);
     if (members == nullptr) return false;
@@ -118,9 +118,9 @@ bool Refill(PyObject* list, const SdaiPrimitiveH& filled) {
     return failed == 0;
 }
 
-// What the calls of certain functions mean for the lives of models.
+// The effect of some functions on the lifetime of models.
 bool BeforeCall(const orx::Export& row, std::span<const calls::Argument> arguments) {
-    // The versions that are seen are one state for all calls.
+    // The versions seen are a state shared by all calls.
     if (row.unit == "Version" && TraceIsTold()) {
         PyErr_Format(classes.error,
                      "%s cannot be called while a callable takes a line of the trace",

@@ -1,5 +1,5 @@
-// The types Instance and Extent, against CPython's own interface: a program that walks an extent
-// makes and reads a million of them.
+// The types Instance and Extent. They use the CPython API directly, since a program that iterates
+// over an extent creates and reads millions of them.
 
 #include <algorithm>
 #include <array>
@@ -42,7 +42,7 @@ const kor::EntityType& TypeOf(const SdaiEntityInstance& instance) {
     return *kor::Instance::Of(instance).Type().entity;
 }
 
-// A name as UTF-8, which is that of a dictionary only where it is ASCII.
+// A name as UTF-8. It can only match a dictionary name if it is ASCII.
 std::string_view Utf8(PyObject* text) {
     Py_ssize_t size = 0;
     const char* characters = PyUnicode_AsUTF8AndSize(text, &size);
@@ -60,7 +60,7 @@ const char* Article(std::string_view name) {
 
 // ---- Slots
 
-// The same few attributes of the same few types are read again and again, by the same names.
+// A cache, since programs read the same few attributes of the same few types over and over.
 struct RememberedSlot {
     PyObject* name = nullptr;  // owned
     const kor::EntityType* entity = nullptr;
@@ -68,7 +68,7 @@ struct RememberedSlot {
 };
 std::array<RememberedSlot, 1024> rememberedSlots;
 
-// What an instance has of its own comes before its attributes, where the case agrees.
+// Python attributes of an instance take precedence over attributes of the same spelling.
 constexpr int kOwnName = -2;
 constexpr std::array kOwnNames{"number", "entity", "model", "users"};
 
@@ -147,7 +147,7 @@ bool Put(SdaiEntityInstance& instance, int slot, PyObject* name, PyObject* value
     Model& model = ModelOf(instance);
     SdaiPrimitiveH converted;
     if (!ConvertForSlot(TypeOf(instance), model, slot, name, value, converted)) return false;
-    // The conversion may have run a program that lent the model to another thread.
+    // The conversion may have run code that lent the model to another thread.
     if (!model.MayBeWritten()) return false;
     kor::Instance::Of(instance).Write(slot, converted);
     return true;
@@ -197,7 +197,7 @@ int SlotOfQualified(const kor::EntityType& entity, std::string_view owner,
     return kor::NameTable::kAbsent;
 }
 
-// The slot of instance["NAME"], or of instance[1] where the type is declared by no schema.
+// The slot of instance["NAME"], or of instance[1] if the type is undeclared.
 int SlotOfKey(const SdaiEntityInstance& instance, PyObject* key) {
     const kor::EntityType& entity = TypeOf(instance);
     if (PyUnicode_Check(key)) {
@@ -467,7 +467,7 @@ void DestroyExtent(PyObject* self) {
     PyObject_Free(self);
 }
 
-// An iterator visits what was there when it began.
+// An iterator visits the instances that existed when it was created.
 extern PyTypeObject ExtentIteratorType;
 
 PyObject* Iterate(PyObject* self) {

@@ -1,9 +1,10 @@
-// The parts of the extension module `orxexutilities._core` and what they share. Entity instances,
-// extents and the mapping functions, which are used a million times in a row, are written against
-// CPython's own interface; the rest is bound with pybind11.
+// The shared parts of the extension module `orxexutilities._core`. Entity instances, extents and
+// the mapping functions, which programs use millions of times, use the CPython API directly; the
+// rest is bound with pybind11.
 //
-// Everything here is called with the interpreter lock held unless said otherwise. A function that
-// gives a null pointer or false has set a Python exception. "New" references belong to the caller.
+// Everything here is called with the interpreter lock held unless documented otherwise. A function
+// that returns a null pointer or false has set a Python exception. "New" references belong to the
+// caller.
 
 #ifndef PYTHON_PACKAGE_H
 #define PYTHON_PACKAGE_H
@@ -21,8 +22,8 @@ namespace python {
 
 // ---- Models
 
-// A data set, and the Python object that owns it. Whatever refers to the data keeps that object
-// alive by a reference of its own.
+// A data set and the Python object that owns it. Every object that refers to the data holds a
+// reference to that object.
 class Model {
   public:
     explicit Model(exchange::DataSet dataSet);
@@ -36,7 +37,8 @@ class Model {
     PyObject* Self() const { return self_; }
     void SetSelf(PyObject* self) { self_ = self; }
 
-    // While a thread works on the model without the interpreter lock, no other may write it.
+    // While it exists, a thread may read the model without the interpreter lock, and no other
+    // thread may write it.
     class Reading {
       public:
         explicit Reading(Model& model) : model_(model) { ++model_.readers_; }
@@ -47,8 +49,8 @@ class Model {
       private:
         Model& model_;
     };
-    // False, with an exception, while that is so, or while a function is in the middle of a line of
-    // its trace.
+    // Returns false, with an exception, while a Reading exists or a function is in the middle of a
+    // trace line.
     bool MayBeWritten() const;
 
   private:
@@ -57,13 +59,13 @@ class Model {
     int readers_ = 0;
 };
 
-// The model of an instance or of the data access interface; it is one of the package's.
+// The package's model of an instance or of a model of the data access interface.
 Model& ModelOf(const SdaiModel& model);
 Model& ModelOf(const SdaiEntityInstance& instance);
-// Null, without an exception, for anything but a Model.
+// Null, without an exception, if the object is not a Model.
 Model* AsModel(PyObject* object);
 
-// A model that IsVersion has met stays until RemoveValueVersion.
+// A model that IsVersion has seen is kept alive until RemoveValueVersion.
 void Keep(Model& model);
 void ReleaseKept();
 
@@ -78,46 +80,46 @@ PyObject* NewInstance(SdaiEntityInstance& instance);
 PyObject* NewInstance(SdaiEntityInstance& instance, Model& model);
 PyObject* NewExtent(Model& model, const kor::EntityType& entity);
 
-// Null, without an exception, for anything but an Instance.
+// Null, without an exception, if the object is not an Instance.
 SdaiEntityInstance* AsInstance(PyObject* object);
 
-// The members of an Extent, which belong to its model; null, without an exception, for anything
-// else.
+// The members of an Extent, which belong to its model; null, without an exception, for any other
+// object.
 const SdaiAggrInstance* AsExtent(PyObject* object);
 Model& ModelOfExtent(PyObject* extent);
 
-// The slot of an attribute, remembered by name and type. Absent: NameTable::kAbsent, without an
-// exception. What is remembered is forgotten when a model goes.
+// The slot of an attribute, cached by name and type; NameTable::kAbsent, without an exception, if
+// there is none. The cache is cleared when a model is destroyed.
 int SlotOf(const kor::EntityType& entity, PyObject* name);
 void ForgetSlots();
 
 // "a PRODUCT has no attribute 'NAMES'; did you mean 'NAME'?"
 void RaiseNoAttribute(const kor::EntityType& entity, std::string_view attribute);
 
-// Writes a slot of an instance of the model, in which it must be.
+// Writes a slot of an instance, which must belong to the model.
 bool Put(SdaiEntityInstance& instance, int slot, PyObject* name, PyObject* value);
-// Only the checks and the conversion of that.
+// Only the checks and the conversion of Put.
 bool ConvertForSlot(const kor::EntityType& entity, const Model& model, int slot, PyObject* name,
                     PyObject* value, SdaiPrimitiveH& converted);
 
 // ---- Values
 
-// Where a value that is converted is to go, for messages: "GetInst: argument 'attribute'".
+// The destination of a converted value, for messages: "GetInst: argument 'attribute'".
 struct Place {
     std::string_view owner;
     std::string_view what;
     std::string ToString() const;
 };
 
-// The text as str; of a str, the text: a NUL or a lone surrogate is a ValueError.
+// The text as str, and the text of a str: a NUL or a lone surrogate is a ValueError.
 PyObject* ToPython(const SdaiString& text);
 bool FromPython(PyObject* text, const Place& place, SdaiString& converted);
 
-// A value. Unset is None, a logical True, False or UNKNOWN, an aggregate a list of its own.
+// A value: None if unset, True, False or UNKNOWN for a logical, a new list for an aggregate.
 PyObject* ToPython(const SdaiPrimitiveH& value);
 
 enum class Lists {
-    Literal,  // one whose members are all numbers is a list of reals, as in a script
+    Literal,  // as in a script, a list whose members are all numbers is a list of reals
     AsGiven,
 };
 bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH& converted);
@@ -143,10 +145,10 @@ bool PrepareClasses();
 // Adds all functions of the export table to the module.
 bool AddFunctions(PyObject* module);
 
-// Whether a callable that takes trace lines has raised meanwhile; the exception is then set.
+// Whether a callable that receives trace lines has raised; the exception is then set.
 bool TraceHasRaised();
-// Whether a callable is at work: the function whose line it has stands in the middle of its walk,
-// and what that walks over must stay, whatever thread would change it.
+// Whether a callable is running: the function that traces is then in the middle of an iteration,
+// and no thread may change what it iterates over.
 bool TraceIsTold();
 
 }  // namespace python

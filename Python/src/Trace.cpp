@@ -1,3 +1,5 @@
+// `orxexutilities.trace`.
+
 #include "Trace.h"
 
 #include <algorithm>
@@ -17,7 +19,7 @@ namespace {
 
 constexpr int kLevel = 12;
 
-// Where one `with` sends the lines.
+// The destination of the lines in one `with`.
 class Target {
   public:
     explicit Target(const py::object& target) : target_(target) {
@@ -70,8 +72,8 @@ class Target {
     std::ofstream file_;
 };
 
-// Hands the lines to the innermost `with`. What a callable raises ends the call that traces; that a
-// callable calls functions itself writes no lines.
+// Passes the lines to the innermost `with`. An exception from a callable ends the call that traces;
+// functions called by a callable are not traced.
 class Lines final {
   public:
     void Begin(Target& target) {

@@ -1,4 +1,4 @@
-// `orxexutilities.trace`: the trace of the functions, into a file or a callable.
+// `orxexutilities.trace`: sends the trace of the functions to a file or a callable.
 
 #ifndef PYTHON_TRACE_H
 #define PYTHON_TRACE_H

@@ -1,3 +1,5 @@
+// References between instances.
+
 #include "Users.h"
 
 #include <algorithm>
@@ -6,7 +8,7 @@ namespace python {
 
 namespace {
 
-// Calls visit(instance) for every instance that a value holds until it gives true.
+// Calls visit(instance) for every instance in a value until it returns true.
 template <class Visit>
 bool AnyInstance(const SdaiPrimitiveH& value, const Visit& visit) {
     if (SdaiEntityInstance* instance = value) return visit(*instance);
@@ -18,8 +20,8 @@ bool AnyInstance(const SdaiPrimitiveH& value, const Visit& visit) {
     return false;
 }
 
-// Whether an attribute of the domain may have an aggregate: null is that of a type that no schema
-// declares.
+// Whether an attribute of the domain may hold an aggregate; a null domain is that of an undeclared
+// type.
 bool MayBeAggregate(const kor::Domain* domain) {
     using Base = kor::Domain::Base;
     if (domain == nullptr || domain->base == Base::Generic) return true;
@@ -28,7 +30,7 @@ bool MayBeAggregate(const kor::Domain* domain) {
                        [](const auto& choice) { return MayBeAggregate(choice.second); });
 }
 
-// Whether the attribute is no aggregate in any instance of the entity type.
+// Whether the attribute is never an aggregate in instances of the entity type.
 bool IsSingle(const kor::Model& model, const kor::EntityType& entity, std::string_view attribute) {
     return std::all_of(model.Types().begin(), model.Types().end(), [&](const kor::ModelType& type) {
         if (!type.entity->IsKindOf(std::string_view(entity.FoldedName()))) return true;

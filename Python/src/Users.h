@@ -1,4 +1,4 @@
-// References between instances, as far as the package looks at them.
+// References between instances.
 
 #ifndef PYTHON_USERS_H
 #define PYTHON_USERS_H
@@ -10,14 +10,14 @@
 
 namespace python {
 
-// The instances of an entity type that refer to an instance through an attribute, directly or by a
-// member of an aggregate, in extent order. Where the attribute cannot be an aggregate they are
-// found by the back references of the platform, else by a walk over the extent.
+// The instances of an entity type that refer to an instance through an attribute, directly or in an
+// aggregate, in extent order. They are found by the platform's back references or, if the attribute
+// can be an aggregate, by searching the extent.
 std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& instance,
                                          const kor::Model& model, const kor::EntityType& entity,
                                          std::string_view attribute);
 
-// Whether every instance that a value holds is one of the model.
+// Whether every instance in a value belongs to the model.
 bool RefersOnlyTo(const kor::Model& model, const SdaiPrimitiveH& value);
 
 }  // namespace python

@@ -1,4 +1,4 @@
-// Values of the data access interface as Python objects, and the reverse.
+// Conversion between values of the data access interface and Python objects.
 
 #include <cstdio>
 #include <vector>
@@ -169,7 +169,7 @@ PyObject* ToPython(const SdaiPrimitiveH& value) {
 namespace {
 
 bool FromSequence(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH& converted) {
-    // A list that holds itself ends here.
+    // Stops at a list that contains itself.
     if (Py_EnterRecursiveCall(" while a list is converted") != 0) return false;
     const Reference sequence(PySequence_Fast(value, "a sequence expected"));
     bool good = static_cast<bool>(sequence);
@@ -198,7 +198,7 @@ bool FromInteger(PyObject* value, const Place& place, SdaiPrimitiveH& converted)
     return true;
 }
 
-// Gives the text of an attribute of an Enum, Binary or Typed.
+// Gets the text of an attribute of an Enum, Binary or Typed.
 bool TextOf(PyObject* value, const char* attribute, const Place& place, SdaiString& text) {
     const Reference object(PyObject_GetAttrString(value, attribute));
     return object && FromPython(object.Get(), place, text);
