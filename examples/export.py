@@ -55,7 +55,8 @@ def export(database, schema="AUTOMOTIVE_DESIGN", parts=None):
     `parts`, where given, are the parts to take out: their components, models and documents go with
     them, and the configurations, effectivities and identities that concern them.
     """
-    return Export(database, schema_named(schema), parts).run()
+    with mapping.no_collections():
+        return Export(database, schema_named(schema), parts).run()
 
 
 class Export:

@@ -24,6 +24,7 @@ from mapping import Protocol, Remainder
 
 DATABASE_SCHEMA = "cdma"
 MOST_COPIES = 10_000  # of one occurrence with a quantity
+OPEN_DATE = "00000000000000"
 
 # What data sets of STEP have around products and shapes: read on the way to them, or without a
 # meaning of its own in the database.
@@ -40,7 +41,8 @@ FRAME = """
 
 def to_database(step, schemas=()):
     """A database model with what a model of a STEP schema holds, and the protocol."""
-    return Import(step, schemas).run()
+    with mapping.no_collections():
+        return Import(step, schemas).run()
 
 
 class Made:
@@ -76,6 +78,7 @@ class Import:
         }
 
         self.parts = {}  # PRODUCT_DEFINITION, its formation: the part
+        self.mapped = {}  # PRODUCT_DEFINITION: the mapped items of its shape, by what they map
         self.links = {}  # assembly usage: the links, more than one where it has a quantity
         self.files = {}  # DOCUMENT: model or document
         self.handlers = {}  # PRODUCT_CONCEPT: handler
@@ -154,6 +157,9 @@ class Import:
                 f"the database takes one to three characters: '{version}'",
                 f"{number} '{formation.ID or ''}'",
             )
+        if len(definitions) > 1:
+            self.protocol.note("remark", "PRODUCT_DEFINITION",
+                               "several of one formation: one part", number)  # fmt: skip
         siblings = self.users(product, "PRODUCT_DEFINITION_FORMATION.OF_PRODUCT")
         is_assembly = any(
             self.users(d, "ASSEMBLY_COMPONENT_USAGE.RELATING_PRODUCT_DEFINITION") for d in definitions
@@ -178,7 +184,9 @@ class Import:
     # ---- Links
     #
     # An occurrence of a component in an assembly. Its place comes from GetAbsPlacement, in
-    # millimetres. A quantity becomes so many links.
+    # millimetres; where nothing else states it, from the item by which the shape of the assembly maps
+    # that of the component, the first such item for the first occurrence. A quantity becomes so many
+    # links.
 
     def link(self, usage):
         kinds = usage.entity.split("+")
@@ -191,7 +199,8 @@ class Import:
             return
         remainders = (Remainder.read(shape.DESCRIPTION) for shape in mapping.shapes_of(usage))
         remainder = next(filter(None, remainders), None)
-        stated = mapping.link_states(usage, mapping.placement_of(usage))
+        placement = mapping.placement_of(usage) or self.mapped_placement(usage)
+        stated = mapping.link_states(usage, placement)
         stated |= {"parent": parent.instance, "ref": component.instance}
         if remainder is None:
             self.foreign_link(usage, stated)
@@ -210,12 +219,32 @@ class Import:
         if "origin" not in stated:
             self.protocol.note("remark", "placement of an occurrence",
                                "STEP states none: it stays unset", stated["id"])  # fmt: skip
+        elif mapping.context_of(usage) is None:
+            self.protocol.note("remark", "placement of an occurrence", "from a mapped item",
+                               stated["id"])  # fmt: skip
         elif mapping.is_default_placement(usage):
             self.replaced("placement of an occurrence",
                           "what STEP states cannot be understood: the parent's own place",
                           stated["id"])  # fmt: skip
         elif scale := mapping.scale_of(usage):
             self.left_out(usage, f"its scale, {scale:g}: a link has none")
+
+    def mapped_placement(self, usage):
+        assembly = usage.RELATING_PRODUCT_DEFINITION
+        if assembly not in self.mapped:
+            self.mapped[assembly] = {}
+            for shape in mapping.shapes_of_part(assembly):
+                for item in shape.ITEMS or []:
+                    if mapping.is_kind(item, "MAPPED_ITEM"):
+                        mapped = mapping.attribute(item.MAPPING_SOURCE, "MAPPED_REPRESENTATION")
+                        self.mapped[assembly].setdefault(mapped, []).append(item)
+        for shape in mapping.shapes_of_part(usage.RELATED_PRODUCT_DEFINITION):
+            if items := self.mapped[assembly].get(shape):
+                item = items.pop(0)
+                self.use(item, item.MAPPING_SOURCE)
+                self.use_axes(item.MAPPING_TARGET)
+                return mapping.mapped_placement(item)
+        return None
 
     def quantity(self, usage):
         if "QUANTIFIED_ASSEMBLY_COMPONENT_USAGE" not in usage.entity or usage.QUANTITY is None:
@@ -236,10 +265,8 @@ class Import:
         context = mapping.context_of(usage)
         if context is None:
             return
-        relation = context.REPRESENTATION_RELATION
-        self.use(context, relation)
-        operator = relation and relation.TRANSFORMATION_OPERATOR
-        self.use(operator)
+        operator = mapping.operator_of(usage)
+        self.use(context, context.REPRESENTATION_RELATION, operator)
         for name in ("TRANSFORM_ITEM_1", "TRANSFORM_ITEM_2", "LOCAL_ORIGIN", "AXIS1", "AXIS2", "AXIS3"):
             self.use_axes(mapping.attribute(operator, name))
 
@@ -274,7 +301,7 @@ class Import:
         key = document.DESCRIPTION
         if not orx.IsEncodedNARVOV5(key):
             return None
-        entity = document.KIND.PRODUCT_DATA_TYPE
+        entity = mapping.attribute(document.KIND, "PRODUCT_DATA_TYPE") or "CDM_DOCUMENT"
         place = len(mapping.document_fields(entity)) + 1
         remainder = Remainder.read(key.removeprefix("_ORX_"), place)
         if remainder is None and entity not in ("CDM_DOCUMENT", "CDM_DOCCAD", "CDM_DOCNOTE"):
@@ -429,6 +456,10 @@ class Import:
         kinds = effectivity.entity.split("+")
         stated = {"id": effectivity.ID} | mapping.effectivity_states(effectivity)
         if "DATED_EFFECTIVITY" in kinds:
+            for name in ("EFFECTIVITY_START_DATE", "EFFECTIVITY_END_DATE"):
+                if effectivity[name] is not None and orx.GetDate(effectivity[name]) == OPEN_DATE:
+                    self.replaced(f"DATED_EFFECTIVITY.{name}", "no date with a time of day: open",
+                                  effectivity.ID)  # fmt: skip
             return self.make("date_effectivity", stated)
         if "SERIAL_NUMBERED_EFFECTIVITY" in kinds:
             for name in ("EFFECTIVITY_START_ID", "EFFECTIVITY_END_ID"):

@@ -16,6 +16,7 @@ moved by another program stays renamed and moved.
 """
 
 import contextlib
+import gc
 import json
 import sys
 import warnings
@@ -228,16 +229,50 @@ def placement_of(occurrence):
     context = context_of(occurrence)
     if context is None:
         return None
-    placement = [value + 0.0 for value in orx.GetAbsPlacement(occurrence)]
+    placement = orx.GetAbsPlacement(occurrence)
     relation = context.REPRESENTATION_RELATION
-    scale = max(map(millimetres, (relation.REP_1, relation.REP_2)))
-    own = component_origin(relation.TRANSFORMATION_OPERATOR, placement[9:])
+    scale = max(millimetres(attribute(relation, name)) for name in ("REP_1", "REP_2"))
+    own = component_origin(operator_of(occurrence), placement[9:])
+    return about_own_zero(placement, own, scale)
+
+
+def mapped_placement(item):
+    """The place that a mapped item gives to what it maps, as placement_of; None where its target is
+    no axis placement."""
+    origin, target = attribute(item.MAPPING_SOURCE, "MAPPING_ORIGIN"), item.MAPPING_TARGET
+    if not all(is_kind(axes, "AXIS2_PLACEMENT_3D") for axes in (origin, target)):
+        return None
+    placement = []
+    orx.ComputeABSPlacement(origin, target, placement)
+    mapped = attribute(item.MAPPING_SOURCE, "MAPPED_REPRESENTATION")
+    return about_own_zero(placement, coordinates(origin), millimetres(mapped))
+
+
+def about_own_zero(placement, own, scale):
+    """A placement of the point `own` of a component as one of its zero, in millimetres."""
+    placement = [value + 0.0 for value in placement]  # no negative zeros
     for axis in range(3) if any(own) else ():
         turned = sum(placement[axis + 3 * column] * own[column] for column in range(3))
         placement[9 + axis] += own[axis] - turned
     if scale != 1.0:
         placement[9:] = [value * scale for value in placement[9:]]
     return placement
+
+
+def operator_of(occurrence):
+    """The transformation by which the place of an occurrence is stated."""
+    relation = attribute(context_of(occurrence), "REPRESENTATION_RELATION")
+    return attribute(relation, "TRANSFORMATION_OPERATOR")
+
+
+def shapes_of_part(definition):
+    """The representations of the shape of a part."""
+    return [
+        shape.USED_REPRESENTATION
+        for property in definition.users("PRODUCT_DEFINITION_SHAPE.DEFINITION")
+        for shape in property.users("SHAPE_DEFINITION_REPRESENTATION.DEFINITION")
+        if shape.USED_REPRESENTATION is not None
+    ]
 
 
 NO_SHIFT = [0.0, 0.0, 0.0]
@@ -288,7 +323,7 @@ def is_default_placement(occurrence):
     """Whether GetAbsPlacement gives its default because it cannot follow what STEP states."""
     if orx.GetAbsPlacement(occurrence) != [1.0, 0, 0, 0, 1.0, 0, 0, 0, 1.0, 0, 0, 0]:
         return False
-    operator = context_of(occurrence).REPRESENTATION_RELATION.TRANSFORMATION_OPERATOR
+    operator = operator_of(occurrence)
     items = [attribute(operator, f"TRANSFORM_ITEM_{i}") for i in (1, 2)]
     if items[0] is not None and axes(items[0]) == axes(items[1]):
         return False
@@ -305,8 +340,7 @@ def axes(placement):
 
 def scale_of(occurrence):
     """The scale of a cartesian transformation operator, which GetAbsPlacement ignores."""
-    operator = context_of(occurrence).REPRESENTATION_RELATION.TRANSFORMATION_OPERATOR
-    scale = attribute(operator, "SCALE")
+    scale = attribute(operator_of(occurrence), "SCALE")
     return scale if scale not in (None, 1.0) else None
 
 
@@ -519,6 +553,19 @@ def notes_in_columns(title, notes):
         name = f"and {len(rest)} other kinds"
         lines.append(f"  {name:<48}{sum(cases['count'] for _, cases in rest):>10,}")
     return lines + [""]
+
+
+@contextlib.contextmanager
+def no_collections():
+    """While a journey runs, the interpreter looks for no cycles of objects that nobody refers to: there
+    are none, and to look for them takes the longer the more there is."""
+    enabled = gc.isenabled()
+    gc.disable()
+    try:
+        yield
+    finally:
+        if enabled:
+            gc.enable()
 
 
 # ---- The command line

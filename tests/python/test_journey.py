@@ -1,6 +1,7 @@
 """examples/export.py and examples/import.py: what goes out of a database comes back."""
 
 import importlib
+import importlib.util
 import json
 import os
 import re
@@ -547,6 +548,31 @@ def test_placements_are_read_in_millimetres_from_any_unit(read_text, unit, facto
     assert link.ref_direction == [0, 1, 0]
 
 
+def test_places_that_mapped_items_state_are_read(read_text):
+    step = read_text(
+        FOREIGN
+        + shapes(MILLIMETRE, MILLIMETRE).replace("(#113),", "(#113,#130,#131),").replace("#125=", "#126=")
+        .replace("CONTEXT_DEPENDENT_SHAPE_REPRESENTATION(#123,#124)", "PRODUCT_CONTEXT('',#1,'')")
+        + "#130=MAPPED_ITEM('',#132,#113);#131=MAPPED_ITEM('',#132,#115);\n"
+        + "#132=REPRESENTATION_MAP(#115,#117);\n"
+        + "#41=NEXT_ASSEMBLY_USAGE_OCCURRENCE('2','bolt_2','',#12,#22,$);\n"
+        + "#42=NEXT_ASSEMBLY_USAGE_OCCURRENCE('3','bolt_3','',#12,#22,$);\n"
+    )  # fmt: skip
+    database, protocol = import_module.to_database(step)
+    # As in the test before; the second lies where its own origin is; for the third there is no item.
+    places = [(link.origin, link.axis, link.ref_direction) for link in database["part_link"]]
+    found = {link.id: place for link, place in zip(database["part_link"], places)}
+    assert found == {
+        "1": ([1, 1, 3], [0, 0, 1], [0, 1, 0]),
+        "2": ([0, 0, 0], [0, 0, 1], [1, 0, 0]),
+        "3": (None, None, None),
+    }
+    assert {why for what, why in protocol.notes["remark"] if what == "placement of an occurrence"} == {
+        "from a mapped item",
+        "STEP states none: it stays unset",
+    }
+
+
 def test_parts_without_keys_come_from_their_own_attributes(read_text):
     database, protocol = import_module.to_database(read_text(FOREIGN))
     parts = [
@@ -649,6 +675,18 @@ def test_keys_without_remainders_are_read(read_text):
     database, _ = import_module.to_database(step)
     part = database["part_object"][0]
     assert (part.S_PART_NUMBER, part.S_CHG_NUM, part.C_VERSION, part.S_DESC) == ("P9", "00", 2, "Pump")
+
+
+@pytest.mark.parametrize("count", [300])
+def test_a_generated_database_comes_back(count):
+    """The one by which scripts/bench measures how time grows."""
+    path = SOURCES / "benchmarks/journey.py"
+    specification = importlib.util.spec_from_file_location("journey", path)
+    journey = importlib.util.module_from_spec(specification)
+    specification.loader.exec_module(journey)
+    database = journey.database_of(count)
+    assert len(database["part_link"]) == count - 1
+    assert after_the_journey(database) == values(database)
 
 
 # ---- The command line
