@@ -5,7 +5,8 @@ tasks a second the scheduler takes when there is nothing to do in them.
     PYTHONPATH=build/release/python benchmarks/fleet.py GENERATE_STEP [FILES [ROUNDS]]
 
 GENERATE_STEP is the generator of the benchmarks, build/release/bin/generate-step. Loop and runs take
-turns, and the ratios are of what was measured in the same round; that of the middle round counts.
+turns, and the ratios are of what was measured in the same round; that of the middle round counts. The
+processor time of a file says what to expect where processors are free.
 """
 
 import contextlib
@@ -105,6 +106,39 @@ def measure(files, rules, folder):
     return found
 
 
+def costs(files, rules, folder):
+    """Processor time of a file: where rows are written, and on the workers once they are up."""
+    from orxexutilities.fleet import _cluster, _results, _units
+
+    result = folder / "costs.db"
+    start = time.process_time()
+    plain_loop(files, result)
+    tell_costs("loop", files, time.process_time() - start)
+    result.unlink()
+    the_rules, reading = _units.Rules.of(rules), _units.Reading()
+    for workers in (1, 2):
+        store = _results.store_for(f"sqlite:{result}", "rows", 60)
+        store.open()
+        with _cluster.Cluster(None, workers, None, 60) as cluster:
+
+            def on_workers():
+                return sum(cluster._client.run(time.process_time).values())
+
+            units = _units.units_of(files, the_rules, reading)
+            here, there = time.process_time(), on_workers()
+            for answer in _cluster.Dispatch(cluster, units, the_rules, reading, 60, print).answers():
+                store.write(*answer)
+            here, there = time.process_time() - here, on_workers() - there
+        store.close()
+        tell_costs(f"{workers} worker{'s' * (workers > 1)}", files, here, there)
+        result.unlink()
+
+
+def tell_costs(name, files, here, there=0.0):
+    each = 1e3 / len(files)
+    print(f"{name:12}{here * each:8.2f} ms of a processor a file here{there * each:8.2f} ms on workers")
+
+
 def close(left, right):
     return all(abs(a - b) <= 1e-6 * max(1.0, abs(a)) for a, b in zip(left, right))
 
@@ -140,6 +174,7 @@ def main():
         size = sum(map(os.path.getsize, files)) / 1e6
         print(f"{count} files, {size:.0f} MB, {os.cpu_count()} processors, load {os.getloadavg()[0]:.1f}")
         measured = [measure(files, rules, folder) for _ in range(rounds)]
+        costs(files, rules, folder)
     print(f"{'':12}{'asking':>10}{'times':>8}{'whole':>10}{'times':>8}")
     for what in ("loop", 1, 2):
         name = "loop" if what == "loop" else f"{what} worker{'s' * (what > 1)}"

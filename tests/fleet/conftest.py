@@ -17,7 +17,7 @@ import pytest
 distributed = pytest.importorskip("distributed")
 psutil = pytest.importorskip("psutil")
 
-# Sizes are a tenth of what scripts/test-fleet --large has.
+# Sizes and counts are smaller than those of scripts/test-large.
 LARGE = bool(os.environ.get("ORX_FLEET_LARGE"))
 SANITIZED = "libasan" in os.environ.get("LD_PRELOAD", "")
 SOURCES = Path(__file__).resolve().parents[2]
@@ -200,6 +200,8 @@ def failures_in(database):
 
 # ---- A cluster of its own
 
+MEMORY = "auto" if SANITIZED else "600MiB"  # of a worker
+
 
 def _dask(command, *arguments, log):
     return subprocess.Popen(
@@ -207,7 +209,17 @@ def _dask(command, *arguments, log):
         stdout=log,
         stderr=log,
         start_new_session=True,
+        env=os.environ | ADVISED,
     )
+
+
+# As docs/fleet.md advises.
+ADVISED = {
+    "DASK_DISTRIBUTED__SCHEDULER__ALLOWED_FAILURES": "0",
+    "DASK_DISTRIBUTED__WORKER__MEMORY__TARGET": "False",
+    "DASK_DISTRIBUTED__WORKER__MEMORY__SPILL": "False",
+    "DASK_DISTRIBUTED__WORKER__MEMORY__PAUSE": "False",
+}
 
 
 class ClusterElsewhere:
@@ -226,9 +238,13 @@ class ClusterElsewhere:
                                "--no-dashboard", "--dashboard-address", "127.0.0.1:0", log=self._log)  # fmt: skip
         self.workers = [
             _dask("worker", self.address, "--host", "127.0.0.1", "--nthreads", 1, "--no-dashboard",
-                  "--local-directory", self._folder, log=self._log)  # fmt: skip
+                  "--local-directory", self._folder, "--memory-limit", MEMORY, log=self._log)  # fmt: skip
             for _ in range(workers)
         ]
+
+    def asking(self):
+        """The processes that ask, each started by one that watches it."""
+        return [p for worker in self.workers for p in _session(worker.pid) if _is_worker(p)]
 
     def stop(self):
         """Ends all of it, the workers with their nannies."""

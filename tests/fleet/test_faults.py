@@ -34,17 +34,22 @@ def plant(tmp_path):
     return make
 
 
+unsanitized = pytest.mark.skipif(
+    SANITIZED, reason="slow and about the cluster alone, not about what is sanitized"
+)
+
+
 def holds_all(database, good, bad=()):
     assert rows_in(database) == rows_of(good)
     expected = {str(file): "done" for file in good} | {str(file): "failed" for file in bad}
     assert marks_in(database) == expected
 
 
-def test_a_thousand_small_files_with_twenty_damaged_ones(tmp_path, plant, rules, fleet):
+def test_a_thousand_small_files_with_twenty_damaged_ones(tmp_path, plant, rules, fleet, cluster):
     good, _ = plant(1000)
     damaged = [write_damaged(tmp_path / "plant" / "more" / f"d{i}.stp") for i in range(20)]
     result = tmp_path / "result.db"
-    run = fleet(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--workers", 2)
+    run = fleet(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--scheduler", cluster.address)
     assert run.status == 1
     holds_all(result, good, damaged)
     told = [line for line in run.err.splitlines() if ":9:" in line]
@@ -52,17 +57,19 @@ def test_a_thousand_small_files_with_twenty_damaged_ones(tmp_path, plant, rules,
     assert "1000 files done, 20 not done, 2000 rows" in run.err
 
 
-def test_a_worker_that_is_killed(tmp_path, plant, rules, start):
+@unsanitized
+def test_a_worker_that_is_killed(tmp_path, plant, rules, start, cluster):
     good, _ = plant(60, "sleep0.05")
     result = tmp_path / "result.db"
-    run = start(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--workers", 2)
+    run = start(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--scheduler", cluster.address)
     wait_until(lambda: done_in(result) > 3)
-    os.kill(run.workers()[0].pid, signal.SIGKILL)
+    os.kill(cluster.asking()[0].pid, signal.SIGKILL)
     run.wait()
     assert (run.status, run.left_behind()) == (0, []), run.err
     holds_all(result, good)
 
 
+@unsanitized
 def test_workers_that_are_killed_at_random(tmp_path, plant, rules, start):
     kills = 50 if LARGE else 5
     good, _ = plant(16 * kills, "sleep0.1")
@@ -81,12 +88,13 @@ def test_workers_that_are_killed_at_random(tmp_path, plant, rules, start):
     holds_all(result, good)
 
 
-def test_a_worker_that_is_stopped_and_goes_on(tmp_path, plant, rules, start):
+@unsanitized
+def test_a_worker_that_is_stopped_and_goes_on(tmp_path, plant, rules, start, cluster):
     good, _ = plant(60, "sleep0.05")
     result = tmp_path / "result.db"
-    run = start(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--workers", 2)
+    run = start(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--scheduler", cluster.address)
     wait_until(lambda: done_in(result) > 3)
-    stopped = run.workers()[0].pid
+    stopped = cluster.asking()[0].pid
     os.kill(stopped, signal.SIGSTOP)
     time.sleep(3)
     os.kill(stopped, signal.SIGCONT)
@@ -95,6 +103,7 @@ def test_a_worker_that_is_stopped_and_goes_on(tmp_path, plant, rules, start):
     holds_all(result, good)
 
 
+@unsanitized
 def test_a_scheduler_that_is_restarted(tmp_path, plant, rules, start, own_cluster):
     good, bad = plant(100, "sleep0.05", ["raise"])
     result = tmp_path / "result.db"
@@ -111,9 +120,10 @@ def test_a_scheduler_that_is_restarted(tmp_path, plant, rules, start, own_cluste
     assert "the scheduler is lost" in run.err
 
 
-def test_a_database_that_is_down(tmp_path, plant, rules, start, server):
+@unsanitized
+def test_a_database_that_is_down(tmp_path, plant, rules, start, cluster, server):
     good, bad = plant(100, "sleep0.03", ["raise"])
-    run = start(rules, tmp_path / "plant", "-o", server.uri, "--workers", 2)
+    run = start(rules, tmp_path / "plant", "-o", server.uri, "--scheduler", cluster.address)
 
     def done():
         exists = server.ask("SELECT to_regclass('orx_fleet') IS NOT NULL")[0][0]
@@ -131,25 +141,26 @@ def test_a_database_that_is_down(tmp_path, plant, rules, start, server):
     assert states == {str(f): "done" for f in good} | {str(f): "failed" for f in bad}
 
 
-def test_a_file_that_crashes_its_reader(tmp_path, plant, rules, fleet):
+def test_a_file_that_crashes_its_reader(tmp_path, plant, rules, fleet, cluster):
     good, bad = plant(40, bad=["abort"])
     result = tmp_path / "result.db"
-    run = fleet(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--workers", 2)
+    run = fleet(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--scheduler", cluster.address)
     assert run.status == 1
     holds_all(result, good, bad)
     assert failures_in(result) == {str(bad[0]): "the process that asked it died (Aborted, SIGABRT)"}
 
 
-@pytest.mark.skipif(SANITIZED, reason="memory is not limited where addresses are sanitized")
-def test_a_file_that_takes_all_memory(tmp_path, plant, rules, fleet):
+@unsanitized
+def test_a_file_that_takes_all_memory(tmp_path, plant, rules, fleet, cluster):
     good, bad = plant(40, bad=["memory"])
     result = tmp_path / "result.db"
-    run = fleet(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--workers", 2, "--memory", "600MiB")
+    run = fleet(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--scheduler", cluster.address)
     assert run.status == 1
     holds_all(result, good, bad)
     assert failures_in(result) == {str(bad[0]): "takes more memory than the 600 MiB of a worker"}
 
 
+@unsanitized
 def test_a_run_that_is_cut_off_goes_on_where_it_stopped(tmp_path, plant, rules, start, fleet):
     good, bad = plant(60, "sleep0.05", ["raise"])
     result = tmp_path / "result.db"
@@ -167,8 +178,9 @@ def test_a_run_that_is_cut_off_goes_on_where_it_stopped(tmp_path, plant, rules, 
     assert f"{60 - before} files done, {before} were done before, 1 not done" in run.err
 
 
+@unsanitized
 def test_an_interrupted_run_ends_its_workers(tmp_path, plant, rules, start):
-    plant(60, "sleep0.1")
+    plant(200, "sleep0.1")
     result = tmp_path / "result.db"
     run = start(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--workers", 2)
     wait_until(lambda: done_in(result) > 3)
@@ -181,23 +193,19 @@ def test_an_interrupted_run_ends_its_workers(tmp_path, plant, rules, start):
     assert doubled == ()
 
 
-@pytest.mark.skipif(SANITIZED, reason="memory is not limited where addresses are sanitized")
+@unsanitized
 def test_large_files_have_the_memory_of_the_machine_one_at_a_time(tmp_path, plant, rules, fleet):
-    size = 100_000_000 if LARGE else 30_000_000
+    size = 100_000_000 if LARGE else 40_000_000
     good, _ = plant(20)
+    point = "#%d=CARTESIAN_POINT('',(%d.25,0.,1.));\n"
+    points = "".join(point % (number, number) for number in range(3, size // 43))
     large = []
     for i in range(3):
         file = write_file(tmp_path / "plant" / f"large{i}.stp", f"large{i}")
-        text = file.read_text()
-        record = "#%d=CARTESIAN_POINT('',(%d.25,0.,1.));\n"
-        points, number = [], 3
-        while number * 45 < size:
-            points.append(record % (number, number))
-            number += 1
-        file.write_text(text.replace("ENDSEC;\nEND-", "".join(points) + "ENDSEC;\nEND-"))
+        file.write_text(file.read_text().replace("ENDSEC;\nEND-", points + "ENDSEC;\nEND-"))
         large.append(file)
     result = tmp_path / "result.db"
-    memory = 10 * size  # of which such a model might take more
+    memory = max(256 << 20, 4 * size)  # of which such a model might take more
     run = fleet(rules, tmp_path / "plant", "-o", f"sqlite:{result}", "--workers", 2, "--memory", memory)
     assert run.status == 0, run.err
     holds_all(result, good + large)

@@ -34,7 +34,21 @@ def printable(text: str) -> str:
     return "".join(c if c.isprintable() or c in "\n\t" else repr(c)[1:-1] for c in text)
 
 
-class Bar(Progress):
+class Watch(Progress):
+    """Ends a run that is to stop. The exception of a signal may be lost where nobody can catch it."""
+
+    stopped = False
+
+    def advance(self, files: int, failures: int) -> None:
+        if self.stopped:
+            raise KeyboardInterrupt
+
+    def stop(self, *_: object) -> None:
+        self.stopped = True
+        raise KeyboardInterrupt
+
+
+class Bar(Watch):
     """A progress bar, on a terminal."""
 
     def __init__(self) -> None:
@@ -53,6 +67,7 @@ class Bar(Progress):
             if failures:
                 self._bar.set_postfix(failed=failures, refresh=False)
             self._bar.update(files)
+        super().advance(files, failures)
 
     def tell(self, message: str) -> None:
         if self._bar is None:
@@ -159,14 +174,11 @@ def report_dry(outcome: Outcome) -> None:
     )
 
 
-def stop(*_: object) -> None:
-    raise KeyboardInterrupt
-
-
 def main(arguments: list[str] | None = None) -> int:
     options = parser().parse_intermixed_args(arguments)
-    signal.signal(signal.SIGTERM, stop)
-    bar = Progress() if options.quiet else Bar()
+    bar = Watch() if options.quiet else Bar()
+    for number in (signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, bar.stop)
     try:
         files = [*options.files, *listed(options.files_from)]
         if not files:

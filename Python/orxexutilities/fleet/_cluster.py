@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
+import asyncio
 import contextlib
 import logging
+import multiprocessing
 import os
 import queue
 import signal
@@ -16,7 +18,7 @@ from multiprocessing import resource_tracker
 from typing import Any
 
 from distributed import Client, KilledWorker, LocalCluster
-from distributed.comm import parse_address, parse_host_port
+from distributed.comm.addressing import parse_address, parse_host_port
 from distributed.comm.registry import get_backend
 
 import dask
@@ -32,14 +34,28 @@ LEAST_SECONDS = 0.1
 BATCHES_PER_WORKER = 2
 # What a file costs beside its bytes, in bytes that take as long.
 FILE_COST = 64 * 1024
-# Memory that a model takes for each byte of its file, at most.
-MODEL_EXPANSION = 12
-# What a worker takes, idle or with the smallest of files, and some more.
-LEAST_MEMORY = 256 << 20
+# Memory that a model takes for each byte of its file: up to 3, and some for what rules make of it.
+MODEL_EXPANSION = 4
+# What a worker takes that does nothing, and what it needs at least.
+IDLE_MEMORY = 128 << 20
+LEAST_MEMORY = 2 * IDLE_MEMORY
+# Of the processes of workers. One model after the other takes the same memory, so that a process does
+# better to keep some than to give it back and ask for it again.
+ENVIRONMENT = {
+    "DASK_LOGGING__DISTRIBUTED": "critical",
+    "OMP_NUM_THREADS": "1",
+    "OPENBLAS_NUM_THREADS": "1",
+    "MALLOC_ARENA_MAX": "1",
+    "MALLOC_MMAP_THRESHOLD_": str(32 << 20),
+    "MALLOC_TRIM_THRESHOLD_": str(64 << 20),
+}
 # Units that worker after worker died of, though each asked them in a process of its own.
 DEATHS = 10
-# How long a result may take from its worker.
-RESULT_SECONDS = 120
+# How long workers of this machine may be fewer than they should; a third of it none at all.
+MISSING_SECONDS = 60
+CLOSE_SECONDS = 15
+# How long a result may take from its worker, which may have died since; twice as long at each attempt.
+RESULT_SECONDS = 10
 
 
 @dataclass(eq=False, slots=True)
@@ -48,7 +64,7 @@ class Batch:
     careful: bool = False
     deaths: int = 0
     memory: int | None = None
-    sent: float = 0.0
+    patience: float = RESULT_SECONDS
     future: Any = field(default=None, repr=False)
 
     @property
@@ -66,9 +82,10 @@ class Cluster:
     def __init__(self, scheduler: str | None, workers: int | None, memory: int | None, patience: float) -> None:
         if scheduler is not None:
             _check_address(scheduler)
-        self._scheduler = scheduler
-        self._local = scheduler is None
-        self._count = workers
+        self._elsewhere = self._scheduler = scheduler
+        self._whole = time.monotonic()
+        self._local: LocalCluster | None = None
+        self._count = workers or len(os.sched_getaffinity(0))
         if memory is not None and memory < LEAST_MEMORY:
             raise UsageError(f"a worker needs {LEAST_MEMORY >> 20} MiB, {memory >> 20} MiB are too little")
         self._memory = memory
@@ -81,7 +98,7 @@ class Cluster:
     def __enter__(self) -> Cluster:
         try:
             self._open.enter_context(_quiet())
-            if self._scheduler is None:
+            if self._elsewhere is None:
                 self._scheduler = self._start()
             self.connect()
         except BaseException:
@@ -102,13 +119,18 @@ class Cluster:
             "distributed.worker.memory.target": False,
             "distributed.worker.memory.spill": False,
             "distributed.worker.memory.pause": False,
-            "distributed.nanny.pre-spawn-environ.DASK_LOGGING__DISTRIBUTED": "critical",
+            "distributed.nanny.pre-spawn-environ": ENVIRONMENT,
+            # A worker that does not answer on this machine is gone.
+            "distributed.comm.timeouts.connect": "5s",
+            # What nobody looks at.
+            "distributed.worker.profile.enabled": False,
+            "distributed.admin.tick.interval": "200ms",
         }
         self._open.enter_context(dask.config.set(settings))
         folder = self._open.enter_context(tempfile.TemporaryDirectory(prefix="orx-fleet-"))
         with _without_interrupts():
             cluster = LocalCluster(
-                n_workers=self._count or len(os.sched_getaffinity(0)),
+                n_workers=self._count,
                 threads_per_worker=1,
                 processes=True,
                 host="127.0.0.1",
@@ -118,8 +140,25 @@ class Cluster:
                 silence_logs=logging.CRITICAL,
                 **({"memory_limit": self._memory} if self._memory else {}),
             )
-        self._open.callback(cluster.close)
+        self._open.callback(_end, cluster)
+        self._local = cluster
+        self._whole = time.monotonic()
         return str(cluster.scheduler_address)
+
+    @property
+    def ails(self) -> bool:
+        """Whether workers of this machine have been missing for long: a worker that is killed while it
+        starts may not be started again."""
+        now = time.monotonic()
+        present = len(self.workers)
+        if self._local is None or present >= self._count:
+            self._whole = now
+        return now - self._whole > (MISSING_SECONDS if present else MISSING_SECONDS / 3)
+
+    def start_again(self) -> None:
+        self.disconnect()
+        self._open.pop_all().close()
+        self.__enter__()
 
     def connect(self) -> None:
         """Connects to the scheduler, which may come up again in a while."""
@@ -127,7 +166,7 @@ class Cluster:
         while True:
             try:
                 # Answers of other machines come through the scheduler: it alone is sure to be reached.
-                direct = True if self._local else None
+                direct = None if self._local is None else True
                 self._client = Client(
                     self._scheduler, timeout=5, set_as_default=False, direct_to_workers=direct
                 )
@@ -162,7 +201,7 @@ class Cluster:
         """How much the worker with least may take, and how much the machine with least; nothing where
         workers have no limit."""
         machines: dict[str, int] = {}
-        limits = []
+        limits: list[int] = []
         for worker in self.workers.values():
             limits.append(worker.get("memory_limit") or 0)
             machines[worker["host"]] = machines.get(worker["host"], 0) + limits[-1]
@@ -171,6 +210,16 @@ class Cluster:
     def send(self, task: Callable[..., Any], *values: Any) -> Any:
         assert self._client is not None
         return self._client.submit(task, *values, pure=False)
+
+
+def _end(cluster: LocalCluster) -> None:
+    """Ends a cluster with its processes, those too that it has lost sight of."""
+    with contextlib.suppress(Exception):
+        cluster.close(timeout=CLOSE_SECONDS)
+    for process in multiprocessing.active_children():
+        if process.name.startswith("Dask Worker process"):
+            process.kill()
+            process.join()
 
 
 def _check_address(address: str) -> None:
@@ -244,8 +293,9 @@ class Dispatch:
         if limits is None:
             return
         one, machine = limits
-        large = [unit for unit in self._units if unit.size * MODEL_EXPANSION > one]
-        self._units = deque(unit for unit in self._units if unit.size * MODEL_EXPANSION <= one)
+        fits = (one - IDLE_MEMORY) // MODEL_EXPANSION
+        large = [unit for unit in self._units if unit.size > fits]
+        self._units = deque(unit for unit in self._units if unit.size <= fits)
         self._cost = sum(map(_cost, self._units))
         self._large.extend(Batch([unit], careful=True, memory=machine) for unit in large)
 
@@ -267,6 +317,9 @@ class Dispatch:
     def _fill(self) -> None:
         if not self._cluster.connected:
             return
+        if self._cluster.ails:
+            self._take_back()
+            self._cluster.start_again()
         places = BATCHES_PER_WORKER * len(self._cluster.workers)
         while len(self._flying) < places:
             batch = self._next()
@@ -304,15 +357,21 @@ class Dispatch:
         else:
             future = self._cluster.send(_work.ask_all, *values)
         batch.future = future
-        batch.sent = time.monotonic()
         self._flying.add(batch)
         future.add_done_callback(lambda done: self._arrivals.put((batch, done)))
+
+    def _take_back(self) -> None:
+        """All that is on the way, to be sent again."""
+        for batch in self._flying:
+            batch.future = None
+            self._again.append(batch)
+        self._flying.clear()
 
     # ---- Back
 
     def _take(self, batch: Batch, future: Any) -> Iterator[tuple[Unit, _work.Answer]]:
         try:
-            seconds, answers = future.result(timeout=RESULT_SECONDS)
+            seconds, answers = future.result(timeout=batch.patience)
         except KilledWorker:
             yield from self._died(batch)
             return
@@ -348,6 +407,9 @@ class Dispatch:
         self._again.append(batch)
         if future.cancelled() or not self._cluster.connected:
             return
+        if isinstance(error, (TimeoutError, asyncio.TimeoutError)):
+            batch.patience *= 2
+            return
         self._faults += 1
         if self._faults > 3:
             said = f"{type(error).__name__}: {error}"
@@ -357,11 +419,8 @@ class Dispatch:
         """Nothing has arrived for a while."""
         if not self._cluster.connected:
             self._tell("the scheduler is lost, waiting for it")
+            self._take_back()
             self._cluster.disconnect()
-            lost, self._flying = self._flying, set()
-            for batch in lost:
-                batch.future = None
-                self._again.append(batch)
             self._cluster.connect()
             self._tell("the scheduler is there")
             return

@@ -218,7 +218,7 @@ class Store:
     def _marks_of(self, unit: Unit, answer: Sequence[Table] | Failure) -> list[tuple[Any, ...]]:
         now = datetime.datetime.now(datetime.timezone.utc).isoformat(timespec="seconds")
         tables = {} if isinstance(answer, Failure) else {table.file: table for table in answer}
-        marks = []
+        marks: list[tuple[Any, ...]] = []
         for file, stamp in zip(unit.files, unit.stamps):
             if isinstance(answer, Failure):
                 blamed = file == answer.file
@@ -392,7 +392,7 @@ class CsvStore(SqliteStore):
         )
 
     def _csv_of(self, file: str) -> Path:
-        found = self._execute(f"SELECT csv FROM {self.NAMES} WHERE file = ?", (file,)).fetchone()
+        found: tuple[str] | None = self._execute(f"SELECT csv FROM {self.NAMES} WHERE file = ?", (file,)).fetchone()
         if found is None:
             found = next(
                 (name,)
@@ -400,7 +400,8 @@ class CsvStore(SqliteStore):
                 if not self._execute(f"SELECT 1 FROM {self.NAMES} WHERE csv = ?", (name,)).fetchone()
             )
             self._execute(f"INSERT INTO {self.NAMES} VALUES (?, ?)", (*found, file))
-        return self._folder / found[0]
+        (name,) = found
+        return self._folder / name
 
     def _remove(self, files: Sequence[str]) -> None:
         for file in files:

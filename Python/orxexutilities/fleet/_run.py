@@ -88,7 +88,7 @@ def run(
     outcome = Outcome()
     try:
         store.peek() if dry_run else store.open()
-        failed_before = set()
+        failed_before: set[str] = set()
         for unit in units:
             unreadable = [file for file in unit.files if not _is_text(file)]
             if unreadable:
@@ -132,7 +132,7 @@ def _ask(outcome: Outcome, store: Any, rules: Rules, reading: Reading, where: An
                 failure = store.write(unit, answer)
                 if failure is not None:
                     outcome.failures.append(failure)
-                else:
+                elif not isinstance(answer, Failure):
                     outcome.done += len(unit.files)
                     outcome.rows += sum(len(table.rows) for table in answer)
                     outcome.warnings += sum(table.warnings for table in answer)

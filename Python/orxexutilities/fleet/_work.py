@@ -292,32 +292,33 @@ class _Child:
             stdout=subprocess.PIPE,
             env=os.environ | {"PYTHONPATH": os.pathsep.join(paths)},
         )
+        assert self._process.stdin is not None and self._process.stdout is not None
+        self._questions, self._answers = self._process.stdin, self._process.stdout
         self.status = 0
         self._send((os.getpid(), rules, reading, memory))
 
     def _send(self, what: Any) -> None:
-        assert self._process.stdin is not None
         try:
-            pickle.dump(what, self._process.stdin)
-            self._process.stdin.flush()
+            pickle.dump(what, self._questions)
+            self._questions.flush()
         except BrokenPipeError:
             pass
 
     def ask(self, unit: Unit) -> Answer | None:
         """Nothing when the process has died instead of answering."""
         self._send(unit)
-        assert self._process.stdout is not None
         try:
-            return pickle.load(self._process.stdout)
+            answer: Answer = pickle.load(self._answers)
+            return answer
         except (EOFError, pickle.UnpicklingError):
             return None
 
     def close(self) -> None:
         try:
-            self._process.stdin.close()
+            self._questions.close()
         except BrokenPipeError:
             pass
-        self._process.stdout.close()
+        self._answers.close()
         self.status = self._process.wait()
 
 
