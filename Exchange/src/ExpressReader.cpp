@@ -315,7 +315,9 @@ class Parser {
                 entity.supertypes = Names();
             } else if (TakeWord("SUPERTYPE")) {
                 if (TakeWord("OF")) SkipParentheses();
-            } else if (!TakeWord("ABSTRACT")) {
+            } else if (TakeWord("ABSTRACT")) {
+                entity.abstract = true;
+            } else {
                 Fail("SUBTYPE, SUPERTYPE or ';'");
             }
         }

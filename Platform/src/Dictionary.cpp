@@ -226,6 +226,7 @@ class Schema::Resolver {
                                           static_cast<int>(schema_.entities_.size()))) {
                 Fail(entity.position, "entity '" + entity.name + "' is declared twice");
             }
+            type.abstract_ = entity.abstract;
             type.number_ = schema_.entities_.size();
             schema_.entities_.push_back(&type);
             schema_.domains_.emplace_back();

@@ -84,6 +84,7 @@ struct EntityDeclaration {
     std::vector<std::string> supertypes;
     std::vector<AttributeDeclaration> attributes;  // explicit ones and redeclared derived ones
     SourcePosition position;
+    bool abstract = false;  // has no instances but those of its subtypes
 };
 
 // A defined type: another name for a type, an enumeration, or a choice of named types.
@@ -207,6 +208,8 @@ class KOR_API EntityType final : public SdaiEntity {
     const std::vector<Part>& Parts() const { return parts_; }
     bool IsComplex() const { return complex_; }
     bool IsDeclared() const { return declared_; }
+    // Whether the schema allows no instances but those of subtypes.
+    bool IsAbstract() const { return abstract_; }
     const std::string& FoldedName() const { return folded_; }
     // The type's index among the entity types of its schema or, if undeclared, of its model.
     std::size_t Number() const { return number_; }
@@ -258,6 +261,7 @@ class KOR_API EntityType final : public SdaiEntity {
 
     std::string folded_;
     bool declared_;
+    bool abstract_ = false;
     bool complex_ = false;
     std::size_t number_ = 0;
     std::vector<Slot> slots_;

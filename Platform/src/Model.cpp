@@ -225,6 +225,12 @@ std::uint64_t Model::MoveToFreeId(SdaiEntityInstance& instance) {
     return id;
 }
 
+void Model::PutInOrder(std::span<Instance* const> instances) {
+    assert(instances.size() == instances_.size() && madeExtents_.empty() && madeRelations_.empty());
+    std::copy(instances.begin(), instances.end(), instances_.begin());
+    for (std::size_t i = 0; i < instances.size(); ++i) instances[i]->SetOrder(i);
+}
+
 // ---- References
 
 Cell Model::Reference(std::uint64_t id) {

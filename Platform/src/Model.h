@@ -69,6 +69,7 @@ class KOR_API Instance final : public SdaiAppInstance {
     const Cell* Cells() const { return reinterpret_cast<const Cell*>(this + 1); }
     std::span<const Cell> Values() const { return {Cells(), Type().slotCount}; }
     void SetId(std::uint64_t id) { id_ = id; }
+    void SetOrder(std::uint64_t order) { order_ = order; }
     static std::size_t Size(const ModelType& type) {
         return sizeof(Instance) + type.slotCount * sizeof(Cell);
     }
@@ -163,6 +164,10 @@ class KOR_API Model final : public SdaiModel {
     void ForEachInstance(Visit visit) const {
         for (Instance* instance : instances_) visit(*instance);
     }
+
+    // Makes this the order of creation: all instances of the model, each once. Only while the model
+    // is being read, before an extent or relation is asked for.
+    void PutInOrder(std::span<Instance* const> instances);
 
     // Keeps a former value until the model is destroyed, since handles may refer to it.
     void Retire(const Cell& cell) { retired_.push_back(cell); }
