@@ -92,6 +92,9 @@ class SchemaCatalog {
 std::vector<std::string> BuiltInSchemaNames();
 SchemaPtr BuiltInSchema(std::string_view name);
 
+// A built-in schema as EXPRESS; empty for a name that is none.
+std::string BuiltInSchemaText(std::string_view name);
+
 // ---- Data sets
 
 // A record of the header section: its keyword, and its parameters as an exchange file writes them.
@@ -125,10 +128,17 @@ struct Structure {
     std::vector<Scope> scopes;
 };
 
+// What the place that a data set was read from keeps of it, so as to tell later what has changed.
+class Origin {
+  public:
+    virtual ~Origin() = default;
+};
+
 struct DataSet {
     Header header;
     std::unique_ptr<kor::Model> model;
     Structure structure;
+    std::shared_ptr<Origin> origin = nullptr;  // null where nothing is kept
 };
 
 // The name of an external reference: #5 or @5, whose address is in the reference section, or #NAME

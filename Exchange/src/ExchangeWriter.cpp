@@ -11,6 +11,7 @@
 #include "Aggregate.h"
 #include "Exchange.h"
 #include "ExchangeText.h"
+#include "InstanceTexts.h"
 #include "TargetFile.h"
 
 namespace exchange {
@@ -55,7 +56,8 @@ class Writer {
     // The first value that an exchange file cannot express; empty if there is none.
     std::string problem;
 
-    explicit Writer(const Structure& structure) {
+    // `infinite`: whether reals that are not finite may be written, as nan, inf and -inf.
+    explicit Writer(const Structure& structure, bool infinite = false) : infinite_(infinite) {
         for (const std::string& reference : structure.references) {
             externals_.insert(ExternalName(reference.substr(0, reference.find('='))));
         }
@@ -63,8 +65,6 @@ class Writer {
 
     // `closed`: the open scope that the instance closes; null if there is none.
     void Instance(const kor::Instance& instance, const Structure::Scope* closed) {
-        model_ = instance.Type().model;
-        const kor::EntityType& entity = *instance.Type().entity;
         if (closed != nullptr) {
             text += "ENDSCOPE";
             text += closed->exported;
@@ -73,17 +73,28 @@ class Writer {
             InstanceName(instance);
             text += '=';
         }
+        Record(instance);
+        text += ";\n";
+    }
+
+    // The instance without its name: TYPE(...), or (TYPE(...)TYPE(...)).
+    void Record(const kor::Instance& instance) {
+        model_ = instance.Type().model;
+        const kor::EntityType& entity = *instance.Type().entity;
         if (entity.IsComplex()) text += '(';
         for (const kor::EntityType::Part& part : entity.Parts()) {
             text += part.name;
             Values(instance.Values().subspan(part.firstSlot, part.slotCount));
         }
         if (entity.IsComplex()) text += ')';
-        text += ";\n";
-        if (unwritable_ != nullptr && problem.empty()) {
-            problem = "#" + std::to_string(instance.Id()) + " has " + unwritable_ +
-                      ", which no exchange file can hold";
-        }
+        NoteProblem(instance);
+    }
+
+    // One value of an instance.
+    void ValueOf(const kor::Instance& instance, const Cell& value) {
+        model_ = instance.Type().model;
+        Value(value, 0);
+        NoteProblem(instance);
     }
 
     void Values(std::span<const Cell> cells) {
@@ -91,6 +102,12 @@ class Writer {
     }
 
   private:
+    void NoteProblem(const kor::Instance& instance) {
+        if (unwritable_ == nullptr || !problem.empty()) return;
+        problem = "#" + std::to_string(instance.Id()) + " has " + unwritable_ +
+                  ", which no exchange file can hold";
+    }
+
     template <class Append>
     void List(std::size_t count, Append append) {
         text += '(';
@@ -121,7 +138,9 @@ class Writer {
             case Tag::Derived: text += '*'; break;
             case Tag::Integer: AppendInteger(text, cell.Get<long>()); break;
             case Tag::Real:
-                if (!std::isfinite(cell.Get<double>())) unwritable_ = "a real that is not finite";
+                if (!infinite_ && !std::isfinite(cell.Get<double>())) {
+                    unwritable_ = "a real that is not finite";
+                }
                 AppendReal(text, cell.Get<double>());
                 break;
             case Tag::Logical:
@@ -191,6 +210,7 @@ class Writer {
         }
     }
 
+    const bool infinite_;
     std::set<std::string> externals_;  // those with an address
     const SdaiModel* model_ = nullptr;
     const char* unwritable_ = nullptr;
@@ -317,6 +337,29 @@ std::string ParametersText(std::span<const Cell> cells) {
     writer.Values(cells);
     return writer.text;
 }
+
+class InstanceWriter::Texts : public Writer {
+  public:
+    using Writer::Writer;
+};
+
+InstanceWriter::InstanceWriter(const Structure& structure)
+    : texts_(std::make_unique<Texts>(structure, true)) {}
+InstanceWriter::~InstanceWriter() = default;
+
+std::string_view InstanceWriter::Record(const kor::Instance& instance) {
+    texts_->text.clear();
+    texts_->Record(instance);
+    return texts_->text;
+}
+
+std::string_view InstanceWriter::Value(const kor::Instance& instance, const Cell& value) {
+    texts_->text.clear();
+    texts_->ValueOf(instance, value);
+    return texts_->text;
+}
+
+const std::string& InstanceWriter::Problem() const { return texts_->problem; }
 
 std::string ToExchangeText(const DataSet& dataSet, std::string* problem) {
     std::string whole;

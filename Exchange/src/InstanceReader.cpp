@@ -3,6 +3,8 @@
 #include "InstanceReader.h"
 
 #include <algorithm>
+#include <cstring>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -154,8 +156,26 @@ Cell InstanceReader::ExternalReference() {
     return model_->NewTyped(SdaiString(name), Cell());
 }
 
+bool InstanceReader::TakeInfinite(Cell& value) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    constexpr std::pair<std::string_view, double> kWords[] = {
+        {"nan", std::numeric_limits<double>::quiet_NaN()},
+        {"inf", kInfinity},
+        {"-inf", -kInfinity}};
+    for (const auto& [word, real] : kWords) {
+        // The text ends with a NUL.
+        if (std::strncmp(lexer_.At(), word.data(), word.size()) != 0) continue;
+        for (std::size_t i = 0; i < word.size(); ++i) lexer_.Advance();
+        value = Cell::Of(Tag::Real, real);
+        return true;
+    }
+    return false;
+}
+
 Cell InstanceReader::Value(const Domain* domain, int depth) {
     lexer_.Skip();
+    Cell infinite;
+    if (takesInfinite_ && TakeInfinite(infinite)) return infinite;
     const char* const start = lexer_.At();
     switch (*start) {
         case '\'':

@@ -32,8 +32,14 @@ class InstanceReader {
 
     bool IsExternal(std::string_view name) const { return externals_.contains(std::string(name)); }
 
+    // From now on nan, inf and -inf are reals, which no exchange file has.
+    void TakeInfinite() { takesInfinite_ = true; }
+
     // A statement of the data section, after its "#".
     void Instance() { Instance(0); }
+
+    // A value that stands for itself, where the domain is declared; null: anywhere.
+    kor::Cell Value(const kor::Domain* domain) { return Value(domain, 0); }
 
     // The scopes so far, in the order of their owners.
     std::vector<Structure::Scope> TakeScopes() { return std::move(scopes_); }
@@ -57,6 +63,7 @@ class InstanceReader {
 
   private:
     kor::Cell Value(const kor::Domain* domain, int depth);
+    bool TakeInfinite(kor::Cell& value);
     kor::Cell Reference(const kor::Domain* domain);
     kor::Cell ExternalReference();
     kor::Cell TypedValue(const kor::Domain* domain, int depth);
@@ -86,6 +93,7 @@ class InstanceReader {
     std::vector<GreatlyNamed> greatlyNamed_;
     std::set<std::string> externals_;
     std::vector<Structure::Scope> scopes_;
+    bool takesInfinite_ = false;
 };
 
 }  // namespace exchange

@@ -44,12 +44,15 @@ const std::vector<BuiltIn>& BuiltIns() {
     return kBuiltIns;
 }
 
-SchemaPtr Parse(const BuiltIn& schema) {
+std::string TextOf(const BuiltIn& schema) {
     std::string text = std::string("SCHEMA ") + schema.name + ";\n";
     for (const char* part : schema.texts) text += part;
-    text += "END_SCHEMA;\n";
+    return text += "END_SCHEMA;\n";
+}
+
+SchemaPtr Parse(const BuiltIn& schema) {
     Messages messages;
-    const std::vector<SchemaPtr> schemas = ParseSchemas(text, schema.name, messages);
+    const std::vector<SchemaPtr> schemas = ParseSchemas(TextOf(schema), schema.name, messages);
     return schemas.empty() ? nullptr : schemas.front();
 }
 
@@ -59,6 +62,14 @@ std::vector<std::string> BuiltInSchemaNames() {
     std::vector<std::string> names;
     for (const BuiltIn& schema : BuiltIns()) names.emplace_back(schema.name);
     return names;
+}
+
+std::string BuiltInSchemaText(std::string_view name) {
+    const std::string folded = kor::Folded(name);
+    for (const BuiltIn& schema : BuiltIns()) {
+        if (kor::MatchesFolded(schema.name, folded)) return TextOf(schema);
+    }
+    return {};
 }
 
 SchemaPtr BuiltInSchema(std::string_view name) {
