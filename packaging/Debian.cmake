@@ -52,7 +52,8 @@ This package holds the module and its stand-alone platform.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborxexutilities-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${of_this_version}")
+# A program that uses databases is linked with theirs.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${of_this_version}, libpq-dev, libsqlite3-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${description}
 .

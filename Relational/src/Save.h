@@ -1,0 +1,19 @@
+// Saving a data set to a database.
+
+#ifndef RELATIONAL_SAVE_H
+#define RELATIONAL_SAVE_H
+
+#include <string>
+
+#include "Database.h"
+#include "Exchange.h"
+
+namespace relational {
+
+// `name` stands in messages.
+bool SaveTo(Database& database, const exchange::DataSet& dataSet, const std::string& name,
+            exchange::Messages& messages);
+
+}  // namespace relational
+
+#endif
