@@ -9,6 +9,7 @@ namespace host {
 
 int Functions(const Options& options);
 int Describe(const Options& options);
+int Copy(const Options& options);
 int Diff(const Options& options);
 int Check(const Options& options);
 int Tree(const Options& options);
@@ -16,6 +17,7 @@ int Report(const Options& options);
 int CallOrRun(const Options& options);
 int ShowInstances(const Options& options);
 int Users(const Options& options);
+int PrintSchema(const Options& options);
 int Shell(const Options& options);
 
 }  // namespace host

@@ -9,13 +9,15 @@
 #include <iostream>
 #include <string_view>
 
+#include "DataSets.h"
 #include "Printable.h"
 
 namespace host {
 
 void Complain(std::string_view message) {
     std::cerr << (HasColours(STDERR_FILENO) ? "\033[1;31morx:\033[0m " : "orx: ");
-    WritePrintable(message, [](std::string_view piece) { std::cerr << piece; });
+    WritePrintable(relational::WithoutPasswords(message),
+                   [](std::string_view piece) { std::cerr << piece; });
     std::cerr << '\n';
 }
 

@@ -13,6 +13,7 @@
 #include <iostream>
 
 #include "Console.h"
+#include "DataSets.h"
 #include "Interrupt.h"
 #include "Names.h"
 #include "Output.h"
@@ -30,16 +31,20 @@ struct Named {
 
 // The name may be omitted if it follows from the value.
 Named Split(const std::string& option) {
+    if (relational::IsDatabase(option)) return {"", option};
     const std::size_t sign = option.find('=');
     if (sign == std::string::npos || option.find('/') < sign) return {"", option};
     return {option.substr(0, sign), option.substr(sign + 1)};
 }
 
-// Shows the progress of reading a file on the standard error stream, if that is a terminal and
-// reading takes longer than a second.
+// Shows the progress of reading a data set on the standard error stream, if that is a terminal and
+// reading takes longer than a second: bytes of a file, instances of a database.
 class Progress {
   public:
-    explicit Progress(const std::string& file) : file_(file), isTerminal_(isatty(STDERR_FILENO)) {
+    explicit Progress(const std::string& file)
+        : file_(file),
+          isDatabase_(relational::IsDatabase(file)),
+          isTerminal_(isatty(STDERR_FILENO)) {
         std::error_code error;
         size_ = std::filesystem::file_size(file, error);
         if (error) size_ = 0;
@@ -54,7 +59,12 @@ class Progress {
         if (!isTerminal_ || std::chrono::steady_clock::now() < next_) return;
         next_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
         shown_ = true;
-        std::cerr << "\rreading " << ReadableName(file_) << ": " << read / 1'000'000 << " MB";
+        std::cerr << "\rreading " << ReadableName(file_) << ": ";
+        if (isDatabase_) {
+            std::cerr << read << " instances";
+        } else {
+            std::cerr << read / 1'000'000 << " MB";
+        }
         if (size_ != 0)
             std::cerr << " (" << std::min<std::uint64_t>(100, 100 * read / size_) << "%)";
         std::cerr << std::flush;
@@ -62,6 +72,7 @@ class Progress {
 
   private:
     const std::string& file_;
+    const bool isDatabase_;
     const bool isTerminal_;
     std::uint64_t size_;
     bool shown_ = false;
@@ -81,9 +92,12 @@ NamedModel NewModel(const Session& session, const std::string& argument) {
     return {named.name, "", exchange::NewDataSet(schema, named.name)};
 }
 
-// Whether two paths lead to the same file, which need not exist yet. Two paths may lead to the same
+// Whether two names lead to the same file, which need not exist yet. Two may lead to the same
 // device.
-bool IsSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
+bool IsSameFile(const std::string& first, const std::string& second) {
+    const std::filesystem::path a = relational::FileOf(first);
+    const std::filesystem::path b = relational::FileOf(second);
+    if (a.empty() || b.empty()) return first == second;
     std::error_code error;
     if (std::filesystem::is_character_file(a, error)) return false;
     if (std::filesystem::equivalent(a, b, error)) return true;
@@ -132,12 +146,10 @@ namespace {
 NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient) {
     NamedModel model;
     const Named named = Split(argument);
-    model.file = named.value;
+    model.file = relational::ReadableName(named.value);
     model.name = named.name;
     if (model.name.empty()) {
-        model.name = IsStandardInput(model.file)
-                         ? "stdin"
-                         : std::filesystem::path(model.file).stem().string();
+        model.name = IsStandardInput(model.file) ? "stdin" : relational::StemOf(named.value);
     }
     Progress progress(model.file);
     exchange::ReadOptions options;
@@ -150,7 +162,7 @@ NamedModel ReadModel(const Session& session, const std::string& argument, bool l
     model.dataSet = IsStandardInput(model.file)
                         ? exchange::ParseDataSet(ReadText(model.file), TextName(model.file),
                                                  session.schemas, options, messages)
-                        : exchange::ReadDataSet(model.file, session.schemas, options, messages);
+                        : relational::Open(named.value, session.schemas, options, messages);
     Tell(messages);
     return model;
 }
@@ -248,7 +260,7 @@ void SaveModel(Session& session, const std::string& save, bool inPlace) {
     CheckSave(session, save);
     const Named named = Split(save);
     exchange::Messages messages;
-    exchange::WriteDataSet(session.Find(named.name)->dataSet, named.value, messages, {inPlace});
+    relational::Save(session.Find(named.name)->dataSet, named.value, messages, {inPlace});
     Tell(messages);
     session.NoteSaved(named.name);
 }

@@ -15,6 +15,7 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "DataSets.h"
 #include "Loading.h"
 #include "Names.h"
 #include "Options.h"
@@ -161,7 +162,7 @@ std::vector<std::string> WithCommand(std::vector<std::string> arguments, const C
         return arguments;
     }
     std::error_code error;
-    if (first == "-" || std::filesystem::exists(first, error)) {
+    if (first == "-" || relational::IsDatabase(first) || std::filesystem::exists(first, error)) {
         arguments.insert(arguments.begin(), "describe");
         return arguments;
     }
@@ -291,6 +292,22 @@ int Main(int argc, char** argv) {
             "data sets")
         ->required();
     AddJsonFlag(*check, options);
+    CLI::App* copy = app.add_subcommand("copy", "a data set from one place to another");
+    AddSchemaOption(*copy, options);
+    copy->add_option_function<std::string>(
+            "FROM",
+            [&options](const std::string& file) {
+                options.models.push_back({false, "FROM=" + file});
+            },
+            "a data set")
+        ->required();
+    copy->add_option("TO", options.output, "where it goes")->required();
+    AddInPlaceFlag(*copy, options);
+    CLI::App* schema = app.add_subcommand("schema", "a schema as EXPRESS, or as tables");
+    AddSchemaOption(*schema, options);
+    schema->add_option("NAME", options.schemaName, "the schema")->required();
+    schema->add_option("--sql", options.sql, "its tables in a database of that kind")
+        ->type_name("sqlite|postgresql");
     CLI::App* report = app.add_subcommand(
         "report", "a page for a browser: structure, drawing, configurations, versions");
     AddSchemaAndModelOptions(*report, options);
@@ -349,6 +366,8 @@ int Main(int argc, char** argv) {
     if (tree->parsed()) return Tree(options);
     if (diff->parsed()) return Diff(options);
     if (check->parsed()) return Check(options);
+    if (copy->parsed()) return Copy(options);
+    if (schema->parsed()) return PrintSchema(options);
     if (report->parsed()) return Report(options);
     if (show->parsed()) return ShowInstances(options);
     if (users->parsed()) return Users(options);

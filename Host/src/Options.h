@@ -31,7 +31,11 @@ struct Options {
     // Of diff.
     double tolerance = 0;
 
-    // Of report.
+    // Of schema.
+    std::string schemaName;
+    std::string sql;
+
+    // Of report and copy.
     std::string output;
 
     // Of all that write files.

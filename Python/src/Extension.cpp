@@ -11,6 +11,7 @@
 
 #include "Calls.h"
 #include "Cell.h"
+#include "DataSets.h"
 #include "KORDMInstance.h"
 #include "Package.h"
 #include "Trace.h"
@@ -174,18 +175,8 @@ py::object NewModel(exchange::DataSet dataSet) {
     return object;
 }
 
-// A data set lives in a file (ISO 10303-21). Other places are told by how their names begin.
-void RefuseOtherPlaces(const std::string& name) {
-    for (const char* scheme : {"sqlite:", "postgresql://", "postgres://"}) {
-        if (name.starts_with(scheme)) {
-            Raise(classes.error, name + ": data sets in databases cannot be opened");
-        }
-    }
-}
-
 py::object Read(const py::object& path, const py::object& schemas, bool lenient) {
     const std::string name = NameOf(path, "read");
-    RefuseOtherPlaces(name);
     const exchange::SchemaCatalog catalog = CatalogWith(schemas, "read");
     exchange::ReadOptions options;
     options.lenient = lenient;
@@ -193,7 +184,7 @@ py::object Read(const py::object& path, const py::object& schemas, bool lenient)
     exchange::DataSet dataSet;
     {
         const py::gil_scoped_release released;
-        dataSet = exchange::ReadDataSet(name, catalog, options, messages);
+        dataSet = relational::Open(name, catalog, options, messages);
     }
     Tell(messages);
     return NewModel(std::move(dataSet));
@@ -212,12 +203,11 @@ py::object New(const std::string& schema, const py::object& schemas) {
 
 void Write(Model& model, const py::object& path) {
     const std::string name = NameOf(path, "write");
-    RefuseOtherPlaces(name);
     exchange::Messages messages;
     {
         const Model::Reading reading(model);
         const py::gil_scoped_release released;
-        exchange::WriteDataSet(model.DataSet(), name, messages);
+        relational::Save(model.DataSet(), name, messages);
     }
     Tell(messages);
 }

@@ -309,9 +309,22 @@ def test_a_model_is_written_as_it_is_read(lamp, tmp_path):
     with pytest.raises(orx.Error):
         lamp.write(tmp_path / "no such folder" / "x.stp")
     assert sorted(os.listdir(tmp_path)) == ["lamp é.stp"]
-    for name in ("sqlite:x.db", "postgresql://host/x"):
-        with pytest.raises(orx.Error, match="databases cannot be opened"):
-            lamp.write(name)
+
+
+def test_a_model_goes_to_a_database_and_back(lamp, tmp_path):
+    name = f"sqlite:{tmp_path}/lamp é.db"
+    lamp.write(name)
+    again = orx.read(name)
+    assert len(again) == len(lamp) and again[202].ID == "base"
+    again[202].ID = "foot"
+    again.write(name)
+    assert orx.read(name)[202].ID == "foot"
+    lamp[202].ID = "other"
+    with pytest.raises(orx.Error, match="another has changed meanwhile: #202") as error:
+        lamp.write(name)
+    assert error.value.file == name
+    with pytest.raises(orx.Error, match="no.db: "):
+        orx.read(f"sqlite:{tmp_path}/no.db")
 
 
 def test_arguments_of_another_type_are_told(lamp):
