@@ -352,6 +352,30 @@ TEST(GetAbsPlacement, TellsTheStepsOfAnItemDefinedTransformation) {
     EXPECT_THAT(call.lines, Contains("   void ComputeABSPlacement -> {").Times(1));
 }
 
+// What is defined is compared as it is: it is there, and has no type to name. The walk over the
+// contexts asks for the link, the walk over the shapes for both sides of it.
+TEST(GetAbsPlacement, AsksIsSame0ForDefinitionsThatAreNoInstances) {
+    const TestModel model("AUTOMOTIVE_DESIGN",
+                          "#70=PRODUCT_DEFINITION_SHAPE('','','text');"
+                          "#71=CONTEXT_DEPENDENT_SHAPE_REPRESENTATION($,#70);"
+                          "#72=SHAPE_DEFINITION_REPRESENTATION(#70,$);" +
+                              Assembly());
+    const TraceCapture trace;
+    GetAbsPlacement(model[3]);
+    const std::vector<std::string> messages = trace.Messages("SdaiPrimitiveH IsSame0->");
+    const std::vector<std::string> none{"l'entite2        : ", "IsSame0 retourne sdaiLFALSE"};
+    const auto begin = messages.begin();
+    ASSERT_GE(messages.size(), 12U);
+    // The contexts #71 and #13.
+    EXPECT_THAT(std::vector(begin, begin + 3),
+                ElementsAre("l'entite1: NEXT_ASSEMBLY_USAGE_OCCURRENCE", none[0], none[1]));
+    EXPECT_EQ(messages[5], "IsSame0 retourne sdaiLTRUE");
+    // The shape #72, for the parent and for the component.
+    EXPECT_THAT(std::vector(begin + 6, begin + 12),
+                ElementsAre("l'entite1: PRODUCT_DEFINITION", none[0], none[1],
+                            "l'entite1: PRODUCT_DEFINITION", none[0], none[1]));
+}
+
 TEST(GetAbsPlacement, GivesTheIdentityForAMissingArgument) {
     const Call call{SdaiPrimitiveH()};
     EXPECT_EQ(call.placement, kIdentity);

@@ -388,26 +388,26 @@ TEST(BuildDatedEff, IsNullWithoutAModelThatHasTheTypes) {
 }
 
 TEST(BuildDatedEff, CreatesNothingWhereOneTypeIsMissing) {
-    const std::string types[] = {
-        "ENTITY coordinated_universal_time_offset; END_ENTITY;",
-        "ENTITY local_time; hour_component, minute_component : INTEGER; second_component : REAL;"
-        " zone : coordinated_universal_time_offset; END_ENTITY;",
-        "ENTITY calendar_date; year_component, day_component, month_component : INTEGER;"
-        " END_ENTITY;",
-        "ENTITY date_and_time; date_component : calendar_date; time_component : local_time;"
-        " END_ENTITY;"};
-    for (const std::string& missing : types) {
-        SCOPED_TRACE(missing);
+    const struct {
+        std::string name;
+        std::string attributes;
+    } types[] = {{"coordinated_universal_time_offset", ""},
+                 {"local_time",
+                  "hour_component, minute_component : INTEGER; second_component : REAL;"
+                  " zone : coordinated_universal_time_offset;"},
+                 {"calendar_date", "year_component, day_component, month_component : INTEGER;"},
+                 {"date_and_time", "date_component : calendar_date; time_component : local_time;"}};
+    for (const auto& missing : types) {
+        SCOPED_TRACE(missing.name);
         std::string schema = "SCHEMA small;";
-        for (const std::string& type : types) {
-            if (type != missing) schema += type;
+        for (const auto& type : types) {
+            if (type.name == missing.name) continue;
+            schema += "ENTITY " + type.name + "; " + type.attributes + " END_ENTITY;";
         }
-        // References to the missing type are of no importance here.
-        for (const char* reference :
-             {"zone : coordinated_universal_time_offset;", "date_component : calendar_date;",
-              "time_component : local_time;"}) {
-            const std::size_t at = schema.find(reference);
-            if (at != std::string::npos) schema.erase(at, std::string(reference).size());
+        // An attribute of the missing type may be anything.
+        const std::string use = " : " + missing.name + ";";
+        if (const std::size_t at = schema.find(use); at != std::string::npos) {
+            schema.replace(at, use.size(), " : GENERIC;");
         }
         const TestModel target(schema + "END_SCHEMA;");
         EXPECT_EQ(BuildDatedEff("12312099235959", &target.Model()), nullptr);
