@@ -6,6 +6,7 @@
 
 #include "KORMath.h"
 #include "SdaiIterator.h"
+#include "src/Placement.h"
 
 namespace host {
 
@@ -242,18 +243,13 @@ KORMathVector VectorOf(const SdaiPrimitiveH& value, const KORMathVector& byDefau
 // As for an AXIS2_PLACEMENT_3D; degenerate directions give values that are not finite.
 Placement PlacementOfLink(const SdaiEntityInstance& link) {
     const KORMathVector origin = VectorOf(link.GetAttr("origin"_name), {0, 0, 0});
-    const KORMathVector axis = VectorOf(link.GetAttr("axis"_name), {0, 0, 1});
-    const KORMathVector z = axis / axis.Norm();
-    const bool zAlongX = z[1] == 0 && z[2] == 0;
-    const KORMathVector reference =
-        VectorOf(link.GetAttr("ref_direction"_name),
-                 zAlongX ? KORMathVector(0, 1, 0) : KORMathVector(1, 0, 0));
-    const KORMathVector across = reference - Dot(reference, z) * z;
-    const KORMathVector x = across / across.Norm();
-    const KORMathVector y = Cross(z, x);
+    const KORMathVector z = orx::Normalised(VectorOf(link.GetAttr("axis"_name), {0, 0, 1}));
+    const KORMath3x3Matrix frame =
+        orx::FrameOf(z, VectorOf(link.GetAttr("ref_direction"_name), orx::DefaultReference(z)));
     Placement placement;
     auto* to = placement.data();
-    for (const KORMathVector& column : {x, y, z, origin}) {
+    for (const KORMathVector& column :
+         {frame.GetFirstColumn(), frame.GetSecondColumn(), frame.GetThirdColumn(), origin}) {
         // Adding 0.0 turns -0.0 into 0.0.
         for (int i = 0; i < 3; ++i) *to++ = column[i] + 0.0;
     }

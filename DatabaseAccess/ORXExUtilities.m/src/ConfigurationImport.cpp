@@ -25,6 +25,76 @@ SdaiPrimitiveH GetValue(const SdaiPrimitiveH& text) {
     });
 }
 
+namespace {
+
+// Whether a component of a date or time is set; traces a line if it is.
+bool IsSet(Trace& trace, const SdaiPrimitiveH& owner, const SdaiName& component, const char* line) {
+    const bool set = static_cast<bool>(owner.TestAttr(component));
+    if (set) trace.Line(line);
+    return set;
+}
+
+template <class Number>
+void Append(KORUnicodeString& text, Number number, const char* format) {
+    KORUnicodeString digits;
+    digits.BuildFromNum(number, format);
+    text.Append(digits);
+}
+
+// Appends the month, day and year of a DATE_AND_TIME; false if one of them is missing.
+bool AppendDate(Trace& trace, const SdaiPrimitiveH& dateTime, KORUnicodeString& text) {
+    if (!dateTime.TestAttr("DATE_COMPONENT"_name)) {
+        trace.Line(" -> DATE_COMPONENT attribute does not exist");
+        return false;
+    }
+    const SdaiPrimitiveH date = dateTime.GetAttr("DATE_COMPONENT"_name);
+    const bool hasYear = IsSet(trace, date, "YEAR_COMPONENT"_name, "Y. OK");
+    const bool hasMonth = IsSet(trace, date, "MONTH_COMPONENT"_name, "Mo. OK");
+    const bool hasDay = IsSet(trace, date, "DAY_COMPONENT"_name, "D. OK");
+    if (!hasYear || !hasMonth || !hasDay) {
+        trace.Line(" -> DATE_COMPONENT is incomplete ");
+        return false;
+    }
+    Append(text, static_cast<long>(date.GetAttr("MONTH_COMPONENT"_name)), "%02d");
+    Append(text, static_cast<long>(date.GetAttr("DAY_COMPONENT"_name)), "%02d");
+    Append(text, static_cast<long>(date.GetAttr("YEAR_COMPONENT"_name)), "%04d");
+    return true;
+}
+
+// Appends the hour, minute and second of a DATE_AND_TIME; false if the hour is missing.
+bool AppendTime(Trace& trace, const SdaiPrimitiveH& dateTime, KORUnicodeString& text) {
+    if (!dateTime.TestAttr("TIME_COMPONENT"_name)) {
+        trace.Line(" -> TIME_COMPONENT attribute does not exist");
+        return false;
+    }
+    const SdaiPrimitiveH time = dateTime.GetAttr("TIME_COMPONENT"_name);
+    const bool hasHour = IsSet(trace, time, "HOUR_COMPONENT"_name, "H. OK");
+    const bool hasMinute = IsSet(trace, time, "MINUTE_COMPONENT"_name, "Mi. OK");
+    const bool hasSecond = IsSet(trace, time, "SECOND_COMPONENT"_name, "S. OK");
+    if (!hasHour) {
+        trace.Line(" -> TIME_COMPONENT is incomplete ");
+        return false;
+    }
+    Append(text, static_cast<long>(time.GetAttr("HOUR_COMPONENT"_name)), "%02d");
+    if (hasMinute) {
+        trace.Line("Mi. OK");
+        Append(text, static_cast<long>(time.GetAttr("MINUTE_COMPONENT"_name)), "%02d");
+    } else {
+        trace.Line("Mi. unset : OK ");
+        text.Append("00");
+    }
+    if (hasSecond) {
+        trace.Line("S. OK");
+        Append(text, static_cast<double>(time.GetAttr("SECOND_COMPONENT"_name)), "%02g");
+    } else {
+        trace.Line("S. unset : OK ");
+        text.Append("01");  // unlike an unset minute
+    }
+    return true;
+}
+
+}  // namespace
+
 SdaiPrimitiveH GetDate(const SdaiPrimitiveH& select) {
     return Function<"GetDate">(SdaiString(kOpenDate), [&](Trace& trace, SdaiString& result) {
         if (!select.exists()) {
@@ -34,65 +104,9 @@ SdaiPrimitiveH GetDate(const SdaiPrimitiveH& select) {
         trace.Line("Select Entity exists : OK ");
         if (trace.IsActive()) trace.Line("Type of input entity :", select.UnderlyingTypeName());
         const SdaiPrimitiveH dateTime = static_cast<const SdaiSelectH&>(select).getValue();
-
         KORUnicodeString text;
-        const auto append = [&text](const auto& number, const char* format) {
-            KORUnicodeString digits;
-            digits.BuildFromNum(number, format);
-            text.Append(digits);
-        };
-        // Whether a component is set; traces a line if it is.
-        const auto isSet = [&trace](const SdaiPrimitiveH& owner, const SdaiName& component,
-                                    const char* line) {
-            const bool set = static_cast<bool>(owner.TestAttr(component));
-            if (set) trace.Line(line);
-            return set;
-        };
-
-        if (!dateTime.TestAttr("DATE_COMPONENT"_name)) {
-            trace.Line(" -> DATE_COMPONENT attribute does not exist");
-            return;
-        }
-        const SdaiPrimitiveH date = dateTime.GetAttr("DATE_COMPONENT"_name);
-        const bool hasYear = isSet(date, "YEAR_COMPONENT"_name, "Y. OK");
-        const bool hasMonth = isSet(date, "MONTH_COMPONENT"_name, "Mo. OK");
-        const bool hasDay = isSet(date, "DAY_COMPONENT"_name, "D. OK");
-        if (!hasYear || !hasMonth || !hasDay) {
-            trace.Line(" -> DATE_COMPONENT is incomplete ");
-            return;
-        }
-        append(static_cast<long>(date.GetAttr("MONTH_COMPONENT"_name)), "%02d");
-        append(static_cast<long>(date.GetAttr("DAY_COMPONENT"_name)), "%02d");
-        append(static_cast<long>(date.GetAttr("YEAR_COMPONENT"_name)), "%04d");
-
         // A date without a time is ignored.
-        if (!dateTime.TestAttr("TIME_COMPONENT"_name)) {
-            trace.Line(" -> TIME_COMPONENT attribute does not exist");
-            return;
-        }
-        const SdaiPrimitiveH time = dateTime.GetAttr("TIME_COMPONENT"_name);
-        const bool hasHour = isSet(time, "HOUR_COMPONENT"_name, "H. OK");
-        const bool hasMinute = isSet(time, "MINUTE_COMPONENT"_name, "Mi. OK");
-        const bool hasSecond = isSet(time, "SECOND_COMPONENT"_name, "S. OK");
-        if (!hasHour) {
-            trace.Line(" -> TIME_COMPONENT is incomplete ");
-            return;
-        }
-        append(static_cast<long>(time.GetAttr("HOUR_COMPONENT"_name)), "%02d");
-        if (hasMinute) {
-            trace.Line("Mi. OK");
-            append(static_cast<long>(time.GetAttr("MINUTE_COMPONENT"_name)), "%02d");
-        } else {
-            trace.Line("Mi. unset : OK ");
-            text.Append("00");
-        }
-        if (hasSecond) {
-            trace.Line("S. OK");
-            append(static_cast<double>(time.GetAttr("SECOND_COMPONENT"_name)), "%02g");
-        } else {
-            trace.Line("S. unset : OK ");
-            text.Append("01");  // unlike an unset minute
-        }
+        if (!AppendDate(trace, dateTime, text) || !AppendTime(trace, dateTime, text)) return;
         result = text;
         trace.Line(">> la valeur retournee est : ", result, " <<");
     });

@@ -6,10 +6,12 @@
 #include <climits>
 #include <iostream>
 #include <new>
+#include <optional>
 
 #include "Attributes.h"
 #include "Identity.h"
 #include "KORMath.h"
+#include "Placement.h"
 #include "SdaiIterator.h"
 
 using namespace orx;
@@ -42,19 +44,10 @@ KORMathVector LocationOf(const SdaiPrimitiveH& placement) {
     return PointOf(placement, "LOCATION"_name);
 }
 
-KORMathVector Normalised(const KORMathVector& v) { return v / v.Norm(); }
-
-// The frame of an AXIS2_PLACEMENT_3D: its x, y and z axes as columns. z is the normalised axis; x
-// is the part of the reference direction orthogonal to z. The divisions are unguarded: degenerate
-// directions give values that are not finite.
+// The frame of an AXIS2_PLACEMENT_3D.
 KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
     const KORMathVector z = Normalised(DirectionOf(placement, "AXIS"_name, {0, 0, 1}));
-    const bool zAlongX = z[1] == 0 && z[2] == 0;
-    const KORMathVector anyReference = zAlongX ? KORMathVector(0, 1, 0) : KORMathVector(1, 0, 0);
-    const KORMathVector r = Normalised(DirectionOf(placement, "REF_DIRECTION"_name, anyReference));
-    const KORMathVector x = Normalised(r - Dot(r, z) * z);
-    const KORMathVector y = Normalised(Cross(z, x));
-    return {x, y, z};
+    return orx::FrameOf(z, DirectionOf(placement, "REF_DIRECTION"_name, DefaultReference(z)));
 }
 
 // ---- Placements
@@ -62,11 +55,6 @@ KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
 // Results that need memory are allocated before any call.
 const SdaiString kPlacement1Done("GetPlacement1 done");
 const SdaiString kPlacement2Done("GetPlacement2 done");
-
-struct Placement {
-    KORMath3x3Matrix rotation;
-    KORMathVector translation;
-};
 
 constexpr long kPlacementSize = 12;
 
@@ -148,6 +136,62 @@ void ComputeABSPlacement(const SdaiPrimitiveH& daughter, const SdaiPrimitiveH& m
     });
 }
 
+namespace {
+
+// Whether an instance is an item of a representation. With tracing on, IsSame0 is called for each.
+bool IsItem(Trace& trace, const SdaiAggrInstance* items, const SdaiPrimitiveH& item) {
+    SdaiEntityInstance* sought = item;
+    if (!trace.IsActive()) return items != nullptr && items->IsMember(sought);
+    const auto value = [&] { return item; };
+    SdaiIterator_Of_SdaiEntityInstanceH member(items);
+    while (member.Next()) {
+        if (IsSame0Of(member.GetCurrentMember(), sought, value)) return true;
+    }
+    return false;
+}
+
+enum class Wiring { None, Straight, Crossed };
+
+// How the items of a transformation are wired to the representation in a role. Item 2 is wanted on
+// REP_2, item 1 on any other. Only on REP_2 is the other item accepted, as crossed wiring.
+Wiring WiringOf(Trace& trace, const SdaiString& role, const SdaiAggrInstance* items,
+                const SdaiPrimitiveH& item1, const SdaiPrimitiveH& item2) {
+    const bool onRep2 = static_cast<bool>(role == "REP_2");
+    const SdaiPrimitiveH& wanted = onRep2 ? item2 : item1;
+    if (IsItem(trace, items, wanted)) {
+        return onRep2 || role == "REP_1" ? Wiring::Straight : Wiring::Crossed;
+    }
+    return onRep2 && IsItem(trace, items, item1) ? Wiring::Crossed : Wiring::None;
+}
+
+// The placement that two axis placements define: the first in the second or, crossed, the second in
+// the first.
+Placement PlacementOf(Trace& trace, const SdaiPrimitiveH& item1, const SdaiPrimitiveH& item2,
+                      bool crossed) {
+    trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_1");
+    const KORMath3x3Matrix frame1 = FrameOf(item1);
+    TraceMatrix(trace, "Axis1_Matrix:", frame1);
+    trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_2");
+    const KORMath3x3Matrix frame2 = FrameOf(item2);
+    TraceMatrix(trace, "Axis2_Matrix:", frame2);
+
+    trace.Line("Composition des placements");
+    const KORMath3x3Matrix rotation =
+        crossed ? frame1 * frame2.Inverse() : frame2 * frame1.Inverse();
+
+    trace.Line("Renseignement de la translation");
+    const KORMathVector location1 = LocationOf(item1);
+    TraceNumbers(trace, {"x_1", "y_1", "z_1"}, location1);
+    const KORMathVector location2 = LocationOf(item2);
+    TraceNumbers(trace, {"x_2", "y_2", "z_2"}, location2);
+    KORMathVector translation = location2 - location1;
+    if (crossed) translation = -1.0 * translation;
+    TraceNumbers(trace, {"t_1", "t_2", "t_3"}, translation);
+    return {rotation, translation};
+}
+
+}  // namespace
+
 void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
                    const SdaiPrimitiveH& list) {
     Procedure<"GetPlacement0">([&](Trace& trace) {
@@ -164,57 +208,21 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
         const SdaiPrimitiveH item1 = transformation.GetAttr("TRANSFORM_ITEM_1"_name);
         const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
         const SdaiPrimitiveH items = relationship.GetAttr(role).GetAttr("ITEMS"_name);
-
-        // Which of the two is an item of the representation. For REP_2, item 2 is tried before item
-        // 1; for REP_1, only item 1 is tried.
-        const auto isItem = [&trace, &items](const SdaiPrimitiveH& item) {
-            const SdaiAggrInstance* members = items;
-            SdaiEntityInstance* sought = item;
-            if (!trace.IsActive()) return members != nullptr && members->IsMember(sought);
-            const auto value = [&] { return item; };
-            SdaiIterator_Of_SdaiEntityInstanceH member(members);
-            while (member.Next()) {
-                if (IsSame0Of(member.GetCurrentMember(), sought, value)) return true;
-            }
-            return false;
-        };
-        const bool onRep2 = static_cast<bool>(role == "REP_2");
-        int state = 0;
-        if (onRep2 && isItem(item2)) state = 2;
-        if (state == 0 && isItem(item1)) state = 1;
-        if (state == 0) {
+        const Wiring wiring = WiringOf(trace, role, items, item1, item2);
+        if (wiring == Wiring::None) {
             trace.Line("!!! CABLAGE NON CONFORME A LA NORME !!!");
             trace.Line("CALCUL POSITIONNEMENT ABSOLU IMPOSSIBLE");
             return;
         }
-        const bool crossed = !((state == 1 && role == "REP_1") || (state == 2 && onRep2));
+        const bool crossed = wiring == Wiring::Crossed;
         trace.Line(crossed ? "... Cablage croise" : "... Cablage NON croise");
-
-        trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_1");
-        const KORMath3x3Matrix frame1 = FrameOf(item1);
-        TraceMatrix(trace, "Axis1_Matrix:", frame1);
-        trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_2");
-        const KORMath3x3Matrix frame2 = FrameOf(item2);
-        TraceMatrix(trace, "Axis2_Matrix:", frame2);
-
-        trace.Line("Composition des placements");
-        const KORMath3x3Matrix rotation =
-            crossed ? frame1 * frame2.Inverse() : frame2 * frame1.Inverse();
-
-        trace.Line("Renseignement de la translation");
-        const KORMathVector location1 = LocationOf(item1);
-        TraceNumbers(trace, {"x_1", "y_1", "z_1"}, location1);
-        const KORMathVector location2 = LocationOf(item2);
-        TraceNumbers(trace, {"x_2", "y_2", "z_2"}, location2);
-        KORMathVector translation = location2 - location1;
-        if (crossed) translation = -1.0 * translation;
-        TraceNumbers(trace, {"t_1", "t_2", "t_3"}, translation);
+        const Placement placement = PlacementOf(trace, item1, item2, crossed);
 
         trace.Line("Valuation de la liste de sortie");
         // Reserve first: if memory runs out, the list keeps its contents.
         output->Reserve(kPlacementSize);
         output->RemoveAll();
-        AppendTo(*output, {rotation, translation}, &trace);
+        AppendTo(*output, placement, &trace);
         TraceList(trace, "Positionnement calcule:", *output);
         trace.Line("...CALCUL POSITIONNEMENT FINI");
     });
@@ -316,11 +324,14 @@ Placement OperatorPlacement(Trace& trace, const SdaiPrimitiveH& transformation) 
     return {{axis1, axis2, axis3}, origin};
 }
 
-// Appends the placement that two axis placements define together: the component's is the daughter,
-// the parent's the mother. Returns false and appends nothing if the data are inconsistent.
-bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimitiveH& relationship,
-                       const SdaiPrimitiveH& transformation, SdaiListClassOfSdaiReal* list) {
-    trace.Line("GetAbsPlacement - ITEM_DEFINED_TRANSFORMATION ");
+// The representations of the two sides of a link.
+struct Sides {
+    SdaiPrimitiveH relating;
+    SdaiPrimitiveH related;
+};
+
+// Finds the representations of both sides; no value if one is missing, which is reported.
+std::optional<Sides> SidesOf(Trace& trace, SdaiEntityInstance* link) {
     SdaiEntityInstance* relating = link->GetAttr("RELATING_PRODUCT_DEFINITION"_name);
     trace.Line(" -> RELATING_PRODUCT_DEFINITION OK ");
     SdaiEntityInstance* related = link->GetAttr("RELATED_PRODUCT_DEFINITION"_name);
@@ -334,48 +345,73 @@ bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimiti
     if (shapes.related == nullptr) {
         trace.Line("SHAPE_REPRESENTATION of the RELATED part NOT FOUND");
     }
-    if (shapes.relating == nullptr || shapes.related == nullptr) return false;
+    if (shapes.relating == nullptr || shapes.related == nullptr) return std::nullopt;
 
     trace.Line("RELATING SHAPE_REPRESENTATION recupere");
     trace.Line("RELATED SHAPE_REPRESENTATION recupere");
-    const SdaiPrimitiveH relatingRep = shapes.relating->GetAttr("USED_REPRESENTATION"_name);
-    const SdaiPrimitiveH relatedRep = shapes.related->GetAttr("USED_REPRESENTATION"_name);
-    trace.Line(" - RelatingShapeRep : #", NumberAndType{relatingRep});
-    trace.Line(" - RelatedShapeRep : #", NumberAndType{relatedRep});
+    Sides sides{shapes.relating->GetAttr("USED_REPRESENTATION"_name),
+                shapes.related->GetAttr("USED_REPRESENTATION"_name)};
+    trace.Line(" - RelatingShapeRep : #", NumberAndType{sides.relating});
+    trace.Line(" - RelatedShapeRep : #", NumberAndType{sides.related});
+    return sides;
+}
+
+// Whether a relationship is between the representations of the two sides, in either direction.
+bool Connects(Trace& trace, const SdaiPrimitiveH& relationship, const Sides& sides) {
     const SdaiPrimitiveH rep1 = relationship.GetAttr("REP_1"_name);
     const SdaiPrimitiveH rep2 = relationship.GetAttr("REP_2"_name);
     trace.Line(" - ShapeRep1 : #", NumberAndType{rep1});
     trace.Line(" - ShapeRep2 : #", NumberAndType{rep2});
-    const bool wired = (IsSame0Of(rep1, relatingRep) && IsSame0Of(rep2, relatedRep)) ||
-                       (IsSame0Of(rep2, relatingRep) && IsSame0Of(rep1, relatedRep));
+    return (IsSame0Of(rep1, sides.relating) && IsSame0Of(rep2, sides.related)) ||
+           (IsSame0Of(rep2, sides.relating) && IsSame0Of(rep1, sides.related));
+}
+
+bool IsItemOf(const SdaiPrimitiveH& item, const SdaiPrimitiveH& representation) {
+    const SdaiPrimitiveH items = representation.GetAttr("ITEMS"_name);
+    const SdaiAggrInstance* members = items;
+    return members != nullptr && members->IsMember(static_cast<SdaiEntityInstance*>(item));
+}
+
+// Which of two axis placements belongs to the component, the related side; the other one belongs to
+// the parent. Null if the data are inconsistent.
+const SdaiPrimitiveH* DaughterOf(Trace& trace, const SdaiPrimitiveH& item1,
+                                 const SdaiPrimitiveH& item2, const Sides& sides) {
+    const SdaiPrimitiveH name = item1.GetAttr("NAME"_name);
+    if (!(static_cast<const SdaiString&>(name) == "DEFAULT_PLACEMENT")) {
+        trace.Line(" > External Placement < ");
+        if (IsItemOf(item1, sides.relating) && IsItemOf(item2, sides.related)) return &item2;
+        if (IsItemOf(item2, sides.relating) && IsItemOf(item1, sides.related)) return &item1;
+    } else {
+        // Only the representation of item 2 matters.
+        trace.Line(" > Placement RZ < ");
+        if (IsItemOf(item2, sides.related)) return &item2;
+        if (IsItemOf(item2, sides.relating)) return &item1;
+    }
+    return nullptr;
+}
+
+// Appends the placement that two axis placements define together: the component's is the daughter,
+// the parent's the mother. Returns false and appends nothing if the data are inconsistent.
+bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimitiveH& relationship,
+                       const SdaiPrimitiveH& transformation, SdaiListClassOfSdaiReal* list) {
     static constexpr const char* kCannotUnderstand = "Cannot understand the STEP WILD WEB - 1";
-    if (!wired) {
+    trace.Line("GetAbsPlacement - ITEM_DEFINED_TRANSFORMATION ");
+    const std::optional<Sides> sides = SidesOf(trace, link);
+    if (!sides.has_value()) return false;
+    if (!Connects(trace, relationship, *sides)) {
         trace.Line(kCannotUnderstand);
         return false;
     }
-
     const SdaiPrimitiveH item1 = transformation.GetAttr("TRANSFORM_ITEM_1"_name);
     const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
     trace.Line(" - A2P3D_1 : #", NumberAndType{item1});
     trace.Line(" - A2P3D_2 : #", NumberAndType{item2});
-    const auto isItemOf = [](const SdaiPrimitiveH& item, const SdaiPrimitiveH& representation) {
-        const SdaiPrimitiveH items = representation.GetAttr("ITEMS"_name);
-        const SdaiAggrInstance* members = items;
-        return members != nullptr && members->IsMember(static_cast<SdaiEntityInstance*>(item));
-    };
-    // If item 1 is named "DEFAULT_PLACEMENT", it is not searched for; the representation that
-    // contains item 2 decides alone.
-    const SdaiPrimitiveH name = item1.GetAttr("NAME"_name);
-    const bool external = !(static_cast<const SdaiString&>(name) == "DEFAULT_PLACEMENT");
-    trace.Line(external ? " > External Placement < " : " > Placement RZ < ");
-    if ((!external || isItemOf(item1, relatingRep)) && isItemOf(item2, relatedRep)) {
-        ComputeABSPlacement(item2, item1, list);
-    } else if (isItemOf(item2, relatingRep) && (!external || isItemOf(item1, relatedRep))) {
-        ComputeABSPlacement(item1, item2, list);
-    } else {
+    const SdaiPrimitiveH* daughter = DaughterOf(trace, item1, item2, *sides);
+    if (daughter == nullptr) {
         trace.Line(kCannotUnderstand);
         return false;
     }
+    ComputeABSPlacement(*daughter, daughter == &item1 ? item2 : item1, list);
     return true;
 }
 
