@@ -68,83 +68,116 @@ std::vector<Tick> DateTicks(double least, double most) {
 
 std::string Number(double value) { return std::string("\"").append(Pixels(value)).append("\""); }
 
-}  // namespace
-
-std::string DrawBars(std::span<const Effectivity* const> effectivities, Scale scale) {
-    std::vector<const Effectivity*> rows;
+// The effectivities that are drawn, and the range of their bounds.
+struct Rows {
+    std::vector<const Effectivity*> effectivities;
     double least = std::numeric_limits<double>::infinity();
-    double most = -least;
+    double most = -std::numeric_limits<double>::infinity();
+};
+
+bool IsDrawn(const Effectivity& effectivity, Scale scale) {
+    const auto isOnScale = [](const Bound& bound) {
+        return bound.value.has_value() || bound.text.empty();
+    };
+    const Bound& start = effectivity.start;
+    const Bound& end = effectivity.end;
+    return effectivity.scale == scale && isOnScale(start) && isOnScale(end) &&
+           (start.value || end.value);
+}
+
+Rows RowsOf(std::span<const Effectivity* const> effectivities, Scale scale) {
+    Rows rows;
     for (const Effectivity* effectivity : effectivities) {
-        const auto isOnScale = [](const Bound& bound) {
-            return bound.value.has_value() || bound.text.empty();
-        };
-        const Bound& start = effectivity->start;
-        const Bound& end = effectivity->end;
-        if (effectivity->scale != scale || !isOnScale(start) || !isOnScale(end) ||
-            (!start.value && !end.value)) {
-            continue;
-        }
-        rows.push_back(effectivity);
-        for (const Bound* bound : {&start, &end}) {
+        if (!IsDrawn(*effectivity, scale)) continue;
+        rows.effectivities.push_back(effectivity);
+        for (const Bound* bound : {&effectivity->start, &effectivity->end}) {
             if (!bound->value) continue;
-            least = std::min(least, *bound->value);
-            most = std::max(most, *bound->value);
+            rows.least = std::min(rows.least, *bound->value);
+            rows.most = std::max(rows.most, *bound->value);
         }
     }
-    if (rows.empty()) return "";
+    return rows;
+}
+
+// The scale from left to right: values from `from` to `to`, to the right of the names.
+struct Axis {
+    double leftmost;
+    double from;
+    double to;
+
+    double Place(double value) const {
+        return leftmost + (kRight - leftmost) * ((value - from) / (to - from));
+    }
+};
+
+Axis AxisOf(const Rows& rows, Scale scale) {
+    const double least = rows.least;
+    const double most = rows.most;
     // Space for open ends.
     const double room = most > least ? 0.06 * (most - least) : scale == Scale::Dates ? 365 : 10;
     const double from =
         least - (scale == Scale::Ranks && least >= 0 ? std::min(room, least) : room);
-    const double to = most + room;
-    // The names are to the left of the bars.
     std::size_t longest = 6;
-    for (const Effectivity* effectivity : rows) {
+    for (const Effectivity* effectivity : rows.effectivities) {
         longest = std::max(longest, std::min(kLongestName, Characters(effectivity->id)));
     }
-    const double leftmost = 7 * static_cast<double>(longest) + 20;
-    const auto place = [&](double value) {
-        return leftmost + (kRight - leftmost) * ((value - from) / (to - from));
+    return {7 * static_cast<double>(longest) + 20, from, most + room};
+}
+
+void AppendTick(std::string& svg, const Tick& tick, const Axis& axis, double bottom) {
+    const std::string x = Number(axis.Place(tick.value));
+    svg += "<line class=\"tick\" x1=";
+    svg += x + " x2=" + x + " y1=" + Number(kTop - 6) + " y2=" + Number(bottom);
+    svg += "/>\n<text class=\"note middle\" x=";
+    svg += x + " y=" + Number(kTop - 12) + ">" + tick.text + "</text>\n";
+}
+
+void AppendBar(std::string& svg, const Effectivity& effectivity, const Axis& axis, double top) {
+    const Bound& start = effectivity.start;
+    const Bound& end = effectivity.end;
+    const double left = start.value ? axis.Place(*start.value) : axis.leftmost;
+    const double right = std::max(end.value ? axis.Place(*end.value) : kRight, left + 3);
+    const double middle = top + kRow / 2;
+    const double y1 = middle - 5;
+    const double y2 = middle + 5;
+    // Arrow heads at open ends.
+    std::string points;
+    const auto add = [&points](double x, double y) {
+        points.append(points.empty() ? "" : " ").append(Pixels(x) + ',' + Pixels(y));
     };
-    const double bottom = kTop + kRow * static_cast<double>(rows.size());
+    add(left + (start.value ? 0 : 8), y1);
+    add(right - (end.value ? 0 : 8), y1);
+    if (!end.value) add(right, middle);
+    add(right - (end.value ? 0 : 8), y2);
+    add(left + (start.value ? 0 : 8), y2);
+    if (!start.value) add(left, middle);
+    const std::string bounds =
+        (start.text.empty() ? "open" : start.text) + " – " + (end.text.empty() ? "open" : end.text);
+    svg += "<text class=\"name\" x=\"0\" y=" + Number(middle + 4) + ">" +
+           Escaped(Shortened(effectivity.id, kLongestName)) +
+           "</text>\n<polygon class=\"bar\" points=\"" + points + "\"><title>" +
+           Escaped(effectivity.id + ": " + bounds) + "</title></polygon>\n";
+}
+
+}  // namespace
+
+std::string DrawBars(std::span<const Effectivity* const> effectivities, Scale scale) {
+    const Rows rows = RowsOf(effectivities, scale);
+    if (rows.effectivities.empty()) return "";
+    const Axis axis = AxisOf(rows, scale);
+    const double bottom = kTop + kRow * static_cast<double>(rows.effectivities.size());
     std::string svg =
         "<svg class=\"bars\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + Pixels(kWidth) +
         ' ' + Pixels(bottom + 8) + "\" role=\"img\">\n<title>" +
         (scale == Scale::Dates ? "Effectivities over time" : "Effectivities over ranks") +
         "</title>\n";
-    for (const Tick& tick : scale == Scale::Dates ? DateTicks(from, to) : RankTicks(from, to)) {
-        const std::string x = Number(place(tick.value));
-        svg += "<line class=\"tick\" x1=";
-        svg += x + " x2=" + x + " y1=" + Number(kTop - 6) + " y2=" + Number(bottom);
-        svg += "/>\n<text class=\"note middle\" x=";
-        svg += x + " y=" + Number(kTop - 12) + ">" + tick.text + "</text>\n";
+    for (const Tick& tick :
+         scale == Scale::Dates ? DateTicks(axis.from, axis.to) : RankTicks(axis.from, axis.to)) {
+        AppendTick(svg, tick, axis, bottom);
     }
     double top = kTop;
-    for (const Effectivity* effectivity : rows) {
-        const Bound& start = effectivity->start;
-        const Bound& end = effectivity->end;
-        const double left = start.value ? place(*start.value) : leftmost;
-        const double right = std::max(end.value ? place(*end.value) : kRight, left + 3);
-        const double middle = top + kRow / 2;
-        const double y1 = middle - 5;
-        const double y2 = middle + 5;
-        // Arrow heads at open ends.
-        std::string points;
-        const auto add = [&points](double x, double y) {
-            points.append(points.empty() ? "" : " ").append(Pixels(x) + ',' + Pixels(y));
-        };
-        add(left + (start.value ? 0 : 8), y1);
-        add(right - (end.value ? 0 : 8), y1);
-        if (!end.value) add(right, middle);
-        add(right - (end.value ? 0 : 8), y2);
-        add(left + (start.value ? 0 : 8), y2);
-        if (!start.value) add(left, middle);
-        const std::string bounds = (start.text.empty() ? "open" : start.text) + " – " +
-                                   (end.text.empty() ? "open" : end.text);
-        svg += "<text class=\"name\" x=\"0\" y=" + Number(middle + 4) + ">" +
-               Escaped(Shortened(effectivity->id, kLongestName)) +
-               "</text>\n<polygon class=\"bar\" points=\"" + points + "\"><title>" +
-               Escaped(effectivity->id + ": " + bounds) + "</title></polygon>\n";
+    for (const Effectivity* effectivity : rows.effectivities) {
+        AppendBar(svg, *effectivity, axis, top);
         top += kRow;
     }
     return svg + "</svg>\n";
