@@ -17,6 +17,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -155,6 +156,11 @@ struct ReadOptions {
     // The maximum size of a string or binary in bytes, in the file or in memory; longer ones are
     // errors.
     std::size_t longestText = std::size_t{1} << 30;
+    // How many threads may read; 0: as many as there are processors. Two are of use, for files
+    // from a megabyte. The data set and the messages are the same.
+    std::size_t threads = 0;
+    // The offset near which a second thread begins, whatever the size; unset: in the middle.
+    std::optional<std::uint64_t> secondHalf = std::nullopt;
 };
 
 // Reads an exchange file or text with the schema that it names. On error, the data set has no

@@ -219,6 +219,7 @@ std::uint64_t ExchangeLexer::LongInstanceName(const char* end) {
         FailHere("an instance name beyond " + std::to_string(kor::Model::kLargestId) +
                  " (--lenient numbers the instance anew)");
     }
+    FailInPart(Here());
     const std::uint64_t next = kor::Model::kLargestId + 1 + greatNames_.size();
     return greatNames_.emplace(std::string(first, end), next).first->second;
 }
@@ -354,6 +355,7 @@ Encoding ExchangeLexer::EncodingOf(Place place, std::string_view encoded) {
     if (!ascii && !encoding_.has_value()) {
         encoding_ = in_.IsUtf8() ? Encoding::Utf8 : Encoding::Latin1;
         if (encoding_ == Encoding::Latin1) {
+            FailInPart(place);
             problems_.Warn(place, "the file is not UTF-8 throughout and is read as ISO 8859-1");
         }
     }

@@ -83,7 +83,16 @@ class ExchangeLexer {
     void TellProgress(std::function<void(std::uint64_t)> progress) {
         in_.progress = std::move(progress);
     }
-    void Rewind() { in_.Rewind(); }
+    Input::Position Now() const { return in_.Now(); }
+    void GoTo(const Input::Position& position) { in_.GoTo(position); }
+    // What is there without reading on.
+    std::string_view Window() const { return {in_.at, static_cast<std::size_t>(in_.end - in_.at)}; }
+
+    // What is read is part of a file: what cannot be judged without the rest is an error.
+    void ReadPart() { part_ = true; }
+    void FailInPart(Place place) const {
+        if (part_) Fail(place, "this is read with what stands before it");
+    }
     void SkipByteOrderMark();
 
     // ---- Between tokens
@@ -184,6 +193,7 @@ class ExchangeLexer {
     Input in_;
     Problems& problems_;
     const std::size_t longestText_;
+    bool part_ = false;
     std::string keyword_;
     std::map<std::string, std::uint64_t> greatNames_;  // the numbers for names that are too large
     std::optional<Encoding> encoding_;                 // the file's encoding, once it matters

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <charconv>
 #include <set>
+#include <thread>
+#include <utility>
 
 #include "Exchange.h"
 #include "ExchangeLexer.h"
@@ -13,6 +15,7 @@
 #include "InstanceReader.h"
 #include "Problems.h"
 #include "Quoted.h"
+#include "SecondHalf.h"
 
 namespace exchange {
 
@@ -30,7 +33,10 @@ class Reader {
           problems_(name, options.lenient, messages),
           lexer_(source, problems_, options.longestText),
           instances_(lexer_, problems_) {
-        lexer_.TellProgress(options.progress);
+        if (!options.progress) return;
+        lexer_.TellProgress([this](std::uint64_t read) {
+            options_.progress(read + (second_ != nullptr ? second_->Progress() : 0));
+        });
     }
 
     DataSet Read() {
@@ -215,8 +221,10 @@ class Reader {
         }
         dataSet_.structure.sections.push_back(std::move(section));
         lexer_.Expect(';');
+        BeginSecondHalf();
         for (;;) {
             try {
+                if (second_ != nullptr) MeetSecondHalf();
                 if (lexer_.TakeIf('#')) {
                     instances_.Instance();
                 } else if (lexer_.TakeWord("ENDSEC")) {
@@ -232,6 +240,38 @@ class Reader {
                 if (lexer_.AtEnd()) throw EndsEarly();
             }
         }
+    }
+
+    // ---- The second half
+
+    void BeginSecondHalf() {
+        if (std::exchange(begun_, true)) return;
+        const std::uint64_t size = source_.Size();
+        const std::uint64_t here = lexer_.Now().offset;
+        const std::size_t threads =
+            options_.threads != 0 ? options_.threads : std::thread::hardware_concurrency();
+        constexpr std::uint64_t kLeast = std::uint64_t{1} << 20;
+        std::uint64_t from = here + (size - std::min(here, size)) / 2;
+        if (options_.secondHalf.has_value()) {
+            from = *options_.secondHalf;
+        } else if (threads < 2 || size < kLeast) {
+            return;
+        }
+        second_ =
+            SecondHalf::Begin(source_, from, name_, options_, Model().SharedSchema(), instances_);
+    }
+
+    // Where a statement is to begin: goes on behind the second half if that begins here, too.
+    void MeetSecondHalf() {
+        lexer_.Skip();
+        const Input::Position here = lexer_.Now();
+        if (here.offset < second_->Start()) return;
+        const std::unique_ptr<SecondHalf> second = std::move(second_);
+        if (here.offset != second->Start()) return;
+        kor::Model* const model = second->Wait();
+        if (model == nullptr || !Model().TakeOver(*model)) return;
+        second->TellWarnings(here, messages_);
+        lexer_.GoTo(second->End(here));
     }
 
     // ---- References
@@ -258,7 +298,7 @@ class Reader {
         if (missing.empty()) return;
         // Their places are not stored while reading, since valid files do not need them.
         lexer_.TellProgress(nullptr);
-        lexer_.Rewind();
+        lexer_.GoTo({});
         FindReferences(missing);
     }
 
@@ -300,6 +340,8 @@ class Reader {
     ExchangeLexer lexer_;
     DataSet dataSet_;
     InstanceReader instances_;
+    std::unique_ptr<SecondHalf> second_;  // while it is not met
+    bool begun_ = false;                  // no other half follows
     std::set<std::uint64_t> broken_;
     bool complete_ = false;  // the end of the exchange file has been seen
 };

@@ -25,15 +25,28 @@ class FileSource final : public Source {
 
     std::size_t Read(char* to, std::size_t size) override {
         for (;;) {
-            const ssize_t count = read(descriptor_, to, size);
-            if (count >= 0) return static_cast<std::size_t>(count);
+            const ssize_t count = pread(descriptor_, to, size, at_);
+            if (count >= 0) {
+                at_ += count;
+                return static_cast<std::size_t>(count);
+            }
             if (errno == EINTR) continue;
             error = std::strerror(errno);
             return 0;
         }
     }
 
-    void Rewind() override { lseek(descriptor_, 0, SEEK_SET); }
+    void Seek(std::uint64_t offset) override { at_ = static_cast<off_t>(offset); }
+
+    std::uint64_t Size() const override {
+        struct stat status {};
+        return fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    }
+
+    std::unique_ptr<Source> Again() const override {
+        const int again = fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
+        return again >= 0 ? std::make_unique<FileSource>(again) : nullptr;
+    }
 
     bool IsUtf8() override {
         std::vector<char> block(kUtf8Block);
@@ -56,6 +69,7 @@ class FileSource final : public Source {
     static constexpr std::size_t kUtf8Block = std::size_t{1} << 16;
 
     int descriptor_;
+    off_t at_ = 0;  // what is read next
 };
 
 class TextSource final : public Source {
@@ -69,7 +83,9 @@ class TextSource final : public Source {
         return count;
     }
 
-    void Rewind() override { read_ = 0; }
+    void Seek(std::uint64_t offset) override { read_ = static_cast<std::size_t>(offset); }
+    std::uint64_t Size() const override { return text_.size(); }
+    std::unique_ptr<Source> Again() const override { return Of(text_); }
     bool IsUtf8() override { return kor::IsUtf8(text_); }
 
   private:
@@ -100,14 +116,14 @@ std::unique_ptr<Source> Source::Open(const std::string& path, std::string& error
     if (S_ISREG(status.st_mode)) return file;
     std::string text;
     std::vector<char> block(std::size_t{1} << 16);
-    while (const std::size_t count = file->Read(block.data(), block.size())) {
-        text.append(block.data(), count);
+    for (;;) {
+        const ssize_t count = read(descriptor, block.data(), block.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) error = std::strerror(errno);
+        if (count < 0) return nullptr;
+        if (count == 0) return std::make_unique<TextSource>(std::move(text));
+        text.append(block.data(), static_cast<std::size_t>(count));
     }
-    if (!file->error.empty()) {
-        error = file->error;
-        return nullptr;
-    }
-    return std::make_unique<TextSource>(std::move(text));
 }
 
 Input::Input(Source& source) : source_(source), window_(1, '\0') {
@@ -140,11 +156,12 @@ const char* Input::Move(const char* kept) {
     return window_.data();
 }
 
-void Input::Rewind() {
-    source_.Rewind();
+void Input::GoTo(const Position& position) {
+    source_.Seek(position.offset);
     at = end = window_.data();
-    windowStart_ = lineStart_ = 0;
-    line_ = 1;
+    windowStart_ = position.offset;
+    lineStart_ = position.lineStart;
+    line_ = position.line;
     atEnd_ = false;
     Move(at);
 }

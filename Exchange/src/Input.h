@@ -21,13 +21,19 @@ struct Place {
     std::uint64_t column;
 };
 
-// The source of the bytes. It can be read again from the start.
+// The source of the bytes. It can be read again.
 class Source {
   public:
     virtual ~Source() = default;
     // Reads up to `size` bytes; returns 0 at the end. On failure, returns 0 and sets `error`.
     virtual std::size_t Read(char* to, std::size_t size) = 0;
-    virtual void Rewind() = 0;
+    // Continues with the byte at an offset.
+    virtual void Seek(std::uint64_t offset) = 0;
+    // The number of bytes; 0 if it is not known.
+    virtual std::uint64_t Size() const = 0;
+    // Another source of the same bytes, for another thread to read meanwhile; null if there can be
+    // none.
+    virtual std::unique_ptr<Source> Again() const = 0;
     // Whether the whole source is UTF-8; does not change the read position. Unreadable data counts
     // as UTF-8.
     virtual bool IsUtf8() = 0;
@@ -68,8 +74,14 @@ class Input {
         return at == end;
     }
 
-    // Returns to the start.
-    void Rewind();
+    // A place in the input from which it can be read again.
+    struct Position {
+        std::uint64_t offset = 0;
+        std::uint64_t line = 1;
+        std::uint64_t lineStart = 0;  // the offset at which the line begins
+    };
+    Position Now() const { return {Offset(at), line_, lineStart_}; }
+    void GoTo(const Position& position);
 
     // Whether a line ends with this character: a line feed, or a carriage return not followed by
     // one. The next character must be in the window.

@@ -357,6 +357,7 @@ void InstanceReader::Instance(int depth) {
 // others.
 Structure::Scope InstanceReader::Scope(std::uint64_t id, int depth) {
     CheckDepth(depth);
+    lexer_.FailInPart(lexer_.Here());
     Structure::Scope scope{model_->InstanceCount(), 0, ""};
     lexer_.ExpectWord("SCOPE");
     while (lexer_.TakeIf('#')) Instance(depth + 1);

@@ -30,6 +30,8 @@ class InstanceReader {
     // A name with an address in the reference section: #5 or @5.
     void AddExternal(std::string name) { externals_.insert(std::move(name)); }
 
+    void AddExternals(const InstanceReader& other) { externals_ = other.externals_; }
+
     bool IsExternal(std::string_view name) const { return externals_.contains(std::string(name)); }
 
     // From now on nan, inf and -inf are reals, which no exchange file has.

@@ -143,7 +143,7 @@ std::string ReadText(const std::string& file) {
 
 namespace {
 
-NamedModel ReadModel(const Session& session, const std::string& argument, bool lenient) {
+NamedModel ReadModel(const Session& session, const std::string& argument, const Options& chosen) {
     NamedModel model;
     const Named named = Split(argument);
     model.file = relational::ReadableName(named.value);
@@ -153,7 +153,8 @@ NamedModel ReadModel(const Session& session, const std::string& argument, bool l
     }
     Progress progress(model.file);
     exchange::ReadOptions options;
-    options.lenient = lenient;
+    options.lenient = chosen.lenient;
+    options.threads = chosen.threads;
     options.progress = [&progress](std::uint64_t read) {
         ThrowIfInterrupted();
         progress.Show(read);
@@ -197,9 +198,9 @@ void CheckTargets(const Options& options) {
     }
 }
 
-void AddModel(Session& session, const Options::Model& model, bool lenient) {
+void AddModel(Session& session, const Options::Model& model, const Options& options) {
     NamedModel loaded = model.isNew ? NewModel(session, model.argument)
-                                    : ReadModel(session, model.argument, lenient);
+                                    : ReadModel(session, model.argument, options);
     if (session.Find(loaded.name) != nullptr) {
         Refuse("two models are named '" + loaded.name + "' (name one with NAME=...)");
     }
@@ -218,7 +219,7 @@ void Load(Session& session, const Options& options) {
         Tell(messages);
     }
     for (const Options::Model& model : options.models) {
-        AddModel(session, model, options.lenient);
+        AddModel(session, model, options);
     }
 }
 

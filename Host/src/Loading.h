@@ -25,7 +25,7 @@ std::string ReadText(const std::string& file);
 std::string TextName(const std::string& file);
 
 // Reads or creates a data set given on the command line, as [NAME=]FILE or NAME=SCHEMA.
-void AddModel(Session& session, const Options::Model& model, bool lenient);
+void AddModel(Session& session, const Options::Model& model, const Options& options);
 
 // Reads the schemas and the data sets.
 void Load(Session& session, const Options& options);

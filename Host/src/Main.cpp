@@ -39,11 +39,25 @@ void AddModuleOption(CLI::App& command, Options& options) {
         ->type_name("FILE");
 }
 
+// A whole number from 0; a message names what was found instead.
+CLI::Validator Natural() {
+    return CLI::Validator(
+        [](const std::string& text) {
+            const bool digits = !text.empty() && text.size() <= 18 &&
+                                text.find_first_not_of("0123456789") == std::string::npos;
+            return digits ? "" : "a whole number from 0 expected, found '" + text + "'";
+        },
+        "");
+}
+
 void AddSchemaOption(CLI::App& command, Options& options) {
     command.add_option("-s,--schema", options.schemas, "an EXPRESS schema (again for more)")
         ->type_name("FILE")
         ->allow_extra_args(false);
     command.add_flag("--lenient", options.lenient, "read damaged files as far as they go");
+    command.add_option("--threads", options.threads, "read a file with at most that many threads")
+        ->type_name("N")
+        ->check(Natural());
 }
 
 CLI::Option* AddSchemaAndModelOptions(CLI::App& command, Options& options) {
@@ -71,16 +85,7 @@ void AddFiles(CLI::App& command, Options& options) {
         "data sets (\"-\": standard input)");
 }
 
-// A whole number from 0, or a number: a message names what was found instead.
-CLI::Validator Natural() {
-    return CLI::Validator(
-        [](const std::string& text) {
-            const bool digits = !text.empty() && text.size() <= 18 &&
-                                text.find_first_not_of("0123456789") == std::string::npos;
-            return digits ? "" : "a whole number from 0 expected, found '" + text + "'";
-        },
-        "");
-}
+// A number from 0.
 CLI::Validator NotNegative() {
     return CLI::Validator(
         [](const std::string& text) {

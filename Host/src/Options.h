@@ -20,6 +20,7 @@ struct Options {
     bool json = false;
     bool csv = false;
     bool lenient = false;
+    std::size_t threads = 0;  // that read a file; 0: as many as there are processors
     std::string module;
 
     // Of tree.

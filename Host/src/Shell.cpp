@@ -232,7 +232,7 @@ class ShellSession {
     void New(const std::string& argument) { AddModel({true, argument}); }
     void AddModel(const Options::Model& model) {
         NeedArgument(model.argument, model.isNew ? "new NAME=SCHEMA" : "open [NAME=]FILE");
-        host::AddModel(session_, model, options_.lenient);
+        host::AddModel(session_, model, options_);
         if (editor_.IsInteractive()) Present(session_.Models().back());
     }
 

@@ -27,6 +27,16 @@ class KOR_API Arena {
         return memory;
     }
 
+    // Takes over what another arena has handed out, behind what this one has. Nothing is taken
+    // without the memory to do so.
+    void TakeOver(Arena& other) {
+        ReserveFor(other);
+        chunks_.insert(chunks_.end(), other.chunks_.begin(), other.chunks_.end());
+        other.chunks_.clear();
+    }
+    // After this, taking over needs no memory.
+    void ReserveFor(const Arena& other) { chunks_.reserve(chunks_.size() + other.chunks_.size()); }
+
     // Calls visit(memory) for every object, in order of allocation. All objects must have that
     // size.
     template <class Visit>

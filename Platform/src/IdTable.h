@@ -45,6 +45,7 @@ class IdTable {
         void SetInstance(SdaiEntityInstance* instance) {
             value_ = reinterpret_cast<std::uintptr_t>(instance);
         }
+        bool IsEmpty() const { return value_ == 0; }
         bool IsPending() const { return (value_ & 1) != 0; }
         // The chain as an even number; 0 at its end.
         std::uintptr_t Chain() const { return IsPending() ? value_ & ~std::uintptr_t{1} : 0; }
@@ -89,7 +90,52 @@ class IdTable {
         }
     }
 
+    // Whether an instance name stands for an instance here as well as in another table.
+    bool Shares(const IdTable& other) const {
+        bool shares = false;
+        other.ForEach([&](Id id, const Entry& entry) {
+            shares = shares || (entry.Instance() != nullptr && Find(id) != nullptr);
+        });
+        return shares;
+    }
+
+    // Takes over what another table knows, with which it shares no instance name. Calls
+    // join(entry, other) where both know something of a name; `entry` is to say what comes of it.
+    template <class Join>
+    void TakeOver(IdTable& other, Join join) {
+        defined_ += other.defined_;
+        for (std::size_t page = 0; page < other.pages_.size(); ++page) {
+            const bool isFree = page >= pages_.size() || pages_[page] == nullptr;
+            if (other.pages_[page] == nullptr || !isFree || !sparse_.empty()) continue;
+            if (page >= pages_.size()) pages_.resize(page + 1);
+            pages_[page] = std::move(other.pages_[page]);
+            ++pageCount_;
+        }
+        other.ForEach([&](Id id, const Entry& entry) {
+            Entry& mine = ForReference(id);
+            if (mine.IsEmpty()) {
+                mine = entry;
+            } else {
+                join(mine, entry);
+            }
+        });
+    }
+
   private:
+    // Calls visit(id, entry) for every name of which something is known.
+    template <class Visit>
+    void ForEach(Visit visit) const {
+        for (std::size_t page = 0; page < pages_.size(); ++page) {
+            for (std::size_t i = 0; pages_[page] != nullptr && i < kPageSize; ++i) {
+                const Entry& entry = (*pages_[page])[i];
+                if (!entry.IsEmpty()) visit(page * kPageSize + i, entry);
+            }
+        }
+        for (const auto& [id, entry] : sparse_) {
+            if (!entry.IsEmpty()) visit(id, entry);
+        }
+    }
+
     static constexpr std::size_t kPageSize = 1024;
     static constexpr std::size_t kMostPages = std::size_t{1} << 20;
     using Page = std::array<Entry, kPageSize>;

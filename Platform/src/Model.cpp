@@ -265,6 +265,17 @@ void Model::Connect(std::uintptr_t chain, SdaiEntityInstance* instance) {
     }
 }
 
+// Puts a chain behind another one.
+void Model::Append(std::uintptr_t chain, std::uintptr_t behind) {
+    for (;;) {
+        auto* place = reinterpret_cast<std::byte*>(chain & ~kBare);
+        std::memcpy(&chain, place, sizeof chain);
+        if (chain != 0) continue;
+        std::memcpy(place, &behind, sizeof behind);
+        return;
+    }
+}
+
 Cell Model::NewAggregate(std::span<const Cell> members, bool selects) {
     SdaiAggrInstance* aggregate = KORAggregateAccess::Make(members, selects, &aggregates_);
     const bool bare =
@@ -315,6 +326,80 @@ std::vector<std::uint64_t> Model::SettleReferences() {
     std::sort(missing.begin(), missing.end());
     missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
     return missing;
+}
+
+// ---- Taking over another model
+
+// The same type of this model as one that another model of the schema has for itself; null when
+// this one has too many of its own.
+const EntityType* Model::OwnEntityLike(const EntityType& entity, const Model& of) {
+    if (!entity.IsComplex()) return UndeclaredEntity(entity.FoldedName(), entity.Slots().size());
+    const auto known =
+        std::find_if(of.complex_.begin(), of.complex_.end(),
+                     [&entity](const auto& complex) { return complex.second == &entity; });
+    std::vector<const EntityType*> parts;
+    for (const EntityType* part : known->first) {
+        const bool isOwn = !part->IsDeclared();
+        parts.push_back(isOwn ? UndeclaredEntity(part->FoldedName(), part->Slots().size()) : part);
+        if (parts.back() == nullptr) return nullptr;
+    }
+    return ComplexEntity(parts);
+}
+
+bool Model::TakeOver(Model& part) {
+    assert(part.madeExtents_.empty() && part.madeRelations_.empty());
+    if (ids_.Shares(part.ids_)) return false;
+    // Whatever may fail for want of memory comes first.
+    std::vector<const EntityType*> own;
+    for (const auto& entity : part.ownEntities_) {
+        own.push_back(OwnEntityLike(*entity, part));
+        if (own.back() == nullptr) return false;
+    }
+    std::vector<ModelType*> types;
+    for (const ModelType& theirs : part.types_) {
+        const std::size_t number = theirs.entity->Number();
+        const bool isOwn =
+            number < part.ownEntities_.size() && part.ownEntities_[number].get() == theirs.entity;
+        types.push_back(&types_[TypeOf(isOwn ? *own[number] : *theirs.entity)->number]);
+        types.back()->memory.ReserveFor(theirs.memory);
+    }
+    aggregates_.ReserveFor(part.aggregates_);
+    retired_.reserve(retired_.size() + part.retired_.size());
+    pendingTyped_.reserve(pendingTyped_.size() + part.pendingTyped_.size());
+    ids_.TakeOver(part.ids_, [](IdTable::Entry& mine, const IdTable::Entry& theirs) {
+        if (SdaiEntityInstance* instance = theirs.Instance()) {
+            const std::uintptr_t chain = mine.Chain();
+            mine.SetInstance(instance);
+            Connect(chain, instance);
+        } else if (mine.Instance() != nullptr) {
+            Connect(theirs.Chain(), mine.Instance());
+        } else {
+            Append(theirs.Chain(), mine.Chain());
+            mine.SetChain(theirs.Chain());
+        }
+    });
+    const std::uint64_t before = instances_.size();
+    instances_.insert(instances_.end(), part.instances_.begin(), part.instances_.end());
+
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        ModelType& theirs = part.types_[i];
+        theirs.ForEachInstance([&](Instance& instance) {
+            new (&instance) Instance(*types[i], instance.Id(), before + instance.Order());
+        });
+        types[i]->memory.TakeOver(theirs.memory);
+        types[i]->instanceCount += theirs.instanceCount;
+    }
+    part.instances_.clear();
+    aggregates_.TakeOver(part.aggregates_);
+    const auto takeAll = [](auto& to, auto& from) {
+        to.insert(to.end(), from.begin(), from.end());
+        from.clear();
+    };
+    takeAll(retired_, part.retired_);
+    takeAll(pendingTyped_, part.pendingTyped_);
+    largestId_ = std::max(largestId_, part.largestId_);
+    unsettled_ = unsettled_ || part.unsettled_;
+    return true;
 }
 
 // ---- Extents

@@ -112,6 +112,7 @@ class KOR_API Model final : public SdaiModel {
     ~Model() override;
 
     const Schema& GetSchema() const { return *schema_; }
+    const std::shared_ptr<const Schema>& SharedSchema() const { return schema_; }
 
     // ---- Types
 
@@ -187,6 +188,13 @@ class KOR_API Model final : public SdaiModel {
     // unsets references to them. Call once, after the last instance.
     std::vector<std::uint64_t> SettleReferences();
 
+    // Takes over the instances of another model of the same schema, which was read from what
+    // follows in the same data set: they stand behind those that are there, and references wait for
+    // their instances in either. False, and nothing is taken, where both models have an instance of
+    // one name, or this one would have too many types of its own. To be called before anything but
+    // instances was asked of the two; the other one is empty then.
+    bool TakeOver(Model& part);
+
     // ---- Extents
 
     template <class Name>
@@ -234,8 +242,10 @@ class KOR_API Model final : public SdaiModel {
     bool MayAddOwn() const;
     const EntityType* AddOwn(std::unique_ptr<EntityType> entity);
     void AddExtent(const EntityType& entity);
+    const EntityType* OwnEntityLike(const EntityType& entity, const Model& of);
     void ConnectReference(std::byte* place, std::uintptr_t kind);
-    void Connect(std::uintptr_t chain, SdaiEntityInstance* instance);
+    static void Connect(std::uintptr_t chain, SdaiEntityInstance* instance);
+    static void Append(std::uintptr_t chain, std::uintptr_t behind);
 
     std::shared_ptr<const Schema> schema_;
     std::deque<ModelType> types_;

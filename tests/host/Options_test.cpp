@@ -82,7 +82,7 @@ TEST_F(Options, HelpIsGiven) {
         EXPECT_EQ(help.err, "") << command;
         for (const char* option :
              {"-m", "--model", "-n", "--new", "-s", "--schema", "-t", "--trace", "-o", "--save",
-              "--json", "--keep-going", "--lenient", "--module"}) {
+              "--json", "--keep-going", "--lenient", "--threads", "--module"}) {
             EXPECT_THAT(help.out, HasSubstr(option)) << command;
         }
     }
@@ -257,6 +257,29 @@ TEST_F(Options, MessagesNameTheRemedy) {
                 HasSubstr("known: db, parts"));
     EXPECT_THAT(Call({"@step#1"}).err, HasSubstr("--model"));
     ExpectRefused(Call({"-m", "db.stp", "-o", "step=out.stp", "1"}), "known: db");
+}
+
+// Of files that are large enough for two.
+TEST_F(Options, ThreadsChangeNothing) {
+    std::string data;
+    for (int id = 1; id <= 30'000; ++id) {
+        data += '#' + std::to_string(id) + "=PRODUCT('a product of the data set','',$,());\n";
+    }
+    folder.Write("large.stp", ExchangeFile("AUTOMOTIVE_DESIGN", data));
+    folder.Write("broken.stp",
+                 ExchangeFile("AUTOMOTIVE_DESIGN", data + "#30001=PRODUCT(7,'',#5,());\n"
+                                                          "#30002=PRODUCT('a','',#6,();\n"));
+    const auto call = [this](const char* threads, const char* file) {
+        return Call({"--threads", threads, "-m", file, "#29999.ID", "GetInst(#30000, 'NAME')"});
+    };
+    const OrxResult alone = call("1", "large.stp");
+    EXPECT_EQ(call("2", "large.stp").out, alone.out);
+    EXPECT_EQ(call("0", "large.stp").out, alone.out);
+    EXPECT_THAT(alone.out, HasSubstr("'a product of the data set'\n"));
+    const OrxResult refused = call("1", "broken.stp");
+    ExpectRefused(refused, "broken.stp:300");
+    EXPECT_EQ(call("2", "broken.stp").err, refused.err);
+    ExpectRefused(call("two", "large.stp"), "two");
 }
 
 TEST_F(Options, LenientLeavesOutNothingButWhatIsBroken) {
