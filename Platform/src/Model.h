@@ -95,6 +95,11 @@ class KOR_API Instance final : public SdaiAppInstance {
     std::uint64_t order_;
 };
 
+// The order of an extent.
+inline bool IsCreatedBefore(const SdaiEntityInstance* a, const SdaiEntityInstance* b) {
+    return Instance::Of(*a).Order() < Instance::Of(*b).Order();
+}
+
 template <class Visit>
 void ModelType::ForEachInstance(Visit visit) const {
     memory.ForEach(Instance::Size(*this),

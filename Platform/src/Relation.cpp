@@ -9,14 +9,6 @@
 
 namespace kor {
 
-namespace {
-
-bool IsCreatedBefore(const SdaiEntityInstance* a, const SdaiEntityInstance* b) {
-    return Instance::Of(*a).Order() < Instance::Of(*b).Order();
-}
-
-}  // namespace
-
 SdaiEntityInstance* Relation::TargetOfTyped(const Cell& cell) { return ToHandle(cell, true); }
 
 SdaiEntityInstance* Relation::TargetOf(const SdaiEntityInstance& source) const {

@@ -9,14 +9,11 @@
 #include "Model.h"
 
 using kor::Instance;
+using kor::IsCreatedBefore;
 using kor::Model;
 using kor::Relation;
 
 namespace {
-
-bool IsCreatedBefore(const SdaiEntityInstance* a, const SdaiEntityInstance* b) {
-    return Instance::Of(*a).Order() < Instance::Of(*b).Order();
-}
 
 bool IsOfKind(const SdaiEntityInstance& instance, const SdaiName& type) {
     return Instance::Of(instance).Type().entity->IsKindOf(type);
