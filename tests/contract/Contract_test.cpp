@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -16,6 +17,7 @@
 #include "SdaiAggrInstance.h"
 #include "SdaiIterator.h"
 #include "SdaiString.h"
+#include "SdaiUsers.h"
 
 using namespace sdai_names;
 
@@ -160,15 +162,93 @@ TEST(Contract, ASelectGivesWhatItHoldsAndAPlainValueItself) {
     EXPECT_EQ(static_cast<long>(static_cast<const SdaiSelectH&>(plain).getValue()), 7);
 }
 
-TEST(Contract, AnInstanceReaderGivesWhatGetAttrGives) {
+// ---- Users
+
+// The instances that an iterator visits and for which it holds. A platform without back references
+// visits others besides.
+template <class Refers>
+std::vector<SdaiEntityInstance*> Visited(SdaiIterator_Of_Users&& user, Refers refers) {
+    std::vector<SdaiEntityInstance*> visited;
+    while (user.Next()) {
+        if (refers(user.GetCurrentMember())) visited.push_back(user.GetCurrentMember());
+    }
+    EXPECT_EQ(user.GetCurrentMember(), nullptr);
+    return visited;
+}
+
+using Instances = std::vector<SdaiEntityInstance*>;
+
+TEST(Contract, UsersComeInTheOrderOfTheExtentWhateverIsWritten) {
+    const auto model = NewModel("cdma");
+    SdaiAppInstance* part = Create(*model, "part_object");
+    SdaiAppInstance* other = Create(*model, "part_object");
+    SdaiAppInstance* first = Create(*model, "part_link");
+    SdaiAppInstance* second = Create(*model, "part_link");
+    SdaiAppInstance* third = Create(*model, "part_link");
+    third->PutAttr("ref"_name, part);
+    second->PutAttr("ref"_name, other);
+    first->PutAttr("ref"_name, part);
+    // Through another attribute, and of another type.
+    second->PutAttr("parent"_name, part);
+    Create(*model, "configuration_item")->PutAttr("design"_name, part);
+    const auto users = [&](std::vector<const SdaiEntityInstance*> targets) {
+        return Visited(SdaiIterator_Of_Users(model.get(), "part_link"_name, "ref"_name, targets),
+                       [&](const SdaiEntityInstance* link) {
+                           const SdaiEntityInstance* used = link->GetAttr("ref"_name);
+                           return std::find(targets.begin(), targets.end(), used) != targets.end();
+                       });
+    };
+    EXPECT_EQ(users({part}), (Instances{first, third}));
+    EXPECT_EQ(users({other}), Instances{second});
+    EXPECT_EQ(users({other, part}), (Instances{first, second, third}));
+    EXPECT_EQ(users({first}), Instances{});
+    first->PutAttr("ref"_name, SdaiPrimitiveH());
+    second->PutAttr("ref"_name, part);
+    SdaiAppInstance* fourth = Create(*model, "part_link");
+    fourth->PutAttr("ref"_name, part);
+    EXPECT_EQ(users({part}), (Instances{second, third, fourth}));
+    EXPECT_EQ(users({other}), Instances{});
+    const SdaiEntityInstance* const targets[] = {part};
+    SdaiIterator_Of_Users none(nullptr, "part_link"_name, "ref"_name, targets);
+    EXPECT_FALSE(none.Next());
+}
+
+TEST(Contract, UsersAreFoundOverTwoAttributes) {
+    const auto model = NewModel("AUTOMOTIVE_DESIGN");
+    SdaiAppInstance* link = Create(*model, "NEXT_ASSEMBLY_USAGE_OCCURRENCE");
+    SdaiAppInstance* shape = Create(*model, "PRODUCT_DEFINITION_SHAPE");
+    SdaiAppInstance* used = Create(*model, "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION");
+    SdaiAppInstance* unused = Create(*model, "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION");
+    shape->PutAttr("DEFINITION"_name, link);
+    used->PutAttr("REPRESENTED_PRODUCT_RELATION"_name, shape);
+    const SdaiEntityInstance* const targets[] = {link};
+    const Instances users = Visited(
+        SdaiIterator_Of_Users(model.get(), "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION"_name,
+                              "REPRESENTED_PRODUCT_RELATION"_name, "DEFINITION"_name, targets),
+        [&](const SdaiEntityInstance* context) {
+            const SdaiPrimitiveH relation = context->GetAttr("REPRESENTED_PRODUCT_RELATION"_name);
+            const SdaiEntityInstance* definition = relation.GetAttr("DEFINITION"_name);
+            return link->IsSameInstance(definition);
+        });
+    EXPECT_EQ(users, Instances{used});
+    EXPECT_FALSE(unused->TestAttr("REPRESENTED_PRODUCT_RELATION"_name));
+}
+
+TEST(Contract, UsersAmongMembersComeAsOftenAsTheyAreMembers) {
     const auto model = NewModel("cdma");
     SdaiAppInstance* part = Create(*model, "part_object");
     SdaiAppInstance* link = Create(*model, "part_link");
-    link->PutAttr("ref", part);
-    SdaiInstanceReader reader("ref"_name);
-    EXPECT_EQ(reader(link), part);
-    EXPECT_EQ(reader(part), nullptr);
-    EXPECT_EQ(reader(nullptr), nullptr);
+    SdaiAppInstance* other = Create(*model, "part_link");
+    link->PutAttr("ref"_name, part);
+    SdaiAggrInstance links;
+    links.Reserve(3);
+    for (SdaiEntityInstance* each : {link, other, link}) links.Append(each);
+    const auto refers = [&](const SdaiEntityInstance* each) { return each == link; };
+    EXPECT_EQ(Visited(SdaiIterator_Of_Users(&links, "ref"_name, part), refers),
+              (Instances{link, link}));
+    EXPECT_EQ(Visited(SdaiIterator_Of_Users(&links), [](const auto*) { return true; }),
+              (Instances{link, other, link}));
+    EXPECT_FALSE(SdaiIterator_Of_Users(nullptr).Next());
 }
 
 // ---- Aggregates

@@ -7,13 +7,16 @@
 #include <concepts>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "KORDMInstance.h"
 #include "KORDMMappingText.h"
 #include "KORDMNarvo.h"
 #include "KORLocale.h"
 #include "KORMath.h"
+#include "KORMemory.h"
 #include "KORPSNTrace.h"
 #include "KORString.h"
 #include "KORSystem.h"
@@ -52,6 +55,59 @@ class Use : public testing::Test {
 };
 
 }  // namespace
+
+// ---- Names that are constants
+
+TEST_F(Use, ANameThatIsAConstantIsAsGoodAsAText) {
+    using namespace sdai_names;
+    SdaiEntity* entity = model->GetEntityDefinition("product"_name);
+    ASSERT_NE(entity, nullptr);
+    EXPECT_EQ(entity, model->GetEntityDefinition("PRODUCT"));
+    EXPECT_EQ(model->GetEntityDefinition("NO_SUCH_TYPE"_name), nullptr);
+    EXPECT_NE(entity->AttrDefinition("Name"_name), nullptr);
+    EXPECT_EQ(entity->AttrDefinition("NO_SUCH"_name), nullptr);
+    SdaiAppInstance* product = New("PRODUCT");
+    product->PutAttr("name"_name, SdaiString("Frame"));
+    EXPECT_TRUE(product->TestAttr("NAME"_name));
+    EXPECT_FALSE(product->TestAttr("DESCRIPTION"_name));
+    const SdaiPrimitiveH handle(product);
+    EXPECT_TRUE(handle.TestAttr("Name"_name));
+    EXPECT_FALSE(handle.TestAttr("NO_SUCH"_name));
+    const SdaiPrimitiveH name = handle.GetAttr("NAME"_name);
+    EXPECT_EQ(static_cast<const SdaiString&>(name).View(), "Frame");
+    EXPECT_TRUE(handle.IsKindOf("Product"_name));
+    EXPECT_FALSE(handle.IsKindOf("DOCUMENT"_name));
+    EXPECT_TRUE(product->IsKindOf("PRODUCT"_name));
+    EXPECT_EQ(model->GetEntityExtent("product"_name)->GetInstanceMember(0), product);
+    EXPECT_EQ(model->GetEntityExtent("NO_SUCH_TYPE"_name)->GetMemberCount(), 0);
+}
+
+// ---- Memory
+
+TEST_F(Use, ALackOfMemoryIsNotedOnce) {
+    KORMemory::TakeExhausted();
+    KORMemory::NoteExhausted();
+    EXPECT_TRUE(KORMemory::TakeExhausted());
+    EXPECT_FALSE(KORMemory::TakeExhausted());
+}
+
+TEST_F(Use, ATextIsPutTogetherSearchedAndReadBack) {
+    KORUnicodeString text;
+    text.Reserve(40);
+    for (const char* piece : {"first ", "second ", "third"}) text.Append(piece);
+    EXPECT_EQ(text.View(), "first second third");
+    using namespace std::string_view_literals;
+    EXPECT_EQ(text.SearchSubString("second"sv, 0, KORSearchForward), 6);
+    EXPECT_LT(text.SearchSubString("second"sv, 7, KORSearchForward), 0);
+    EXPECT_EQ(text.ReadBack("FIRST second third").View(), "FIRST second third");
+}
+
+TEST_F(Use, ASelectCanBeMoved) {
+    SdaiSelectH select(SdaiPrimitiveH(SdaiString("a text of more than fifteen characters")));
+    const SdaiSelectH moved(std::move(select));
+    const SdaiPrimitiveH value = moved.getValue();
+    EXPECT_EQ(static_cast<const SdaiString&>(value).length(), 38U);
+}
 
 // ---- Values
 
