@@ -165,17 +165,6 @@ void AddWalks(Table& table, const Items& items) {
         return Repeat([&items, part = items.PlainOf(count)] { return items.Find(part); });
     };
 
-    table.Measure({section, "Extent of 1,000,000, by an instance reader", unit, 0, {}, kWalk},
-                  kItems, Repeat([&items, sought = items.Part(kItems)] {
-                      const SdaiEntityInstance* part = sought;
-                      SdaiInstanceReader design("design"_name);
-                      SdaiIterator_Of_SdaiEntityInstanceH item(items.Extent());
-                      while (item.Next()) {
-                          if (part->IsSameInstance(design(item.GetCurrentMember()))) return true;
-                      }
-                      return false;
-                  }),
-                  walkPlain(kItems));
     table.Measure({section, "Extent of 1,000,000, by GetAttr", unit, 0, {}, {}}, kItems,
                   Repeat([&items, sought = items.Part(kItems)] {
                       const SdaiEntityInstance* part = sought;

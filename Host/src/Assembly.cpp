@@ -51,26 +51,25 @@ const Part* Assembly::Find(const SdaiEntityInstance* instance) const {
 void Assembly::ReadExchangeData(const kor::Model& model) {
     SdaiIterator_Of_SdaiEntityInstanceH definitions(model.Extent("PRODUCT_DEFINITION"_name));
     while (definitions.Next()) AddPart(definitions.GetCurrentMember());
-    SdaiInstanceReader relating("RELATING_PRODUCT_DEFINITION"_name);
-    SdaiInstanceReader related("RELATED_PRODUCT_DEFINITION"_name);
     SdaiIterator_Of_SdaiEntityInstanceH links(model.Extent("NEXT_ASSEMBLY_USAGE_OCCURRENCE"_name));
     while (links.Next()) {
         SdaiEntityInstance* link = links.GetCurrentMember();
-        AddOccurrence(link, relating(link), related(link));
+        AddOccurrence(link, link->GetAttr("RELATING_PRODUCT_DEFINITION"_name),
+                      link->GetAttr("RELATED_PRODUCT_DEFINITION"_name));
     }
 }
 
 void Assembly::ReadDatabase(const kor::Model& model) {
     SdaiIterator_Of_SdaiEntityInstanceH parts(model.Extent("part_object"_name));
     while (parts.Next()) AddPart(parts.GetCurrentMember());
-    SdaiInstanceReader component("ref"_name);
     parts.Beginning();
     while (parts.Next()) {
         const SdaiPrimitiveH owned = parts.GetCurrentMember()->GetAttr("KORASS"_name);
         SdaiIterator_Of_SdaiEntityInstanceH links(owned);
         while (links.Next()) {
             SdaiEntityInstance* link = links.GetCurrentMember();
-            AddOccurrence(link, parts.GetCurrentMember(), component(link));
+            const SdaiPrimitiveH component = SdaiPrimitiveH(link).GetAttr("ref"_name);
+            AddOccurrence(link, parts.GetCurrentMember(), component);
         }
     }
 }

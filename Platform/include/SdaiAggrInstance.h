@@ -17,7 +17,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 #include "SdaiLogical.h"
 #include "SdaiPrimitiveH.h"
@@ -47,13 +46,6 @@ class KOR_API SdaiAggrInstance {
         return GetMember(position);
     }
     double GetRealMember(long position) const;
-
-    // The members of an extent; empty for any other aggregate. Valid until the next instance is
-    // created in the model.
-    std::span<SdaiEntityInstance* const> ExtentMembers() const {
-        if (!extent_) return {};
-        return {static_cast<SdaiEntityInstance* const*>(members_), count_};
-    }
 
     // Appends a member. Has no effect on an extent, which grows as instances are created.
     void Append(const SdaiPrimitiveH& value);

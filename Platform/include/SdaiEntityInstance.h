@@ -11,9 +11,6 @@
 #ifndef SDAIENTITYINSTANCE_H
 #define SDAIENTITYINSTANCE_H
 
-#include <cstddef>
-#include <cstring>
-
 #include "SdaiLogical.h"
 #include "SdaiName.h"
 #include "SdaiPrimitiveH.h"
@@ -58,8 +55,6 @@ class KOR_API SdaiEntityInstance {
     const void* Type() const { return type_; }
 
   private:
-    friend class SdaiInstanceReader;
-
     const void* type_;  // owned by the in-memory model
 };
 
@@ -77,41 +72,6 @@ class KOR_API SdaiAppInstance : public SdaiEntityInstance {
   protected:
     using SdaiEntityInstance::SdaiEntityInstance;
     ~SdaiAppInstance() = default;
-};
-
-// Reads one attribute, as an instance, from many instances: for a select, the instance that it
-// holds; for any other value that is not an instance, a null pointer. A reader created before a
-// loop over an extent costs a fraction of GetAttr: it remembers where the last entity type stores
-// the attribute, and creates no handle. It owns nothing. Use each reader on one thread only.
-class KOR_API SdaiInstanceReader {
-  public:
-    explicit SdaiInstanceReader(const SdaiName& attribute) : attribute_(attribute) {}
-
-    // The instance that the attribute of `instance` refers to; null if `instance` is null.
-    SdaiEntityInstance* operator()(const SdaiEntityInstance* instance) {
-        if (instance == nullptr) return nullptr;
-        if (instance->type_ != type_) Find(*instance);
-        if (offset_ == kNowhere) return nullptr;
-        const char* value = reinterpret_cast<const char*>(instance) + offset_;
-        if (value[kKindOffset] != kInstanceKind) return ReadOther(value);
-        SdaiEntityInstance* referred;
-        std::memcpy(&referred, value, sizeof referred);
-        return referred;
-    }
-
-  private:
-    // How the in-memory model stores a reference to an instance: 16 bytes, with the pointer first
-    // and the kind last.
-    static constexpr std::size_t kKindOffset = 15;
-    static constexpr char kInstanceKind = 9;
-    static constexpr std::size_t kNowhere = 0;
-
-    [[gnu::noinline]] void Find(const SdaiEntityInstance& instance);
-    [[gnu::noinline]] static SdaiEntityInstance* ReadOther(const void* value);
-
-    const SdaiName& attribute_;
-    const void* type_ = nullptr;     // the last type seen
-    std::size_t offset_ = kNowhere;  // where its instances store the attribute
 };
 
 #endif

@@ -28,6 +28,10 @@ class KOR_API KORAggregateAccess {
     static void AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance);
 
     static bool IsExtent(const SdaiAggrInstance& aggregate) { return aggregate.extent_; }
+    // The members of an extent, until the next instance is created in the model.
+    static std::span<SdaiEntityInstance* const> ExtentMembers(const SdaiAggrInstance& extent) {
+        return {Members<SdaiEntityInstance*>(extent), Count(extent)};
+    }
     static bool HoldsSelects(const SdaiAggrInstance& aggregate) { return aggregate.selects_; }
     static Layout LayoutOf(const SdaiAggrInstance& aggregate) { return aggregate.layout_; }
 

@@ -73,7 +73,6 @@ namespace kor {
 class Cell {
   public:
     static constexpr std::size_t kInline = 14;
-    static constexpr std::size_t kTagOffset = 15;  // on a little-endian machine
 
     constexpr Cell() = default;
 

@@ -60,24 +60,6 @@ void SdaiAppInstance::PutAttr(const SdaiName& name, const SdaiPrimitiveH& value)
     instance.Write(instance.SlotOf(name), value);
 }
 
-void SdaiInstanceReader::Find(const SdaiEntityInstance& from) {
-    static_assert(kInstanceKind == static_cast<char>(kor::Tag::Instance));
-    static_assert(kKindOffset == kor::Cell::kTagOffset);
-    const Instance& instance = Instance::Of(from);
-    const int slot = instance.SlotOf(attribute_);
-    type_ = &instance.Type();
-    offset_ = slot == NameTable::kAbsent
-                  ? kNowhere
-                  : sizeof instance + static_cast<std::size_t>(slot) * sizeof(kor::Cell);
-}
-
-// The instance that a typed value holds; null for any other value.
-SdaiEntityInstance* SdaiInstanceReader::ReadOther(const void* value) {
-    const auto& cell = *static_cast<const kor::Cell*>(value);
-    if (cell.GetTag() != kor::Tag::Typed) return nullptr;
-    return kor::ToHandle(cell, true);
-}
-
 // ---- Entity types
 
 SdaiAppInstance* SdaiEntity::CreateEntityInstance(SdaiModel* model) const {

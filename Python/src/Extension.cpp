@@ -317,7 +317,8 @@ py::object Create(Model& model, const std::string& name, const py::kwargs& attri
 class Column {
   public:
     Column(Model& model, const kor::EntityType& entity, const std::string& attribute)
-        : members_(model.Data().Extent(std::string_view(entity.FoldedName()))->ExtentMembers()),
+        : members_(KORAggregateAccess::ExtentMembers(
+              *model.Data().Extent(std::string_view(entity.FoldedName())))),
           attribute_(attribute) {
         slot_ = entity.SlotOf(std::string_view(attribute));
         if (slot_ == kor::NameTable::kAbsent) {
@@ -426,7 +427,7 @@ py::object Placements(const py::object& occurrences) {
     py::list held;
     Model* model = nullptr;
     if (const SdaiAggrInstance* extent = AsExtent(occurrences.ptr())) {
-        const auto members = extent->ExtentMembers();
+        const auto members = KORAggregateAccess::ExtentMembers(*extent);
         instances.assign(members.begin(), members.end());
         model = &ModelOfExtent(occurrences.ptr());
     } else {

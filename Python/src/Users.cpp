@@ -53,7 +53,8 @@ std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& instance,
     }
     const SdaiString name(attribute);
     std::vector<SdaiEntityInstance*> users;
-    for (SdaiEntityInstance* user : model.Extent(std::string_view(type))->ExtentMembers()) {
+    const SdaiAggrInstance* extent = model.Extent(std::string_view(type));
+    for (SdaiEntityInstance* user : KORAggregateAccess::ExtentMembers(*extent)) {
         const auto isSought = [&](const SdaiEntityInstance& held) { return &held == &instance; };
         if (AnyInstance(user->GetAttr(name), isSought)) users.push_back(user);
     }
