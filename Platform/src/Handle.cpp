@@ -413,6 +413,44 @@ Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain, Mo
     return copy;
 }
 
+// The cell of a value without its defined type, converted as the domain requires.
+Cell PlainCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
+    using Kind = KORHandleAccess::Kind;
+    const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
+    const SdaiSelectH& held = KORHandleAccess::Held(value);
+    const Kind kind = KORHandleAccess::KindOf(held);
+    switch (kind) {
+        case Kind::Unset: return {};
+        case Kind::Integer:
+            if (base == Domain::Base::Real) {
+                return Cell::Of(Tag::Real, static_cast<double>(value));
+            }
+            return Cell::Of(Tag::Integer, static_cast<long>(value));
+        case Kind::Real: return Cell::Of(Tag::Real, static_cast<double>(value));
+        case Kind::Logical:
+        case Kind::Boolean: {
+            const SdaiLogical& logical = value;
+            const bool boolean = kind == Kind::Boolean
+                                     ? base != Domain::Base::Logical
+                                     : base == Domain::Base::Boolean && logical != SdaiLogical();
+            return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, logical);
+        }
+        case Kind::Instance:
+            return Cell::Of(Tag::Instance, static_cast<SdaiEntityInstance*>(value));
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate:
+            return CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain, model);
+        case Kind::String:
+            return Cell::OfText(base == Domain::Base::Enumeration ? Tag::Enumeration : Tag::Text,
+                                KORHandleAccess::TextOf(held));
+        case Kind::Enumeration:
+            return Cell::OfText(Tag::Enumeration, KORHandleAccess::TextOf(held));
+        case Kind::Binary: return Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held));
+        case Kind::Typed: break;  // never returned by Held
+    }
+    return {};
+}
+
 }  // namespace
 
 SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
@@ -422,11 +460,10 @@ SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
 }
 
 Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
-    using Kind = KORHandleAccess::Kind;
-    const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
+    const bool isSelect = domain != nullptr && domain->IsSelect();
     KORTypedValue* typed = KORHandleAccess::TypedOf(value);
     // A typed value that is unset has only its type's name, and is allowed anywhere.
-    if (typed != nullptr && (domain == nullptr || domain->IsSelect() || !typed->value.exists())) {
+    if (typed != nullptr && (domain == nullptr || isSelect || !typed->value.exists())) {
         const SdaiAggrInstance* aggregate = value;
         if (aggregate == nullptr) {
             typed->owners.fetch_add(1, std::memory_order_relaxed);
@@ -434,53 +471,12 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
         }
         return NewTypedCell(typed->definedType, ToCell(typed->value, nullptr, model), model);
     }
-    Cell cell;
-    const SdaiSelectH& held = KORHandleAccess::Held(value);
-    switch (KORHandleAccess::KindOf(held)) {
-        case Kind::Unset: break;
-        case Kind::Integer:
-            if (base == Domain::Base::Real) {
-                cell = Cell::Of(Tag::Real, static_cast<double>(value));
-            } else {
-                cell = Cell::Of(Tag::Integer, static_cast<long>(value));
-            }
-            break;
-        case Kind::Real: cell = Cell::Of(Tag::Real, static_cast<double>(value)); break;
-        case Kind::Logical:
-        case Kind::Boolean: {
-            const SdaiLogical& logical = value;
-            const bool boolean = KORHandleAccess::KindOf(held) == Kind::Boolean
-                                     ? base != Domain::Base::Logical
-                                     : base == Domain::Base::Boolean && logical != SdaiLogical();
-            cell = Cell::Of(boolean ? Tag::Boolean : Tag::Logical, logical);
-            break;
-        }
-        case Kind::Instance:
-            cell = Cell::Of(Tag::Instance, static_cast<SdaiEntityInstance*>(value));
-            break;
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate:
-            cell = CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain, model);
-            break;
-        case Kind::String:
-            cell = Cell::OfText(base == Domain::Base::Enumeration ? Tag::Enumeration : Tag::Text,
-                                KORHandleAccess::TextOf(held));
-            break;
-        case Kind::Enumeration:
-            cell = Cell::OfText(Tag::Enumeration, KORHandleAccess::TextOf(held));
-            break;
-        case Kind::Binary: cell = Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held)); break;
-        case Kind::Typed: break;  // never returned by Held
-    }
-    if (base == Domain::Base::Select) {
-        const std::string_view choice = OnlyChoice(*domain, cell.GetTag());
-        if (!choice.empty()) {
-            const CellHolder plain(cell);
-            return NewTypedCell(SdaiString(choice), ToCell(value, domain->Choice(choice), model),
-                                model);
-        }
-    }
-    return cell;
+    const Cell cell = PlainCell(value, domain, model);
+    const std::string_view choice =
+        isSelect ? OnlyChoice(*domain, cell.GetTag()) : std::string_view();
+    if (choice.empty()) return cell;
+    const CellHolder plain(cell);
+    return NewTypedCell(SdaiString(choice), ToCell(value, domain->Choice(choice), model), model);
 }
 
 std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
