@@ -18,7 +18,9 @@ class ChangingSource final : public Source {
         read_ += count;
         return count;
     }
-    void Rewind() override { read_ = 0; }
+    void Seek(std::uint64_t offset) override { read_ = static_cast<std::size_t>(offset); }
+    std::uint64_t Size() const override { return text.size(); }
+    std::unique_ptr<Source> Again() const override { return nullptr; }
     bool IsUtf8() override { return true; }
 
   private:
@@ -69,7 +71,7 @@ class InstanceTextReader::Texts {
     template <class Take>
     bool Read(std::string_view text, std::string& error, Take take) {
         source_.text = text;
-        lexer_.Rewind();
+        lexer_.GoTo({});
         try {
             take();
             return true;
