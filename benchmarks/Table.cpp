@@ -1,3 +1,5 @@
+// The table of the benchmarks.
+
 #include "Table.h"
 
 #include <algorithm>

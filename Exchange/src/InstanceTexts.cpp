@@ -1,3 +1,5 @@
+// Single instances and values as texts in the notation of exchange files.
+
 #include "InstanceTexts.h"
 
 #include "ExchangeLexer.h"

@@ -1,3 +1,5 @@
+// Reads the second half of an exchange file on a thread of its own.
+
 #include "SecondHalf.h"
 
 #include <algorithm>

@@ -181,7 +181,7 @@ std::optional<double> Assembly::CountPlaces(std::size_t depth, bool single) cons
     };
     // Components before the parts that contain them.
     std::vector<std::size_t> order;
-    std::vector<std::size_t> uses(parts_.size());  // by parts that do not stand in the order yet
+    std::vector<std::size_t> uses(parts_.size());  // by parts that are not in the order yet
     for (const Part& part : parts_) {
         for (const Occurrence& occurrence : part.occurrences) ++uses[numberOf(occurrence.part)];
     }

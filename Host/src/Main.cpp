@@ -158,7 +158,7 @@ std::vector<std::string> NamesOf(const std::vector<const CLI::App*>& commands) {
     return names;
 }
 
-// `orx FILE` describes it. Anything else that is no command is a slip of the pen.
+// `orx FILE` describes the file. Any other word that is not a command is a typing error.
 std::vector<std::string> WithCommand(std::vector<std::string> arguments, const CLI::App& app) {
     const std::string& first = arguments.front();
     const std::vector<std::string> commands = NamesOf(app.get_subcommands(nullptr));
@@ -176,7 +176,7 @@ std::vector<std::string> WithCommand(std::vector<std::string> arguments, const C
            (nearest.empty() ? " (orx --help lists the commands)" : nearest));
 }
 
-// The command that was meant, or orx itself.
+// The command that was given, or orx itself.
 const CLI::App& Parsed(const CLI::App& app) {
     const std::vector<CLI::App*> commands = app.get_subcommands();
     return commands.empty() ? app : *commands.front();
@@ -204,14 +204,14 @@ const CLI::App& Parsed(const CLI::App& app) {
     Refuse(message + help);
 }
 
-// Commands that look at data sets need one.
+// Refuses a command that needs a data set and has none.
 void NeedModel(const CLI::App& command, const Options& options) {
     if (options.models.empty()) {
         Refuse("a data set is missing: orx " + command.get_name() + " FILE");
     }
 }
 
-// Of show and users without -m the first argument is the data set.
+// For show and users without -m, the first argument is the data set.
 void TakeFile(Options& options) {
     if (options.models.empty() && !options.expressions.empty()) {
         options.models.push_back({false, options.expressions.front()});
@@ -220,8 +220,7 @@ void TakeFile(Options& options) {
     if (options.expressions.empty()) Refuse("an instance is missing, such as '#12'");
 }
 
-// Gives the standard streams that are closed a place that cannot be used, lest a file that is
-// opened takes it.
+// Occupies the descriptors of closed standard streams, so that no file is opened with one of them.
 void HoldStandardStreams() {
     for (;;) {
         const int descriptor = open("/dev/null", O_RDONLY);
@@ -235,7 +234,7 @@ void HoldStandardStreams() {
 
 int Main(int argc, char** argv) {
     HoldStandardStreams();
-    // A file that may not grow further is told like any other that cannot be written.
+    // A file that must not grow further is reported like any other that cannot be written.
     std::signal(SIGXFSZ, SIG_IGN);
     if (argc < 2) {
         std::cerr << kFirstSteps;

@@ -1,3 +1,5 @@
+// Data sets by name: files and databases.
+
 #include "DataSets.h"
 
 #include <filesystem>

@@ -1,3 +1,5 @@
+// Models in databases, for programs that embed the platform.
+
 #include "DatabaseModels.h"
 
 #include "DataSets.h"

@@ -1,3 +1,5 @@
+// Fingerprints of instances and rows.
+
 #include "Fingerprint.h"
 
 #include <bit>

@@ -1,3 +1,5 @@
+// The tables of a schema.
+
 #include "Layout.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Loading a data set from a database.
+
 #include "Load.h"
 
 #include <algorithm>

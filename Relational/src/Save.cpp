@@ -1,3 +1,5 @@
+// Saving a data set to a database.
+
 #include "Save.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// The data that a database holds besides the tables of entity types.
+
 #include "Stored.h"
 
 #include <algorithm>

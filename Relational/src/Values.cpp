@@ -1,3 +1,5 @@
+// Conversion between values of a model and fields of rows.
+
 #include "Values.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// What the mapping functions rely on in the platform under them, asked through the contract headers
-// alone: any platform that is to carry the functions has to pass.
+// What the mapping functions rely on in their platform, tested through the contract headers only.
+// Every platform for the functions must pass.
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-// Every operation of the contract, written as one who uses it writes it: each has to compile, to
-// give the type that is expected of it, and to mean what it says.
+// Every operation of the contract, as used by a client: each must compile, return the expected type
+// and have the documented effect.
 
 #include <gtest/gtest.h>
 

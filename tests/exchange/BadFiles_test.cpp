@@ -1,5 +1,5 @@
-// Files that are not right: refused as wholes, each with a message that has its place, never a
-// crash; read leniently as far as they go.
+// Damaged files: rejected completely, each with a message and its place, never a crash; or read
+// leniently as far as possible.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// What the reader of exchange files makes of files that are right, whatever their layout, their
-// edition and their size, and of values of other kinds than declared.
+// How the reader of exchange files reads valid files of any layout, edition and size, and values of
+// other kinds than declared.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

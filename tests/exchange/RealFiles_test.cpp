@@ -1,4 +1,4 @@
-// Published schemas and a CAD system's file, where they are at hand.
+// Published schemas and a CAD system's file, if they are available.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

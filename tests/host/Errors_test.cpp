@@ -1,4 +1,4 @@
-// What orx says of statements that cannot be evaluated.
+// The messages of orx about statements that cannot be evaluated.
 
 #include <chrono>
 

@@ -1,4 +1,4 @@
-// JSON as it is written, and texts as they may reach a terminal.
+// JSON output, and texts made safe for terminals.
 
 #include "Json.h"
 

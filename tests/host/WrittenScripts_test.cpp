@@ -1,4 +1,4 @@
-// Whatever a script puts into a model can be saved and read again, or saving tells why not.
+// Whatever a script puts into a model can be saved and read again, or saving reports why not.
 
 #include <random>
 

@@ -1,5 +1,5 @@
-// What a call on typical data allocates while tracing is off: nothing for a function that tests,
-// counts or reads, at most the text itself for one that gives a text.
+// The allocations of a call on typical data with tracing off: none for a function that tests,
+// counts or reads, at most the text itself for one that returns a text.
 
 #include "Allocations.h"
 

@@ -1,5 +1,5 @@
-// The functions that look for instances give the same whether the platform knows who refers to an
-// instance, walks the whole extent, or the walk is traced; whatever is written between the calls.
+// The functions that search for instances return the same results with back references, over the
+// whole extent, and with tracing, whatever is written between the calls.
 
 #include <bit>
 #include <cstdlib>

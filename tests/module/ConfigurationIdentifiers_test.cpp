@@ -1,4 +1,4 @@
-// The identifier strings of effectivities and configuration items, and the test of their form.
+// The identifier strings of effectivities and configuration items.
 
 #include <gmock/gmock.h>
 

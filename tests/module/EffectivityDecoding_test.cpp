@@ -1,4 +1,4 @@
-// The effectivity and configuration strings of STEP files taken apart again.
+// Decoding the effectivity and configuration strings of STEP files.
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-// What a call gives when an allocation fails: what it gives with enough memory, or else it is noted
+// The result of a call in which an allocation fails: the same as with enough memory, or it is noted
 // that memory ran out.
 
 #include "KORMemory.h"

@@ -1,8 +1,8 @@
-// Damaged identifiers: every reader of keys and identifier strings goes by its rules to the letter
-// on every prefix of good strings and on every string that differs from a good one in one byte.
+// Damaged identifiers: every reader of keys and identifier strings follows its rules exactly on
+// every prefix of valid strings and on every string that differs from a valid one in one byte.
 //
-// The rules are written down here once more, as plainly as can be, over std::string; each reader
-// must give the same answer, and trace the same messages, as its rules do.
+// The rules are stated here again, as simply as possible, over std::string; each reader must return
+// the same result and trace the same messages as its rules.
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-// A first argument that is there, and of another kind than the function takes.
+// A first argument of another kind than the function expects.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>

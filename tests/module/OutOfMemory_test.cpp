@@ -1,5 +1,5 @@
-// A call whose memory runs out, whichever allocation it is that fails: it gives what it gives with
-// enough memory or its default, and nothing between the two.
+// A call that runs out of memory, at any allocation, returns the same result as with enough memory
+// or its default, and nothing in between.
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-// Numbers to text and back, whatever locale the process has set.
+// Conversion of numbers to text and back in any locale of the process.
 
 #include <gtest/gtest.h>
 

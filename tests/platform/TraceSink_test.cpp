@@ -1,3 +1,5 @@
+// KORPSNSink and KORPSNCapture: the trace, sent to a program.
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 

@@ -1,4 +1,4 @@
-// Who refers to an instance, and who is a member of a long aggregate.
+// The users of an instance, and the members of long aggregates.
 
 #include "SdaiUsers.h"
 

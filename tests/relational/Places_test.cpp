@@ -1,3 +1,5 @@
+// The databases that the tests use.
+
 #include "Places.h"
 
 #include <libpq-fe.h>

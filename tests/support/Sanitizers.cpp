@@ -1,5 +1,5 @@
-// What a sanitizer finds ends a program with a status that it has for nothing else, so that a
-// script that expects 1 or 2 sees it.
+// A sanitizer's error ends the program with a status that has no other meaning, so that a script
+// that expects 1 or 2 notices it.
 
 #define OPTIONS extern "C" __attribute__((visibility("default"), used)) const char*
 

@@ -1,3 +1,5 @@
+// A PostgreSQL server for tests.
+
 #include "Server.h"
 
 #include <libpq-fe.h>

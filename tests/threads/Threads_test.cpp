@@ -1,5 +1,5 @@
 // Functions that neither create instances nor keep versions, called from several threads over
-// models that nobody writes. To be run under ThreadSanitizer too.
+// models that no thread writes. Run it under ThreadSanitizer, too.
 
 #include <gtest/gtest.h>
 
