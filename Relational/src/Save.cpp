@@ -135,7 +135,9 @@ class Saver {
                     return;
                 }
             }
-            if (change != Change::None) ++changed_;
+            const std::size_t type = instance.Type().number;
+            if (changed_.size() <= type) changed_.resize(type + 1);
+            changed_[type].push_back(&instance);
             now_.rows.push_back({fingerprint, row});
             changes_.push_back(change);
             Note(instance, last);
@@ -151,7 +153,21 @@ class Saver {
         last = instance.Id();
     }
 
-    bool AnythingChanged() const { return changed_ != 0 || now_.header != loaded_->header; }
+    bool AnythingChanged() const { return !changed_.empty() || now_.header != loaded_->header; }
+
+    // Calls visit(instance) for what is new or has changed: of a type, in the order of creation; or
+    // of all types.
+    template <class Visit>
+    void ForEachChanged(const kor::ModelType& type, Visit visit) const {
+        if (type.number >= changed_.size()) return;
+        for (const kor::Instance* instance : changed_[type.number]) visit(*instance);
+    }
+    template <class Visit>
+    void ForEachChanged(Visit visit) const {
+        for (const auto& ofType : changed_) {
+            for (const kor::Instance* instance : ofType) visit(*instance);
+        }
+    }
 
     bool IsInOther(const kor::Instance& instance) const {
         return Baseline::IsInOther(now_.rows[instance.Order()]);
@@ -167,8 +183,7 @@ class Saver {
             const Table* table = layout_.Of(*type.entity);
             if (table == nullptr) continue;
             bool touched = false;
-            type.ForEachInstance([&](const kor::Instance& instance) {
-                if (ChangeOf(instance) == Change::None) return;
+            ForEachChanged(type, [&](const kor::Instance& instance) {
                 touched |= !IsInOther(instance) ||
                            (ChangeOf(instance) == Change::Written && !WasInOther(instance));
             });
@@ -205,8 +220,8 @@ class Saver {
         bool used = false;
         for (const kor::ModelType& type : model_.Types()) {
             if (type.entity != table.entity) continue;
-            type.ForEachInstance([&](const kor::Instance& instance) {
-                used |= ChangeOf(instance) != Change::None && !IsInOther(instance) &&
+            ForEachChanged(type, [&](const kor::Instance& instance) {
+                used |= !IsInOther(instance) &&
                         instance.Values()[column.slot].GetTag() != kor::Tag::Unset;
             });
         }
@@ -306,13 +321,13 @@ class Saver {
     void CheckConflicts() {
         std::vector<std::uint64_t> conflicts;
         std::set<std::uint64_t> added;
-        model_.ForEachInstance([&](const kor::Instance& instance) {
+        ForEachChanged([&](const kor::Instance& instance) {
             if (ChangeOf(instance) == Change::Written) {
                 const std::optional<std::uint64_t> row = RowNow(instance);
                 if (!row.has_value() || *row != loaded_->rows[instance.Order()].row) {
                     conflicts.push_back(instance.Id());
                 }
-            } else if (ChangeOf(instance) == Change::Added) {
+            } else {
                 added.insert(instance.Id());
             }
         });
@@ -390,9 +405,7 @@ class Saver {
         if (own == kOrderTable) return now_.ordered;
         if (own != kOtherTable) return false;
         bool needed = false;
-        model_.ForEachInstance([&](const kor::Instance& instance) {
-            needed |= ChangeOf(instance) != Change::None && IsInOther(instance);
-        });
+        ForEachChanged([&](const kor::Instance& instance) { needed |= IsInOther(instance); });
         return needed;
     }
 
@@ -471,18 +484,14 @@ class Saver {
 
     // Whether the instance gets a new row in its table.
     bool IsInserted(const kor::Instance& instance) const {
-        if (ChangeOf(instance) == Change::None || IsInOther(instance)) return false;
-        return ChangeOf(instance) == Change::Added || WasInOther(instance);
-    }
-    // Whether the members of its aggregates are written anew.
-    bool HasNewMembers(const kor::Instance& instance) const {
-        return ChangeOf(instance) != Change::None && !IsInOther(instance);
+        return !IsInOther(instance) &&
+               (ChangeOf(instance) == Change::Added || WasInOther(instance));
     }
 
     // Changes the rows that are there, and takes those away that go to orx_other.
     void Rewrite(const kor::ModelType& type, const Target& target) {
         const Table& table = *target.table;
-        type.ForEachInstance([&](const kor::Instance& instance) {
+        ForEachChanged(type, [&](const kor::Instance& instance) {
             if (ChangeOf(instance) != Change::Written || WasInOther(instance)) return;
             const auto id = static_cast<std::int64_t>(instance.Id());
             for (const LayoutColumn& column : table.columns) {
@@ -533,7 +542,7 @@ class Saver {
         ColumnNames names{"instance"};
         names.insert(names.end(), target.names.begin(), target.names.end());
         std::unique_ptr<Insertion> insertion;
-        type.ForEachInstance([&](const kor::Instance& instance) {
+        ForEachChanged(type, [&](const kor::Instance& instance) {
             if (!IsInserted(instance)) return;
             if (insertion == nullptr) insertion = database_.Insert(target.table->name, names);
             MakeRow(instance, target, true);
@@ -546,9 +555,9 @@ class Saver {
         const LayoutColumn& column = table.columns[number];
         std::unique_ptr<Insertion> insertion;
         std::string buffer;
-        type.ForEachInstance([&](const kor::Instance& instance) {
+        ForEachChanged(type, [&](const kor::Instance& instance) {
             const Cell& cell = instance.Values()[column.slot];
-            if (cell.GetTag() == kor::Tag::Unset || !HasNewMembers(instance)) return;
+            if (cell.GetTag() == kor::Tag::Unset || IsInOther(instance)) return;
             const std::size_t count = MemberCount(cell);
             std::uint64_t fingerprint = 0;
             for (std::size_t i = 0; i < count; ++i) {
@@ -568,15 +577,15 @@ class Saver {
 
     void WriteOther() {
         if (loaded_ != nullptr) {
-            model_.ForEachInstance([this](const kor::Instance& instance) {
+            ForEachChanged([this](const kor::Instance& instance) {
                 if (ChangeOf(instance) != Change::Written || !WasInOther(instance)) return;
                 const Key key{"instance", static_cast<std::int64_t>(instance.Id())};
                 if (database_.Delete(kOtherTable, key) != 1) ThrowConflict(instance);
             });
         }
         std::unique_ptr<Insertion> insertion;
-        model_.ForEachInstance([&](const kor::Instance& instance) {
-            if (ChangeOf(instance) == Change::None || !IsInOther(instance)) return;
+        ForEachChanged([&](const kor::Instance& instance) {
+            if (!IsInOther(instance)) return;
             if (insertion == nullptr)
                 insertion = database_.Insert(kOtherTable, {"instance", "text"});
             const Field row[] = {Field::Of(instance.Id()), Field::OfText(writer_.Record(instance))};
@@ -642,7 +651,7 @@ class Saver {
     const Baseline* loaded_ = nullptr;  // null: what is there is replaced
     Baseline now_;
     std::vector<Change> changes_;  // of the instances, in the order of creation
-    std::uint64_t changed_ = 0;
+    std::vector<std::vector<const kor::Instance*>> changed_;  // by the numbers of their types
     bool ordered_ = false;  // whether the order of creation is not by number
     std::vector<HeaderRow> header_;
 

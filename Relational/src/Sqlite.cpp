@@ -131,9 +131,9 @@ class Sqlite final : public Database {
         : file_(file), made_(access == Access::Write && ::access(file.c_str(), F_OK) != 0) {
         sqlite3* opened = nullptr;
         // A reader may have to roll back what a writer that was killed has left. Where the file
-        // cannot be written, SQLite opens it for reading alone.
-        const int flags =
-            SQLITE_OPEN_READWRITE | (access == Access::Write ? SQLITE_OPEN_CREATE : 0);
+        // cannot be written, SQLite opens it for reading alone. One thread at a time uses it.
+        const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX |
+                          (access == Access::Write ? SQLITE_OPEN_CREATE : 0);
         const int result = sqlite3_open_v2(file.c_str(), &opened, flags, nullptr);
         database_.reset(opened);
         if (opened == nullptr) throw std::bad_alloc();
