@@ -14,7 +14,7 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
-#include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -49,10 +49,7 @@ long Memory(const std::string& which) {
     return 0;
 }
 
-[[noreturn]] void Fail(const std::string& why) {
-    std::cerr << "orx-bench-databases: " << why << '\n';
-    std::exit(1);
-}
+[[noreturn]] void Fail(const std::string& why) { throw std::runtime_error(why); }
 
 std::string PartsFile(long count) {
     std::string text =
@@ -238,9 +235,7 @@ void Psql(const std::string& uri, const std::string& commands) {
     if (std::system(line.c_str()) != 0) Fail("psql fails");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Measure(int argc, char** argv) {
     const long count = argc > 1 ? std::atol(argv[1]) : 1'000'000;
     const TemporaryDirectory files;
     const std::string file = files.Write("parts.stp", PartsFile(count));
@@ -296,4 +291,15 @@ int main(int argc, char** argv) {
     MeasureChanges("PostgreSQL", uri);
     MeasureMemory("memory at most, of the model: PostgreSQL", uri);
     return allGood ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Measure(argc, argv);
+    } catch (const std::exception& error) {
+        std::cerr << "orx-bench-databases: " << error.what() << '\n';
+        return 1;
+    }
 }
