@@ -193,7 +193,8 @@ class Cluster:
         now = time.monotonic()
         if now - self._seen > 1 and self._client is not None:
             with contextlib.suppress(Exception):
-                self._workers = self._client.scheduler_info()["workers"]
+                identity = self._client.scheduler.identity
+                self._workers = self._client.sync(identity, callback_timeout=5)["workers"]
                 self._seen = now
         return self._workers
 
@@ -277,7 +278,7 @@ class Dispatch:
         # The largest first: what comes last keeps no worker busy for long.
         self._units = deque(sorted(units, key=_cost, reverse=True))
         self._cost = sum(map(_cost, units))  # of those that wait
-        self._rate = 20e6  # cost in a second on one worker, as measured
+        self._rate = 2e6  # cost in a second on one worker; a low guess until it is measured
         self._again: deque[Batch] = deque()
         self._large: deque[Batch] = deque()
         self._flying: set[Batch] = set()
@@ -380,7 +381,7 @@ class Dispatch:
             return
         self._faults = 0
         if not batch.careful and seconds > 0:
-            self._rate += 0.3 * (batch.cost / seconds - self._rate)
+            self._rate += 0.5 * (batch.cost / seconds - self._rate)
         suspects = []
         for unit, answer in zip(batch.units, answers):
             if isinstance(answer, _work.Suspect):
@@ -392,11 +393,13 @@ class Dispatch:
 
     def _died(self, batch: Batch) -> Iterator[tuple[Unit, _work.Answer]]:
         """What was with a worker when it died is not to blame for it until it has been asked alone."""
+        half = len(batch.units) // 2
         deaths = batch.deaths + batch.careful
-        if deaths < DEATHS:
+        if half:
+            for units in (batch.units[:half], batch.units[half:]):
+                self._again.append(Batch(units, careful=True, memory=batch.memory))
+        elif deaths < DEATHS:
             self._again.append(Batch(batch.units, True, deaths, batch.memory))
-        elif len(batch.units) > 1:
-            self._again.extend(Batch([unit], True, 0, batch.memory) for unit in batch.units)
         else:
             (unit,) = batch.units
             message = f"{DEATHS} workers died that asked it in a process of its own"
