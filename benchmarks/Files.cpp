@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 
 #include "Table.h"
@@ -20,6 +21,7 @@ struct Measured {
     double memory;
     double writing;
     double plainWriting;
+    double readingByTwo;
 };
 
 Measured Measure(const std::string& file) {
@@ -29,9 +31,9 @@ Measured Measure(const std::string& file) {
     if (process == nullptr) throw std::runtime_error("cannot run " + command);
     Measured m{};
     const int count =
-        std::fscanf(process, "%lf %lf %lf %lf %lf %lf %lf", &m.bytes, &m.instances, &m.reading,
-                    &m.classifying, &m.memory, &m.writing, &m.plainWriting);
-    if (pclose(process) != 0 || count != 7) throw std::runtime_error("failed: " + command);
+        std::fscanf(process, "%lf %lf %lf %lf %lf %lf %lf %lf", &m.bytes, &m.instances, &m.reading,
+                    &m.classifying, &m.memory, &m.writing, &m.plainWriting, &m.readingByTwo);
+    if (pclose(process) != 0 || count != 8) throw std::runtime_error("failed: " + command);
     std::filesystem::remove(copy);
     return m;
 }
@@ -58,7 +60,13 @@ void AddFiles(Table& table, const std::string& directory) {
                    "ns/byte",
                    m.reading * perByte,
                    m.classifying * perByte,
-                   {4.0, {}}});
+                   {3.0, {}}});
+        table.Add({section,
+                   "Reading a file with two threads" + of + speed(m.readingByTwo),
+                   "ns/byte",
+                   m.readingByTwo * perByte,
+                   m.classifying * perByte,
+                   {megabytes > 1 ? std::optional(2.1) : std::nullopt, {}}});
         table.Add({section,
                    "Memory while reading a file" + of,
                    "bytes/byte",

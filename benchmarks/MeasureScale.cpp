@@ -187,8 +187,10 @@ int main(int argc, char** argv) {
             exchange::Messages messages;
             exchange::DataSet dataSet;
             // As an engine loads a database: with its families of revisions.
+            exchange::ReadOptions options;
+            options.threads = 1;
             loading = Seconds([&] {
-                dataSet = ReadDataSet(path, schemas, {}, messages);
+                dataSet = ReadDataSet(path, schemas, options, messages);
                 if (dataSet.model != nullptr) KORDMStore::AddFamilies(*dataSet.model);
             });
             if (dataSet.model == nullptr) {
