@@ -2,6 +2,10 @@
 
 #include "Signature.h"
 
+#include <string_view>
+
+#include "Cell.h"
+
 namespace calls {
 
 std::vector<std::string> FunctionNames() {
@@ -11,25 +15,66 @@ std::vector<std::string> FunctionNames() {
     return names;
 }
 
-std::string KindNames(orx::Kind kinds) {
-    struct Name {
-        orx::Kind kind;
-        const char* name;
-    };
-    static constexpr Name kNames[] = {
-        {orx::String, "string"},   {orx::Integer, "integer"},    {orx::Real, "real"},
-        {orx::Logical, "logical"}, {orx::Instance, "instance"},  {orx::Aggregate, "aggregate"},
-        {orx::Select, "select"},   {orx::RealList, "real list"}, {orx::Model, "model"},
-        {orx::Nothing, "nothing"}, {orx::Unset, "unset"},
-    };
-    if (kinds == orx::Any) return "any";
+namespace {
+
+struct KindName {
+    orx::Kind kind;
+    const char* name;
+};
+constexpr KindName kKindNames[] = {
+    {orx::String, "string"},   {orx::Integer, "integer"},    {orx::Real, "real"},
+    {orx::Logical, "logical"}, {orx::Instance, "instance"},  {orx::Aggregate, "aggregate"},
+    {orx::Select, "select"},   {orx::RealList, "real list"}, {orx::Model, "model"},
+    {orx::Nothing, "nothing"}, {orx::Unset, "unset"},
+};
+
+// The names of all kinds in a set, as shown(name) gives them.
+template <class Show>
+std::string Joined(orx::Kind kinds, const char* separator, Show shown) {
     std::string names;
-    for (const Name& name : kNames) {
+    for (const KindName& name : kKindNames) {
         if ((kinds & name.kind) == 0) continue;
-        if (!names.empty()) names += " | ";
-        names += name.name;
+        if (!names.empty()) names += separator;
+        names += shown(name.name);
     }
     return names;
+}
+
+}  // namespace
+
+std::string KindNames(orx::Kind kinds) {
+    if (kinds == orx::Any) return "any";
+    return Joined(kinds, " | ", [](const char* name) { return std::string(name); });
+}
+
+std::string KindPhrase(orx::Kind kinds) {
+    return Joined(kinds, " or ", [](const char* name) {
+        const bool vowel = std::string_view("aeiou").find(*name) != std::string_view::npos;
+        return (vowel ? "an " : "a ") + std::string(name);
+    });
+}
+
+orx::Kind KindOf(const SdaiPrimitiveH& value) {
+    using Held = KORHandleAccess::Kind;
+    switch (KORHandleAccess::KindOf(KORHandleAccess::Held(value))) {
+        case Held::Unset: return orx::Unset;
+        case Held::Integer: return orx::Integer;
+        case Held::Real: return orx::Real;
+        case Held::Logical:
+        case Held::Boolean: return orx::Logical;
+        case Held::Instance: return orx::Instance;
+        case Held::ModelAggregate:
+        case Held::SharedAggregate: return orx::Aggregate;
+        case Held::String: return orx::String;
+        default: return orx::None;
+    }
+}
+
+bool Takes(orx::Kind taken, orx::Kind kind) {
+    constexpr unsigned kNumbers = orx::Integer | orx::Real;
+    constexpr unsigned kAnything = orx::Select | orx::RealList | orx::Model;
+    const unsigned read = (taken & kNumbers) != 0 ? taken | kNumbers : unsigned{taken};
+    return kind == orx::None || kind == orx::Unset || ((read & kind) | (taken & kAnything)) != 0;
 }
 
 std::vector<std::string> ArgumentKinds(const orx::Export& row) {

@@ -55,19 +55,65 @@ std::unique_ptr<SdaiModel> NewModel(std::string_view schema, Lines& messages,
     return std::make_unique<kor::Model>(std::move(found));
 }
 
-std::unique_ptr<SdaiModel> ReadModel(const std::string& path, Lines& messages,
-                                     std::string_view express) {
-    const std::optional<SchemaCatalog> catalog = CatalogWith(express, messages);
+namespace {
+
+// Reads with read(catalog, options, messages), which returns the data set that `name` stands for.
+template <class Read>
+std::unique_ptr<SdaiModel> ReadWith(const ModelOptions& options, const std::string& name,
+                                    Lines& messages, Read read) {
+    const std::optional<SchemaCatalog> catalog = CatalogWith(options.express, messages);
     if (!catalog.has_value()) return nullptr;
+    ReadOptions reading;
+    reading.lenient = options.lenient;
+    reading.progress = options.progress;
     Messages ofFile;
-    DataSet dataSet = ReadDataSet(path, *catalog, {}, ofFile);
+    DataSet dataSet = read(*catalog, reading, ofFile);
     if (dataSet.model != nullptr && !IsPlain(dataSet.structure)) {
-        ofFile.AddWarning({path, 0, 0,
+        ofFile.AddWarning({name, 0, 0,
                            "anchors, references, names of data sections and scopes are no part of "
                            "the model and are not written with it"});
     }
     Tell(ofFile, messages);
     return std::move(dataSet.model);
+}
+
+}  // namespace
+
+std::unique_ptr<SdaiModel> ReadModel(const std::string& path, Lines& messages,
+                                     std::string_view express) {
+    return ReadModel(path, messages, ModelOptions{.express = express});
+}
+
+std::unique_ptr<SdaiModel> ReadModel(const std::string& path, Lines& messages,
+                                     const ModelOptions& options) {
+    return ReadWith(options, path, messages,
+                    [&](const SchemaCatalog& catalog, const ReadOptions& reading, Messages& told) {
+                        return ReadDataSet(path, catalog, reading, told);
+                    });
+}
+
+std::unique_ptr<SdaiModel> ReadText(std::string_view text, Lines& messages,
+                                    const ModelOptions& options, const std::string& name) {
+    return ReadWith(options, name, messages,
+                    [&](const SchemaCatalog& catalog, const ReadOptions& reading, Messages& told) {
+                        return ParseDataSet(text, name, catalog, reading, told);
+                    });
+}
+
+std::string WriteText(const SdaiModel& model, Lines& messages, const std::string& name) {
+    // The data set borrows the model, which is only read.
+    struct Borrowed {
+        ~Borrowed() { static_cast<void>(dataSet.model.release()); }
+        DataSet dataSet;
+    } borrowed;
+    kor::Model& written = const_cast<kor::Model&>(kor::Model::Of(model));
+    borrowed.dataSet.header = NewHeader(written.GetSchema(), name);
+    borrowed.dataSet.model.reset(&written);
+    std::string problem;
+    std::string text = ToExchangeText(borrowed.dataSet, &problem);
+    if (problem.empty()) return text;
+    messages.push_back(problem);
+    return "";
 }
 
 bool WriteModel(const SdaiModel& model, const std::string& path, Lines& messages) {

@@ -126,6 +126,52 @@ void Assembly::FindRoots() {
     }
 }
 
+bool Assembly::StartAt(const std::string& name) {
+    std::vector<const Part*> named;
+    for (const Part& part : parts_) {
+        const std::string instance = '#' + std::to_string(part.instance->GetInstanceNameId());
+        if (part.id == name || part.name == name || instance == name) named.push_back(&part);
+    }
+    if (named.empty()) return false;
+    roots_ = std::move(named);
+    return true;
+}
+
+std::optional<std::vector<Assembly::Total>> Assembly::Totals(const Part& whole) const {
+    // How often the parts that are reached are used by others of them.
+    std::unordered_map<const Part*, std::size_t> uses{{&whole, 0}};
+    std::vector<const Part*> waiting{&whole};
+    while (!waiting.empty()) {
+        const Part& part = *waiting.back();
+        waiting.pop_back();
+        for (const Occurrence& occurrence : part.occurrences) {
+            const auto [use, isNew] = uses.emplace(occurrence.part, 0);
+            ++use->second;
+            if (isNew) waiting.push_back(occurrence.part);
+        }
+    }
+    // A part's total is complete when all its uses have been counted.
+    std::unordered_map<const Part*, double> counts{{&whole, 1}};
+    std::vector<Total> totals;
+    if (uses[&whole] == 0) waiting.push_back(&whole);
+    while (!waiting.empty()) {
+        const Part& part = *waiting.back();
+        waiting.pop_back();
+        const double count = counts[&part];
+        if (&part != &whole) totals.push_back({&part, count});
+        for (const Occurrence& occurrence : part.occurrences) {
+            counts[occurrence.part] += count;
+            if (--uses[occurrence.part] == 0) waiting.push_back(occurrence.part);
+        }
+    }
+    if (totals.size() + 1 < uses.size() || !waiting.empty() || uses[&whole] != 0) {
+        return std::nullopt;
+    }
+    std::sort(totals.begin(), totals.end(),
+              [](const Total& a, const Total& b) { return a.part < b.part; });
+    return totals;
+}
+
 void Assembly::Walk(std::size_t depth, bool single,
                     const std::function<bool(const Node&)>& visit) const {
     // A part on the path from the root, and its occurrences still to be visited.
@@ -256,6 +302,12 @@ Placement PlacementOfLink(const SdaiEntityInstance& link) {
 }
 
 }  // namespace
+
+std::string NameOf(const Occurrence& occurrence) {
+    const SdaiPrimitiveH link(occurrence.link);
+    const std::string name = TextOf(link.GetAttr("NAME"_name));
+    return name.empty() ? TextOf(link.GetAttr("ID"_name)) : name;
+}
 
 Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
                       const calls::Module& module) {

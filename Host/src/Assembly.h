@@ -63,6 +63,10 @@ class Assembly {
     const std::vector<const Part*>& Roots() const { return roots_; }
     std::size_t LinkCount() const { return linkCount_; }
 
+    // Walks begin with the parts of that id, name or instance (#12) from now on, instead of the
+    // roots. False, and nothing changes, if there is none.
+    bool StartAt(const std::string& name);
+
     // The part for an instance (a part_object or PRODUCT_DEFINITION); null for any other instance.
     const Part* Find(const SdaiEntityInstance* instance) const;
 
@@ -75,7 +79,18 @@ class Assembly {
     // Walk can resolve.
     std::optional<double> CountPlaces(std::size_t depth, bool single) const;
 
+    // What a part consists of over all levels, in the order of the data, each with how many of it
+    // there are in one of the part; no value if a part contains itself.
+    struct Total {
+        const Part* part;
+        double count;
+    };
+    std::optional<std::vector<Total>> Totals(const Part& whole) const;
+
   private:
+    std::size_t NumberOf(const Part* part) const {
+        return static_cast<std::size_t>(part - parts_.data());
+    }
     void AddPart(SdaiEntityInstance* instance);
     void ReadExchangeData(const kor::Model& model);
     void ReadDatabase(const kor::Model& model);
@@ -101,6 +116,9 @@ constexpr Placement kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
 // the database, that of the link's origin, axis and ref_direction.
 Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
                       const calls::Module& module);
+
+// What the data call an occurrence: the name or the id of its link, as UTF-8.
+std::string NameOf(const Occurrence& occurrence);
 
 // The composition of two placements: `inner` within a frame that is placed by `outer`.
 Placement Compose(const Placement& outer, const Placement& inner);

@@ -15,6 +15,7 @@ int Check(const Options& options);
 int Tree(const Options& options);
 int Report(const Options& options);
 int CallOrRun(const Options& options);
+int PartsList(const Options& options);
 int ShowInstances(const Options& options);
 int Users(const Options& options);
 int PrintSchema(const Options& options);

@@ -49,6 +49,11 @@ int Evaluate(Session& session, const Options& options, const calls::Module& modu
         leniency.warn = [&](const ScriptError& error) { complain("warning: ", error); };
     }
     if (options.keepGoing) leniency.skip = fail;
+    if (options.strict) {
+        leniency.misfit = [](const ScriptError& error) { throw error; };
+    } else if (!options.quiet) {
+        leniency.misfit = [&](const ScriptError& error) { complain("warning: ", error); };
+    }
     Evaluator evaluator(module, session, printer, leniency, &trace);
     for (const Source& source : Sources(options)) {
         sourceName = source.name;

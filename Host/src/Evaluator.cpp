@@ -45,6 +45,7 @@ void CheckNesting(const SdaiPrimitiveH& value, int depth, Position position) {
 // ---- Statements
 
 void Evaluator::Run(const Statement& statement) {
+    toldMisfit_ = false;
     if (statement.isEach) {
         RunEach(statement);
     } else if (const auto value = RunItem(statement.items.front())) {
@@ -380,6 +381,9 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
         if (const char* misfit = calls::Misfit(function->arguments[i], argument)) {
             throw ScriptError(operand.position, misfit);
         }
+        if (leniency_.misfit && !toldMisfit_) {
+            CheckKind(*function, i, argument.handle, operand.position);
+        }
     }
     if (trace_ != nullptr && trace_->IsOn()) Announce(expression, arguments);
     // A list of a model, filled by the function.
@@ -388,6 +392,17 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
         session_.NoteChange(nullptr);
     }
     return module_.Call(*function, arguments);
+}
+
+void Evaluator::CheckKind(const orx::Export& function, std::size_t argument,
+                          const SdaiPrimitiveH& value, Position position) const {
+    const orx::Kind taken = function.arguments[argument];
+    const orx::Kind kind = calls::KindOf(value);
+    if (calls::Takes(taken, kind)) return;
+    toldMisfit_ = true;
+    leniency_.misfit({position, "argument " + std::to_string(argument + 1) + " is " +
+                                    calls::KindPhrase(kind) + ", " + std::string(function.name) +
+                                    " takes " + calls::KindPhrase(taken)});
 }
 
 void Evaluator::Announce(const Expression& call,

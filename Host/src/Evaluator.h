@@ -25,6 +25,9 @@ struct Leniency {
     // Called for a member of an EACH that fails; the EACH continues with the next one. If empty,
     // the EACH ends.
     std::function<void(const ScriptError&)> skip;
+    // Called once a statement for an argument of another kind than the function takes, which keeps
+    // its result. May throw.
+    std::function<void(const ScriptError&)> misfit;
 };
 
 class Evaluator {
@@ -68,6 +71,8 @@ class Evaluator {
     SdaiPrimitiveH FindInstance(const Expression& expression) const;
     SdaiPrimitiveH ReadAttribute(const Expression& expression) const;
     SdaiPrimitiveH CallFunction(const Expression& expression) const;
+    void CheckKind(const orx::Export& function, std::size_t argument, const SdaiPrimitiveH& value,
+                   Position position) const;
     void Announce(const Expression& call, const std::vector<calls::Argument>& arguments) const;
     SdaiPrimitiveH Count(const Expression& expression) const;
     SdaiPrimitiveH MemberAt(const Expression& expression) const;
@@ -92,7 +97,8 @@ class Evaluator {
     Session& session_;
     Printer& printer_;
     const Leniency leniency_;
-    TraceView* const trace_;  // notified of each call; may be null
+    mutable bool toldMisfit_ = false;  // in the statement that is carried out
+    TraceView* const trace_;           // notified of each call; may be null
     Variables variables_;
 };
 

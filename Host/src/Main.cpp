@@ -19,6 +19,7 @@
 #include "Loading.h"
 #include "Names.h"
 #include "Options.h"
+#include "ShellCompletion.h"
 
 namespace host {
 
@@ -108,10 +109,22 @@ void AddFormFlags(CLI::App& command, Options& options) {
         ->excludes(command.get_option("--json"));
 }
 
+void AddRootOption(CLI::App& command, Options& options) {
+    command.add_option("--root", options.root, "begin with the part of that id, name or instance")
+        ->type_name("PART");
+}
+
 void AddInPlaceFlag(CLI::App& command, Options& options) {
     command.add_flag(
         "--in-place", options.inPlace,
         "write over a file that is there, under all its names, rather than replace it");
+}
+
+void AddMisfitFlags(CLI::App& command, Options& options) {
+    command.add_flag("--quiet", options.quiet,
+                     "no warning of an argument that is of another kind than a function takes");
+    command.add_flag("--strict", options.strict, "an error in its place")
+        ->excludes(command.get_option("--quiet"));
 }
 
 void AddEvaluationOptions(CLI::App& command, Options& options) {
@@ -145,6 +158,7 @@ void AddEvaluationOptions(CLI::App& command, Options& options) {
         ->allow_extra_args(false);
     AddInPlaceFlag(command, options);
     AddModuleOption(command, options);
+    AddMisfitFlags(command, options);
     AddFormFlags(command, options);
 }
 
@@ -266,8 +280,16 @@ int Main(int argc, char** argv) {
         ->type_name("N")
         ->check(Natural())
         ->capture_default_str();
+    tree->add_flag("--absolute", options.absolute, "the same with the placement in the root");
+    tree->add_flag("--names", options.names, "each occurrence with its name");
+    AddRootOption(*tree, options);
     AddModuleOption(*tree, options);
-    tree->add_flag("--json", options.json, "one JSON object a line of the tree (UTF-8)");
+    AddFormFlags(*tree, options);
+    CLI::App* bom = app.add_subcommand("bom", "the parts list: totals over all levels");
+    AddSchemaAndModelOptions(*bom, options);
+    AddFiles(*bom, options);
+    AddRootOption(*bom, options);
+    AddFormFlags(*bom, options);
     CLI::App* diff = app.add_subcommand("diff", "what two data sets hold differently");
     AddSchemaOption(*diff, options);
     const auto addDataSet = [&](const char* name, const char* description) {
@@ -347,6 +369,9 @@ int Main(int argc, char** argv) {
     CLI::App* shell = app.add_subcommand("shell", "the same as they are typed");
     AddEvaluationOptions(*shell, options);
     AddFiles(*shell, options);
+    CLI::App* completion = app.add_subcommand("completion", "")->group("");
+    std::string completed;
+    completion->add_option("SHELL", completed)->required()->check(CLI::IsMember({"bash", "zsh"}));
 
     try {
         std::vector<std::string> arguments = WithCommand({argv + 1, argv + argc}, app);
@@ -361,13 +386,18 @@ int Main(int argc, char** argv) {
     for (const CLI::App* command : {show, users}) {
         if (command->parsed()) TakeFile(options);
     }
-    for (const CLI::App* command : {describe, tree, report, show, users}) {
+    for (const CLI::App* command : {describe, tree, bom, report, show, users}) {
         if (command->parsed()) NeedModel(*command, options);
+    }
+    if (completion->parsed()) {
+        std::cout << (completed == "zsh" ? ZshCompletion(app) : BashCompletion(app));
+        return Flush() ? kDone : kUnusable;
     }
     CheckTargets(options);
     if (functions->parsed()) return Functions(options);
     if (describe->parsed()) return Describe(options);
     if (tree->parsed()) return Tree(options);
+    if (bom->parsed()) return PartsList(options);
     if (diff->parsed()) return Diff(options);
     if (check->parsed()) return Check(options);
     if (copy->parsed()) return Copy(options);

@@ -25,6 +25,9 @@ struct Options {
 
     // Of tree.
     bool placements = false;
+    bool absolute = false;
+    bool names = false;
+    std::string root;         // empty: all roots
     std::size_t depth = 100;  // deeper than any real assembly
     std::size_t lines =
         1'000'000;  // more than anybody reads; shared subassemblies can produce more
@@ -48,6 +51,8 @@ struct Options {
     int traceDepth = 0;                  // 0: all
     std::vector<std::string> saves;
     bool keepGoing = false;
+    bool quiet = false;
+    bool strict = false;
     std::string script;
     std::vector<std::string> expressions;
 };

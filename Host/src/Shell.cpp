@@ -63,7 +63,7 @@ class ShellSession {
           options_(options),
           form_(FormOf(options)),
           printer_(session, form_),
-          evaluator_(module, session, printer_, {}, &trace),
+          evaluator_(module, session, printer_, Watch(), &trace),
           editor_([this](std::string_view line) { return CompleteLine(line); }) {}
 
     // Executes the input to its end. On a terminal, errors do not affect the exit status.
@@ -151,6 +151,20 @@ class ShellSession {
         if (interrupted) Complain("interrupted");
         if (failure.has_value()) Fail(*failure);
         std::cout.flush();
+    }
+
+    // What becomes of arguments of another kind than a function takes.
+    Leniency Watch() {
+        Leniency leniency;
+        if (options_.strict) {
+            leniency.misfit = [](const ScriptError& error) { throw error; };
+        } else if (!options_.quiet) {
+            leniency.misfit = [](const ScriptError& error) {
+                Complain("warning: " + std::to_string(error.Where().line) + ':' +
+                         std::to_string(error.Where().column) + ": " + error.what());
+            };
+        }
+        return leniency;
     }
 
     void CarryOut() {

@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "ORXExportTable.h"
+#include "ORXSuggestion.h"
 #include "SdaiPrimitiveH.h"
 
 class Engine {
@@ -34,10 +35,7 @@ class Engine {
     // function's, or one of the three.
     template <class... Handles>
     SdaiPrimitiveH Call(std::string_view name, const Handles&... arguments) const {
-        const orx::Export* row = orx::FindExport(name);
-        if (row == nullptr || row->ArgumentCount() != sizeof...(arguments) || !TakesHandles(*row)) {
-            throw std::runtime_error("no function " + std::string(name) + " of these arguments");
-        }
+        Check(name, sizeof...(arguments));
         return As<SdaiPrimitiveH(AsHandle<Handles>...)>(name)(arguments...);
     }
 
@@ -48,8 +46,23 @@ class Engine {
     }
 
   private:
-    static bool TakesHandles(const orx::Export& row) {
-        return row.result != orx::Nothing && row.arguments[1] != orx::Model;
+    // Says whether the name is misspelt, the number of arguments wrong, or the function another.
+    static void Check(std::string_view name, std::size_t count) {
+        const orx::Export* row = orx::FindExport(name);
+        if (row == nullptr) {
+            const std::string nearest(orx::NearestExport(name));
+            throw std::runtime_error(
+                "no function is named " + std::string(name) +
+                (nearest.empty() ? std::string() : "; did you mean " + nearest + "?"));
+        }
+        if (row->ArgumentCount() != count) {
+            throw std::runtime_error(std::string(name) + " takes " +
+                                     std::to_string(row->ArgumentCount()) + " arguments, found " +
+                                     std::to_string(count));
+        }
+        if (row->result == orx::Nothing || row->arguments[1] == orx::Model) {
+            throw std::runtime_error(std::string(name) + " takes more than handles: use As");
+        }
     }
 
     template <class>

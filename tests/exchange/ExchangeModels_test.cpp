@@ -100,4 +100,36 @@ TEST_F(ExchangeModels, AreNotWrittenWhereNothingCanBe) {
     EXPECT_THAT(messages_[0], HasSubstr("no/such/directory/file.stp: cannot be written: "));
 }
 
+TEST_F(ExchangeModels, AreReadFromTextsAndWrittenToThem) {
+    const auto model = exchange::NewModel("tools", messages_, kTools);
+    model->GetEntityDefinition("TOOL")
+        ->CreateEntityInstance(model.get())
+        ->PutAttr("NAME", SdaiString("saw"));
+    const std::string text = exchange::WriteText(*model, messages_, "tools.stp");
+    EXPECT_THAT(text, testing::StartsWith("ISO-10303-21;"));
+    EXPECT_THAT(text, HasSubstr("#1=TOOL('saw');"));
+    std::uint64_t seen = 0;
+    const exchange::ModelOptions options{.express = kTools,
+                                         .progress = [&](std::uint64_t read) { seen = read; }};
+    const auto again = exchange::ReadText(text, messages_, options);
+    ASSERT_NE(again, nullptr);
+    EXPECT_EQ(again->GetEntityExtent("TOOL")->GetMemberCount(), 1);
+    EXPECT_LE(seen, text.size());
+    EXPECT_THAT(messages_, IsEmpty());
+}
+
+TEST_F(ExchangeModels, OfDamagedTextsAreReadAsFarAsTheyGo) {
+    const std::string text =
+        "ISO-10303-21;HEADER;FILE_SCHEMA(('TOOLS'));ENDSEC;DATA;\n#1=TOOL(#9);\n#2=TOOL('b');\n"
+        "ENDSEC;END-ISO-10303-21;";
+    EXPECT_EQ(exchange::ReadText(text, messages_, {.express = kTools}, "damaged"), nullptr);
+    ASSERT_FALSE(messages_.empty());
+    EXPECT_THAT(messages_.front(), HasSubstr("damaged:2:"));
+    messages_.clear();
+    const auto model = exchange::ReadText(text, messages_, {.express = kTools, .lenient = true});
+    ASSERT_NE(model, nullptr);
+    EXPECT_EQ(model->GetEntityExtent("TOOL")->GetMemberCount(), 2);
+    EXPECT_THAT(messages_, testing::Contains(HasSubstr("<text>:2:9: there is no instance #9")));
+}
+
 }  // namespace

@@ -118,3 +118,84 @@ TEST_F(CommandLine, TellsWhatATextAndAModelNeed) {
     EXPECT_THAT(Run("#1\n").err, HasSubstr("--new"));
     EXPECT_THAT(Call({"GetMembrCount(())"}).err, Not(HasSubstr("quotes")));
 }
+
+// ---- What documents and shells know of the options
+
+namespace {
+
+// The commands that `orx --help` lists.
+std::vector<std::string> Commands(const std::string& help) {
+    std::vector<std::string> commands;
+    bool listed = false;
+    for (const std::string& line : Lines(help)) {
+        if (listed && line.starts_with("  ") && line[2] != ' ') {
+            commands.push_back(line.substr(2, line.find(' ', 2) - 2));
+        }
+        listed |= line.starts_with("Subcommands:");
+    }
+    return commands;
+}
+
+// The long options in the help on a command.
+std::vector<std::string> LongOptions(const std::string& help) {
+    std::vector<std::string> options;
+    for (const std::string& line : Lines(help)) {
+        const std::size_t start = line.find("--");
+        if (!line.starts_with("  -") || start == std::string::npos) continue;
+        options.push_back(line.substr(start, line.find_first_of(" ,=", start) - start));
+    }
+    return options;
+}
+
+std::string Replaced(std::string text, const std::string& from, const std::string& to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST_F(CommandLine, HasALineInTheManPageAndTheCompletionsForEachOption) {
+    const std::string man = Replaced(ReadFile(SOURCE_DIRECTORY "/docs/orx.1"), "\\-", "-");
+    const std::string bash = Orx({"completion", "bash"}).out;
+    const std::string zsh = Orx({"completion", "zsh"}).out;
+    const std::vector<std::string> commands = Commands(Orx({"--help"}).out);
+    ASSERT_GE(commands.size(), 12U);
+    for (const std::string& command : commands) {
+        SCOPED_TRACE(command);
+        EXPECT_THAT(man, HasSubstr("\n.B " + command + "\n"));
+        const std::size_t row = bash.find("[" + command + "]='");
+        ASSERT_NE(row, std::string::npos);
+        const std::string offered = bash.substr(row, bash.find("'\n", row) - row) + " ";
+        EXPECT_THAT(zsh, HasSubstr("        " + command + ") _arguments"));
+        const std::vector<std::string> options = LongOptions(Orx({command, "--help"}).out);
+        EXPECT_GE(options.size(), 1U);
+        for (const std::string& option : options) {
+            EXPECT_THAT(offered, testing::ContainsRegex("[' ]" + option + "[' ]")) << option;
+            EXPECT_THAT(man, HasSubstr(option)) << option;
+        }
+    }
+}
+
+TEST_F(CommandLine, IsCompletedByBash) {
+    folder.Write("orx.bash", Orx({"completion", "bash"}).out);
+    const auto complete = [this](const std::string& words, int at) {
+        const std::string command =
+            "cd '" + folder.Path() +
+            "' && bash -c 'compopt() { :; }; source ./orx.bash; COMP_WORDS=(" + words +
+            "); COMP_CWORD=" + std::to_string(at) + "; _orx \"$0\" \"${COMP_WORDS[" +
+            std::to_string(at) + "]}\" \"${COMP_WORDS[" + std::to_string(at - 1) +
+            "]}\"; printf \"%s\\n\" \"${COMPREPLY[@]}\" | sort' " ORX_PROGRAM " > out.txt";
+        EXPECT_EQ(std::system(command.c_str()), 0) << command;
+        return Lines(ReadFile(folder / "out.txt"));
+    };
+    using testing::Contains;
+    using testing::ElementsAre;
+    EXPECT_THAT(complete("orx us", 1), ElementsAre("users"));
+    EXPECT_THAT(complete("orx tree --ab", 2), ElementsAre("--absolute"));
+    EXPECT_THAT(complete("orx call IsEnc", 2), ElementsAre("IsEncodedKey(", "IsEncodedNARVOV5("));
+    EXPECT_THAT(complete("orx call -m part", 3), ElementsAre("parts.stp"));
+    EXPECT_THAT(complete("orx tree part", 2), ElementsAre("parts.stp"));
+    EXPECT_THAT(complete("orx part", 1), ElementsAre("parts.stp"));
+}

@@ -18,7 +18,7 @@ class TraceView : public HostTest {
   protected:
     // What a trace of statements says.
     std::string TraceOf(const std::string& script, std::vector<std::string> options = {}) const {
-        options.insert(options.begin(), {"-m", "assembly.stp", "-t", "trace.txt"});
+        options.insert(options.begin(), {"--quiet", "-m", "assembly.stp", "-t", "trace.txt"});
         EXPECT_EQ(Run(script, options).err, "");
         return ReadFile(folder / "trace.txt");
     }

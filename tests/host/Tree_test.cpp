@@ -294,3 +294,115 @@ TEST_F(Tree, ShowsARealAssembly) {
     EXPECT_EQ(links.size(), 13U);
     EXPECT_EQ(places, 3U + 2 * 10 + 4);
 }
+
+// ---- Names, placements in the root, one part, rows
+
+TEST_F(Tree, NamesOccurrences) {
+    ExpectPrints(TreeOf(kAssembly, {"--names"}),
+                 "Desk lamp [LA-1]\n"
+                 "├── Base [LA-3]  'base'\n"
+                 "├── Arm with head [LA-2]  'arm'\n"
+                 "│   ├── Arm [LA-4]  'tube'\n"
+                 "│   └── Head [LA-5]  'head'\n"
+                 "└── Screw [LA-6]  'screw'\n");
+    // Links of a database have ids; two of one part are two lines.
+    ExpectPrints(
+        TreeOfDatabase(Part(1, "A", "(#3,#4)") + Part(2, "B", "$") + Link(3, 2) + Link(4, 2),
+                       {"--names"}),
+        "A\n├── B  'L3'\n└── B  'L4'\n");
+}
+
+TEST_F(Tree, PlacesOccurrencesInTheRoot) {
+    // The arm is turned by a quarter about z, x to y and y to -x, and raised by 25. The tube stands
+    // 10 above it. The head's axes y, z and x are, in the lamp, -x, z and y; it is 410 above the
+    // arm.
+    ExpectPrints(TreeOf(kAssembly, {"--absolute"}),
+                 "Desk lamp [LA-1]\n"
+                 "├── Base [LA-3]  #202 (1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,0.)\n"
+                 "├── Arm with head [LA-2]  #212 (0.,1.,0.,-1.,0.,0.,0.,0.,1.,0.,0.,25.)\n"
+                 "│   ├── Arm [LA-4]  #232 (0.,1.,0.,-1.,0.,0.,0.,0.,1.,0.,0.,35.)\n"
+                 "│   └── Head [LA-5]  #242 (-1.,0.,0.,0.,0.,1.,0.,1.,0.,0.,0.,435.)\n"
+                 "└── Screw [LA-6]  #222 (1.,0.,0.,0.,0.,1.,0.,-1.,0.,0.,12.5,-3.)\n");
+}
+
+TEST_F(Tree, BeginsWithAPart) {
+    const std::string arm = "Arm with head [LA-2]\n├── Arm [LA-4]\n└── Head [LA-5]\n";
+    for (const std::string name : {"LA-2", "Arm with head", "#112"}) {
+        ExpectPrints(TreeOf(kAssembly, {"--root", name}), arm);
+    }
+    const OrxResult unknown = TreeOf(kAssembly, {"--root", "LA-22"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(unknown.err,
+              "orx: no part has the id, the name or the instance 'LA-22'; did you mean 'LA-2'?\n");
+}
+
+TEST_F(Tree, WritesRows) {
+    ExpectPrints(TreeOf(kAssembly, {"--csv", "--root", "LA-2"}),
+                 "level,part,parent,id,name,count\n"
+                 "0,#112,,LA-2,Arm with head,1\n"
+                 "1,#132,#112,LA-4,Arm,1\n"
+                 "1,#142,#112,LA-5,Head,1\n");
+    ExpectPrints(TreeOf(kAssembly, {"--csv", "--absolute", "--root", "LA-2"}),
+                 "level,part,parent,id,name,count,occurrence,occurrence name,"
+                 "x1,x2,x3,y1,y2,y3,z1,z2,z3,t1,t2,t3\n"
+                 "0,#112,,LA-2,Arm with head,1,,,,,,,,,,,,,,\n"
+                 "1,#132,#112,LA-4,Arm,1,#232,tube,1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,10.\n"
+                 "1,#142,#112,LA-5,Head,1,#242,head,0.,1.,0.,0.,0.,1.,1.,0.,0.,0.,0.,410.\n");
+}
+
+// ---- The parts list
+
+TEST_F(Tree, TotalsPartsOverAllLevels) {
+    // Two B and a C in A; three D in B, a D in C; so 2 x 3 + 1 of D.
+    const std::string data = Part(1, "A", "(#11,#12,#13)") + Part(2, "B", "(#14,#15,#16)") +
+                             Part(3, "C", "(#17)") + Part(4, "D", "$") + Link(11, 2) + Link(12, 2) +
+                             Link(13, 3) + Link(14, 4) + Link(15, 4) + Link(16, 4) + Link(17, 4);
+    folder.Write("data.stp", ExchangeFile("cdma", data));
+    ExpectPrints(Orx({"bom", "data.stp"}), "2\tB\tB\t#2\tA\n1\tC\tC\t#3\tA\n7\tD\tD\t#4\tA\n");
+    ExpectPrints(Orx({"bom", "--root", "B", "data.stp"}), "3\tD\tD\t#4\tB\n");
+    ExpectPrints(Orx({"bom", "--root", "D", "data.stp"}), "");
+    ExpectPrints(Orx({"bom", "--csv", "--root", "C", "data.stp"}),
+                 "quantity,id,name,part,of\n1,D,D,#4,C\n");
+    const std::vector<nlohmann::json> objects = Objects(Orx({"bom", "--json", "data.stp"}));
+    ASSERT_EQ(objects.size(), 3U);
+    EXPECT_EQ(objects[2]["quantity"], 7);
+    EXPECT_EQ(objects[2]["part"], "#4");
+    EXPECT_EQ(objects[2]["of"], "#1");
+}
+
+TEST_F(Tree, ListsThePartsOfEachRoot) {
+    ExpectPrints(Orx({"bom", kAssembly}),
+                 "1\tLA-2\tArm with head\t#112\tDesk lamp\n"
+                 "1\tLA-3\tBase\t#122\tDesk lamp\n"
+                 "1\tLA-4\tArm\t#132\tDesk lamp\n"
+                 "1\tLA-5\tHead\t#142\tDesk lamp\n"
+                 "1\tLA-6\tScrew\t#152\tDesk lamp\n");
+}
+
+TEST_F(Tree, LeavesOutAPartsListThatHasNoEnd) {
+    // A and B consist of each other; C of D.
+    folder.Write("data.stp", ExchangeFile("cdma", Part(1, "A", "(#11)") + Part(2, "B", "(#12)") +
+                                                      Part(3, "C", "(#13)") + Part(4, "D", "$") +
+                                                      Link(11, 2) + Link(12, 1) + Link(13, 4)));
+    const OrxResult result = Orx({"bom", "data.stp"});
+    EXPECT_EQ(result.out, "1\tD\tD\t#4\tC\n");
+    EXPECT_EQ(result.err, "orx: 'A' is left out: a part of it is a part of itself\n");
+    EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(Tree, CountsBeyondWhatCanBeWalked) {
+    // Each of 60 levels has two of the next: 2^60 of the last.
+    std::string data;
+    for (int i = 1; i <= 60; ++i) {
+        const int first = 100 + 2 * i;
+        data += Part(i, "P" + std::to_string(i),
+                     "(#" + std::to_string(first) + ",#" + std::to_string(first + 1) + ")") +
+                Link(first, i + 1) + Link(first + 1, i + 1);
+    }
+    folder.Write("data.stp", ExchangeFile("cdma", data + Part(61, "P61", "$")));
+    const std::vector<nlohmann::json> objects = Objects(Orx({"bom", "--json", "data.stp"}));
+    ASSERT_EQ(objects.size(), 60U);
+    EXPECT_EQ(objects[0]["quantity"], 2);
+    EXPECT_EQ(objects[39]["quantity"], 1099511627776);  // 2^40
+    EXPECT_EQ(objects[59]["quantity"].get<double>(), 1152921504606846976.0);
+}
