@@ -5,4 +5,8 @@
 
 #define KOR_API __attribute__((visibility("default")))
 
+#if __cplusplus < 202002L
+#error "C++20 is needed"
+#endif
+
 #endif
