@@ -575,6 +575,8 @@ def add_options(options):
     options.add_argument("--protocol", metavar="FILE", help="write the protocol there, as JSON")
     options.add_argument("--brief", action="store_true", help="print the sums of the protocol alone")
     options.add_argument("--quiet", action="store_true", help="print no protocol")
+    options.add_argument("--as", dest="as_schema", metavar="SCHEMA",
+                         help="read with this schema, whatever the data set names")  # fmt: skip
     options.add_argument("-s", "--express", metavar="FILE", action="append", default=[],
                          help="an EXPRESS schema of the data set's own (again for more)")  # fmt: skip
 
@@ -583,7 +585,7 @@ def journey(arguments, source, mapped):
     """Reads a data set, maps it, writes the result and tells the protocol."""
     with warnings.catch_warnings(record=True) as caught:
         warnings.simplefilter("always", orx.DataWarning)
-        read = orx.read(source, schemas=arguments.express)
+        read = orx.read(source, schemas=arguments.express, schema=arguments.as_schema)
     target, protocol = mapped(read)
     for warning in caught:
         protocol.note("remark", "reading", str(warning.message))

@@ -83,6 +83,17 @@ class SchemaCatalog {
     // Returns null if there is no schema of that name.
     SchemaPtr Find(std::string_view name) const;
 
+    // The schema with which a file is read that names its schema so: the one of that name; a
+    // built-in one with whose name it begins, as those of conformance classes and editions do
+    // (AUTOMOTIVE_DESIGN_CC2); for another application protocol the latest built-in one, which has
+    // the resource schemas of product structure, with a warning that says so. Null for any other
+    // name.
+    struct ForFile {
+        SchemaPtr schema;
+        std::string warning;
+    };
+    ForFile FindForFile(std::string_view name) const;
+
     std::vector<std::string> Names() const;
 
   private:
@@ -161,10 +172,12 @@ struct ReadOptions {
     std::size_t threads = 0;
     // The offset near which a second thread begins, whatever the size; unset: in the middle.
     std::optional<std::uint64_t> secondHalf = std::nullopt;
+    // The schema to read with, whatever the file names; null: the one that it names.
+    SchemaPtr schema = nullptr;
 };
 
-// Reads an exchange file or text with the schema that it names. On error, the data set has no
-// model: a file is read completely or not at all.
+// Reads an exchange file or text with the schema that it names (SchemaCatalog::FindForFile). On
+// error, the data set has no model: a file is read completely or not at all.
 DataSet ReadDataSet(const std::string& path, const SchemaCatalog& schemas,
                     const ReadOptions& options, Messages& messages);
 DataSet ParseDataSet(std::string_view text, const std::string& name, const SchemaCatalog& schemas,

@@ -190,6 +190,7 @@ class Reader {
             instances_.ReleaseValues();
         }
         lexer_.Expect(';');
+        if (schema == nullptr) schema = options_.schema;
         if (schema == nullptr) lexer_.Fail(lexer_.Here(), "the header has no FILE_SCHEMA");
         dataSet_.model = std::make_unique<kor::Model>(std::move(schema));
         instances_.Into(Model());
@@ -198,19 +199,21 @@ class Reader {
 
     // The schema in the parameters of FILE_SCHEMA: the first in the list, up to its first blank.
     SchemaPtr SchemaOf(Place place, std::span<const kor::Cell> values) {
+        if (options_.schema != nullptr) return options_.schema;
         const SdaiPrimitiveH list = values.empty() ? SdaiPrimitiveH() : ToHandle(values[0], false);
         const SdaiAggrInstance* names = list;
         const SdaiPrimitiveH first = names != nullptr ? names->GetMember(0) : SdaiPrimitiveH();
         const std::string_view whole = static_cast<const SdaiString&>(first).View();
         const std::string name(whole.substr(0, whole.find(' ')));
         if (name.empty()) lexer_.Fail(place, "FILE_SCHEMA names no schema");
-        SchemaPtr schema = schemas_.Find(name);
-        if (schema == nullptr) {
+        SchemaCatalog::ForFile found = schemas_.FindForFile(name);
+        if (found.schema == nullptr) {
             lexer_.Fail(place, "unknown schema " + Quoted(name) +
                                    kor::DidYouMean(name, schemas_.Names()) +
                                    " (give its EXPRESS file with --schema)");
         }
-        return schema;
+        if (!found.warning.empty()) problems_.Warn(place, std::move(found.warning));
+        return std::move(found.schema);
     }
 
     void DataSection() {

@@ -1,9 +1,12 @@
 // The catalogue of schemas, and the schemas that are built in.
 
+#include <algorithm>
+#include <array>
 #include <mutex>
 #include <string>
 
 #include "Exchange.h"
+#include "Quoted.h"
 #include "SchemaTexts.h"
 
 namespace exchange {
@@ -42,6 +45,31 @@ const std::vector<BuiltIn>& BuiltIns() {
         {"cdma", {k_cdma}},
     };
     return kBuiltIns;
+}
+
+// The resource schemas of product structure in their latest edition.
+constexpr const char* kLatest = "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF";
+
+// Schemas of other application protocols of ISO 10303 that are not named by their number.
+constexpr std::array<std::string_view, 14> kOtherProtocols{
+    "ASSOCIATIVE_DRAUGHTING",        "BUILDING_DESIGN_SCHEMA",
+    "DIMENSIONAL_INSPECTION_SCHEMA", "ELECTROTECHNICAL_DESIGN",
+    "EXPLICIT_DRAUGHTING",           "FEATURE_BASED_PROCESS_PLANNING",
+    "INTEGRATED_CNC_SCHEMA",         "MODEL_BASED_INTEGRATED_MANUFACTURING_SCHEMA",
+    "PLANT_SPATIAL_CONFIGURATION",   "SHIP_ARRANGEMENT_SCHEMA",
+    "SHIP_MOULDED_FORM_SCHEMA",      "SHIP_STRUCTURES_SCHEMA",
+    "STRUCTURAL_ANALYSIS_DESIGN",    "TECHNICAL_DATA_PACKAGING",
+};
+
+// Whether a schema, by its name in upper case, is that of an application protocol: AP209_..., or
+// the long form of a modular one.
+bool IsOfProtocol(std::string_view folded) {
+    const bool isNumbered = folded.starts_with("AP") && folded.size() > 5 &&
+                            std::all_of(folded.begin() + 2, folded.begin() + 5,
+                                        [](char c) { return c >= '0' && c <= '9'; });
+    return isNumbered || folded.ends_with("_MIM_LF") ||
+           std::find(kOtherProtocols.begin(), kOtherProtocols.end(), folded) !=
+               kOtherProtocols.end();
 }
 
 std::string TextOf(const BuiltIn& schema) {
@@ -85,6 +113,18 @@ SchemaPtr BuiltInSchema(std::string_view name) {
         return parsed[i];
     }
     return nullptr;
+}
+
+SchemaCatalog::ForFile SchemaCatalog::FindForFile(std::string_view name) const {
+    if (SchemaPtr named = Find(name)) return {std::move(named), ""};
+    const std::string folded = kor::Folded(name);
+    for (const BuiltIn& schema : BuiltIns()) {
+        if (folded.starts_with(kor::Folded(schema.name))) return {BuiltInSchema(schema.name), ""};
+    }
+    if (!IsOfProtocol(folded)) return {};
+    return {BuiltInSchema(kLatest),
+            "schema " + Quoted(name) + " is not built in: read with what it shares with " +
+                kLatest + " (give its EXPRESS file with --schema for all of it)"};
 }
 
 }  // namespace exchange

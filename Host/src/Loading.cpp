@@ -80,16 +80,19 @@ class Progress {
         std::chrono::steady_clock::now() + std::chrono::seconds(1);
 };
 
+exchange::SchemaPtr SchemaNamed(const Session& session, const std::string& name) {
+    exchange::SchemaPtr schema = session.schemas.Find(name);
+    if (schema == nullptr) {
+        Refuse("unknown schema '" + name + "'" + kor::DidYouMean(name, session.schemas.Names()) +
+               " (give its EXPRESS file with --schema)");
+    }
+    return schema;
+}
+
 NamedModel NewModel(const Session& session, const std::string& argument) {
     const Named named = Split(argument);
     if (named.name.empty()) Refuse("--new takes NAME=SCHEMA, found '" + argument + "'");
-    const exchange::SchemaPtr schema = session.schemas.Find(named.value);
-    if (schema == nullptr) {
-        Refuse("unknown schema '" + named.value + "'" +
-               kor::DidYouMean(named.value, session.schemas.Names()) +
-               " (give its EXPRESS file with --schema)");
-    }
-    return {named.name, "", exchange::NewDataSet(schema, named.name)};
+    return {named.name, "", exchange::NewDataSet(SchemaNamed(session, named.value), named.name)};
 }
 
 // Whether two names lead to the same file, which need not exist yet. Two may lead to the same
@@ -155,6 +158,7 @@ NamedModel ReadModel(const Session& session, const std::string& argument, const 
     exchange::ReadOptions options;
     options.lenient = chosen.lenient;
     options.threads = chosen.threads;
+    if (!chosen.as.empty()) options.schema = SchemaNamed(session, chosen.as);
     options.progress = [&progress](std::uint64_t read) {
         ThrowIfInterrupted();
         progress.Show(read);

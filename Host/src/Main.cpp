@@ -55,6 +55,8 @@ void AddSchemaOption(CLI::App& command, Options& options) {
     command.add_option("-s,--schema", options.schemas, "an EXPRESS schema (again for more)")
         ->type_name("FILE")
         ->allow_extra_args(false);
+    command.add_option("--as", options.as, "read with this schema, whatever the files name")
+        ->type_name("SCHEMA");
     command.add_flag("--lenient", options.lenient, "read damaged files as far as they go");
     command.add_option("--threads", options.threads, "read a file with at most that many threads")
         ->type_name("N")

@@ -17,6 +17,7 @@ struct Options {
     };
     std::vector<Model> models;
     std::vector<std::string> schemas;
+    std::string as;  // the schema with which files are read, whatever they name
     bool json = false;
     bool csv = false;
     bool lenient = false;

@@ -175,11 +175,23 @@ py::object NewModel(exchange::DataSet dataSet) {
     return object;
 }
 
-py::object Read(const py::object& path, const py::object& schemas, bool lenient) {
+exchange::SchemaPtr SchemaNamed(const exchange::SchemaCatalog& catalog, const std::string& name) {
+    exchange::SchemaPtr found = catalog.Find(name);
+    if (found == nullptr) {
+        Raise(classes.notFound, "unknown schema '" + name + "'" +
+                                    kor::DidYouMean(name, catalog.Names()) +
+                                    " (give its EXPRESS file in `schemas`)");
+    }
+    return found;
+}
+
+py::object Read(const py::object& path, const py::object& schemas, bool lenient,
+                const std::optional<std::string>& schema) {
     const std::string name = NameOf(path, "read");
     const exchange::SchemaCatalog catalog = CatalogWith(schemas, "read");
     exchange::ReadOptions options;
     options.lenient = lenient;
+    if (schema.has_value()) options.schema = SchemaNamed(catalog, *schema);
     exchange::Messages messages;
     exchange::DataSet dataSet;
     {
@@ -192,13 +204,7 @@ py::object Read(const py::object& path, const py::object& schemas, bool lenient)
 
 py::object New(const std::string& schema, const py::object& schemas) {
     const exchange::SchemaCatalog catalog = CatalogWith(schemas, "new");
-    const exchange::SchemaPtr found = catalog.Find(schema);
-    if (found == nullptr) {
-        Raise(classes.notFound, "unknown schema '" + schema + "'" +
-                                    kor::DidYouMean(schema, catalog.Names()) +
-                                    " (give its EXPRESS file in `schemas`)");
-    }
-    return NewModel(exchange::NewDataSet(found, ""));
+    return NewModel(exchange::NewDataSet(SchemaNamed(catalog, schema), ""));
 }
 
 void Write(Model& model, const py::object& path) {
@@ -514,9 +520,11 @@ PYBIND11_MODULE(_core, module) {
 
     module.def(
         "read", Read, py::arg("path"), py::arg("schemas") = py::tuple(), py::arg("lenient") = false,
-        "read(path, schemas=(), lenient=False)\n\n"
+        py::arg("schema") = py::none(),
+        "read(path, schemas=(), lenient=False, schema=None)\n\n"
         "The model that an exchange file (ISO 10303-21) holds, read with the schema that it\n"
-        "names: one of the EXPRESS files `schemas` or a built-in one. A file that is wrong is\n"
+        "names: one of the EXPRESS files `schemas` or a built-in one; `schema`, where given, is\n"
+        "the name of another one to read it with. A file that is wrong is\n"
         "refused as a whole, by an Error; `lenient` reads what can be read, each error\n"
         "becoming a DataWarning. Other threads run meanwhile.");
     module.def("new", New, py::arg("schema"), py::arg("schemas") = py::tuple(),

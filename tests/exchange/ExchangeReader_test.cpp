@@ -1029,6 +1029,78 @@ TEST(ExchangeReader, PrefersSchemasThatWereAdded) {
     EXPECT_EQ(file.model->GetEntityDefinition("PRODUCT"), nullptr);
 }
 
+const std::string kLatest = "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF";
+
+// A file of a schema, with one product.
+std::string FileOfSchema(const std::string& name) {
+    return "ISO-10303-21;HEADER;\nFILE_SCHEMA(('" + name +
+           "'));ENDSEC;DATA;#1=PRODUCT('p','Bolt',$,());ENDSEC;END-ISO-10303-21;";
+}
+
+TEST(ExchangeReader, ReadsConformanceClassesAndEditionsWithTheBuiltInSchema) {
+    const std::pair<const char*, const char*> names[] = {
+        {"AUTOMOTIVE_DESIGN_CC2", "AUTOMOTIVE_DESIGN"},
+        {"automotive_design_cc1 { 1 2 10303 214 -1 1 3 2}", "AUTOMOTIVE_DESIGN"},
+        {"CONFIG_CONTROL_DESIGN_2", "CONFIG_CONTROL_DESIGN"},
+        {"PDM_SCHEMA_12", "PDM_SCHEMA"},
+    };
+    for (const auto& [name, schema] : names) {
+        const File file(FileOfSchema(name));
+        file.ExpectRight();
+        EXPECT_EQ(file.dataSet.model->SchemaName().View(), schema) << name;
+    }
+}
+
+TEST(ExchangeReader, ReadsOtherProtocolsWithTheResourcesTheyShareAndOneWarning) {
+    for (const char* name : {"AP209_MULTIDISCIPLINARY_ANALYSIS_AND_DESIGN_MIM_LF {1 0 10303 409}",
+                             "AP210_ELECTRONIC_ASSEMBLY_INTERCONNECT_AND_PACKAGING_DESIGN_MIM_LF",
+                             "INTEGRATED_CNC_SCHEMA", "ap239_product_life_cycle_support_mim_lf",
+                             "STRUCTURAL_ANALYSIS_DESIGN", "SOMETHING_NEW_MIM_LF"}) {
+        const File file(FileOfSchema(name));
+        EXPECT_EQ(file.messages.ErrorCount(), 0U) << name;
+        ASSERT_EQ(file.messages.WarningCount(), 1U) << name;
+        const std::string plain = std::string(name).substr(0, std::string(name).find(' '));
+        const std::string& warning = file.messages.Warnings()[0].text;
+        EXPECT_THAT(warning, StartsWith("schema '" + plain.substr(0, 60)));
+        EXPECT_THAT(warning,
+                    HasSubstr("is not built in: read with what it shares with " + kLatest));
+        EXPECT_EQ(file.messages.Warnings()[0].line, 2U);
+        EXPECT_EQ(file.dataSet.model->SchemaName().View(), kLatest);
+        EXPECT_EQ(TextIn(Attribute(file[1], "NAME")), "Bolt");
+    }
+}
+
+TEST(ExchangeReader, RefusesSchemasThatShareNothingWithABuiltInOne) {
+    for (const char* name : {"IFC4", "AP2_NOTHING", "APPLES", "AUTOMOTIVE", "MY_AUTOMOTIVE_DESIGN",
+                             "AP20X_NOTHING", "AP209"}) {
+        const File file(FileOfSchema(name));
+        EXPECT_EQ(file.dataSet.model, nullptr) << name;
+        ASSERT_EQ(file.messages.ErrorCount(), 1U) << name;
+        EXPECT_THAT(file.messages.Errors()[0].text,
+                    StartsWith("unknown schema '" + std::string(name) + "'"));
+    }
+}
+
+TEST(ExchangeReader, ReadsWithTheSchemaThatIsAskedForWhateverTheFileNames) {
+    exchange::ReadOptions options;
+    options.schema = exchange::BuiltInSchema("PDM_SCHEMA");
+    for (const std::string& text :
+         {FileOfSchema("IFC4"), FileOfSchema("CONFIG_CONTROL_DESIGN"), FileOfSchema(""),
+          std::string("ISO-10303-21;HEADER;ENDSEC;DATA;#1=PRODUCT('p','Bolt',$,());ENDSEC;"
+                      "END-ISO-10303-21;")}) {
+        const File file(text, options);
+        file.ExpectRight();
+        EXPECT_EQ(file.dataSet.model->SchemaName().View(), "PDM_SCHEMA");
+        EXPECT_EQ(TextIn(Attribute(file[1], "NAME")), "Bolt");
+    }
+}
+
+TEST(ExchangeReader, KeepsTheNameOfTheSchemaThatTheFileHas) {
+    const File file(FileOfSchema("AUTOMOTIVE_DESIGN_CC2"));
+    EXPECT_THAT(exchange::ToExchangeText(file.dataSet),
+                HasSubstr("FILE_SCHEMA(('AUTOMOTIVE_DESIGN_CC2'));"));
+}
+
 // ---- Sections
 
 TEST(ExchangeReader, ReadsSeveralDataSections) {

@@ -305,6 +305,28 @@ TEST_F(Options, NewModelsAreEmptyAndOfTheSchemaThatIsNamed) {
 
 // ---- Schemas
 
+TEST_F(Options, AsNamesTheSchemaToReadWith) {
+    folder.Write("other.stp", ExchangeFile("IFC4", "#1=PRODUCT('P1','Bolt',$,());\n"));
+    EXPECT_EQ(Call({"-m", "other.stp", "#1.NAME"}).status, 2);
+    ExpectPrints(Call({"--as", "automotive_design", "-m", "other.stp", "#1.NAME"}), "'Bolt'\n");
+    // What stands in the file stays.
+    ExpectPrints(Call({"--as", "PDM_SCHEMA", "-m", "m=other.stp", "-o", "m=out.stp", "#1.ID"}),
+                 "'P1'\n");
+    EXPECT_THAT(ReadFile(folder.Path() + "/out.stp"), HasSubstr("FILE_SCHEMA(('IFC4'))"));
+    const OrxResult unknown = Call({"--as", "NOBODY", "-m", "other.stp", "#1"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_THAT(unknown.err, StartsWith("orx: unknown schema 'NOBODY'"));
+}
+
+TEST_F(Options, InstancesOfUndeclaredTypesAnswerByPosition) {
+    folder.Write("cnc.stp", ExchangeFile("INTEGRATED_CNC_SCHEMA",
+                                         "#1=MACHINING_WORKSTEP('drill',#2,3,(1.5,2.));\n"
+                                         "#2=PRODUCT('P1','Bolt',$,());\n"));
+    const OrxResult result = Call({"-m", "cnc.stp", "#1[1]", "#1[2].NAME", "#1[3]", "#1[4][2]"});
+    EXPECT_THAT(result.err, HasSubstr("schema 'INTEGRATED_CNC_SCHEMA' is not built in"));
+    EXPECT_EQ(result.out, "'drill'\n'Bolt'\n3\n2.\n");
+}
+
 TEST_F(Options, SchemasThatAreGivenComeBeforeTheBuiltInOnes) {
     folder.Write("plant.exp",
                  "SCHEMA plant;\nENTITY machine;\n  power : REAL;\nEND_ENTITY;\nEND_SCHEMA;\n");

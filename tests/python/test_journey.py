@@ -712,6 +712,21 @@ def test_the_scripts_bring_a_database_out_and_back(schema, tmp_path):
     assert (check.returncode, check.stdout, check.stderr) == (0, b"", b"")
 
 
+def test_an_assembly_of_any_schema_can_be_imported(tmp_path):
+    out = tmp_path / "out.stp"
+    assert run("export.py", EXAMPLES / "database.stp", out, "--schema", "AP242").returncode == 0
+    other = tmp_path / "other.stp"
+    text = out.read_text(encoding="utf-8")
+    name = "AP242_MANAGED_MODEL_BASED_3D_ENGINEERING_MIM_LF"
+    other.write_text(text.replace(name, "AP209_MULTIDISCIPLINARY_ANALYSIS_AND_DESIGN_MIM_LF"))
+    done = run("import.py", other, tmp_path / "back.stp")
+    assert done.returncode == 0, done.stderr
+    assert "is not built in: read with what it shares with" in done.stdout  # in the protocol
+    other.write_text(text.replace(name, "NOBODYS_SCHEMA"))
+    assert run("import.py", other, tmp_path / "back.stp").returncode == 2
+    assert run("import.py", other, tmp_path / "back.stp", "--as", "PDM_SCHEMA").returncode == 0
+
+
 def test_what_cannot_be_read_or_written_is_told(tmp_path):
     broken = tmp_path / "broken.stp"
     broken.write_text("ISO-10303-21;HEADER;")

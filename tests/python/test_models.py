@@ -419,6 +419,26 @@ def test_a_model_is_not_changed_while_a_thread_writes_it(triangles, tmp_path):
     assert triangles[1].x == 3.0
 
 
+def test_a_file_can_be_read_with_another_schema_than_it_names(read_text):
+    text = "#1=PRODUCT('p','Bolt',$,());\n"
+    with pytest.raises(orx.Error, match="unknown schema 'IFC4'"):
+        read_text(text, schema="IFC4")
+    assert read_text(text, schema="AUTOMOTIVE_DESIGN_CC2").schema == "AUTOMOTIVE_DESIGN"
+    with pytest.warns(orx.DataWarning, match="schema 'AP239_X' is not built in"):
+        assert read_text(text, schema="AP239_X")[1].NAME == "Bolt"
+
+
+def test_the_schema_to_read_with_can_be_named(tmp_path):
+    file = tmp_path / "data.stp"
+    file.write_text(
+        "ISO-10303-21;HEADER;FILE_SCHEMA(('IFC4'));ENDSEC;DATA;#1=PRODUCT('p','Bolt',$,());ENDSEC;"
+        "END-ISO-10303-21;"
+    )
+    assert orx.read(file, schema="pdm_schema").schema == "PDM_SCHEMA"
+    with pytest.raises(orx.NotFound, match="unknown schema 'NOBODY'"):
+        orx.read(file, schema="NOBODY")
+
+
 def test_an_attribute_can_be_named_with_the_type_that_declares_it(read_text):
     """A document file has two names: the document's and that of the characterized object."""
     model = read_text("#1=DOCUMENT_TYPE('');\n#2=DOCUMENT_FILE('i','n','d',#1,'o',$);\n")
