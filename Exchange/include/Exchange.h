@@ -140,7 +140,7 @@ struct Structure {
     std::vector<Scope> scopes;
 };
 
-// What the place that a data set was read from keeps of it, so as to tell later what has changed.
+// What the store that a data set was read from remembers of it, to find out later what has changed.
 class Origin {
   public:
     virtual ~Origin() = default;

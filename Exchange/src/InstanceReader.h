@@ -40,7 +40,7 @@ class InstanceReader {
     // A statement of the data section, after its "#".
     void Instance() { Instance(0); }
 
-    // A value that stands for itself, where the domain is declared; null: anywhere.
+    // A value without a type name, in the declared domain; null: any.
     kor::Cell Value(const kor::Domain* domain) { return Value(domain, 0); }
 
     // The scopes so far, in the order of their owners.

@@ -1,18 +1,20 @@
+// The allocation functions of the test programs, which count and fail on request.
+
 #include "Allocations.h"
 
 #include <cstdlib>
 #include <new>
 
-// The operators of the whole test program, the shared libraries that it loads included.
+// The operators of the whole test program, including the shared libraries that it loads.
 
 static thread_local long allocations = 0;
 
-// How many allocations succeed before one fails; -1: none fails.
+// The number of allocations that succeed before one fails; -1: none fails.
 static thread_local long succeeding = -1;
 static thread_local bool failsOnward = false;
 static thread_local bool failed = false;
 
-// Whether this allocation is one that fails.
+// Whether this allocation fails.
 static bool Fails() {
     if (succeeding < 0 || succeeding-- != 0) return false;
     succeeding = failsOnward ? 0 : -1;
@@ -20,7 +22,7 @@ static bool Fails() {
     return true;
 }
 
-// Null when the allocation fails.
+// Null if the allocation fails.
 static void* TryAllocate(std::size_t size) noexcept {
     ++allocations;
     return Fails() ? nullptr : std::malloc(size != 0 ? size : 1);

@@ -1,9 +1,9 @@
-// Counting the allocations of a thread, and making them fail.
+// Counts the allocations of a thread, and makes them fail.
 
 #ifndef TESTS_ALLOCATIONS_H
 #define TESTS_ALLOCATIONS_H
 
-// Counts the allocations of this thread while it lives.
+// Counts the allocations of this thread while it exists.
 class AllocationCounter {
   public:
     AllocationCounter() : start_(Total()) {}
@@ -14,8 +14,8 @@ class AllocationCounter {
     long start_;
 };
 
-// While it lives, an allocation of this thread fails: the one that comes after `succeeding` others,
-// and, unless it fails once, all those that follow.
+// While it exists, the allocation of this thread that follows `succeeding` others fails and, unless
+// only once, all later ones.
 class FailingAllocations {
   public:
     enum class Extent { Once, FromThenOn };
@@ -25,7 +25,7 @@ class FailingAllocations {
     FailingAllocations(const FailingAllocations&) = delete;
     FailingAllocations& operator=(const FailingAllocations&) = delete;
 
-    // Whether one has failed yet.
+    // Whether an allocation has failed.
     bool HaveFailed() const;
 };
 

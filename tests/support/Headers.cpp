@@ -1,1 +1,1 @@
-// Its precompiled headers are those of all test programs.
+// The source of the precompiled headers of all test programs.

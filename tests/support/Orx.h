@@ -1,4 +1,4 @@
-// Runs the program `orx` as a user does.
+// Runs the program `orx` like a user.
 
 #ifndef TESTS_ORX_H
 #define TESTS_ORX_H
@@ -17,7 +17,7 @@
 
 extern char** environ;
 
-// A directory that goes with the object, and files in it.
+// A directory that is removed with the object, and files in it.
 class TemporaryDirectory {
   public:
     TemporaryDirectory() {
@@ -31,7 +31,7 @@ class TemporaryDirectory {
     const std::string& Path() const { return path_; }
     std::string operator/(const std::string& name) const { return path_ + "/" + name; }
 
-    // Writes a file and gives its path.
+    // Writes a file and returns its path.
     std::string Write(const std::string& name, const std::string& content) const {
         std::ofstream(*this / name, std::ios::binary) << content;
         return *this / name;

@@ -1,3 +1,5 @@
+// Random models and calls.
+
 #include "RandomWorld.h"
 
 #include <limits>
@@ -7,7 +9,7 @@
 
 namespace {
 
-// What the functions look at.
+// The types and attributes that the functions read.
 constexpr const char* kStepTypes[] = {
     "PRODUCT_DEFINITION",
     "NEXT_ASSEMBLY_USAGE_OCCURRENCE",
@@ -50,8 +52,7 @@ constexpr const char* kDatabaseTypes[] = {
     "cdma_revision_history",
 };
 
-// Names of attributes that functions ask for by an argument, and pieces of the strings that they
-// build and read.
+// Attribute names for arguments, and pieces of the strings that the functions build and read.
 constexpr const char* kPieces[] = {
     "DEFINITION",
     "REP_1",
@@ -112,7 +113,7 @@ RandomWorld::~RandomWorld() { KORDMStore::RemoveAll(); }
 void RandomWorld::AddModel(const char* name, const char* schema, std::span<const char* const> types,
                            std::size_t instanceCount) {
     exchange::DataSet dataSet = exchange::NewDataSet(exchange::BuiltInSchema(schema), name);
-    dataSet.header.clear();  // it tells the time
+    dataSet.header.clear();  // it contains the time
     kor::Model& model = *dataSet.model;
     const std::size_t first = instances_.size();
     for (std::size_t i = 0; i < instanceCount; ++i) {

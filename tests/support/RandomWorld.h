@@ -1,6 +1,6 @@
 // A pair of small models with random content, and random calls of the functions of the export table
-// on them. What is random comes from a generator or from the input of a fuzzer; the same choices
-// give the same models and the same calls.
+// on them. The randomness comes from a generator or from the input of a fuzzer; the same choices
+// produce the same models and calls.
 
 #ifndef TESTS_RANDOMWORLD_H
 #define TESTS_RANDOMWORLD_H
@@ -13,7 +13,7 @@
 #include "ORXExportTable.h"
 #include "Session.h"
 
-// Where choices come from.
+// A source of choices.
 class Choices {
   public:
     virtual ~Choices() = default;
@@ -31,9 +31,9 @@ struct RandomCall {
 
 class RandomWorld {
   public:
-    // A database and a STEP model with that many instances each, filled as their schemas declare,
-    // now and then with something else. Document management knows the database's revisions as
-    // long as the world lives; there is one world at a time.
+    // A database and a STEP model with that many instances each. Most values match the schemas,
+    // some do not. Document management knows the database's revisions while the world exists; only
+    // one world may exist at a time.
     RandomWorld(Choices& choices, std::size_t instanceCount);
     ~RandomWorld();
     RandomWorld(const RandomWorld&) = delete;
@@ -45,7 +45,7 @@ class RandomWorld {
     RandomCall AnyCall();
     RandomCall CallOf(const orx::Export& function);
 
-    // A value of any kind, a text that looks like what the functions read.
+    // A value of any kind; texts resemble those that the functions read.
     SdaiPrimitiveH AnyValue();
     SdaiString Text();
 
@@ -74,7 +74,7 @@ class RandomWorld {
     std::vector<SdaiEntityInstance*> instances_;
 };
 
-// The kind of a value as the export table tells results; Any for one that only Any allows.
+// The kind of a value in the terms of the export table; Any if only Any includes it.
 orx::Kind KindOf(const SdaiPrimitiveH& value);
 
 #endif

@@ -1,4 +1,4 @@
-// Choices that a seed determines.
+// Choices determined by a seed.
 
 #ifndef TESTS_SEEDEDCHOICES_H
 #define TESTS_SEEDEDCHOICES_H
@@ -16,7 +16,7 @@ class SeededChoices final : public Choices {
     std::mt19937_64 random_;
 };
 
-// Functions whose result is another one each time.
+// Functions whose result differs on every call.
 inline bool IsUnique(const orx::Export& function) {
     return function.name == "GetUniqId" || function.name == "ORX_GetModelId_Exp";
 }
@@ -27,7 +27,7 @@ inline bool CreatesInstances(const orx::Export& function) {
            function.name == "GetEndDate";
 }
 
-// Functions that remember what they were called with.
+// Functions that remember earlier arguments.
 inline bool KeepsVersions(const orx::Export& function) { return function.unit == "Version"; }
 
 #endif

@@ -38,7 +38,7 @@ class TestModel {
         if (dataSet_.model == nullptr) throw std::runtime_error("the test's data cannot be read");
     }
 
-    // The instance of that number; it must be there.
+    // The instance with that number, which must exist.
     SdaiPrimitiveH operator[](unsigned long id) const {
         SdaiEntityInstance* instance = Model().Find(id);
         EXPECT_NE(instance, nullptr) << "no instance #" << id;
@@ -61,7 +61,7 @@ inline SdaiPrimitiveH operator""_h(long double value) { return static_cast<doubl
 inline SdaiPrimitiveH Handle(std::string_view text) { return SdaiString(text); }
 inline SdaiPrimitiveH Handle(long value) { return value; }
 
-// What a handle holds, with the kind that it must be of.
+// The value of a handle, which must be of that kind.
 inline std::string TextIn(const SdaiPrimitiveH& handle) {
     EXPECT_EQ(std::string(handle.UnderlyingTypeName()), "STRING");
     return std::string(static_cast<const SdaiString&>(handle).View());

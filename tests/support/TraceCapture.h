@@ -1,4 +1,4 @@
-// Catches the trace while it lives.
+// Captures the trace while it exists.
 //
 //     TraceCapture trace;
 //     GetMemberCount(list);
@@ -30,7 +30,7 @@ class TraceCapture {
     TraceCapture(const TraceCapture&) = delete;
     TraceCapture& operator=(const TraceCapture&) = delete;
 
-    // Every line so far, as it was written, without its line break.
+    // Every line so far, without its line break.
     std::vector<std::string> Lines() const {
         std::vector<std::string> lines;
         std::ifstream file(path_, std::ios::binary);
@@ -38,8 +38,8 @@ class TraceCapture {
         return lines;
     }
 
-    // The messages that a function wrote: what follows its label and a blank, without the lines
-    // that open and close its scope. Those of nested calls of other functions are left out.
+    // The messages that a function wrote: the text after its label and a blank, without the lines
+    // that open and close its scope, and without nested calls of other functions.
     std::vector<std::string> Messages(const std::string& label) const {
         std::vector<std::string> messages;
         for (const std::string& line : Lines()) {

@@ -1,5 +1,4 @@
-// A trace as it should be, line by line: calls with their lines and with the calls that they make,
-// in their order.
+// An expected trace: calls with their lines and nested calls, in order.
 //
 //     TraceCapture trace;
 //     GetRepFromProperty(representation);
@@ -22,7 +21,7 @@ struct TraceEntry {
     TraceEntry(std::string_view label, std::vector<TraceEntry> lines)
         : text(label), isCall(true), entries(std::move(lines)) {}
 
-    // The lines that it makes in a scope of that label and indentation.
+    // The lines that it produces in a scope with that label and indentation.
     void AppendTo(std::vector<std::string>& lines, const std::string& label,
                   std::size_t indent) const {
         const std::string blanks(indent, ' ');

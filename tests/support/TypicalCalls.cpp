@@ -1,3 +1,5 @@
+// A call of every function on typical data.
+
 #include "TypicalCalls.h"
 
 #include <algorithm>
@@ -11,7 +13,7 @@ using namespace typical;
 
 // ---- The data
 
-// #1 is the part that the calls are about: the last one to be found wherever one is looked for.
+// #1 is the part in the calls: wherever it is searched for, it is found last.
 std::string DatabaseData() {
     std::string data = R"(
         #1=PART_OBJECT('ABC-123456-01','A',12,'PART','Wheel, front left',
@@ -74,7 +76,8 @@ exchange::SchemaPtr DocumentSchema() {
 
 // ---- The calls
 
-// An argument: an instance of one of the data sets, or the value of an attribute of it; or a value.
+// An argument: an instance of one of the data sets, the value of one of its attributes, or another
+// value.
 struct Argument {
     enum Source { None, Database, Step, Documents, Anchor, Text, Integer, Real, List };
 

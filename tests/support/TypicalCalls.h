@@ -1,6 +1,6 @@
-// A call of every function of the export table on typical data: what a database and its exchange
-// file hold of one part with a few components. The tests count what such a call allocates, the
-// benchmarks how long it takes.
+// A call of every function of the export table on typical data: one part with a few components, in
+// a database and in its exchange file. The tests count the allocations of such a call, the
+// benchmarks measure its time.
 
 #ifndef TESTS_TYPICALCALLS_H
 #define TESTS_TYPICALCALLS_H
@@ -37,18 +37,18 @@ inline constexpr std::string_view kDate = "12312024235959";
 
 }  // namespace typical
 
-// An assembly as the data section of an exchange file: NEXT_ASSEMBLY_USAGE_OCCURRENCE number
-// 20 * i + 12 for i from 1 to `occurrences`, each of a component of its own, with the placements
-// and all that leads to them. #1 is the assembly.
+// An assembly as the data section of an exchange file: NEXT_ASSEMBLY_USAGE_OCCURRENCE number 20 * i
+// + 12 for i from 1 to `occurrences`, each of a different component, with its placement and
+// everything that leads to it. #1 is the assembly.
 std::string AssemblyData(long occurrences);
 
-// A model of that schema with these instances. Throws std::runtime_error with what is wrong in
-// them.
+// A model of that schema with these instances. Throws std::runtime_error with the error if they
+// cannot be read.
 exchange::DataSet ReadData(const exchange::SchemaPtr& schema, const std::string& data);
 
 class TypicalData {
   public:
-    // Document management knows the revisions of the database as long as the object lives.
+    // Document management knows the revisions of the database while the object exists.
     TypicalData();
     ~TypicalData();
     TypicalData(const TypicalData&) = delete;
@@ -58,7 +58,7 @@ class TypicalData {
     SdaiPrimitiveH Step(unsigned long id) const { return step_.model->Find(id); }
     // An association of a document with the formation of a part, and that part.
     SdaiPrimitiveH Documents(unsigned long id) const { return documents_.model->Find(id); }
-    // Where functions create instances.
+    // The model in which functions create instances.
     SdaiModel* Target() const { return target_.model.get(); }
     SdaiPrimitiveH Anchor() const { return target_.model->Find(1); }
 
@@ -75,8 +75,8 @@ using TypicalArguments = std::array<SdaiPrimitiveH, 3>;
 // that model.
 TypicalArguments ArgumentsOf(const orx::Export& function, const TypicalData& data);
 
-// Calls use(call), where call() calls the function at that address with the arguments and gives its
-// result. A list that the function fills is emptied before each call.
+// Calls use(call), where call() calls the function at that address with the arguments and returns
+// its result. A list that the function fills is cleared before each call.
 template <class Use>
 void WithCall(const orx::Export& function, void* address, const TypicalArguments& arguments,
               Use use) {

@@ -1,4 +1,4 @@
-// Elements of an XML text, read by a parser that takes nothing but well-formed XML.
+// Elements of an XML text, read by a parser that accepts only well-formed XML.
 
 #ifndef TESTS_XMLELEMENT_H
 #define TESTS_XMLELEMENT_H
@@ -14,10 +14,10 @@
 struct XmlElement {
     std::string name;
     std::map<std::string, std::string> attributes;
-    std::string text;  // of the element and all below it
+    std::string text;  // of the element and its descendants
     std::vector<std::unique_ptr<XmlElement>> children;
 
-    // All elements of a name below this one, and those of a class.
+    // All descendants with a name, and with a class.
     std::vector<const XmlElement*> All(const std::string& element,
                                        const std::string& ofClass = "") const {
         std::vector<const XmlElement*> found;
@@ -41,8 +41,8 @@ struct XmlElement {
     }
 };
 
-// The root of a text, whose one child is the document's element; an error of the test, and a root
-// without children, when the text is not well-formed.
+// The root of a text, whose only child is the document element. If the text is not well-formed, the
+// test fails and the root has no children.
 inline XmlElement ReadXml(const std::string& text) {
     XmlElement root;
     std::vector<XmlElement*> open{&root};
