@@ -4,6 +4,7 @@
 #   liborxexutilities-dev  what a program is built with
 #   orx                    the tool
 #   python3-orxexutilities the Python package
+#   sqlite3-orxexutilities the extension for SQLite
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR ORXExUtilities)
@@ -15,7 +16,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
-set(components library development tool)
+set(components library development tool sqlite)
 if(ORX_PYTHON)
     list(APPEND components python)
 endif()
@@ -75,6 +76,15 @@ set(CPACK_COMPONENT_PYTHON_DESCRIPTION "${description}
 .
 This package holds the module orxexutilities for Python, and orx-fleet, which
 asks many files at once.")
+
+set(CPACK_DEBIAN_SQLITE_PACKAGE_NAME sqlite3-orxexutilities)
+set(CPACK_DEBIAN_SQLITE_PACKAGE_SECTION database)
+set(CPACK_DEBIAN_SQLITE_PACKAGE_DEPENDS "${of_this_version}")
+set(CPACK_DEBIAN_SQLITE_PACKAGE_RECOMMENDS "sqlite3")
+set(CPACK_COMPONENT_SQLITE_DESCRIPTION "${description}
+.
+This package holds orx_sqlite.so, which shows exchange files as tables in
+programs that have SQLite.")
 
 include(CPack)
 

@@ -42,21 +42,28 @@ std::string CsvField(std::string_view text) {
 Columns::~Columns() {
     try {
         Release();
+        if (form_ == Form::Box && !widths_.empty()) WriteRule("└", "┴", "┘");
     } catch (...) {
         // Rows are missing; this is reported when the output is flushed.
         std::cout.setstate(std::ios::badbit);
     }
 }
 
+void Columns::Begin() {
+    if (form_ != Form::Csv || begun_) return;
+    WriteLine(headers_, ',', CsvField);
+    begun_ = true;
+}
+
 void Columns::Add(std::vector<std::string> fields) {
     switch (form_) {
         case Form::Csv:
-            if (!begun_) WriteLine(headers_, ',', CsvField);
-            begun_ = true;
+            Begin();
             WriteLine(fields, ',', CsvField);
             break;
         case Form::Aligned:
-            if (!widths_.empty()) return WriteAligned(fields, false);
+        case Form::Box:
+            if (!widths_.empty()) return WriteFitted(fields, false);
             waiting_.push_back(std::move(fields));
             if (waiting_.size() == kWaiting) Release();
             break;
@@ -67,16 +74,43 @@ void Columns::Add(std::vector<std::string> fields) {
 void Columns::Release() {
     if (waiting_.empty()) return;
     widths_.assign(headers_.size(), 0);
-    const auto widen = [this](const std::vector<std::string>& fields) {
+    const std::size_t widest = form_ == Form::Box ? std::string::npos : kWidest;
+    const auto widen = [this, widest](const std::vector<std::string>& fields) {
         for (std::size_t i = 0; i < std::min(fields.size(), widths_.size()); ++i) {
-            widths_[i] = std::max(widths_[i], std::min(Characters(fields[i]), kWidest));
+            widths_[i] = std::max(widths_[i], std::min(Characters(fields[i]), widest));
         }
     };
     widen(headers_);
     for (const auto& fields : waiting_) widen(fields);
-    WriteAligned(headers_, true);
-    for (const auto& fields : waiting_) WriteAligned(fields, false);
+    if (form_ == Form::Box) WriteRule("┌", "┬", "┐");
+    WriteFitted(headers_, true);
+    if (form_ == Form::Box) WriteRule("├", "┼", "┤");
+    for (const auto& fields : waiting_) WriteFitted(fields, false);
     waiting_.clear();
+}
+
+void Columns::WriteFitted(const std::vector<std::string>& fields, bool isHeader) const {
+    form_ == Form::Box ? WriteBoxed(fields) : WriteAligned(fields, isHeader);
+}
+
+void Columns::WriteBoxed(const std::vector<std::string>& fields) const {
+    std::string line;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        const std::size_t width = Characters(fields[i]);
+        line += i == 0 ? "│ " : " │ ";
+        line += fields[i];
+        if (width < widths_[i]) line.append(widths_[i] - width, ' ');
+    }
+    std::cout << line << " │\n";
+}
+
+void Columns::WriteRule(const char* left, const char* middle, const char* right) const {
+    std::string line;
+    for (std::size_t i = 0; i < widths_.size(); ++i) {
+        line += i == 0 ? left : middle;
+        for (std::size_t column = 0; column < widths_[i] + 2; ++column) line += "─";
+    }
+    std::cout << line << right << '\n';
 }
 
 void Columns::WriteAligned(const std::vector<std::string>& fields, bool isHeader) const {

@@ -10,9 +10,10 @@
 
 namespace host {
 
-// Aligned: columns with headers, for a terminal. Tabs: fields separated by tabs, without headers.
-// Csv: RFC 4180, with headers. Json: objects instead of rows, written by the caller.
-enum class Form { Aligned, Tabs, Csv, Json };
+// Aligned: columns with headers, for a terminal. Box: the same with lines between. Tabs: fields
+// separated by tabs, without headers. Csv: RFC 4180, with headers. Json: objects instead of rows,
+// written by the caller.
+enum class Form { Aligned, Tabs, Box, Csv, Json };
 
 class Columns {
   public:
@@ -24,6 +25,9 @@ class Columns {
     // Writes the pending rows.
     ~Columns();
 
+    // Writes the headers of Csv, which otherwise come with the first row.
+    void Begin();
+
     // Adds a row of printable UTF-8. Aligned rows are held back until the widths are known, which
     // are those of the first thousand rows.
     void Add(std::vector<std::string> fields);
@@ -31,6 +35,9 @@ class Columns {
   private:
     void Release();
     void WriteAligned(const std::vector<std::string>& fields, bool isHeader) const;
+    void WriteBoxed(const std::vector<std::string>& fields) const;
+    void WriteRule(const char* left, const char* middle, const char* right) const;
+    void WriteFitted(const std::vector<std::string>& fields, bool isHeader) const;
 
     const Form form_;
     const std::vector<std::string> headers_;

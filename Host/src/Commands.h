@@ -20,6 +20,7 @@ int ShowInstances(const Options& options);
 int Users(const Options& options);
 int PrintSchema(const Options& options);
 int Shell(const Options& options);
+int Sql(const Options& options);
 
 }  // namespace host
 

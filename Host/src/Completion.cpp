@@ -10,6 +10,7 @@
 #include "Names.h"
 #include "SdaiAggrInstance.h"
 #include "Signature.h"
+#include "SqlQuery.h"
 
 namespace host {
 
@@ -183,6 +184,12 @@ class Completer {
 
 Completion Complete(std::string_view statement, const Session& session,
                     const Evaluator& evaluator) {
+    constexpr std::string_view kSql = ".sql ";
+    if (statement.starts_with(kSql)) {
+        Completion completion = CompleteSql(statement.substr(kSql.size()), session);
+        completion.start += kSql.size();
+        return completion;
+    }
     return Completer(statement, session, evaluator).Complete();
 }
 

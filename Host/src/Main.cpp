@@ -129,6 +129,12 @@ void AddMisfitFlags(CLI::App& command, Options& options) {
         ->excludes(command.get_option("--quiet"));
 }
 
+void AddTraceOption(CLI::App& command, Options& options) {
+    command
+        .add_option("-t,--trace", options.trace, "write the trace there (\"-\": standard error)")
+        ->type_name("FILE");
+}
+
 void AddEvaluationOptions(CLI::App& command, Options& options) {
     AddSchemaAndModelOptions(command, options);
     command
@@ -140,9 +146,7 @@ void AddEvaluationOptions(CLI::App& command, Options& options) {
             "an empty model of that schema (again for more)")
         ->type_name("NAME=SCHEMA")
         ->trigger_on_parse();
-    command
-        .add_option("-t,--trace", options.trace, "write the trace there (\"-\": standard error)")
-        ->type_name("FILE");
+    AddTraceOption(command, options);
     command
         .add_option("--trace-only", options.traceOnly,
                     "trace calls of that function, and what it calls (again for more)")
@@ -227,13 +231,13 @@ void NeedModel(const CLI::App& command, const Options& options) {
     }
 }
 
-// For show and users without -m, the first argument is the data set.
-void TakeFile(Options& options) {
+// For show, users and sql without -m, the first argument is the data set.
+void TakeFile(Options& options, const char* missing) {
     if (options.models.empty() && !options.expressions.empty()) {
         options.models.push_back({false, options.expressions.front()});
         options.expressions.erase(options.expressions.begin());
     }
-    if (options.expressions.empty()) Refuse("an instance is missing, such as '#12'");
+    if (options.expressions.empty()) Refuse(missing);
 }
 
 // Occupies the descriptors of closed standard streams, so that no file is opened with one of them.
@@ -371,6 +375,17 @@ int Main(int argc, char** argv) {
     CLI::App* shell = app.add_subcommand("shell", "the same as they are typed");
     AddEvaluationOptions(*shell, options);
     AddFiles(*shell, options);
+    CLI::App* sql = app.add_subcommand("sql", "queries in SQL: each entity type is a table");
+    AddSchemaAndModelOptions(*sql, options);
+    AddTraceOption(*sql, options);
+    AddModuleOption(*sql, options);
+    AddFormFlags(*sql, options);
+    sql->add_flag("--box", options.box, "rows as boxes")
+        ->excludes(sql->get_option("--json"))
+        ->excludes(sql->get_option("--csv"));
+    sql->add_option("QUERY", options.expressions,
+                    "queries (\"-\": standard input); without -m, the data set before them")
+        ->required();
     CLI::App* completion = app.add_subcommand("completion", "")->group("");
     std::string completed;
     completion->add_option("SHELL", completed)->required()->check(CLI::IsMember({"bash", "zsh"}));
@@ -386,8 +401,9 @@ int Main(int argc, char** argv) {
         RefuseUsage(app, error);
     }
     for (const CLI::App* command : {show, users}) {
-        if (command->parsed()) TakeFile(options);
+        if (command->parsed()) TakeFile(options, "an instance is missing, such as '#12'");
     }
+    if (sql->parsed()) TakeFile(options, "a query is missing, such as 'SELECT * FROM product'");
     for (const CLI::App* command : {describe, tree, bom, report, show, users}) {
         if (command->parsed()) NeedModel(*command, options);
     }
@@ -408,6 +424,7 @@ int Main(int argc, char** argv) {
     if (show->parsed()) return ShowInstances(options);
     if (users->parsed()) return Users(options);
     if (shell->parsed()) return Shell(options);
+    if (sql->parsed()) return Sql(options);
     return CallOrRun(options);
 }
 

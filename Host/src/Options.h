@@ -20,6 +20,7 @@ struct Options {
     std::string as;  // the schema with which files are read, whatever they name
     bool json = false;
     bool csv = false;
+    bool box = false;
     bool lenient = false;
     std::size_t threads = 0;  // that read a file; 0: as many as there are processors
     std::string module;

@@ -22,6 +22,7 @@
 #include "Pager.h"
 #include "Printable.h"
 #include "Signature.h"
+#include "SqlQuery.h"
 
 namespace host {
 
@@ -43,6 +44,7 @@ constexpr const char* kHelp =
     "\n"
     "  show #12     the attributes of an instance, their types, what they refer to\n"
     "  users #12    who refers to it\n"
+    "  .sql SELECT  a query in SQL: entity types are tables, attributes columns\n"
     "  open [NAME=]FILE, new NAME=SCHEMA, save [NAME=]FILE      models\n"
     "  trace on, off, only NAME..., depth N, all                what functions read and decide\n"
     "  help NAME    what a function takes and gives; the attributes of an entity type\n"
@@ -59,6 +61,7 @@ class ShellSession {
     ShellSession(Session& session, const calls::Module& module, const Options& options,
                  TraceView& trace)
         : session_(session),
+          module_(module),
           trace_(trace),
           options_(options),
           form_(FormOf(options)),
@@ -217,11 +220,12 @@ class ShellSession {
     };
     static std::span<const Command> Commands() {
         static constexpr Command kCommands[] = {
-            {"?", &ShellSession::Help},      {"exit", &ShellSession::Quit},
-            {"help", &ShellSession::Help},   {"quit", &ShellSession::Quit},
-            {"new", &ShellSession::New},     {"open", &ShellSession::Open},
-            {"save", &ShellSession::Save},   {"show", &ShellSession::Show},
-            {"trace", &ShellSession::Trace}, {"users", &ShellSession::Users},
+            {".sql", &ShellSession::Query},  {"?", &ShellSession::Help},
+            {"exit", &ShellSession::Quit},   {"help", &ShellSession::Help},
+            {"quit", &ShellSession::Quit},   {"new", &ShellSession::New},
+            {"open", &ShellSession::Open},   {"save", &ShellSession::Save},
+            {"show", &ShellSession::Show},   {"trace", &ShellSession::Trace},
+            {"users", &ShellSession::Users},
         };
         return kCommands;
     }
@@ -295,6 +299,12 @@ class ShellSession {
     void Show(const std::string& argument) {
         ShowInstance(InstanceNamed(argument), session_, form_);
     }
+    // The tables are made with the first query.
+    void Query(const std::string& argument) {
+        if (sql_ == nullptr) sql_ = std::make_unique<SqlSession>(session_, module_);
+        sql_->Run(argument, {firstLine_, statement_.find(argument) + 1}, SqlFormOf(form_));
+    }
+
     void Users(const std::string& argument) { ShowUsers(InstanceNamed(argument), session_, form_); }
 
     // The instance that is the argument of a command, the rest of its line.
@@ -336,11 +346,13 @@ class ShellSession {
     }
 
     Session& session_;
+    const calls::Module& module_;
     TraceView& trace_;
     const Options& options_;
     const Form form_;
     Printer printer_;
     Evaluator evaluator_;
+    std::unique_ptr<SqlSession> sql_;
     LineEditor editor_;
     std::string statement_;  // as far as it is typed
     std::uint64_t lineNumber_ = 0;
