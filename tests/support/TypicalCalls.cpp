@@ -59,16 +59,6 @@ std::string StepData() {
            std::string(kConfigurationId) + "',$,$);";
 }
 
-constexpr char kDocumentSchema[] = R"(
-    SCHEMA documents;
-    ENTITY product_definition_formation; id : STRING; END_ENTITY;
-    ENTITY product_definition; formation : product_definition_formation; END_ENTITY;
-    TYPE product_or_formation = SELECT (product_definition_formation); END_TYPE;
-    ENTITY document_product_association;
-      related_product_or_formation : product_or_formation;
-    END_ENTITY;
-    END_SCHEMA;)";
-
 exchange::SchemaPtr DocumentSchema() {
     exchange::Messages messages;
     return exchange::ParseSchemas(kDocumentSchema, "schema", messages).at(0);

@@ -15,8 +15,18 @@
 #include "SdaiModel.h"
 #include "SdaiPrimitiveH.h"
 
-// The texts among the arguments.
+// The texts among the arguments, and the schema of the documents.
 namespace typical {
+
+inline constexpr std::string_view kDocumentSchema = R"(
+    SCHEMA documents;
+    ENTITY product_definition_formation; id : STRING; END_ENTITY;
+    ENTITY product_definition; formation : product_definition_formation; END_ENTITY;
+    TYPE product_or_formation = SELECT (product_definition_formation); END_TYPE;
+    ENTITY document_product_association;
+      related_product_or_formation : product_or_formation;
+    END_ENTITY;
+    END_SCHEMA;)";
 
 inline constexpr std::string_view kKey = "S0013ABC-123456-01S0001AI000212S0004PART";
 inline constexpr std::string_view kEffectivityId = "S0003ORXS0010CFG-000060S0011option_date";
