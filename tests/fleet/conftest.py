@@ -308,6 +308,7 @@ class Server:
             stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL,
             cwd="/",
+            env={name: value for name, value in os.environ.items() if name != "LD_PRELOAD"},
             timeout=SECONDS,
         )
 

@@ -141,6 +141,7 @@ def test_a_database_that_is_down(tmp_path, plant, rules, start, cluster, server)
     assert states == {str(f): "done" for f in good} | {str(f): "failed" for f in bad}
 
 
+@unsanitized
 def test_a_file_that_crashes_its_reader(tmp_path, plant, rules, fleet, cluster):
     good, bad = plant(40, bad=["abort"])
     result = tmp_path / "result.db"
