@@ -29,8 +29,9 @@ inline bool IsSame0Of(const SdaiPrimitiveH& a, const SdaiPrimitiveH& b) {
 // unchanged value of the attribute, so that the trace shows it.
 template <class Value>
 bool IsSame0Of(SdaiEntityInstance* a, SdaiEntityInstance* b, Value&& value) {
-    if (b != nullptr || KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return IsSame0Of(a, b);
-    return static_cast<const SdaiLogical&>(IsSame0(SdaiPrimitiveH(a), value()));
+    if (KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return AreSame(a, b);
+    const SdaiPrimitiveH held = b != nullptr ? SdaiPrimitiveH(b) : value();
+    return static_cast<const SdaiLogical&>(IsSame0(SdaiPrimitiveH(a), held));
 }
 
 }  // namespace orx
