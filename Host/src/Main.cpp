@@ -5,12 +5,15 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <csignal>
 #include <filesystem>
 #include <iostream>
 #include <new>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Commands.h"
@@ -252,7 +255,26 @@ void HoldStandardStreams() {
     }
 }
 
+// CLI11 puts its texts together in string streams, which swallow a lack of memory and hold half a
+// text. So each lack is noted as it is met.
+std::atomic<bool> ranOut = false;
+
+void NoteLack() {
+    ranOut = true;
+    throw std::bad_alloc();
+}
+
+// What CLI11 says of the program: its help or version.
+std::string TextOf(const CLI::App& app, const CLI::Success& end) {
+    std::ostringstream text;
+    app.exit(end, text, text);
+    std::string whole = text.str();
+    if (ranOut) throw std::bad_alloc();
+    return whole;
+}
+
 int Main(int argc, char** argv) {
+    std::set_new_handler(NoteLack);
     HoldStandardStreams();
     // A file that must not grow further is reported like any other that cannot be written.
     std::signal(SIGXFSZ, SIG_IGN);
@@ -395,7 +417,7 @@ int Main(int argc, char** argv) {
         std::reverse(arguments.begin(), arguments.end());
         app.parse(std::move(arguments));
     } catch (const CLI::Success& success) {
-        app.exit(success);
+        std::cout << TextOf(app, success);
         return Flush() ? kDone : kUnusable;
     } catch (const CLI::ParseError& error) {
         RefuseUsage(app, error);
