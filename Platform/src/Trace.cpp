@@ -22,6 +22,7 @@
 #include <string_view>
 
 #include "KORSystem.h"
+#include "Utf8.h"
 
 // Functions may trace while the process or a thread ends. The state of the service therefore needs
 // no construction and is never destroyed; its resources are released when the library is unloaded,
@@ -43,6 +44,30 @@ std::string OneLine(std::string_view text) {
         }
     }
     return line += '\n';
+}
+
+// A line as it goes to a terminal, which shows UTF-8 and acts on control characters: these are
+// written as exchange files write them, \X\1B for an escape.
+std::string ForTerminal(std::string_view line) {
+    std::string shown;
+    if (line.ends_with('\n')) line.remove_suffix(1);
+    for (const char c : line) {
+        const char32_t character = kor::CodePoint(c);
+        if (character < 0x20 || (character >= 0x7F && character < 0xA0)) {
+            shown += "\\X\\";
+            kor::AppendHex(shown, character, 2);
+        } else {
+            kor::AppendUtf8(shown, character);
+        }
+    }
+    return shown += '\n';
+}
+
+void WriteToStandardError(std::string_view line) {
+    const std::string shown = isatty(STDERR_FILENO) ? ForTerminal(line) : std::string(line);
+    std::cerr.write(shown.data(), static_cast<std::streamsize>(shown.size()));
+    std::cerr.flush();
+    std::cerr.clear();
 }
 
 // Prevents SIGPIPE from a pipe without readers from ending the process.
@@ -105,10 +130,10 @@ class Sink {
     void Write(std::string_view line) {
         const std::lock_guard lock(mutex_);
         if (file_[0] == '\0') {
-            std::cerr.write(line.data(), static_cast<std::streamsize>(line.size()));
-            std::cerr.flush();
-            std::cerr.clear();
+            WriteToStandardError(line);
         } else if (descriptor_ >= 0 || Open()) {
+            std::string shown;
+            if (terminal_) line = shown = ForTerminal(line);
             std::optional<PipeSignalHeldBack> heldBack;
             if (!regular_) heldBack.emplace();
             while (!line.empty()) {
@@ -157,6 +182,7 @@ class Sink {
         struct stat status {};
         if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) return false;
         regular_ = S_ISREG(status.st_mode);
+        terminal_ = isatty(descriptor_) == 1;
         // If a standard stream writes to this file, it has its own position in it and would
         // overwrite the lines, so they go through that stream's descriptor.
         shared_ = ShareWith(STDOUT_FILENO, status) || ShareWith(STDERR_FILENO, status);
@@ -177,8 +203,9 @@ class Sink {
     }
 
     std::mutex mutex_;
-    int descriptor_ = -1;       // not open yet
-    bool regular_ = false;      // a file, not a pipe or device
+    int descriptor_ = -1;   // not open yet
+    bool regular_ = false;  // a file, not a pipe or device
+    bool terminal_ = false;
     bool shared_ = false;       // with a standard stream
     char file_[PATH_MAX] = {};  // "": the standard error stream
 };
@@ -215,8 +242,8 @@ int LevelOfEnvironment() {
     if (text == nullptr || *text == '\0') return 0;
     const std::optional<int> level = LevelIn(text);
     if (level.has_value()) return *level;
-    std::cerr << OneLine(std::string("KOR_TRACE=") + text +
-                         ": a trace level is a whole number; the trace is off");
+    WriteToStandardError(OneLine(std::string("KOR_TRACE=") + text +
+                                 ": a trace level is a whole number; the trace is off"));
     return 0;
 }
 

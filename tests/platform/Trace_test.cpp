@@ -1,7 +1,12 @@
 // KORPSNTrace: scopes, lines and what goes into the file.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <iomanip>
 #include <string>
@@ -110,4 +115,92 @@ TEST(TraceFile, ThatCannotBeOpenedSwitchesTheTraceOff) {
         EXPECT_FALSE(KORPSNTrace::LevelIsActive(12)) << file;
     }
     KORPSNTrace::Configure(0, nullptr);
+}
+
+namespace {
+
+// A terminal that keeps what is written to it. Without a file where the machine has none.
+class PseudoTerminal {
+  public:
+    PseudoTerminal() : main_(posix_openpt(O_RDWR | O_NOCTTY)) {
+        if (main_ < 0 || grantpt(main_) != 0 || unlockpt(main_) != 0) return;
+        if (const char* file = ptsname(main_)) file_ = file;
+        other_ = open(file_.c_str(), O_RDWR | O_NOCTTY);
+        termios settings{};
+        if (other_ < 0 || tcgetattr(other_, &settings) != 0) return file_.clear();
+        cfmakeraw(&settings);
+        tcsetattr(other_, TCSANOW, &settings);
+    }
+    ~PseudoTerminal() {
+        if (other_ >= 0) close(other_);
+        if (main_ >= 0) close(main_);
+    }
+    PseudoTerminal(const PseudoTerminal&) = delete;
+    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    const std::string& File() const { return file_; }
+    int Descriptor() const { return other_; }
+
+    // What was written, up to a text.
+    std::string Until(const std::string& end) const {
+        std::string shown;
+        char piece[256];
+        pollfd waiting{main_, POLLIN, 0};
+        while (!shown.ends_with(end) && poll(&waiting, 1, 5000) == 1) {
+            const ssize_t count = read(main_, piece, sizeof piece);
+            if (count <= 0) break;
+            shown.append(piece, static_cast<std::size_t>(count));
+        }
+        return shown;
+    }
+
+  private:
+    int main_;
+    int other_ = -1;
+    std::string file_;
+};
+
+// C0, DEL and C1 controls, a letter of ISO 8859-1, and the bytes of U+202E as single characters.
+void WriteControls() {
+    KORPSNTrace trace("t ->", 12, 0);
+    trace.GetLigne().GetStream() << "\x1B]0;title\a\x7F\x9B"
+                                    "2J\xE9\t\xE2\x80\xAE";
+    trace.Out();
+}
+
+constexpr char kShown[] =
+    "t -> {\n\\X\\1B]0;title\\X\\07\\X\\7F\\X\\9B"
+    "2J\u00E9\\X\\09\u00E2\\X\\80\u00AE\nt -> }\n";
+
+}  // namespace
+
+TEST(TraceOnATerminal, ShowsNoControlCharacterRaw) {
+    const PseudoTerminal terminal;
+    if (terminal.File().empty()) GTEST_SKIP() << "no pseudo-terminals here";
+    ASSERT_TRUE(KORPSNTrace::Configure(12, terminal.File().c_str()));
+    WriteControls();
+    KORPSNTrace::Configure(0, nullptr);
+    EXPECT_EQ(terminal.Until("t -> }\n"), kShown);
+}
+
+TEST(TraceOnATerminal, ShowsNoneOnTheStandardErrorStreamEither) {
+    const PseudoTerminal terminal;
+    if (terminal.File().empty()) GTEST_SKIP() << "no pseudo-terminals here";
+    const int before = dup(STDERR_FILENO);
+    dup2(terminal.Descriptor(), STDERR_FILENO);
+    KORPSNTrace::Configure(12, nullptr);
+    WriteControls();
+    KORPSNTrace::Configure(0, nullptr);
+    dup2(before, STDERR_FILENO);
+    close(before);
+    EXPECT_EQ(terminal.Until("t -> }\n"), kShown);
+}
+
+TEST(TraceInAFile, HasEveryCharacterAsItIs) {
+    TraceCapture capture;
+    WriteControls();
+    EXPECT_THAT(capture.Lines(), ElementsAre("t -> {",
+                                             "\x1B]0;title\a\x7F\x9B"
+                                             "2J\xE9\t\xE2\x80\xAE",
+                                             "t -> }"));
 }
