@@ -21,11 +21,32 @@ class KOR_API KORLocale {
     // most `digits` digits before the point; this is not enforced.
     static KORUnicodeString sConvertNumToString(double value, int digits, int decimals);
 
-    // Reads a number. The whole text must be a number; blanks around it are ignored. Returns 1 and
-    // sets the number; for any other text, including a number out of range, returns 0 and sets the
-    // number to 0.
-    static int sConvertStringToNum(const KORUnicodeString& text, long* number);
+    // Reads a number. The whole text must be one, blanks around it apart. Gives 1 and the number;
+    // for anything else, a number out of range included, 0 and the number 0.
+    static int sConvertStringToNum(const KORUnicodeString& text, long* number) {
+        return sConvertPartToNum(text, 0, text.GetLengthInChar(), number);
+    }
     static int sConvertStringToNum(const KORUnicodeString& text, double* number);
+    // Reads text.SubString(start, length), and makes no text of it.
+    static int sConvertPartToNum(const KORUnicodeString& text, long start, long length,
+                                 long* number) {
+        if (text.IsWide()) return ConvertWidePart(text, start, length, number);
+        const std::string_view part = text.ViewPart(start, length);
+        // Nearly always a few digits.
+        constexpr std::size_t kSurelyInRange = 18;
+        if (part.empty() || part.size() > kSurelyInRange) return ConvertOther(part, number);
+        long value = 0;
+        for (const char c : part) {
+            if (c < '0' || c > '9') return ConvertOther(part, number);
+            value = 10 * value + (c - '0');
+        }
+        *number = value;
+        return 1;
+    }
+
+  private:
+    static int ConvertWidePart(const KORUnicodeString& text, long start, long length, long* number);
+    static int ConvertOther(std::string_view text, long* number);
 };
 
 #endif

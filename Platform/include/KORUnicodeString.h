@@ -57,10 +57,24 @@ class KOR_API KORUnicodeString {
     explicit KORUnicodeString(std::u32string_view characters);
     // The text of a string. Functions that take a SdaiString are defined in SdaiString.h.
     explicit KORUnicodeString(const SdaiString& string);
-    KORUnicodeString(const KORUnicodeString& other) noexcept;
-    KORUnicodeString(KORUnicodeString&& other) noexcept;
-    KORUnicodeString& operator=(const KORUnicodeString& other) noexcept;
-    KORUnicodeString& operator=(KORUnicodeString&& other) noexcept;
+    KORUnicodeString(const KORUnicodeString& other) noexcept
+        : size_(other.size_), storage_(other.storage_) {
+        std::memcpy(small_, other.small_, sizeof small_);
+        if (storage_ != Storage::InPlace) {
+            buffer_->owners.fetch_add(1, std::memory_order_relaxed);
+        }
+    }
+    KORUnicodeString(KORUnicodeString&& other) noexcept { TakeFrom(other); }
+    KORUnicodeString& operator=(const KORUnicodeString& other) noexcept {
+        return *this = KORUnicodeString(other);
+    }
+    KORUnicodeString& operator=(KORUnicodeString&& other) noexcept {
+        if (this != &other) {
+            Release();
+            TakeFrom(other);
+        }
+        return *this;
+    }
     ~KORUnicodeString() { Release(); }
 
     // U+FFFD replaces each byte that is not part of a well-formed character (this includes overlong
@@ -91,25 +105,49 @@ class KOR_API KORUnicodeString {
     int SearchSubString(const KORUnicodeString& what, int start, KORSearchMode mode) const;
     // The same for ISO 8859-1 characters that are not a KORUnicodeString.
     int SearchSubString(std::same_as<std::string_view> auto what, int start, KORSearchMode) const {
-        return Search(what, start);
+        if (IsWide()) return SearchWide(what, start);
+        const std::size_t from = start > 0 ? static_cast<std::size_t>(start) : 0;
+        const std::size_t found = std::string_view(Narrow(), size_).find(what, from);
+        return found == std::string_view::npos ? -1 : static_cast<int>(found);
     }
 
     // Removes blanks (the character 0x20) from the ends that the mode names.
     void Strip(KORStripMode mode);
 
-    KORUnicodeString& Append(const KORUnicodeString& text);
-    KORUnicodeString& Append(std::string_view text);
+    KORUnicodeString& Append(const KORUnicodeString& text) {
+        return text.IsWide() ? AppendWide(text.Wide())
+                             : Append(std::string_view(text.Narrow(), text.size_));
+    }
+    KORUnicodeString& Append(std::string_view text) {
+        const std::size_t length = size_ + text.size();
+        const bool hasRoom =
+            storage_ == Storage::InPlace ? length <= kSmall : !IsWide() && OwnsAlone(length);
+        if (!hasRoom) return AppendElsewhere(text);
+        char* end = (storage_ == Storage::InPlace ? small_ : buffer_->Characters()) + size_;
+        if (text.size() <= kSmall) {
+            CopySmall(end, text.data(), text.size());
+        } else {
+            std::memcpy(end, text.data(), text.size());
+        }
+        end[text.size()] = '\0';
+        size_ = static_cast<std::uint32_t>(length);
+        return *this;
+    }
     KORUnicodeString& Append(const char* text) { return Append(std::string_view(text)); }
     KORUnicodeString& Append(const SdaiString& string);
     // Makes room for a text of that length, so that appending up to it does not allocate.
     void Reserve(std::size_t length);
 
-    // Formats a number as printf does in the "C" locale. The format contains one conversion, of
-    // integers (d i u x X o) or reals (e E f F g G), with its flags, width and precision. The text
-    // becomes empty if the format is malformed, is for the other kind of number, or produces more
-    // than 511 characters.
-    void BuildFromNum(int value, const char* format);
-    void BuildFromNum(long value, const char* format);
+    // The number as printf would write it in the "C" locale. The format holds one conversion, of
+    // integers (d i u x X o) or of reals (e E f F g G), with its flags, width and precision. A
+    // format of another shape or for the other kind of number, or one that asks for more than 511
+    // characters, gives an empty text.
+    void BuildFromNum(int value, const char* format) {
+        if (!BuildPadded(value, PaddedWidth(format))) BuildOther(value, format);
+    }
+    void BuildFromNum(long value, const char* format) {
+        if (!BuildPadded(value, PaddedWidth(format))) BuildOther(value, format);
+    }
     void BuildFromNum(double value, const char* format);
 
     // Returns 2 if the texts are identical, 1 if the shorter one is a non-empty prefix of the
@@ -118,11 +156,10 @@ class KOR_API KORUnicodeString {
         if (IsWide() || other.IsWide()) return CompareWide(other);
         return CompareNarrow({Narrow(), size_}, {other.Narrow(), other.size_});
     }
-    // Compares SubString(start, length) with ISO 8859-1 characters, without creating a text.
-    int ComparePart(int start, int length, std::string_view other) const {
-        if (IsWide()) return SubString(start, length).Compare(KORUnicodeString(other));
-        const auto [first, count] = Cut(start, length);
-        return CompareNarrow({Narrow() + first, count}, other);
+    // Compare of SubString(start, length) with characters of ISO 8859-1; makes a text of neither.
+    int ComparePart(long start, long length, std::string_view other) const {
+        if (IsWide()) return CompareWidePart(start, length, other);
+        return CompareNarrow(ViewPart(start, length), other);
     }
 
     // Exact comparisons. A wide text differs from every ISO 8859-1 text, including its own form as
@@ -146,10 +183,16 @@ class KOR_API KORUnicodeString {
         return {Narrow(), size_};
     }
 
-    // Reads back the result of a byte-for-byte conversion of this text: `bytes` are the bytes of
-    // this text as `const char*`, some of them replaced. Where this text has the directive of a
-    // wide character, the directive now found there is decoded; all other bytes are ISO 8859-1
-    // characters.
+    // The View of SubString(start, length), of a text that is not wide.
+    std::string_view ViewPart(long start, long length) const {
+        const auto [first, count] = Cut(start, length);
+        return {Narrow() + first, count};
+    }
+
+    // The text that a conversion of single bytes made of this one: `bytes` are those of this text
+    // as `const char*`, each as it was or another. Where a wide character of this text has its
+    // directive, the directive that stands there now is read back; all other bytes are characters
+    // of ISO 8859-1.
     KORUnicodeString ReadBack(std::string_view bytes) const;
 
   private:
@@ -176,7 +219,11 @@ class KOR_API KORUnicodeString {
 
     static Buffer* NewBuffer(std::size_t capacity);
     static WideBuffer* NewWideBuffer(std::size_t capacity);
-    static void ReleaseBuffer(Buffer* buffer, Storage storage);
+    static void ReleaseBuffer(Buffer* buffer, Storage storage) {
+        if (buffer->owners.fetch_sub(1, std::memory_order_acq_rel) == 1)
+            FreeBuffer(buffer, storage);
+    }
+    static void FreeBuffer(Buffer* buffer, Storage storage);
 
     // The characters of a narrow and of a wide text.
     const char* Narrow() const {
@@ -215,44 +262,69 @@ class KOR_API KORUnicodeString {
         std::uint32_t first;
         std::uint32_t count;
     };
-    Part Cut(int start, int length) const {
-        const std::uint32_t first = start > 0 ? static_cast<std::uint32_t>(start) : 0;
-        if (first >= size_ || length <= 0) return {0, 0};
-        const std::uint32_t rest = size_ - first;
-        const auto asked = static_cast<std::uint32_t>(length);
-        return {first, asked < rest ? asked : rest};
+    Part Cut(long start, long length) const {
+        const long first = start > 0 ? start : 0;
+        const long rest = static_cast<long>(size_) - first;
+        if (rest <= 0 || length <= 0) return {0, 0};
+        return {static_cast<std::uint32_t>(first),
+                static_cast<std::uint32_t>(length < rest ? length : rest)};
     }
     static int CompareNarrow(std::string_view a, std::string_view b) {
         const std::size_t shorter = a.size() < b.size() ? a.size() : b.size();
         if (shorter == 0) return a.size() == b.size() ? 2 : 0;
         // Different texts nearly always differ in their first character.
         if (a.front() != b.front()) return 0;
-        if (shorter > 1 && std::memcmp(a.data(), b.data(), shorter) != 0) return 0;
-        return a.size() == b.size() ? 2 : 1;
+        // A length that is known where this is compiled needs no call.
+        if (a.size() == b.size()) return std::memcmp(a.data(), b.data(), b.size()) == 0 ? 2 : 0;
+        return shorter == 1 || std::memcmp(a.data(), b.data(), shorter) == 0 ? 1 : 0;
     }
 
     void Release() {
         if (storage_ != Storage::InPlace) ReleaseBuffer(buffer_, storage_);
     }
-    bool OwnsAlone(std::size_t capacity) const;
-    void TakeFrom(KORUnicodeString& other) noexcept;
+    // Whether the text, which is not in place, stands in a buffer with room for that many
+    // characters that no other text shares.
+    bool OwnsAlone(std::size_t capacity) const {
+        return buffer_->owners.load(std::memory_order_acquire) == 1 &&
+               buffer_->capacity >= capacity;
+    }
+    void TakeFrom(KORUnicodeString& other) noexcept {
+        size_ = other.size_;
+        storage_ = other.storage_;
+        std::memcpy(small_, other.small_, sizeof small_);
+        other.size_ = 0;
+        other.storage_ = Storage::InPlace;
+        other.small_[0] = '\0';
+    }
     void AssignLong(std::string_view text);
     void Hold(Buffer* buffer, Storage storage, std::size_t size);
     char* MakeWritable(std::size_t length);
     void SetLength(std::size_t length);
+    void SetBuffer(Buffer* buffer, Storage storage, std::size_t size);
     std::size_t Grown(std::size_t length) const;
     WideBuffer* WideCopy(std::size_t capacity) const;
+    KORUnicodeString& AppendElsewhere(std::string_view text);
     template <class Char>
-    void AppendWide(std::basic_string_view<Char> text);
-    int Search(std::string_view what, int start) const;
+    KORUnicodeString& AppendWide(std::basic_string_view<Char> text);
+    // The width of a format that pads decimals with zeros, as %04d; 0 for any other.
+    static constexpr int PaddedWidth(const char* format) {
+        if (format == nullptr || format[0] != '%' || format[1] != '0') return 0;
+        if (format[2] < '1' || format[2] > '9' || format[3] != 'd' || format[4] != '\0') return 0;
+        return format[2] - '0';
+    }
+    bool BuildPadded(long value, int width);
+    void BuildOther(int value, const char* format);
+    void BuildOther(long value, const char* format);
+    int SearchWide(std::string_view what, int start) const;
     KORUnicodeString LongPart(std::size_t first, std::size_t count) const;
     int CompareWide(const KORUnicodeString& other) const;
+    int CompareWidePart(long start, long length, std::string_view other) const;
     std::string_view ExchangeForm() const;
 
     std::uint32_t size_;  // in characters
     Storage storage_;
     union {
-        char small_[kSmall + 1];
+        char small_[kSmall + 1];  // larger than a pointer: its copy copies either
         Buffer* buffer_;
     };
 };

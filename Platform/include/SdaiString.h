@@ -28,7 +28,14 @@ class KOR_API SdaiString {
     std::string ToUtf8() const { return text_.ToUtf8(); }
 
     SdaiString& operator=(const char* text);
-    SdaiString& operator=(const KORUnicodeString& text);
+    SdaiString& operator=(const KORUnicodeString& text) {
+        text_ = text;
+        return *this;
+    }
+    SdaiString& operator=(KORUnicodeString&& text) noexcept {
+        text_ = static_cast<KORUnicodeString&&>(text);
+        return *this;
+    }
 
     unsigned length() const { return static_cast<unsigned>(text_.GetLengthInChar()); }
 

@@ -183,9 +183,9 @@ KOR_API SdaiPrimitiveH ToHandle(const Cell& cell, bool select);
 // the model.
 KOR_API Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model = nullptr);
 
-// A text in the value that the domain would store as an enumeration item although it is not one; no
-// value if there is none.
-KOR_API std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain);
+// A text in a value that would be put where the domain is declared as an item of an enumeration and
+// is none; nothing where there is none.
+std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain);
 
 KOR_API void ReleaseCell(const Cell& cell);
 
@@ -231,5 +231,23 @@ class KORHandleAccess {
     static SdaiPrimitiveH OfTyped(KORTypedValue* typed);
     static SdaiPrimitiveH OfText(Kind kind, KORUnicodeString text);
 };
+
+namespace kor {
+
+KOR_API std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Domain* domain);
+
+inline std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
+    using Kind = KORHandleAccess::Kind;
+    switch (KORHandleAccess::KindOf(value)) {
+        case Kind::String:
+        case Kind::Enumeration:
+        case Kind::Typed:
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate: return FindWrongItem(value, domain);
+        default: return std::nullopt;
+    }
+}
+
+}  // namespace kor
 
 #endif

@@ -68,9 +68,9 @@ SdaiSelectH::SdaiSelectH(SdaiSelectH&& other) noexcept { MoveFrom(other); }
 
 SdaiSelectH& SdaiSelectH::operator=(const SdaiSelectH& other) noexcept {
     if (this != &other) {
-        // The other value may be owned by something that this one owns.
-        SdaiSelectH copy(other);
-        *this = std::move(copy);
+        // The other value may belong to something that goes with this one.
+        SdaiSelectH old(std::move(*this));
+        CopyFrom(other);
     }
     return *this;
 }
@@ -479,7 +479,7 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
     return NewTypedCell(SdaiString(choice), ToCell(value, domain->Choice(choice), model), model);
 }
 
-std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
+std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
     using Kind = KORHandleAccess::Kind;
     const KORTypedValue* typed = KORHandleAccess::TypedOf(value);
     if (typed != nullptr && domain != nullptr && domain->IsSelect()) {

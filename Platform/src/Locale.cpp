@@ -2,7 +2,9 @@
 
 #include "KORLocale.h"
 
+#include <algorithm>
 #include <charconv>
+#include <climits>
 #include <cmath>
 #include <limits>
 #include <string_view>
@@ -53,20 +55,18 @@ KORUnicodeString KORLocale::sConvertNumToString(double value, int, int decimals)
     return KORUnicodeString(std::string_view(text, static_cast<std::size_t>(end - text)));
 }
 
-int KORLocale::sConvertStringToNum(const KORUnicodeString& text, long* number) {
+// A part of a wide text may be narrow itself.
+int KORLocale::ConvertWidePart(const KORUnicodeString& text, long start, long length,
+                               long* number) {
+    const KORUnicodeString part =
+        text.SubString(static_cast<int>(std::clamp<long>(start, 0, INT_MAX)),
+                       static_cast<int>(std::clamp<long>(length, 0, INT_MAX)));
     *number = 0;
-    if (text.IsWide()) return 0;
-    // Nearly all numbers have few digits.
-    const std::string_view digits = text.View();
-    constexpr std::size_t kSurelyInRange = 18;
-    long value = 0;
-    for (const char c : digits) {
-        if (c < '0' || c > '9' || digits.size() > kSurelyInRange)
-            return ReadNumber(digits, *number);
-        value = 10 * value + (c - '0');
-    }
-    *number = value;
-    return digits.empty() ? 0 : 1;
+    return part.IsWide() ? 0 : ConvertOther(part.View(), number);
+}
+
+int KORLocale::ConvertOther(std::string_view text, long* number) {
+    return ReadNumber(text, *number);
 }
 
 int KORLocale::sConvertStringToNum(const KORUnicodeString& text, double* number) {

@@ -41,23 +41,21 @@ KORUnicodeString::WideBuffer* KORUnicodeString::NewWideBuffer(std::size_t capaci
     return new (memory) WideBuffer{{{1}, static_cast<std::uint32_t>(capacity)}, nullptr};
 }
 
-void KORUnicodeString::ReleaseBuffer(Buffer* buffer, Storage storage) {
-    if (buffer->owners.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+void KORUnicodeString::FreeBuffer(Buffer* buffer, Storage storage) {
     if (storage == Storage::Wide) delete static_cast<WideBuffer*>(buffer)->exchangeForm.load();
     ::operator delete(buffer);
 }
 
-void KORUnicodeString::Hold(Buffer* buffer, Storage storage, std::size_t size) {
-    Release();
+// Holds a buffer; what the text held before is left alone.
+void KORUnicodeString::SetBuffer(Buffer* buffer, Storage storage, std::size_t size) {
     buffer_ = buffer;
     storage_ = storage;
     size_ = static_cast<std::uint32_t>(size);
 }
 
-// Whether the text is in an unshared buffer with room for that many characters.
-bool KORUnicodeString::OwnsAlone(std::size_t capacity) const {
-    return storage_ != Storage::InPlace && buffer_->owners.load(std::memory_order_acquire) == 1 &&
-           buffer_->capacity >= capacity;
+void KORUnicodeString::Hold(Buffer* buffer, Storage storage, std::size_t size) {
+    Release();
+    SetBuffer(buffer, storage, size);
 }
 
 void KORUnicodeString::SetLength(std::size_t length) {
@@ -68,10 +66,15 @@ void KORUnicodeString::SetLength(std::size_t length) {
 // The unshared characters of a narrow text, with room for `length` of them. Keeps as much of the
 // current text as fits.
 char* KORUnicodeString::MakeWritable(std::size_t length) {
-    if (OwnsAlone(length)) return buffer_->Characters();
-    if (storage_ == Storage::InPlace && length <= kSmall) return small_;
+    if (storage_ != Storage::InPlace) {
+        if (OwnsAlone(length)) return buffer_->Characters();
+    } else if (length <= kSmall) {
+        return small_;
+    }
     Buffer* buffer = NewBuffer(length);
-    std::memcpy(buffer->Characters(), Narrow(), std::min<std::size_t>(size_, length));
+    if (size_ != 0) {
+        std::memcpy(buffer->Characters(), Narrow(), std::min<std::size_t>(size_, length));
+    }
     Hold(buffer, Storage::Shared, size_);
     return buffer->Characters();
 }
@@ -95,9 +98,12 @@ bool IsNarrow(std::u32string_view characters) {
 
 }  // namespace
 
+// To a new text.
 void KORUnicodeString::AssignLong(std::string_view text) {
-    std::memcpy(MakeWritable(text.size()), text.data(), text.size());
-    SetLength(text.size());
+    Buffer* buffer = NewBuffer(text.size());
+    std::memcpy(buffer->Characters(), text.data(), text.size());
+    buffer->Characters()[text.size()] = '\0';
+    SetBuffer(buffer, Storage::Shared, text.size());
 }
 
 KORUnicodeString::KORUnicodeString(std::u32string_view characters) : KORUnicodeString() {
@@ -112,43 +118,6 @@ KORUnicodeString::KORUnicodeString(std::u32string_view characters) : KORUnicodeS
                        [](char32_t c) { return kor::IsCharacter(c) ? c : kor::kReplacement; });
         Hold(buffer, Storage::Wide, size);
     }
-}
-
-KORUnicodeString::KORUnicodeString(const KORUnicodeString& other) noexcept
-    : size_(other.size_), storage_(other.storage_) {
-    if (storage_ != Storage::InPlace) {
-        buffer_ = other.buffer_;
-        buffer_->owners.fetch_add(1, std::memory_order_relaxed);
-    } else {
-        std::memcpy(small_, other.small_, sizeof small_);
-    }
-}
-
-KORUnicodeString::KORUnicodeString(KORUnicodeString&& other) noexcept { TakeFrom(other); }
-
-KORUnicodeString& KORUnicodeString::operator=(const KORUnicodeString& other) noexcept {
-    return *this = KORUnicodeString(other);
-}
-
-KORUnicodeString& KORUnicodeString::operator=(KORUnicodeString&& other) noexcept {
-    if (this != &other) {
-        Release();
-        TakeFrom(other);
-    }
-    return *this;
-}
-
-void KORUnicodeString::TakeFrom(KORUnicodeString& other) noexcept {
-    size_ = other.size_;
-    storage_ = other.storage_;
-    if (storage_ != Storage::InPlace) {
-        buffer_ = other.buffer_;
-    } else {
-        std::memcpy(small_, other.small_, sizeof small_);
-    }
-    other.size_ = 0;
-    other.storage_ = Storage::InPlace;
-    other.small_[0] = '\0';
 }
 
 // ---- Other forms
@@ -252,17 +221,15 @@ std::basic_string_view<Char> Stripped(std::basic_string_view<Char> text, KORStri
 
 int KORUnicodeString::SearchSubString(const KORUnicodeString& what, int start,
                                       KORSearchMode) const {
-    if (!what.IsWide()) return Search(what.View(), start);
+    if (!what.IsWide()) return SearchSubString(what.View(), start, KORSearchForward);
     if (!IsWide()) return -1;
     return Position(Wide().find(what.Wide(), static_cast<std::size_t>(std::max(start, 0))));
 }
 
-int KORUnicodeString::Search(std::string_view what, int start) const {
-    const auto from = static_cast<std::size_t>(std::max(start, 0));
-    if (!IsWide()) return Position(View().find(what, from));
+int KORUnicodeString::SearchWide(std::string_view what, int start) const {
     std::u32string wide(what.size(), U'\0');
     CopyWide(what, wide.data());
-    return Position(Wide().find(wide, from));
+    return Position(Wide().find(wide, static_cast<std::size_t>(std::max(start, 0))));
 }
 
 void KORUnicodeString::Strip(KORStripMode mode) {
@@ -283,11 +250,21 @@ int KORUnicodeString::CompareWide(const KORUnicodeString& other) const {
     return shorter.size_ == longer.size_ ? 2 : 1;
 }
 
+int KORUnicodeString::CompareWidePart(long start, long length, std::string_view other) const {
+    const auto [first, count] = Cut(start, length);
+    return LongPart(first, count).Compare(KORUnicodeString(other));
+}
+
 // ---- Building a text
 
 void KORUnicodeString::Reserve(std::size_t length) {
     const std::size_t capacity = std::max<std::size_t>(length, size_);
-    if (IsWide()) {
+    if (storage_ == Storage::InPlace) {
+        if (capacity <= kSmall) return;
+        Buffer* buffer = NewBuffer(capacity);
+        std::memcpy(buffer->Characters(), small_, sizeof small_);
+        SetBuffer(buffer, Storage::Shared, size_);
+    } else if (IsWide()) {
         if (!OwnsAlone(capacity)) Hold(WideCopy(capacity), Storage::Wide, size_);
     } else {
         MakeWritable(capacity);
@@ -309,40 +286,23 @@ std::size_t KORUnicodeString::Grown(std::size_t length) const {
     return std::max({length, before, std::size_t{size_} + size_ / 2});
 }
 
-KORUnicodeString& KORUnicodeString::Append(const KORUnicodeString& text) {
-    if (text.IsWide()) {
-        AppendWide(text.Wide());
-        return *this;
-    }
-    return Append(text.View());
-}
-
-KORUnicodeString& KORUnicodeString::Append(std::string_view text) {
+// Where the text is wide, or has no room of its own for the piece behind it.
+KORUnicodeString& KORUnicodeString::AppendElsewhere(std::string_view text) {
     if (text.empty()) return *this;
+    if (IsWide()) return AppendWide(text);
     const std::size_t length = size_ + text.size();
-    if (IsWide()) {
-        AppendWide(text);
-        return *this;
-    }
-    if (storage_ == Storage::InPlace && length <= kSmall) {
-        std::memmove(small_ + size_, text.data(), text.size());
-    } else if (OwnsAlone(length)) {
-        std::memmove(buffer_->Characters() + size_, text.data(), text.size());
-    } else {
-        // The piece may be part of this text, so the old characters are kept until it is copied.
-        KORUnicodeString grown;
-        char* characters = grown.MakeWritable(Grown(length));
-        std::memcpy(characters, Narrow(), size_);
-        std::memcpy(characters + size_, text.data(), text.size());
-        *this = static_cast<KORUnicodeString&&>(grown);
-    }
-    SetLength(length);
+    // The piece may be part of this text: the old characters stay until the piece is copied.
+    Buffer* buffer = NewBuffer(Grown(length));
+    std::memcpy(buffer->Characters(), Narrow(), size_);
+    std::memcpy(buffer->Characters() + size_, text.data(), text.size());
+    buffer->Characters()[length] = '\0';
+    Hold(buffer, Storage::Shared, length);
     return *this;
 }
 
 // Appends to a text that is or becomes wide. The piece may be part of this text.
 template <class Char>
-void KORUnicodeString::AppendWide(std::basic_string_view<Char> text) {
+KORUnicodeString& KORUnicodeString::AppendWide(std::basic_string_view<Char> text) {
     const std::size_t length = size_ + text.size();
     if (IsWide() && OwnsAlone(length)) {
         auto* buffer = static_cast<WideBuffer*>(buffer_);
@@ -354,7 +314,10 @@ void KORUnicodeString::AppendWide(std::basic_string_view<Char> text) {
         Hold(buffer, Storage::Wide, size_);
     }
     size_ = static_cast<std::uint32_t>(length);
+    return *this;
 }
+
+template KORUnicodeString& KORUnicodeString::AppendWide(std::u32string_view text);
 
 namespace {
 
@@ -457,11 +420,25 @@ KORUnicodeString Print(Number value, const char* format, std::string_view letter
 
 }  // namespace
 
-void KORUnicodeString::BuildFromNum(int value, const char* format) {
+// A decimal integer padded with zeros to a width that is held in place; false for a width of 0, a
+// number below 0, and one of more digits.
+bool KORUnicodeString::BuildPadded(long value, int width) {
+    if (width == 0 || value < 0) return false;
+    Release();
+    storage_ = Storage::InPlace;
+    std::memset(small_, '0', sizeof small_);
+    char* digit = small_ + width;
+    for (; value != 0 && digit != small_; value /= 10)
+        *--digit = static_cast<char>('0' + value % 10);
+    SetLength(static_cast<std::size_t>(width));
+    return value == 0;
+}
+
+void KORUnicodeString::BuildOther(int value, const char* format) {
     *this = Print(value, format, kIntegerLetters, 'd');
 }
 
-void KORUnicodeString::BuildFromNum(long value, const char* format) {
+void KORUnicodeString::BuildOther(long value, const char* format) {
     *this = Print(value, format, kIntegerLetters, 'd');
 }
 
@@ -475,11 +452,6 @@ SdaiString::SdaiString(const char* text, unsigned length)
     : text_(text == nullptr ? std::string_view() : std::string_view(text, strnlen(text, length))) {}
 
 SdaiString& SdaiString::operator=(const char* text) { return *this = SdaiString(text); }
-
-SdaiString& SdaiString::operator=(const KORUnicodeString& text) {
-    text_ = text;
-    return *this;
-}
 
 namespace {
 

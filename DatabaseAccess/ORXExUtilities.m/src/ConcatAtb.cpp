@@ -20,15 +20,13 @@ SdaiPrimitiveH IsEncodedKey(const SdaiPrimitiveH& key) {
             result = SdaiBoolean(end > 0);
             // The last field may run past the end of the key.
             for (long position = 0; result && position < end;) {
-                const KORUnicodeString letter = TextAt(text, position, 1);
-                ++position;
-                trace.Line("StartIndex", " = ", position);
-                trace.Line("Type a lire: ", letter);
-                if (letter.Compare("S") == 2 || letter.Compare("I") == 2 ||
-                    letter.Compare("R") == 2) {
-                    const std::optional<long> length = LengthAt(text, position);
+                trace.Line("StartIndex", " = ", position + 1);
+                trace.Line("Type a lire: ", PartAt{text, position, 1});
+                if (IsTextAt(text, position, "S") || IsTextAt(text, position, "I") ||
+                    IsTextAt(text, position, "R")) {
+                    const std::optional<long> length = LengthAt(text, position + 1);
                     result = SdaiBoolean(length.has_value() && *length >= 0);
-                    position += kFieldLength + length.value_or(0);
+                    position += kFieldHead + length.value_or(0);
                 } else {
                     result = sdaiLFALSE;
                 }
@@ -48,18 +46,19 @@ Number NumberIn(const KORUnicodeString& text, Number otherwise) {
 }
 
 // The value of the requested field.
-SdaiPrimitiveH DecodeField(Trace& trace, const KORUnicodeString& letter, KORUnicodeString value) {
+SdaiPrimitiveH DecodeField(Trace& trace, const FieldAt& field) {
     trace.Line("on a trouve a priori le bon placement");
-    if (letter.Compare("S") == 2) {
+    KORUnicodeString value = field.Value();
+    if (field.HasLetter("S")) {
         trace.Line("Lecture de la chaine de caracteres: [", value, "]");
         return SdaiString(std::move(value));
     }
-    if (letter.Compare("I") == 2) {
+    if (field.HasLetter("I")) {
         const long number = NumberIn(value, 0L);
         trace.Line("Lecture de la valeur entiere: [", number, "]");
         return number;
     }
-    if (letter.Compare("R") == 2) {
+    if (field.HasLetter("R")) {
         const double number = NumberIn(value, 0.0);
         trace.Line("Lecture de la valeur reelle: [", number, "]");
         return number;
@@ -85,20 +84,19 @@ SdaiPrimitiveH orx::DecodeKey(const KORUnicodeString& text, long start,
         if (!place.exists()) return;
         const long end = text.GetLengthInChar() - start;
         const long requested = place;
-        if (trace.IsActive()) trace.Line("TheEncodedKey", " = ", TextAt(text, start, end));
+        trace.Line("TheEncodedKey", " = ", PartAt{text, start, end});
         trace.Line("ThePlacement", " = ", requested);
         long position = 0;
         for (long current = 1; current <= requested; ++current) {
             trace.Line("CurrPlacement", " = ", current);
-            const KORUnicodeString letter = TextAt(text, start + position, 1);
             const FieldAt field(text, start + position);
+            trace.Line("Type a lire: ", PartAt{text, start + position, 1});
             position += kFieldHead;
-            trace.Line("Type a lire: ", letter);
             trace.Line("Index de debut : ", position);
             trace.Line("Longueur a lire: ", field.length);
             const bool readable = field.length >= 0;  // otherwise the key ends here
             if (readable && current == requested) {
-                result = DecodeField(trace, letter, field.Value());
+                result = DecodeField(trace, field);
                 return;
             }
             trace.Line("on saute la valeur lue et on continue");
@@ -129,10 +127,10 @@ SdaiPrimitiveH ConcatModelAtb(const SdaiPrimitiveH& model) {
     return Function<"ConcatModelAtb">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (model.exists()) {
             trace.Line("the ORXmodel existe");
-            result = EncodeFields({{"S", TextOf(model, "S_TYPE_REP"_name)},
-                                   {"I", NumberOf(model, "S_NEXT"_name)},
-                                   {"S", TextOf(model, "C_REVISION"_name)},
-                                   {"S", TextOf(model, "C_NICKNAME"_name)}});
+            result = EncodeFields({{'S', TextOf(model, "S_TYPE_REP"_name)},
+                                   {'I', NumberOf(model, "S_NEXT"_name)},
+                                   {'S', TextOf(model, "C_REVISION"_name)},
+                                   {'S', TextOf(model, "C_NICKNAME"_name)}});
         }
         trace.Line("la valeur retournee est ", result);
     });
@@ -142,10 +140,10 @@ SdaiPrimitiveH ConcatPartAtb(const SdaiPrimitiveH& part) {
     return Function<"ConcatPartAtb">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (part.exists()) {
             trace.Line("the ORXPart existe");
-            result = EncodeFields({{"S", TextOf(part, "S_PART_NUMBER"_name)},
-                                   {"S", TextOf(part, "S_CHG_NUM"_name)},
-                                   {"I", NumberOf(part, "C_VERSION"_name)},
-                                   {"S", TextOf(part, "S_TYPE"_name)}});
+            result = EncodeFields({{'S', TextOf(part, "S_PART_NUMBER"_name)},
+                                   {'S', TextOf(part, "S_CHG_NUM"_name)},
+                                   {'I', NumberOf(part, "C_VERSION"_name)},
+                                   {'S', TextOf(part, "S_TYPE"_name)}});
         }
         trace.Line("la valeur retournee est ", result);
     });
@@ -155,37 +153,41 @@ SdaiPrimitiveH ConcatDocAtb(const SdaiPrimitiveH& document) {
     return OrDefault(kEmptyValue, [&] { return DocumentKey(document, {}); });
 }
 
-SdaiPrimitiveH orx::DocumentKey(const SdaiPrimitiveH& document, const KORUnicodeString& prefix) {
+SdaiPrimitiveH orx::DocumentKey(const SdaiPrimitiveH& document, std::string_view prefix) {
     return Nested<"ConcatDocAtb">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         int keyStart = 0;
         if (document.exists()) {
             trace.Line("document existe");
             // Type names have the form STORAGE_TABLE.
             const SdaiNamedType* type = document.GetInstanceType();
-            const KORUnicodeString storage = type != nullptr ? type->Name() : SdaiString();
-            const KORUnicodeString table =
-                storage.SubString(storage.SearchSubString("_", 0, KORSearchForward) + 1, INT_MAX);
+            static const SdaiString kNoName;
+            const KORUnicodeString& storage = type != nullptr ? type->Name() : kNoName;
+            const int table =
+                storage.SearchSubString(std::string_view("_"), 0, KORSearchForward) + 1;
+            const auto isTable = [&storage, table](std::string_view name) {
+                return storage.ComparePart(table, INT_MAX, name) == 2;
+            };
             trace.Line("storage : ", storage);
-            trace.Line("table   : ", table);
+            trace.Line("table   : ", PartAt{storage, table, INT_MAX});
 
             const SdaiString typeRep = TextOf(document, "S_TYPE_REP"_name);
             const SdaiString notes = TextOf(document, "NOTES"_name);
-            const Field first{"S", typeRep};
-            const Field third{"S", notes};
-            if (table.Compare("DOCUMENT") == 2) {
+            const Field first{'S', typeRep};
+            const Field third{'S', notes};
+            if (isTable("DOCUMENT")) {
                 trace.Line(" je suis un document DOCUMENT ");
                 result = EncodeFields({first,
-                                       {"S", TextOf(document, "S_NAME"_name)},
+                                       {'S', TextOf(document, "S_NAME"_name)},
                                        third,
-                                       {"S", TextOf(document, "S_FORMAT"_name)}},
+                                       {'S', TextOf(document, "S_FORMAT"_name)}},
                                       prefix);
-            } else if (table.Compare("DOCCAD") == 2) {
+            } else if (isTable("DOCCAD")) {
                 result =
-                    EncodeFields({first, {"S", TextOf(document, "S_NAME"_name)}, third}, prefix);
+                    EncodeFields({first, {'S', TextOf(document, "S_NAME"_name)}, third}, prefix);
             } else {
                 result = EncodeFields({first, third}, prefix);
             }
-            keyStart = prefix.GetLengthInChar();
+            keyStart = static_cast<int>(prefix.size());
         }
         if (trace.IsActive()) {
             const KORUnicodeString& whole = result;

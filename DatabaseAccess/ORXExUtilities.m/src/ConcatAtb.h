@@ -4,6 +4,8 @@
 #ifndef ORX_CONCATATB_H
 #define ORX_CONCATATB_H
 
+#include <string_view>
+
 #include "SdaiPrimitiveH.h"
 
 namespace orx {
@@ -13,7 +15,7 @@ SdaiPrimitiveH DecodeKey(const KORUnicodeString& text, long start, const SdaiPri
 
 // ConcatDocAtb with a prefix before the key; "EMPTY VALUE" without the prefix if the document is
 // missing.
-SdaiPrimitiveH DocumentKey(const SdaiPrimitiveH& document, const KORUnicodeString& prefix);
+SdaiPrimitiveH DocumentKey(const SdaiPrimitiveH& document, std::string_view prefix);
 
 }  // namespace orx
 

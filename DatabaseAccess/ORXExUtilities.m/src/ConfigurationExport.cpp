@@ -428,7 +428,7 @@ SdaiPrimitiveH ORXIdEff(const SdaiPrimitiveH& part, const SdaiPrimitiveH& effect
             } else if (effectivity.IsKindOf("date_effectivity"_name)) {
                 type = "date_effectivity";
             }
-            result = EncodeFields({kOrxTag, {"S", TextOf(item, "id"_name)}, {"S", type}});
+            result = EncodeFields({kOrxTag, {'S', TextOf(item, "id"_name)}, {'S', type}});
         } else {
             trace.Line("KO : At least one of the entities doesn't exist");
         }
@@ -449,9 +449,9 @@ SdaiPrimitiveH ORXIdCfg(const SdaiPrimitiveH& item) {
         const SdaiPrimitiveH handler(
             FirstUserOf(trace, design, "configuration_handler"_name, "apply"_name));
         if (handler.exists()) {
-            result = EncodeFields({kOrxTag, {"S", id}, {"S", TextOf(handler, "id"_name)}});
+            result = EncodeFields({kOrxTag, {'S', id}, {'S', TextOf(handler, "id"_name)}});
         } else {
-            result = EncodeFields({kOrxTag, {"S", id}});
+            result = EncodeFields({kOrxTag, {'S', id}});
         }
         trace.Line(">> la valeur retournee est : ", result, " <<");
     });
@@ -466,13 +466,13 @@ SdaiPrimitiveH ConcatEffAtb(const SdaiPrimitiveH& effectivity) {
         trace.Line("Effectivity exists : OK ");
         const SdaiString id = TextOf(effectivity, "id"_name);
         if (effectivity.IsKindOf("option_effectivity"_name)) {
-            result = EncodeFields({{"S", TextOf(effectivity, "option_type"_name)},
-                                   {"S", TextOf(effectivity, "option_id"_name)},
-                                   {"S", id}});
+            result = EncodeFields({{'S', TextOf(effectivity, "option_type"_name)},
+                                   {'S', TextOf(effectivity, "option_id"_name)},
+                                   {'S', id}});
         } else if (effectivity.IsKindOf("range_effectivity"_name)) {
-            result = EncodeFields({{"S", "range"}, {"S", id}});
+            result = EncodeFields({{'S', "range"}, {'S', id}});
         } else if (effectivity.IsKindOf("date_effectivity"_name)) {
-            result = EncodeFields({{"S", "date"}, {"S", id}});
+            result = EncodeFields({{'S', "date"}, {'S', id}});
         } else {
             trace.Line("UNKNOWN Effectivity", result, " <<");
             return;

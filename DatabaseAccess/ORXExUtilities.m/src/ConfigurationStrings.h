@@ -25,7 +25,7 @@ namespace orx {
 
 // The field that configuration and effectivity identifiers begin with: 8 characters.
 inline const KORUnicodeString kOrx("ORX");
-inline const Field kOrxTag{"S", kOrx};
+inline const Field kOrxTag{'S', kOrx};
 inline constexpr int kOrxTagLength = 8;
 
 inline constexpr const char* kOpenDate = "00000000000000";

@@ -6,26 +6,27 @@
 
 namespace orx {
 
-SdaiString EncodeFields(std::initializer_list<Field> fields, const KORUnicodeString& prefix) {
-    int size = prefix.GetLengthInChar();
+SdaiString EncodeFields(std::initializer_list<Field> fields, std::string_view prefix) {
+    std::size_t size = prefix.size();
     for (const Field& field : fields) {
-        size += static_cast<int>(kFieldHead) + field.value.GetLengthInChar();
+        size += static_cast<std::size_t>(kFieldHead + field.value.GetLengthInChar());
     }
     KORUnicodeString text;
-    text.Reserve(static_cast<std::size_t>(size));
+    text.Reserve(size);
     text.Append(prefix);
     for (const Field& field : fields) {
         KORUnicodeString length;
         length.BuildFromNum(field.value.GetLengthInChar(), "%04d");
-        text.Append(field.letter).Append(length).Append(field.value);
+        text.Append(std::string_view(&field.letter, 1)).Append(length).Append(field.value);
     }
     return SdaiString(std::move(text));
 }
 
 std::optional<long> LengthAt(const KORUnicodeString& text, long position) {
     long length;
-    const KORUnicodeString digits = TextAt(text, position, kFieldLength);
-    if (KORLocale::sConvertStringToNum(digits, &length) != 1) return std::nullopt;
+    if (KORLocale::sConvertPartToNum(text, position, kFieldLength, &length) != 1) {
+        return std::nullopt;
+    }
     return length;
 }
 

@@ -18,6 +18,7 @@
 #include <climits>
 #include <initializer_list>
 #include <optional>
+#include <ostream>
 #include <string_view>
 
 #include "SdaiString.h"
@@ -25,16 +26,16 @@
 namespace orx {
 
 struct Field {
-    const char* letter;
+    char letter;
     const KORUnicodeString& value;
 };
 
 // Returns the fields as text, after a prefix.
-SdaiString EncodeFields(std::initializer_list<Field> fields, const KORUnicodeString& prefix = {});
+SdaiString EncodeFields(std::initializer_list<Field> fields, std::string_view prefix = {});
 
 // The sizes of a field's head (letter and length) and of its length, in characters.
-inline constexpr long kFieldHead = 5;
-inline constexpr long kFieldLength = 4;
+inline constexpr int kFieldHead = 5;
+inline constexpr int kFieldLength = 4;
 
 // Reading. A text has fewer characters than a position outside int.
 
@@ -49,9 +50,19 @@ inline KORUnicodeString TextAt(const KORUnicodeString& text, long position, long
 
 // Whether the text has these characters at a position.
 inline bool IsTextAt(const KORUnicodeString& text, long position, std::string_view characters) {
-    return text.ComparePart(PositionIn(position), static_cast<int>(characters.size()),
-                            characters) == 2;
+    return text.ComparePart(position, static_cast<long>(characters.size()), characters) == 2;
 }
+
+// A piece of a trace line: part of a text, cut only if the line is written.
+struct PartAt {
+    const KORUnicodeString& text;
+    long position;
+    long length;
+
+    friend std::ostream& operator<<(std::ostream& line, const PartAt& part) {
+        return line << TextAt(part.text, part.position, part.length);
+    }
+};
 
 // The field length at a position; no value if the characters there are not a number.
 std::optional<long> LengthAt(const KORUnicodeString& text, long position);
@@ -63,11 +74,12 @@ struct FieldAt {
           start(position + kFieldHead),
           length(LengthAt(key, position + 1).value_or(0)) {}
 
+    bool HasLetter(std::string_view letter) const {
+        return IsTextAt(text, start - kFieldHead, letter);
+    }
     KORUnicodeString Value() const { return TextAt(text, start, length); }
     // KORUnicodeString::Compare of the value, without copying it.
-    int Compare(std::string_view other) const {
-        return text.ComparePart(PositionIn(start), PositionIn(length), other);
-    }
+    int Compare(std::string_view other) const { return text.ComparePart(start, length, other); }
     long Next() const { return start + length; }  // position of the next field
 
     const KORUnicodeString& text;

@@ -10,9 +10,9 @@ namespace orx {
 
 template <class Routine>
 KORUnicodeString NameConversion::Convert(std::string_view bytes, const KORUnicodeString* wide,
-                                         const KORUnicodeString& ending, Routine routine) {
+                                         std::string_view ending, Routine routine) {
     KORUnicodeString text;
-    text.Reserve(bytes.size() + static_cast<std::size_t>(ending.GetLengthInChar()));
+    text.Reserve(bytes.size() + ending.size());
     for (std::string_view rest = bytes;;) {
         const std::size_t length = std::min(rest.find('\0'), rest.size());
         rest.copy(input_.Characters(), length);
@@ -31,8 +31,7 @@ KORUnicodeString NameConversion::Convert(std::string_view bytes, const KORUnicod
     return text;
 }
 
-KORUnicodeString NameConversion::ToFileName(const KORUnicodeString& name,
-                                            const KORUnicodeString& ending) {
+KORUnicodeString NameConversion::ToFileName(const KORUnicodeString& name, std::string_view ending) {
     return Convert(name.View(), name.IsWide() ? &name : nullptr, ending,
                    [](const char* input, char* output) {
                        int status = 0;  // never read
@@ -47,10 +46,7 @@ KORUnicodeString NameConversion::ToDatabaseName(const KORUnicodeString& fileName
         return Convert(part.View(), part.IsWide() ? &part : nullptr, {}, cmbrcmd);
     }
     // One byte per character: the part is converted without copying it first.
-    const std::string_view bytes = fileName.View();
-    const std::size_t first = std::min(static_cast<std::size_t>(std::max(start, 0)), bytes.size());
-    const auto count = static_cast<std::size_t>(std::max(length, 0));
-    return Convert(bytes.substr(first, count), nullptr, {}, cmbrcmd);
+    return Convert(fileName.ViewPart(start, length), nullptr, {}, cmbrcmd);
 }
 
 }  // namespace orx

@@ -16,7 +16,7 @@ namespace orx {
 // The byte 0xB1, in traces.
 inline constexpr const char* kFileBlank = "\xB1";
 
-inline const KORUnicodeString kModelExtension(".model");
+inline constexpr std::string_view kModelExtension = ".model";
 inline constexpr int kExtensionLength = 6;
 
 // Converts names of up to `longestName` bytes with the platform's routines, reusing one output
@@ -29,7 +29,7 @@ class NameConversion {
 
     // ToFileName returns the name in file form, with `ending` appended; ToDatabaseName returns
     // SubString(start, length) of the file name in database form.
-    KORUnicodeString ToFileName(const KORUnicodeString& name, const KORUnicodeString& ending = {});
+    KORUnicodeString ToFileName(const KORUnicodeString& name, std::string_view ending = {});
     KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int start = 0,
                                     int length = INT_MAX);
 
@@ -49,15 +49,14 @@ class NameConversion {
 
     template <class Routine>
     KORUnicodeString Convert(std::string_view bytes, const KORUnicodeString* wide,
-                             const KORUnicodeString& ending, Routine routine);
+                             std::string_view ending, Routine routine);
 
     Buffer input_;
     Buffer output_;
 };
 
 // Conversions of a single name.
-inline KORUnicodeString ToFileName(const KORUnicodeString& name,
-                                   const KORUnicodeString& ending = {}) {
+inline KORUnicodeString ToFileName(const KORUnicodeString& name, std::string_view ending = {}) {
     return NameConversion(name.View().size()).ToFileName(name, ending);
 }
 inline KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int start = 0,

@@ -19,8 +19,7 @@ SdaiPrimitiveH GetExternalName(const SdaiPrimitiveH& instance, const SdaiPrimiti
         }
         const KORUnicodeString& text = name;
         const int extension = text.GetLengthInChar() - kExtensionLength;
-        if (extension > 0 &&
-            text.ComparePart(extension, kExtensionLength, kModelExtension.View()) == 2) {
+        if (extension > 0 && text.ComparePart(extension, kExtensionLength, kModelExtension) == 2) {
             const SdaiPrimitiveH model = ModelName(name, SdaiPrimitiveH(0L));
             const SdaiString& modelName = model;
             if (modelName.length() != 0) name = modelName;

@@ -7,7 +7,8 @@ using namespace orx;
 
 namespace {
 
-const KORUnicodeString kMarker("_ORX_");
+constexpr std::string_view kMarker = "_ORX_";
+constexpr int kMarkerLength = 5;
 
 }  // namespace
 
@@ -27,10 +28,11 @@ SdaiPrimitiveH IsEncodedNARVOV5(const SdaiPrimitiveH& value) {
         if (value.exists()) {
             trace.Line("the input value exists");
             const KORUnicodeString& text = static_cast<const SdaiString&>(value);
-            const int length = kMarker.GetLengthInChar();
             // With tracing on, ORXTrunc runs for its trace; the comparison itself needs no copy.
-            if (trace.IsActive() && text.GetLengthInChar() >= length) ORXTrunc(value, length);
-            result = SdaiBoolean(text.ComparePart(0, length, kMarker.View()) == 2);
+            if (trace.IsActive() && text.GetLengthInChar() >= kMarkerLength) {
+                ORXTrunc(value, kMarkerLength);
+            }
+            result = SdaiBoolean(text.ComparePart(0, kMarkerLength, kMarker) == 2);
         }
         trace.Line(" Valeur retournee : ", result);
     });
@@ -45,7 +47,6 @@ SdaiPrimitiveH DecodeNARVOV5(const SdaiPrimitiveH& key, const SdaiPrimitiveH& pl
             result = SdaiPrimitiveH();
             return;
         }
-        result =
-            orx::DecodeKey(static_cast<const SdaiString&>(key), kMarker.GetLengthInChar(), place);
+        result = orx::DecodeKey(static_cast<const SdaiString&>(key), kMarkerLength, place);
     });
 }
