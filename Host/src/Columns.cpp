@@ -8,7 +8,7 @@
 #include <iostream>
 
 #include "Console.h"
-#include "Html.h"
+#include "Printable.h"
 
 namespace host {
 
@@ -77,7 +77,7 @@ void Columns::Release() {
     const std::size_t widest = form_ == Form::Box ? std::string::npos : kWidest;
     const auto widen = [this, widest](const std::vector<std::string>& fields) {
         for (std::size_t i = 0; i < std::min(fields.size(), widths_.size()); ++i) {
-            widths_[i] = std::max(widths_[i], std::min(Characters(fields[i]), widest));
+            widths_[i] = std::max(widths_[i], std::min(DisplayWidth(fields[i]), widest));
         }
     };
     widen(headers_);
@@ -96,7 +96,7 @@ void Columns::WriteFitted(const std::vector<std::string>& fields, bool isHeader)
 void Columns::WriteBoxed(const std::vector<std::string>& fields) const {
     std::string line;
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        const std::size_t width = Characters(fields[i]);
+        const std::size_t width = DisplayWidth(fields[i]);
         line += i == 0 ? "│ " : " │ ";
         line += fields[i];
         if (width < widths_[i]) line.append(widths_[i] - width, ' ');
@@ -118,7 +118,7 @@ void Columns::WriteAligned(const std::vector<std::string>& fields, bool isHeader
     for (std::size_t i = 0; i < fields.size(); ++i) {
         line += fields[i];
         if (i + 1 == fields.size()) break;
-        const std::size_t width = Characters(fields[i]);
+        const std::size_t width = DisplayWidth(fields[i]);
         if (i < widths_.size() && width < widths_[i]) line.append(widths_[i] - width, ' ');
         line += kGap;
     }

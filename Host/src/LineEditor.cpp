@@ -32,7 +32,12 @@ std::string CommonStart(const std::vector<std::string>& names) {
         const std::string folded = kor::Folded(name);
         const std::string other = kor::Folded(common);
         const auto end = std::mismatch(other.begin(), other.end(), folded.begin(), folded.end());
-        common.resize(static_cast<std::size_t>(end.first - other.begin()));
+        auto size = static_cast<std::size_t>(end.first - other.begin());
+        // Whole characters.
+        while (size < common.size() && (static_cast<unsigned char>(common[size]) & 0xC0) == 0x80) {
+            --size;
+        }
+        common.resize(size);
     }
     return common;
 }
@@ -45,14 +50,15 @@ void List(const std::vector<std::string>& names) {
     const std::size_t width = known ? size.ws_col : 80;
     const std::size_t count = std::min(names.size(), kMost);
     std::size_t longest = 0;
-    for (std::size_t i = 0; i < count; ++i) longest = std::max(longest, names[i].size());
+    for (std::size_t i = 0; i < count; ++i) longest = std::max(longest, DisplayWidth(names[i]));
     const std::size_t columns = std::max<std::size_t>(1, width / (longest + 2));
     const std::size_t rows = (count + columns - 1) / columns;
     std::cout << '\n';
     for (std::size_t row = 0; row < rows; ++row) {
         for (std::size_t i = row; i < count; i += rows) {
             std::cout << Printable(names[i]);
-            if (i + rows < count) std::cout << std::string(longest + 2 - names[i].size(), ' ');
+            if (i + rows < count)
+                std::cout << std::string(longest + 2 - DisplayWidth(names[i]), ' ');
         }
         std::cout << '\n';
     }

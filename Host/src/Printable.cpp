@@ -2,6 +2,9 @@
 
 #include "Printable.h"
 
+#include <locale.h>
+#include <wchar.h>
+
 #include <algorithm>
 #include <iterator>
 
@@ -53,6 +56,23 @@ std::string Printable(std::string_view utf8) {
     std::string printable;
     WritePrintable(utf8, [&printable](std::string_view piece) { printable += piece; });
     return printable;
+}
+
+std::size_t DisplayWidth(std::string_view utf8) {
+    // Whatever the locale of the user: texts are UTF-8.
+    static const locale_t kLocale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    const locale_t before = kLocale != nullptr ? uselocale(kLocale) : nullptr;
+    std::size_t width = 0;
+    while (!utf8.empty()) {
+        const Character character = FirstOf(utf8);
+        const int columns = kLocale != nullptr && !IsControl(character.code)
+                                ? wcwidth(static_cast<wchar_t>(character.code))
+                                : 1;
+        width += columns < 0 ? 1 : static_cast<std::size_t>(columns);
+        utf8.remove_prefix(character.length);
+    }
+    if (kLocale != nullptr) uselocale(before);
+    return width;
 }
 
 }  // namespace host

@@ -43,6 +43,10 @@ void WritePrintable(std::string_view utf8, Write write) {
 
 std::string Printable(std::string_view utf8);
 
+// The columns that a printable text takes on a terminal: two for a wide character, none for a mark
+// that combines with the one before.
+std::size_t DisplayWidth(std::string_view utf8);
+
 }  // namespace host
 
 #endif

@@ -193,22 +193,21 @@ class ShellSession {
         }
         const std::string_view line = rest.substr(0, rest.find('\n'));
         if (line.empty()) return;
-        // A tab stays one; a character of several bytes has one column.
-        const auto shown = [](std::string_view text) {
-            std::string printable;
+        // A tab stays one.
+        const auto piecewise = [](std::string_view text, const auto& shown) {
+            std::string whole;
             for (std::size_t tab = text.find('\t'); tab != std::string_view::npos;
                  tab = text.find('\t')) {
-                printable += Printable(text.substr(0, tab)) + '\t';
+                whole += shown(text.substr(0, tab)) + '\t';
                 text.remove_prefix(tab + 1);
             }
-            return printable + Printable(text);
+            return whole + shown(text);
         };
-        std::string blanks = shown(line.substr(0, position.column - 1));
-        std::erase_if(blanks,
-                      [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; });
-        std::replace_if(
-            blanks.begin(), blanks.end(), [](char c) { return c != '\t'; }, ' ');
-        std::cerr << "    " << shown(line) << "\n    " << blanks
+        const auto blanksOf = [](std::string_view text) {
+            return std::string(DisplayWidth(Printable(text)), ' ');
+        };
+        std::cerr << "    " << piecewise(line, Printable) << "\n    "
+                  << piecewise(line.substr(0, position.column - 1), blanksOf)
                   << Coloured("^", Colour::Red, HasColours(STDERR_FILENO)) << '\n';
     }
 

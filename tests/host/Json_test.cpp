@@ -87,6 +87,17 @@ TEST(Printable, LeavesNothingThatATerminalActsOn) {
     EXPECT_EQ(Printable(""), "");
 }
 
+TEST(Width, CountsTheColumnsOfATerminal) {
+    EXPECT_EQ(host::DisplayWidth(""), 0U);
+    EXPECT_EQ(host::DisplayWidth("Bolt"), 4U);
+    EXPECT_EQ(host::DisplayWidth("\u0141\u00F3d\u017A"), 4U);
+    EXPECT_EQ(host::DisplayWidth("\u8F74\u627F"), 4U);  // wide
+    EXPECT_EQ(host::DisplayWidth("e\u0301"), 1U);       // combining
+    EXPECT_EQ(host::DisplayWidth("\U0001F600"), 2U);    // beyond the BMP
+    EXPECT_EQ(host::DisplayWidth("\uFF21\uFF76"), 3U);  // full and half width
+    EXPECT_EQ(host::DisplayWidth("\uFFFD"), 1U);
+}
+
 // ---- What orx writes
 
 namespace {

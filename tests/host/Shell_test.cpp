@@ -66,6 +66,16 @@ TEST_F(Shell, PointsIntoTheLineOfAStatementAndCountsCharacters) {
               "zz\n    \t ^\n");
 }
 
+TEST_F(Shell, PointsBelowWideAndCombiningCharacters) {
+    // Two columns for each of the first two characters; a letter with an accent of its own has one.
+    EXPECT_EQ(Type("('\u8F74\u627F', zz)\n").err,
+              "orx: 1:12: unknown name 'zz' (a text stands between single quotes: 'zz')\n    "
+              "('\u8F74\u627F', zz)\n             ^\n");
+    EXPECT_EQ(Type("('e\u0301', zz)\n").err,
+              "orx: 1:9: unknown name 'zz' (a text stands between single quotes: 'zz')\n    "
+              "('e\u0301', zz)\n          ^\n");
+}
+
 TEST_F(Shell, TellsAStatementWithoutAnEnd) {
     const OrxResult result = Type("1\nGetMemberCount((1.,\n");
     EXPECT_EQ(result.out, "1\n");
@@ -266,6 +276,54 @@ TEST_F(Shell, EditsAndCompletesOnATerminal) {
     terminal.ReadUpTo("orx> ");
     terminal.Press("\x04");
     EXPECT_EQ(terminal.ExitStatus(), 0);
+}
+
+TEST_F(Shell, AlignsWideAndCombiningCharacters) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    folder.Write("parts.stp", ExchangeFile("AUTOMOTIVE_DESIGN",
+                                       "#1=PRODUCT('a','\u8F74\u627F','',());\n"
+                                       "#2=PRODUCT('b','Nut','',());\n"
+                                       "#3=PRODUCT('c','e\u0301','',());\n"
+                                       "#4=PRODUCT('d','\U0001F600','',());\n"));
+    Terminal terminal(folder.Path());
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("EACH p IN PRODUCT: p.NAME; p.ID\r");
+    // The widest name takes six columns, quotes included.
+    EXPECT_THAT(terminal.ReadUpTo("'d'"), HasSubstr("p   p.NAME  p.ID\r\n"
+                                                    "#1  '\u8F74\u627F'  'a'\r\n"
+                                                    "#2  'Nut'   'b'\r\n"
+                                                    "#3  'e\u0301'     'c'\r\n"
+                                                    "#4  '\U0001F600'    'd'"));
+}
+
+TEST_F(Shell, CompletesNamesInEveryLanguage) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    const auto write = [this](const std::string& name) {
+        folder.Write(name, ExchangeFile("AUTOMOTIVE_DESIGN", "#1=PRODUCT('" + name + "','','',());\n"));
+    };
+    // Two that begin with the same letter, and then with the same byte of another.
+    const std::string door = "\u0434\u0432\u0435\u0440\u044C.stp";
+    const std::string house = "\u0434\u043E\u043C.stp";
+    write(door);
+    write(house);
+    Terminal terminal(folder.Path(), {"-m", door, "-m", house});
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("@\t\u043E\t#1.ID\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n'" + house + "'"), HasSubstr("\n'" + house + "'"));
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("@\u0434\u0432\t#1.ID\r");
+    EXPECT_THAT(terminal.ReadUpTo("\n'" + door + "'"), HasSubstr("\n'" + door + "'"));
+}
+
+TEST_F(Shell, ListsNamesInColumnsOfWideCharacters) {
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    for (const char* name : {"a\u8F74.stp", "bolts.stp", "c.stp"}) {
+        folder.Write(name, ExchangeFile("AUTOMOTIVE_DESIGN", ""));
+    }
+    Terminal terminal(folder.Path(), {"-m", "a\u8F74.stp", "-m", "bolts.stp", "-m", "c.stp"});
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("@\t");
+    EXPECT_THAT(terminal.ReadUpTo("  c"), HasSubstr("\na\u8F74    bolts  c"));
 }
 
 TEST_F(Shell, RemembersLines) {

@@ -127,7 +127,10 @@ class PseudoTerminal {
         if (const char* file = ptsname(main_)) file_ = file;
         other_ = open(file_.c_str(), O_RDWR | O_NOCTTY);
         termios settings{};
-        if (other_ < 0 || tcgetattr(other_, &settings) != 0) return file_.clear();
+        if (other_ < 0 || tcgetattr(other_, &settings) != 0) {
+            file_.clear();
+            return;
+        }
         cfmakeraw(&settings);
         tcsetattr(other_, TCSANOW, &settings);
     }
