@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Measures what data made for the purpose cost: scripts/bench --worst
 
-Each row is an input of one shape, made in two sizes, the second four times the first, and read by a
-process of its own. Time may grow as the input does, and memory may be 30 bytes for a byte (45 where
-an instance is of several types that no schema declares) beyond what any run takes. A shape that no data have is limited instead: it may take as much as the limit allows,
-and is refused beyond it, with a message. The table tells both; the exit status is 1 when a row does
+Each row is an input of one shape, made in two sizes, the second four times the first, and read, shown
+or run by a process of its own. Time may grow as the input does, and memory may be 30 bytes for a byte
+(45 where an instance is of several types that no schema declares) beyond what any run takes. A shape
+that no data have is limited instead: it may take as much as the limit allows, and is refused beyond
+it, with a message. The table tells both; the exit status is 1 when a row does
 not keep to that.
 """
 
@@ -32,6 +33,20 @@ def data(text):
 
 def schema(text):
     return "-s", "SCHEMA s;\n" + text + "END_SCHEMA;\n"
+
+
+def tree(n):
+    """A part in n levels, each of which has the next one twice: 2 ** n paths."""
+    parts = "".join(f"#{i}=PART_OBJECT('P{i}',$,$,$,$,(#{n + 2 * i},#{n + 2 * i + 1}),$,$,$,$);\n"
+                    f"#{n + 2 * i}=PART_LINK('a',#{i},#{i + 1},$,$,$,$);\n"
+                    f"#{n + 2 * i + 1}=PART_LINK('b',#{i},#{i + 1},$,$,$,$);\n"
+                    for i in range(1, n))
+    last = f"#{n}=PART_OBJECT('P{n}',$,$,$,$,$,$,$,$,$);\n"
+    return "tree", HEADER.replace("AUTOMOTIVE_DESIGN", "cdma") + parts + last + END
+
+
+def script(text):
+    return "run", text
 
 
 def chain(n):
@@ -90,6 +105,12 @@ SHAPES = [
     ("unknown names",
      lambda n: schema("".join(
          f"ENTITY e{i}; a : unknown_name_{i}; END_ENTITY;\n" for i in range(n))), 5_000, True),
+    ("a tree of as many paths", tree, 100, True),
+    ("lists in lists", lambda n: script("LET a = (1)\n" + "LET a = (a)\n" * n), 10_000, True),
+    ("unknown functions", lambda n: script(
+        "".join(f"GetMembrCount{i}((1.))\n" for i in range(n))), 2_500, True),
+    ("unknown names in a script", lambda n: script(
+        "".join(f"LET name{i} = {i}\n" for i in range(n)) + "nama1\n" * n), 1_000, True),
 ]
 
 
@@ -116,8 +137,13 @@ def measure(orx, folder, make, n):
         with open(text, "w", encoding="latin-1") as rest:
             while piece := file.read(1 << 20):
                 rest.write(piece)
-    models = ["-m", text] if option == "-m" else ["-s", text, "-m", empty]
-    process = subprocess.Popen([orx, "describe", "--json", *models], stdout=subprocess.DEVNULL,
+    arguments = {
+        "-m": ["describe", "--json", "-m", text],
+        "-s": ["describe", "--json", "-s", text, "-m", empty],
+        "tree": ["tree", "-m", text],
+        "run": ["run", "--keep-going", text],
+    }[option]
+    process = subprocess.Popen([orx, *arguments], stdout=subprocess.DEVNULL,
                                stderr=subprocess.PIPE, text=True, errors="replace")
     message = process.stderr.readline()
     process.stderr.read()
@@ -144,7 +170,7 @@ def main():
                 length, seconds, memory, status, message = measure(orx, folder, make, n)
                 times.append(seconds)
                 growth = times[-1] / max(times[0], SHORT) if n != size else 1
-                refused = status == 2 and message != ""
+                refused = status in (1, 2) and message != ""
                 per_byte = MOST_BYTES_OF_COMPLEX if "complex" in name else MOST_BYTES
                 most = LIMITED if limited else BASE + per_byte * length
                 good = (status == 0 or (refused and limited)) and growth <= MOST_GROWTH
