@@ -281,10 +281,10 @@ TEST_F(Shell, EditsAndCompletesOnATerminal) {
 TEST_F(Shell, AlignsWideAndCombiningCharacters) {
     if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
     folder.Write("parts.stp", ExchangeFile("AUTOMOTIVE_DESIGN",
-                                       "#1=PRODUCT('a','\u8F74\u627F','',());\n"
-                                       "#2=PRODUCT('b','Nut','',());\n"
-                                       "#3=PRODUCT('c','e\u0301','',());\n"
-                                       "#4=PRODUCT('d','\U0001F600','',());\n"));
+                                           "#1=PRODUCT('a','\u8F74\u627F','',());\n"
+                                           "#2=PRODUCT('b','Nut','',());\n"
+                                           "#3=PRODUCT('c','e\u0301','',());\n"
+                                           "#4=PRODUCT('d','\U0001F600','',());\n"));
     Terminal terminal(folder.Path());
     terminal.ReadUpTo("orx> ");
     terminal.Press("EACH p IN PRODUCT: p.NAME; p.ID\r");
@@ -299,7 +299,8 @@ TEST_F(Shell, AlignsWideAndCombiningCharacters) {
 TEST_F(Shell, CompletesNamesInEveryLanguage) {
     if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
     const auto write = [this](const std::string& name) {
-        folder.Write(name, ExchangeFile("AUTOMOTIVE_DESIGN", "#1=PRODUCT('" + name + "','','',());\n"));
+        folder.Write(name,
+                     ExchangeFile("AUTOMOTIVE_DESIGN", "#1=PRODUCT('" + name + "','','',());\n"));
     };
     // Two that begin with the same letter, and then with the same byte of another.
     const std::string door = "\u0434\u0432\u0435\u0440\u044C.stp";
