@@ -104,14 +104,21 @@ CLI::Validator NotNegative() {
         "");
 }
 
-void AddJsonFlag(CLI::App& command, Options& options) {
-    command.add_flag("--json", options.json, "one JSON object a result (UTF-8)");
+CLI::Option* AddJsonFlag(CLI::App& command, Options& options) {
+    return command.add_flag("--json", options.json, "one JSON object a result (UTF-8)");
 }
 
-void AddFormFlags(CLI::App& command, Options& options) {
-    AddJsonFlag(command, options);
-    command.add_flag("--csv", options.csv, "rows as CSV, headers first")
-        ->excludes(command.get_option("--json"));
+struct FormFlags {
+    CLI::Option* json;
+    CLI::Option* csv;
+};
+
+FormFlags AddFormFlags(CLI::App& command, Options& options) {
+    // Options are not looked up by name: CLI11 ends the program where that needs memory.
+    CLI::Option* json = AddJsonFlag(command, options);
+    CLI::Option* csv = command.add_flag("--csv", options.csv, "rows as CSV, headers first");
+    csv->excludes(json);
+    return {json, csv};
 }
 
 void AddRootOption(CLI::App& command, Options& options) {
@@ -126,10 +133,10 @@ void AddInPlaceFlag(CLI::App& command, Options& options) {
 }
 
 void AddMisfitFlags(CLI::App& command, Options& options) {
-    command.add_flag("--quiet", options.quiet,
-                     "no warning of an argument that is of another kind than a function takes");
-    command.add_flag("--strict", options.strict, "an error in its place")
-        ->excludes(command.get_option("--quiet"));
+    CLI::Option* quiet =
+        command.add_flag("--quiet", options.quiet,
+                         "no warning of an argument that is of another kind than a function takes");
+    command.add_flag("--strict", options.strict, "an error in its place")->excludes(quiet);
 }
 
 void AddTraceOption(CLI::App& command, Options& options) {
@@ -401,10 +408,8 @@ int Main(int argc, char** argv) {
     AddSchemaAndModelOptions(*sql, options);
     AddTraceOption(*sql, options);
     AddModuleOption(*sql, options);
-    AddFormFlags(*sql, options);
-    sql->add_flag("--box", options.box, "rows as boxes")
-        ->excludes(sql->get_option("--json"))
-        ->excludes(sql->get_option("--csv"));
+    const FormFlags forms = AddFormFlags(*sql, options);
+    sql->add_flag("--box", options.box, "rows as boxes")->excludes(forms.json)->excludes(forms.csv);
     sql->add_option("QUERY", options.expressions,
                     "queries (\"-\": standard input); without -m, the data set before them")
         ->required();
