@@ -393,6 +393,14 @@ TEST(UseText, IsBuiltChangedAndSearched) {
     text.Append("!");
     EXPECT_EQ(text.Compare("wheelhee!"), 2);
     EXPECT_EQ(text.Compare("x"), 0);
+    // The text may have characters beyond U+00FF, elsewhere or in the part.
+    for (const KORUnicodeString& whole :
+         {text, KORUnicodeString::FromUtf8("wheelhee!Ł"), KORUnicodeString::FromUtf8("wheelŁ")}) {
+        EXPECT_EQ(whole.ComparePart(0, 5, "wheel"), 2);
+        EXPECT_EQ(whole.ComparePart(0, 3, "wheel"), 1);
+        EXPECT_EQ(whole.ComparePart(1, 3, "wheel"), 0);
+    }
+    EXPECT_EQ(KORUnicodeString::FromUtf8("wheŁl").ComparePart(0, 5, "wheel"), 0);
     const char* converted = text.ConvertToChar();
     const char* cast = text.CastToCharPtr();
     const char* implicit = text;

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import argparse
 import contextlib
+import logging
 import os
 import signal
 import sys
@@ -177,6 +178,8 @@ def report_dry(outcome: Outcome) -> None:
 def main(arguments: list[str] | None = None) -> int:
     options = parser().parse_intermixed_args(arguments)
     bar = Watch() if options.quiet else Bar()
+    # What a part of the cluster says of its own end comes even after the run, when its futures go.
+    logging.getLogger("asyncio").setLevel(logging.CRITICAL)
     for number in (signal.SIGINT, signal.SIGTERM):
         signal.signal(number, bar.stop)
     try:
