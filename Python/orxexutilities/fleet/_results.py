@@ -412,7 +412,7 @@ class CsvStore(SqliteStore):
         unfinished = path.with_name(f".{path.name}.part")
         try:
             with open(unfinished, "w", encoding="utf-8", newline="") as file:
-                writer = csv.writer(file)
+                writer = csv.writer(file, lineterminator="\n")
                 writer.writerow(["file", *table.columns])
                 writer.writerows((table.file, *map(_text, row)) for row in table.rows)
                 file.flush()
