@@ -1,7 +1,9 @@
 // orx schema: a schema as EXPRESS, or the tables that hold its data sets.
 
+#include <algorithm>
 #include <iostream>
-#include <regex>
+#include <string>
+#include <string_view>
 
 #include "Commands.h"
 #include "Console.h"
@@ -12,17 +14,30 @@ namespace host {
 
 namespace {
 
+// Whether only blanks precede the position in its line.
+bool BeginsLine(std::string_view text, std::size_t at) {
+    const std::size_t before = text.substr(0, at).find_last_not_of(" \t");
+    return before == std::string_view::npos || text[before] == '\n' || text[before] == '\r';
+}
+
 // A schema in a text of several: from SCHEMA to END_SCHEMA; empty where it is not there.
 std::string SchemaIn(const std::string& text, std::string_view name) {
-    const auto flags = std::regex::icase | std::regex::multiline;
-    const std::regex start("^[ \t]*SCHEMA\\s+" + std::string(name) + "\\b", flags);
-    const std::regex end("\\bEND_SCHEMA\\s*;", flags);
-    std::smatch first;
-    std::smatch last;
-    if (!std::regex_search(text, first, start)) return {};
-    const auto begin = text.begin() + first.position();
-    if (!std::regex_search(begin, text.end(), last, end)) return {};
-    return std::string(begin, last[0].second) + '\n';
+    const std::string folded = kor::Folded(text);
+    const std::string wanted = kor::Folded(name);
+    static constexpr std::string_view kSchema = "SCHEMA";
+    std::size_t at = folded.find(kSchema);
+    for (; at != std::string::npos; at = folded.find(kSchema, at + 1)) {
+        const std::size_t after = at + kSchema.size();
+        const std::size_t word = folded.find_first_not_of(" \t\r\n", after);
+        if (word == std::string::npos) return {};
+        const std::size_t end = std::min(folded.find_first_of("; \t\r\n", word), folded.size());
+        if (word == after || folded.substr(word, end - word) != wanted || !BeginsLine(text, at)) {
+            continue;
+        }
+        const std::size_t last = folded.find(';', folded.find("END_SCHEMA", end));
+        return last == std::string::npos ? "" : text.substr(at, last + 1 - at) + '\n';
+    }
+    return {};
 }
 
 }  // namespace
