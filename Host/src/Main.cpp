@@ -184,6 +184,7 @@ void AddKeepGoingFlag(CLI::App& command, Options& options) {
 
 std::vector<std::string> NamesOf(const std::vector<const CLI::App*>& commands) {
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (const CLI::App* command : commands) names.push_back(command->get_name());
     return names;
 }

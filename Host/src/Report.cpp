@@ -276,7 +276,7 @@ class ModelReport {
 
 // The default name of the page, which must not exist yet.
 std::string NewPage(const Session& session) {
-    const std::string file = session.Models().front().name + ".html";
+    std::string file = session.Models().front().name + ".html";
     std::error_code error;
     if (std::filesystem::exists(file, error)) {
         Refuse(file + ": is there already (--output " + file + " replaces it)");

@@ -105,6 +105,7 @@ class Rows {
             return;
         }
         std::vector<std::string> fields;
+        fields.reserve(static_cast<std::size_t>(count));
         for (int i = 0; i < count; ++i) fields.push_back(FieldAt(statement_, i, form_));
         columns_.Add(std::move(fields));
     }
