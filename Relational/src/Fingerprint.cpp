@@ -176,6 +176,7 @@ bool TakeHeaderRow(const HeaderRow& row, exchange::DataSet& dataSet) {
 
 std::vector<std::string> AsTexts(const std::vector<HeaderRow>& rows) {
     std::vector<std::string> texts;
+    texts.reserve(rows.size());
     for (const HeaderRow& row : rows) texts.push_back(row.section + ' ' + row.text);
     return texts;
 }
