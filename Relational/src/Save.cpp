@@ -15,7 +15,6 @@
 
 namespace relational {
 
-using exchange::ColumnKind;
 using kor::Cell;
 
 namespace {

@@ -38,6 +38,7 @@ std::vector<HeaderRow> ReadHeader(Database& database, const Relations& relations
     std::stable_sort(placed.begin(), placed.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<HeaderRow> header;
+    header.reserve(placed.size());
     for (auto& [position, one] : placed) header.push_back(std::move(one));
     return header;
 }
