@@ -388,5 +388,5 @@ TEST_F(Errors, CostNoMoreThanTheyAreWorth) {
     };
     const auto before = spent();
     EXPECT_EQ(Lines(Run(script, {"--keep-going"}).err).size(), 5'000U);
-    EXPECT_LT(spent() - before, 30);
+    EXPECT_LT(spent() - before, 20);
 }
