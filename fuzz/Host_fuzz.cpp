@@ -13,10 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "Commands.h"
-#include "Console.h"
 #include "Input.h"
-#include "Printable.h"
+#include "commands/Commands.h"
+#include "console/Console.h"
+#include "console/Printable.h"
 
 namespace {
 

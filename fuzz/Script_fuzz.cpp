@@ -3,9 +3,9 @@
 
 #include <iostream>
 
-#include "Evaluator.h"
 #include "Input.h"
-#include "Script.h"
+#include "script/Evaluator.h"
+#include "script/Script.h"
 
 namespace {
 

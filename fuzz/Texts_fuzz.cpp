@@ -3,7 +3,7 @@
 #include "Input.h"
 #include "KORDMNarvo.h"
 #include "KORLocale.h"
-#include "Names.h"
+#include "services/Suggestions.h"
 
 namespace {
 

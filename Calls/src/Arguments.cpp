@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "Aggregate.h"
-#include "Cell.h"
+#include "model/Aggregate.h"
+#include "model/Cell.h"
 
 namespace calls {
 

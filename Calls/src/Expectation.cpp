@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "Aggregate.h"
-#include "Cell.h"
-#include "Model.h"
+#include "model/Aggregate.h"
+#include "model/Cell.h"
+#include "model/Model.h"
 
 namespace calls {
 

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "Dictionary.h"
 #include "SdaiPrimitiveH.h"
+#include "model/Dictionary.h"
 
 namespace calls {
 

@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "Aggregate.h"
 #include "KORMemory.h"
+#include "model/Aggregate.h"
 
 namespace calls {
 

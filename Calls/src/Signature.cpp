@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "Cell.h"
+#include "model/Cell.h"
 
 namespace calls {
 

@@ -17,7 +17,7 @@
 #include <functional>
 #include <string>
 
-#include "Model.h"
+#include "model/Model.h"
 
 namespace exchange {
 

@@ -9,7 +9,7 @@
 #include <map>
 #include <string>
 
-#include "Model.h"
+#include "model/Model.h"
 
 namespace exchange {
 

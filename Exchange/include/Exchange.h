@@ -22,8 +22,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Dictionary.h"
-#include "Model.h"
+#include "model/Dictionary.h"
+#include "model/Model.h"
 
 namespace exchange {
 

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "Exchange.h"
-#include "Model.h"
+#include "model/Model.h"
 
 namespace exchange {
 

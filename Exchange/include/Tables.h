@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "Cell.h"
-#include "Dictionary.h"
+#include "model/Cell.h"
+#include "model/Dictionary.h"
 
 namespace exchange {
 

@@ -14,8 +14,8 @@
 #include <utility>
 #include <vector>
 
-#include "Aggregate.h"
 #include "ExchangeText.h"
+#include "model/Aggregate.h"
 
 namespace exchange {
 

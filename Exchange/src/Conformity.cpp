@@ -7,8 +7,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "Aggregate.h"
 #include "ExchangeText.h"
+#include "model/Aggregate.h"
 
 namespace exchange {
 

@@ -7,9 +7,9 @@
 #include <limits>
 
 #include "ExchangeText.h"
-#include "Model.h"
 #include "Quoted.h"
-#include "Utf8.h"
+#include "model/Model.h"
+#include "services/Utf8.h"
 
 namespace exchange {
 

@@ -12,11 +12,11 @@
 #include <string>
 #include <string_view>
 
-#include "Cell.h"
-#include "Dictionary.h"
 #include "ExchangeText.h"
 #include "Input.h"
 #include "Problems.h"
+#include "model/Cell.h"
+#include "model/Dictionary.h"
 
 namespace exchange {
 

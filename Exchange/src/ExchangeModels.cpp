@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "Exchange.h"
+#include "services/Suggestions.h"
 
 namespace exchange {
 

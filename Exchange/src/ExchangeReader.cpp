@@ -16,6 +16,7 @@
 #include "Problems.h"
 #include "Quoted.h"
 #include "SecondHalf.h"
+#include "services/Suggestions.h"
 
 namespace exchange {
 

@@ -8,10 +8,10 @@
 #include <type_traits>
 #include <utility>
 
-#include "Cell.h"
 #include "CodePages.h"
-#include "Literals.h"
-#include "Utf8.h"
+#include "model/Cell.h"
+#include "model/Literals.h"
+#include "services/Utf8.h"
 
 namespace exchange {
 

@@ -8,11 +8,11 @@
 #include <ctime>
 #include <set>
 
-#include "Aggregate.h"
 #include "Exchange.h"
 #include "ExchangeText.h"
 #include "InstanceTexts.h"
 #include "TargetFile.h"
+#include "model/Aggregate.h"
 
 namespace exchange {
 

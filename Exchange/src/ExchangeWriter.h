@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "Cell.h"
+#include "model/Cell.h"
 
 namespace exchange {
 

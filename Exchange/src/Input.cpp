@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "Utf8.h"
+#include "services/Utf8.h"
 
 namespace exchange {
 

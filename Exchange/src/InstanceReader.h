@@ -13,7 +13,7 @@
 
 #include "Exchange.h"
 #include "ExchangeLexer.h"
-#include "Model.h"
+#include "model/Model.h"
 
 namespace exchange {
 

@@ -10,11 +10,12 @@
 #include <unordered_map>
 
 #include "Calls.h"
-#include "Cell.h"
 #include "DataSets.h"
 #include "KORDMInstance.h"
 #include "Package.h"
 #include "Trace.h"
+#include "model/Cell.h"
+#include "services/Suggestions.h"
 
 namespace py = pybind11;
 

@@ -7,6 +7,7 @@
 #include "Expectation.h"
 #include "Package.h"
 #include "Users.h"
+#include "services/Suggestions.h"
 
 namespace python {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Model.h"
+#include "model/Model.h"
 
 namespace python {
 

@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <vector>
 
-#include "Aggregate.h"
 #include "Arguments.h"
-#include "Cell.h"
 #include "Package.h"
+#include "model/Aggregate.h"
+#include "model/Cell.h"
 
 namespace python {
 

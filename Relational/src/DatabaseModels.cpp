@@ -3,6 +3,7 @@
 #include "DatabaseModels.h"
 
 #include "DataSets.h"
+#include "services/Suggestions.h"
 
 namespace relational {
 

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "Aggregate.h"
+#include "model/Aggregate.h"
 
 namespace relational {
 

@@ -11,7 +11,7 @@
 
 #include "Database.h"
 #include "Exchange.h"
-#include "Model.h"
+#include "model/Model.h"
 
 namespace relational {
 

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Dictionary.h"
 #include "Tables.h"
+#include "model/Dictionary.h"
 
 namespace relational {
 

@@ -9,6 +9,7 @@
 #include "Layout.h"
 #include "Stored.h"
 #include "Values.h"
+#include "services/Suggestions.h"
 
 namespace relational {
 

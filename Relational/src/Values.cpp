@@ -7,9 +7,9 @@
 #include <cmath>
 #include <limits>
 
-#include "Aggregate.h"
 #include "ExchangeText.h"
-#include "Utf8.h"
+#include "model/Aggregate.h"
+#include "services/Utf8.h"
 
 namespace relational {
 

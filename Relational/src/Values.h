@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "Cell.h"
 #include "Database.h"
 #include "InstanceTexts.h"
 #include "Layout.h"
-#include "Model.h"
+#include "model/Cell.h"
+#include "model/Model.h"
 
 namespace relational {
 

@@ -5,8 +5,8 @@
 #include <stdexcept>
 
 #include "Functions.h"
-#include "Names.h"
 #include "VirtualTable.h"
+#include "model/NameTable.h"
 
 namespace sql {
 

@@ -6,7 +6,8 @@
 #include <charconv>
 #include <stdexcept>
 
-#include "Names.h"
+#include "model/NameTable.h"
+#include "services/Suggestions.h"
 
 namespace sql {
 

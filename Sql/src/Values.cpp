@@ -6,11 +6,11 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
-#include "Aggregate.h"
 #include "Arguments.h"
-#include "Cell.h"
 #include "Signature.h"
-#include "Utf8.h"
+#include "model/Aggregate.h"
+#include "model/Cell.h"
+#include "services/Utf8.h"
 
 namespace sql {
 

@@ -10,11 +10,11 @@
 #include <set>
 #include <stdexcept>
 
-#include "Aggregate.h"
-#include "Names.h"
 #include "SdaiUsers.h"
 #include "Tables.h"
 #include "Values.h"
+#include "model/Aggregate.h"
+#include "model/NameTable.h"
 
 namespace sql {
 

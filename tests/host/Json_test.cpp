@@ -1,13 +1,13 @@
 // JSON output, and texts made safe for terminals.
 
-#include "Json.h"
+#include "console/Json.h"
 
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
 
 #include "HostTest.h"
-#include "Printable.h"
+#include "console/Printable.h"
 
 using host::Json;
 using host::Printable;

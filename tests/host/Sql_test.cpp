@@ -1,7 +1,7 @@
 // `orx sql`, and `.sql` in the shell.
 
 #include "HostTest.h"
-#include "SqlQuery.h"
+#include "script/SqlQuery.h"
 
 using testing::Contains;
 using testing::ElementsAre;

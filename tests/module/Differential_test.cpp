@@ -6,10 +6,10 @@
 #include <numeric>
 
 #include "ORXExUtilities.h"
-#include "Output.h"
 #include "SeededChoices.h"
 #include "TestModel.h"
 #include "TraceCapture.h"
+#include "console/Display.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 
 #include "Allocations.h"
 #include "ORXExUtilities.h"
-#include "Output.h"
 #include "TypicalCalls.h"
+#include "console/Display.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "ORXExUtilities.h"
-#include "Output.h"
 #include "TestModel.h"
 #include "TypicalCalls.h"
+#include "console/Display.h"
 
 namespace {
 

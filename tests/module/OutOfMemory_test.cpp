@@ -13,10 +13,10 @@
 
 #include "Allocations.h"
 #include "ORXExUtilities.h"
-#include "Output.h"
 #include "TestModel.h"
 #include "TraceCapture.h"
 #include "TypicalCalls.h"
+#include "console/Display.h"
 
 using testing::AnyOf;
 using testing::Each;

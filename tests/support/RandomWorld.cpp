@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "KORDMInstance.h"
-#include "Output.h"
+#include "console/Display.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 #include "Module.h"
 #include "ORXExportTable.h"
-#include "Session.h"
+#include "script/Session.h"
 
 // A source of choices.
 class Choices {

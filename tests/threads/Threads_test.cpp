@@ -6,8 +6,8 @@
 #include <thread>
 
 #include "KORPSNTrace.h"
-#include "Output.h"
 #include "SeededChoices.h"
+#include "console/Display.h"
 
 namespace {
 

@@ -1,0 +1,281 @@
+// Loading and saving of data sets and the module.
+
+#include "commands/Loading.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+
+#include "DataSets.h"
+#include "Signature.h"
+#include "console/Console.h"
+#include "console/Display.h"
+#include "script/Interrupt.h"
+#include "services/Suggestions.h"
+
+namespace host {
+
+namespace {
+
+// NAME=VALUE, in two parts.
+struct Named {
+    std::string name;
+    std::string value;
+};
+
+// The name may be omitted if it follows from the value.
+Named Split(const std::string& option) {
+    if (relational::IsDatabase(option)) return {"", option};
+    const std::size_t sign = option.find('=');
+    if (sign == std::string::npos || option.find('/') < sign) return {"", option};
+    return {option.substr(0, sign), option.substr(sign + 1)};
+}
+
+// Shows the progress of reading a data set on the standard error stream, if that is a terminal and
+// reading takes longer than a second: bytes of a file, instances of a database.
+class Progress {
+  public:
+    explicit Progress(const std::string& file)
+        : file_(file),
+          isDatabase_(relational::IsDatabase(file)),
+          isTerminal_(isatty(STDERR_FILENO)) {
+        std::error_code error;
+        size_ = std::filesystem::file_size(file, error);
+        if (error) size_ = 0;
+    }
+    ~Progress() {
+        if (shown_) std::cerr << "\r\033[K" << std::flush;
+    }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void Show(std::uint64_t read) {
+        if (!isTerminal_ || std::chrono::steady_clock::now() < next_) return;
+        next_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
+        shown_ = true;
+        std::cerr << "\rreading " << ReadableName(file_) << ": ";
+        if (isDatabase_) {
+            std::cerr << read << " instances";
+        } else {
+            std::cerr << read / 1'000'000 << " MB";
+        }
+        if (size_ != 0)
+            std::cerr << " (" << std::min<std::uint64_t>(100, 100 * read / size_) << "%)";
+        std::cerr << std::flush;
+    }
+
+  private:
+    const std::string& file_;
+    const bool isDatabase_;
+    const bool isTerminal_;
+    std::uint64_t size_;
+    bool shown_ = false;
+    std::chrono::steady_clock::time_point next_ =
+        std::chrono::steady_clock::now() + std::chrono::seconds(1);
+};
+
+exchange::SchemaPtr SchemaNamed(const Session& session, const std::string& name) {
+    exchange::SchemaPtr schema = session.schemas.Find(name);
+    if (schema == nullptr) {
+        Refuse("unknown schema '" + name + "'" + kor::DidYouMean(name, session.schemas.Names()) +
+               " (give its EXPRESS file with --schema)");
+    }
+    return schema;
+}
+
+NamedModel NewModel(const Session& session, const std::string& argument) {
+    const Named named = Split(argument);
+    if (named.name.empty()) Refuse("--new takes NAME=SCHEMA, found '" + argument + "'");
+    return {named.name, "", exchange::NewDataSet(SchemaNamed(session, named.value), named.name)};
+}
+
+// Whether two names lead to the same file, which need not exist yet. Two may lead to the same
+// device.
+bool IsSameFile(const std::string& first, const std::string& second) {
+    const std::filesystem::path a = relational::FileOf(first);
+    const std::filesystem::path b = relational::FileOf(second);
+    if (a.empty() || b.empty()) return first == second;
+    std::error_code error;
+    if (std::filesystem::is_character_file(a, error)) return false;
+    if (std::filesystem::equivalent(a, b, error)) return true;
+    const auto place = [](const std::filesystem::path& path) {
+        std::error_code unknown;
+        std::filesystem::path whole = std::filesystem::absolute(path, unknown);
+        // A link may be dangling.
+        for (int links = 0; links < 40 && std::filesystem::is_symlink(whole, unknown); ++links) {
+            whole = whole.parent_path() / std::filesystem::read_symlink(whole, unknown);
+        }
+        const std::filesystem::path resolved = std::filesystem::weakly_canonical(whole, unknown);
+        return unknown ? whole.lexically_normal() : resolved;
+    };
+    return place(a) == place(b);
+}
+
+bool IsStandardInput(const std::string& file) { return file == "-"; }
+
+}  // namespace
+
+std::string TextName(const std::string& file) {
+    return IsStandardInput(file) ? "<standard input>" : file;
+}
+
+std::string ReadText(const std::string& file) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
+        IsStandardInput(file) ? stdin : std::fopen(file.c_str(), "rb"), &std::fclose);
+    const auto refuse = [&file] {
+        Refuse((IsStandardInput(file) ? "the standard input" : file) +
+               ": cannot be read: " + std::strerror(errno));
+    };
+    if (opened == nullptr) refuse();
+    std::string text;
+    constexpr std::size_t kBlock = 1 << 16;
+    for (std::size_t size = 0;;) {
+        text.resize(size + kBlock);
+        size += std::fread(text.data() + size, 1, kBlock, opened.get());
+        if (std::ferror(opened.get())) refuse();
+        text.resize(size);
+        if (std::feof(opened.get())) return text;
+    }
+}
+
+namespace {
+
+NamedModel ReadModel(const Session& session, const std::string& argument, const Options& chosen) {
+    NamedModel model;
+    const Named named = Split(argument);
+    model.file = relational::ReadableName(named.value);
+    model.name = named.name;
+    if (model.name.empty()) {
+        model.name = IsStandardInput(model.file) ? "stdin" : relational::StemOf(named.value);
+    }
+    Progress progress(model.file);
+    exchange::ReadOptions options;
+    options.lenient = chosen.lenient;
+    options.threads = chosen.threads;
+    if (!chosen.as.empty()) options.schema = SchemaNamed(session, chosen.as);
+    options.progress = [&progress](std::uint64_t read) {
+        ThrowIfInterrupted();
+        progress.Show(read);
+    };
+    exchange::Messages messages;
+    model.dataSet = IsStandardInput(model.file)
+                        ? exchange::ParseDataSet(ReadText(model.file), TextName(model.file),
+                                                 session.schemas, options, messages)
+                        : relational::Open(named.value, session.schemas, options, messages);
+    Tell(messages);
+    return model;
+}
+
+}  // namespace
+
+void CheckTargets(const Options& options) {
+    std::vector<std::string> sources = options.schemas;
+    for (const Options::Model& model : options.models) {
+        if (!model.isNew) sources.push_back(Split(model.argument).value);
+    }
+    if (!options.script.empty()) sources.push_back(options.script);
+    if (std::count_if(sources.begin(), sources.end(), IsStandardInput) > 1) {
+        Refuse("the standard input (-) can be read once");
+    }
+    std::erase_if(sources, IsStandardInput);
+    std::vector<std::string> targets;
+    const auto add = [&](const std::string& target) {
+        for (const std::string& other : targets) {
+            if (IsSameFile(other, target)) Refuse(target + ": two results cannot go into one file");
+        }
+        targets.push_back(target);
+    };
+    // A model may be saved to the file it was read from.
+    for (const std::string& save : options.saves) add(Split(save).value);
+    for (const std::string& target : {options.trace, options.output}) {
+        if (target.empty() || target == "-") continue;
+        for (const std::string& source : sources) {
+            if (IsSameFile(source, target)) Refuse(target + ": is read, and not to be overwritten");
+        }
+        add(target);
+    }
+}
+
+void AddModel(Session& session, const Options::Model& model, const Options& options) {
+    NamedModel loaded = model.isNew ? NewModel(session, model.argument)
+                                    : ReadModel(session, model.argument, options);
+    if (session.Find(loaded.name) != nullptr) {
+        Refuse("two models are named '" + loaded.name + "' (name one with NAME=...)");
+    }
+    session.Add(std::move(loaded));
+}
+
+void Load(Session& session, const Options& options) {
+    for (const std::string& file : options.schemas) {
+        exchange::Messages messages;
+        std::vector<exchange::SchemaPtr> schemas =
+            IsStandardInput(file) ? exchange::ParseSchemas(ReadText(file), TextName(file), messages)
+                                  : exchange::ReadSchemas(file, messages);
+        for (exchange::SchemaPtr& schema : schemas) {
+            session.schemas.Add(std::move(schema));
+        }
+        Tell(messages);
+    }
+    for (const Options::Model& model : options.models) {
+        AddModel(session, model, options);
+    }
+}
+
+void CheckFunctions(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (orx::FindExport(name) != nullptr) continue;
+        Refuse("unknown function '" + name + "'" + kor::DidYouMean(name, calls::FunctionNames()));
+    }
+}
+
+void StartTrace(TraceView& trace, const Options& options) {
+    CheckFunctions(options.traceOnly);
+    trace.ShowOnly(options.traceOnly);
+    trace.ShowDepth(options.traceDepth);
+    const bool filtered = !options.traceOnly.empty() || options.traceDepth != 0;
+    if (options.trace.empty() && !filtered) return;
+    if (!trace.Start(options.trace.empty() ? "-" : options.trace)) {
+        Refuse(options.trace + ": the trace cannot be written");
+    }
+}
+
+std::unique_ptr<calls::Module> LoadModule(const Options& options) {
+    try {
+        return std::make_unique<calls::Module>(options.module);
+    } catch (const std::runtime_error& error) {
+        Refuse(std::string("the module cannot be loaded: ") + error.what());
+    }
+}
+
+void CheckSave(const Session& session, const std::string& save) {
+    const Named named = Split(save);
+    if (named.name.empty()) Refuse("--save takes NAME=FILE, found '" + save + "'");
+    if (session.Find(named.name) == nullptr) {
+        Refuse("unknown model '" + named.name + "'" + session.KnownModels());
+    }
+}
+
+void SaveModel(Session& session, const std::string& save, bool inPlace) {
+    CheckSave(session, save);
+    const Named named = Split(save);
+    exchange::Messages messages;
+    relational::Save(session.Find(named.name)->dataSet, named.value, messages, {inPlace});
+    Tell(messages);
+    session.NoteSaved(named.name);
+}
+
+void CheckSaves(const Session& session, const Options& options) {
+    for (const std::string& save : options.saves) CheckSave(session, save);
+}
+
+void Save(Session& session, const Options& options) {
+    for (const std::string& save : options.saves) SaveModel(session, save, options.inPlace);
+}
+
+}  // namespace host

@@ -1,0 +1,58 @@
+// Texts for pages.
+
+#include "page/Html.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace host {
+
+namespace {
+
+bool BeginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
+
+}  // namespace
+
+std::string Escaped(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        switch (c) {
+            case '&': escaped += "&amp;"; break;
+            case '<': escaped += "&lt;"; break;
+            case '>': escaped += "&gt;"; break;
+            case '"': escaped += "&quot;"; break;
+            case '\'': escaped += "&#39;"; break;
+            default: escaped += c;
+        }
+    }
+    return escaped;
+}
+
+std::string Shown(double value, int digits) {
+    char text[64];
+    const auto end =
+        std::to_chars(text, text + sizeof text, value + 0.0, std::chars_format::general, digits);
+    const std::string_view shown(text, static_cast<std::size_t>(end.ptr - text));
+    return shown == "-0" ? "0" : std::string(shown);
+}
+
+std::string Pixels(double value) {
+    char text[64];
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 1);
+    return {text, end.ptr};
+}
+
+std::size_t Characters(std::string_view utf8) {
+    return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), BeginsCharacter));
+}
+
+std::string Shortened(std::string_view utf8, std::size_t most) {
+    if (Characters(utf8) <= most) return std::string(utf8);
+    std::size_t end = 0;
+    for (std::size_t count = 0; count < most; ++end) {
+        if (end + 1 == utf8.size() || BeginsCharacter(utf8[end + 1])) ++count;
+    }
+    return std::string(utf8.substr(0, end)) + "…";
+}
+
+}  // namespace host

@@ -1,0 +1,381 @@
+// Aggregates: their layouts, members and owners.
+
+#include "model/Aggregate.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <stdexcept>
+#include <unordered_map>
+#include <vector>
+
+#include "SdaiEntityInstance.h"
+#include "model/MemberIndex.h"
+#include "services/Lasting.h"
+
+using kor::Cell;
+using kor::Tag;
+
+namespace {
+
+constexpr std::size_t kMostMembers = std::numeric_limits<std::uint32_t>::max();
+
+// The layout that can store a value of this kind.
+KORAggregateAccess::Layout LayoutFor(Tag tag) {
+    switch (tag) {
+        case Tag::Real: return KORAggregateAccess::Layout::Reals;
+        case Tag::Integer: return KORAggregateAccess::Layout::Integers;
+        case Tag::Instance: return KORAggregateAccess::Layout::Instances;
+        default: return KORAggregateAccess::Layout::Cells;
+    }
+}
+
+std::size_t MemberSize(KORAggregateAccess::Layout layout) {
+    return layout == KORAggregateAccess::Layout::Cells ? sizeof(Cell) : 8;
+}
+
+// Stores the number or pointer of a cell as a bare member.
+void StoreBare(void* members, std::size_t position, const Cell& cell) {
+    static_cast<std::uint64_t*>(members)[position] = cell.Get<std::uint64_t>();
+}
+
+bool HoldsAggregate(const Cell& cell) {
+    if (cell.GetTag() == Tag::Typed) {
+        const SdaiAggrInstance* aggregate = cell.Get<KORTypedValue*>()->value;
+        return aggregate != nullptr;
+    }
+    return cell.GetTag() == Tag::Aggregate;
+}
+
+// Former members that are aggregates, of aggregates that still exist. There are so few that other
+// aggregates pay only a flag for them.
+class KeptMembers {
+  public:
+    void Keep(const SdaiAggrInstance& aggregate, const Cell& member) {
+        const std::lock_guard lock(mutex_);
+        members_[&aggregate].push_back(member);
+    }
+
+    std::vector<Cell> Take(const SdaiAggrInstance& aggregate) {
+        const std::lock_guard lock(mutex_);
+        const auto kept = members_.extract(&aggregate);
+        if (members_.empty()) Members().swap(members_);
+        return kept.empty() ? std::vector<Cell>() : std::move(kept.mapped());
+    }
+
+  private:
+    using Members = std::unordered_map<const SdaiAggrInstance*, std::vector<Cell>>;
+
+    std::mutex mutex_;
+    Members members_;  // uses no memory while empty
+};
+
+// Models may be destroyed while the process ends.
+KeptMembers& TheKeptMembers() { return kor::Lasting<KeptMembers>(); }
+
+}  // namespace
+
+// ---- Members
+
+Cell KORAggregateAccess::MemberCell(const SdaiAggrInstance& aggregate, std::size_t position) {
+    switch (aggregate.layout_) {
+        case Layout::Reals: return Cell::Of(Tag::Real, Members<double>(aggregate)[position]);
+        case Layout::Integers: return Cell::Of(Tag::Integer, Members<long>(aggregate)[position]);
+        case Layout::Instances: {
+            // A null pointer is a member that is missing in a damaged data set.
+            SdaiEntityInstance* instance = Members<SdaiEntityInstance*>(aggregate)[position];
+            return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell();
+        }
+        default: return Members<Cell>(aggregate)[position];
+    }
+}
+
+SdaiPrimitiveH SdaiAggrInstance::GetMember(long position) const {
+    if (position < 0 || position >= GetMemberCount()) return {};
+    return kor::ToHandle(KORAggregateAccess::MemberCell(*this, static_cast<std::size_t>(position)),
+                         selects_);
+}
+
+double SdaiAggrInstance::GetRealMember(long position) const {
+    if (position < 0 || position >= GetMemberCount()) return 0.0;
+    if (layout_ == Layout::Reals) return static_cast<double*>(members_)[position];
+    return GetMember(position);
+}
+
+bool SdaiAggrInstance::IsMember(const SdaiEntityInstance* instance) const {
+    if (instance == nullptr) return false;
+    if (const KORMemberIndex* index = KORAggregateAccess::IndexOf(*this)) {
+        return index->CountOf(instance) != 0;
+    }
+    if (layout_ == Layout::Instances) {
+        SdaiEntityInstance** first = static_cast<SdaiEntityInstance**>(members_);
+        return std::find(first, first + count_, instance) != first + count_;
+    }
+    for (long i = 0; i < GetMemberCount(); ++i) {
+        if (GetInstanceMember(i) == instance) return true;
+    }
+    return false;
+}
+
+SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
+    if (const SdaiEntityInstance* instance = value) return SdaiBoolean(IsMember(instance));
+    for (long i = 0; i < GetMemberCount(); ++i) {
+        if (GetMember(i) == value) return sdaiTRUE;
+    }
+    return sdaiFALSE;
+}
+
+// ---- Finding instances among many members
+
+const KORMemberIndex* KORAggregateAccess::IndexOf(const SdaiAggrInstance& aggregate) {
+    // Below this number, a linear search is as fast as a lookup in the index.
+    constexpr std::uint32_t kFew = 32;
+    if (aggregate.count_ < kFew || aggregate.layout_ == Layout::Reals ||
+        aggregate.layout_ == Layout::Integers) {
+        return nullptr;
+    }
+    if (const KORMemberIndex* made = aggregate.index_.load(std::memory_order_acquire)) return made;
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    if (const KORMemberIndex* made = aggregate.index_.load(std::memory_order_acquire)) return made;
+    try {
+        auto index = std::make_unique<KORMemberIndex>();
+        index->Reserve(aggregate.count_);
+        for (long i = 0; i < aggregate.GetMemberCount(); ++i) {
+            const SdaiEntityInstance* instance = aggregate.GetInstanceMember(i);
+            if (instance != nullptr) index->Add(instance);
+        }
+        aggregate.index_.store(index.get(), std::memory_order_release);
+        return index.release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// Updates the index after a member was added.
+void KORAggregateAccess::NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInstance* instance) {
+    KORMemberIndex* index = aggregate.index_.load(std::memory_order_relaxed);
+    if (index == nullptr || instance == nullptr) return;
+    try {
+        index->Add(instance);
+    } catch (const std::bad_alloc&) {
+        DropIndex(aggregate);
+    }
+}
+
+void KORAggregateAccess::DropIndex(SdaiAggrInstance& aggregate) {
+    delete aggregate.index_.exchange(nullptr, std::memory_order_relaxed);
+}
+
+void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate,
+                                    const SdaiEntityInstance* instance) {
+    const SdaiEntityInstance* first = aggregate.GetInstanceMember(0);
+    if (first == nullptr || instance == nullptr) return;
+    if (first->FindEntityInstanceModel() != instance->FindEntityInstanceModel()) {
+        aggregate.mixed_ = true;
+    }
+}
+
+void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate) {
+    if (aggregate.layout_ != Layout::Instances && aggregate.layout_ != Layout::Cells) return;
+    for (long i = 1; i < aggregate.GetMemberCount() && !aggregate.mixed_; ++i) {
+        NoteModels(aggregate, aggregate.GetInstanceMember(i));
+    }
+}
+
+// ---- Growing and shrinking
+
+void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
+    if (count > kMostMembers) throw std::bad_alloc();
+    // If the members are in memory of the model (capacity 0), growing moves them out of it.
+    if (count <= aggregate.capacity_ || (count <= aggregate.count_ && aggregate.capacity_ == 0)) {
+        return;
+    }
+    const std::size_t capacity = std::min(
+        kMostMembers, std::max({count, std::size_t{2} * aggregate.count_, std::size_t{4}}));
+    void* members = ::operator new(capacity* MemberSize(aggregate.layout_));
+    if (aggregate.count_ != 0) {
+        std::memcpy(members, aggregate.members_, aggregate.count_ * MemberSize(aggregate.layout_));
+    }
+    FreeMembers(aggregate);
+    aggregate.members_ = members;
+    aggregate.capacity_ = static_cast<std::uint32_t>(capacity);
+}
+
+// Converts bare members to cells, so that members of any kind can be added.
+void KORAggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
+    if (aggregate.layout_ == Layout::Cells) return;
+    // Keep the reserved capacity, so that later members do not allocate.
+    const std::size_t capacity = std::max<std::size_t>({aggregate.count_, aggregate.capacity_, 4});
+    auto* cells = static_cast<Cell*>(::operator new(capacity * sizeof(Cell)));
+    for (std::size_t i = 0; i < aggregate.count_; ++i) cells[i] = MemberCell(aggregate, i);
+    FreeMembers(aggregate);
+    aggregate.members_ = cells;
+    aggregate.capacity_ = static_cast<std::uint32_t>(capacity);
+    aggregate.layout_ = Layout::Cells;
+}
+
+// The members must already be released.
+void KORAggregateAccess::FreeMembers(SdaiAggrInstance& aggregate) {
+    const bool inPlace =
+        aggregate.realList_ &&
+        aggregate.members_ == static_cast<SdaiListClassOfSdaiReal&>(aggregate).inPlace_;
+    if (aggregate.capacity_ != 0 && !inPlace) ::operator delete(aggregate.members_);
+    aggregate.capacity_ = 0;
+}
+
+void SdaiAggrInstance::Reserve(long count) {
+    if (!extent_ && count > 0) {
+        KORAggregateAccess::Grow(*this, static_cast<std::size_t>(count));
+    }
+}
+
+void SdaiAggrInstance::Append(const SdaiPrimitiveH& value) {
+    if (extent_) return;
+    kor::CellHolder cell(kor::ToCell(value, nullptr));
+    const Layout layout = LayoutFor(cell.Get().GetTag());
+    if (count_ == 0 && layout != layout_ && !realList_) {
+        // The first member determines the layout; capacity may already be reserved.
+        const std::size_t room = capacity_ * MemberSize(layout_) / MemberSize(layout);
+        capacity_ = static_cast<std::uint32_t>(std::min(room, kMostMembers));
+        layout_ = layout;
+    } else if (layout != layout_) {
+        KORAggregateAccess::MakeCells(*this);
+    }
+    KORAggregateAccess::Grow(*this, std::size_t{count_} + 1);
+    if (layout_ == Layout::Cells) {
+        static_cast<Cell*>(members_)[count_] = cell.Take();
+    } else {
+        StoreBare(members_, count_, cell.Take());
+    }
+    ++count_;
+    if (layout_ == Layout::Instances || layout_ == Layout::Cells) {
+        SdaiEntityInstance* instance = GetInstanceMember(GetMemberCount() - 1);
+        KORAggregateAccess::NoteModels(*this, instance);
+        KORAggregateAccess::NoteMember(*this, instance);
+    }
+}
+
+void KORAggregateAccess::AppendReal(SdaiAggrInstance& aggregate, double value) {
+    if (aggregate.layout_ != Layout::Reals) {
+        static_cast<SdaiAggrInstance&>(aggregate).Append(SdaiPrimitiveH(value));
+        return;
+    }
+    Grow(aggregate, std::size_t{aggregate.count_} + 1);
+    Members<double>(aggregate)[aggregate.count_++] = value;
+}
+
+void KORAggregateAccess::AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance) {
+    Grow(extent, std::size_t{extent.count_} + 1);
+    Members<SdaiEntityInstance*>(extent)[extent.count_++] = instance;
+    NoteMember(extent, instance);
+}
+
+void SdaiAggrInstance::RemoveAll() {
+    if (extent_) return;
+    KORAggregateAccess::DropIndex(*this);
+    if (layout_ == Layout::Cells) {
+        const Cell* cells = static_cast<const Cell*>(members_);
+        // One at a time: if memory runs out, the rest stay members.
+        while (count_ != 0) {
+            const Cell& last = cells[count_ - 1];
+            if (!KORAggregateAccess::HasOwners(*this) && HoldsAggregate(last)) {
+                TheKeptMembers().Keep(*this, last);
+                keeps_ = true;
+            } else {
+                kor::ReleaseCell(last);
+            }
+            --count_;
+        }
+    }
+    count_ = 0;
+    mixed_ = false;
+}
+
+// On destruction, together with the former members that it keeps.
+void KORAggregateAccess::ReleaseMembers(SdaiAggrInstance& aggregate) {
+    DropIndex(aggregate);
+    if (aggregate.layout_ == Layout::Cells) {
+        const Cell* cells = Members<Cell>(aggregate);
+        std::for_each(cells, cells + aggregate.count_, kor::ReleaseCell);
+    }
+    aggregate.count_ = 0;
+    if (aggregate.keeps_) {
+        for (const Cell& kept : TheKeptMembers().Take(aggregate)) kor::ReleaseCell(kept);
+    }
+    aggregate.keeps_ = false;
+}
+
+SdaiAggrInstance::~SdaiAggrInstance() {
+    KORAggregateAccess::ReleaseMembers(*this);
+    if (capacity_ != 0) ::operator delete(members_);
+}
+
+SdaiListClassOfSdaiReal::~SdaiListClassOfSdaiReal() {
+    KORAggregateAccess::ReleaseMembers(*this);
+    KORAggregateAccess::FreeMembers(*this);
+}
+
+// ---- Making and owning
+
+SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool selects,
+                                           kor::Arena* arena) {
+    // Members of one kind are stored bare. A pending reference counts as an instance.
+    Layout layout = Layout::Cells;
+    if (!members.empty()) {
+        const auto bareLayout = [](const Cell& cell) {
+            return cell.GetTag() == Tag::Pending ? Layout::Instances : LayoutFor(cell.GetTag());
+        };
+        layout = bareLayout(members.front());
+        for (const Cell& member : members) {
+            if (bareLayout(member) != layout) layout = Layout::Cells;
+        }
+    }
+    SdaiAggrInstance* aggregate = arena != nullptr ? new (arena->Allocate(sizeof(SdaiAggrInstance)))
+                                                         SdaiAggrInstance
+                                                   : new SdaiAggrInstance;
+    aggregate->layout_ = layout;
+    aggregate->selects_ = selects;
+    const std::size_t size = members.size() * MemberSize(layout);
+    if (arena != nullptr) {
+        aggregate->members_ = arena->Allocate(size);
+    } else {
+        aggregate->owners_.store(1, std::memory_order_relaxed);
+        try {
+            Grow(*aggregate, members.size());
+        } catch (...) {
+            delete aggregate;
+            throw;
+        }
+    }
+    if (layout == Layout::Cells) {
+        std::copy(members.begin(), members.end(), static_cast<Cell*>(aggregate->members_));
+    } else {
+        for (std::size_t i = 0; i < members.size(); ++i) {
+            StoreBare(aggregate->members_, i, members[i]);
+        }
+    }
+    aggregate->count_ = static_cast<std::uint32_t>(members.size());
+    // While a data set is read there is only one model, and references may still be pending.
+    if (arena == nullptr) NoteModels(*aggregate);
+    return aggregate;
+}
+
+void KORAggregateAccess::RemoveOwner(SdaiAggrInstance& aggregate) {
+    if (aggregate.owners_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+    if (aggregate.realList_) {
+        delete static_cast<SdaiListClassOfSdaiReal*>(&aggregate);
+    } else {
+        delete &aggregate;
+    }
+}
+
+SdaiListClassOfSdaiReal::SdaiListClassOfSdaiReal(unsigned, unsigned) {
+    KORAggregateAccess::MakeRealList(*this);
+}
+
+void SdaiListClassOfSdaiReal::Append(const double& value) {
+    KORAggregateAccess::AppendReal(*this, value);
+}

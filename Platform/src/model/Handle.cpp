@@ -1,0 +1,534 @@
+// SdaiPrimitiveH and SdaiSelectH, and the conversion between handles and a model's values.
+
+#include <cmath>
+#include <limits>
+#include <new>
+
+#include "SdaiPrimitiveH.h"
+#include "model/Aggregate.h"
+#include "model/Cell.h"
+#include "model/Dictionary.h"
+#include "model/Model.h"
+
+namespace {
+
+const SdaiString kNoText;
+
+}  // namespace
+
+// ---- Copying and destroying
+
+void SdaiSelectH::CopyFrom(const SdaiSelectH& other) noexcept {
+    kind_ = other.kind_;
+    select_ = other.select_;
+    switch (kind_) {
+        case Kind::String:
+        case Kind::Enumeration:
+        case Kind::Binary: new (&text_) SdaiString(other.text_); break;
+        case Kind::SharedAggregate:
+            aggregate_ = other.aggregate_;
+            KORAggregateAccess::AddOwner(*aggregate_);
+            break;
+        case Kind::Typed:
+            typed_ = other.typed_;
+            typed_->owners.fetch_add(1, std::memory_order_relaxed);
+            break;
+        default: std::memcpy(&integer_, &other.integer_, sizeof integer_);
+    }
+}
+
+void SdaiSelectH::MoveFrom(SdaiSelectH& other) noexcept {
+    kind_ = other.kind_;
+    select_ = other.select_;
+    if (kind_ == Kind::String || kind_ == Kind::Enumeration || kind_ == Kind::Binary) {
+        new (&text_) SdaiString(std::move(other.text_));
+        other.text_.~SdaiString();
+    } else {
+        std::memcpy(&integer_, &other.integer_, sizeof integer_);
+    }
+    other.kind_ = Kind::Unset;
+    other.select_ = false;
+}
+
+void SdaiSelectH::Release() noexcept {
+    switch (kind_) {
+        case Kind::String:
+        case Kind::Enumeration:
+        case Kind::Binary: text_.~SdaiString(); break;
+        case Kind::SharedAggregate: KORAggregateAccess::RemoveOwner(*aggregate_); break;
+        case Kind::Typed:
+            if (typed_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete typed_;
+            break;
+        default: break;
+    }
+}
+
+SdaiSelectH::SdaiSelectH(const SdaiSelectH& other) noexcept { CopyFrom(other); }
+SdaiSelectH::SdaiSelectH(SdaiSelectH&& other) noexcept { MoveFrom(other); }
+
+SdaiSelectH& SdaiSelectH::operator=(const SdaiSelectH& other) noexcept {
+    if (this != &other) {
+        // The other value may belong to something that goes with this one.
+        SdaiSelectH old(std::move(*this));
+        CopyFrom(other);
+    }
+    return *this;
+}
+
+SdaiSelectH& SdaiSelectH::operator=(SdaiSelectH&& other) noexcept {
+    if (this != &other) {
+        SdaiSelectH old(std::move(*this));
+        MoveFrom(other);
+    }
+    return *this;
+}
+
+// ---- Selects
+
+SdaiSelectH::SdaiSelectH(const SdaiPrimitiveH& value) : SdaiSelectH(value.value_) {
+    select_ = kind_ != Kind::Unset;
+}
+
+SdaiSelectH::SdaiSelectH(const SdaiString& definedType, const SdaiPrimitiveH& value)
+    : SdaiSelectH() {
+    if (!value.exists()) return;
+    typed_ = new KORTypedValue{{1}, definedType, value};
+    kind_ = Kind::Typed;
+    select_ = true;
+}
+
+SdaiPrimitiveH SdaiSelectH::getValue() const {
+    SdaiPrimitiveH value;
+    value.value_ = Held();
+    value.value_.select_ = false;
+    return value;
+}
+
+const SdaiString& SdaiSelectH::DefinedType() const {
+    return kind_ == Kind::Typed ? typed_->definedType : kNoText;
+}
+
+const SdaiSelectH& SdaiSelectH::Held() const {
+    const SdaiSelectH* held = this;
+    while (held->kind_ == Kind::Typed) held = &held->typed_->value.value_;
+    return *held;
+}
+
+// ---- Construction
+
+SdaiPrimitiveH::SdaiPrimitiveH(const SdaiString& value) noexcept {
+    new (&value_.text_) SdaiString(value);
+    value_.kind_ = SdaiSelectH::Kind::String;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(SdaiString&& value) noexcept {
+    new (&value_.text_) SdaiString(std::move(value));
+    value_.kind_ = SdaiSelectH::Kind::String;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(long value) noexcept {
+    value_.integer_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Integer;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(double value) noexcept {
+    value_.real_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Real;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(const SdaiLogical& value) noexcept {
+    value_.logical_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Logical;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(const SdaiBoolean& value) noexcept {
+    value_.logical_ = value;
+    value_.kind_ = SdaiSelectH::Kind::Boolean;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(SdaiEntityInstance* instance) noexcept {
+    if (instance == nullptr) return;
+    value_.instance_ = instance;
+    value_.kind_ = SdaiSelectH::Kind::Instance;
+}
+
+SdaiPrimitiveH::SdaiPrimitiveH(SdaiAggrInstance* aggregate) noexcept {
+    if (aggregate == nullptr) return;
+    value_.aggregate_ = aggregate;
+    value_.kind_ = SdaiSelectH::Kind::ModelAggregate;
+    if (KORAggregateAccess::HasOwners(*aggregate)) {
+        KORAggregateAccess::AddOwner(*aggregate);
+        value_.kind_ = SdaiSelectH::Kind::SharedAggregate;
+    }
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::TakeOver(SdaiAggrInstance* aggregate) noexcept {
+    SdaiPrimitiveH handle;
+    if (aggregate == nullptr) return handle;
+    KORAggregateAccess::AddOwner(*aggregate);
+    handle.value_.aggregate_ = aggregate;
+    handle.value_.kind_ = SdaiSelectH::Kind::SharedAggregate;
+    return handle;
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::Enumeration(const SdaiString& item) noexcept {
+    if (!kor::IsWord(item.View())) return {};
+    return KORHandleAccess::OfText(SdaiSelectH::Kind::Enumeration, item);
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::Binary(const SdaiString& digits) noexcept {
+    const std::string_view text = digits.View();
+    if (text.find_first_of("0123") != 0 ||
+        text.find_first_not_of("0123456789ABCDEF") != std::string_view::npos) {
+        return {};
+    }
+    return KORHandleAccess::OfText(SdaiSelectH::Kind::Binary, digits);
+}
+
+SdaiPrimitiveH KORHandleAccess::OfText(Kind kind, KORUnicodeString text) {
+    SdaiPrimitiveH handle;
+    new (&handle.value_.text_) SdaiString(std::move(text));
+    handle.value_.kind_ = kind;
+    return handle;
+}
+
+SdaiPrimitiveH KORHandleAccess::OfTyped(KORTypedValue* typed) {
+    SdaiPrimitiveH handle;
+    typed->owners.fetch_add(1, std::memory_order_relaxed);
+    handle.value_.typed_ = typed;
+    handle.value_.kind_ = Kind::Typed;
+    return handle;
+}
+
+// ---- Conversions
+
+SdaiPrimitiveH::operator const SdaiString&() const {
+    const SdaiSelectH& held = value_.Held();
+    return held.kind_ == SdaiSelectH::Kind::String ? held.text_ : kNoText;
+}
+
+SdaiPrimitiveH::operator const SdaiLogical&() const {
+    const SdaiSelectH& held = value_.Held();
+    const bool logical =
+        held.kind_ == SdaiSelectH::Kind::Logical || held.kind_ == SdaiSelectH::Kind::Boolean;
+    return logical ? held.logical_ : sdaiLFALSE;
+}
+
+SdaiPrimitiveH::operator long() const {
+    const SdaiSelectH& held = value_.Held();
+    if (held.kind_ == SdaiSelectH::Kind::Integer) return held.integer_;
+    if (held.kind_ != SdaiSelectH::Kind::Real) return 0;
+    // 2 to the power of 63 is representable as a double; the largest long is not.
+    constexpr double kLimit = 9223372036854775808.0;
+    const double real = std::trunc(held.real_);
+    return real >= -kLimit && real < kLimit ? static_cast<long>(real) : 0;
+}
+
+SdaiPrimitiveH::operator double() const {
+    const SdaiSelectH& held = value_.Held();
+    if (held.kind_ == SdaiSelectH::Kind::Real) return held.real_;
+    return held.kind_ == SdaiSelectH::Kind::Integer ? static_cast<double>(held.integer_) : 0.0;
+}
+
+SdaiPrimitiveH::operator SdaiEntityInstance*() const {
+    const SdaiSelectH& held = value_.Held();
+    return held.kind_ == SdaiSelectH::Kind::Instance ? held.instance_ : nullptr;
+}
+
+SdaiPrimitiveH::operator SdaiAggrInstance*() const {
+    const SdaiSelectH& held = value_.Held();
+    const bool aggregate = held.kind_ == SdaiSelectH::Kind::ModelAggregate ||
+                           held.kind_ == SdaiSelectH::Kind::SharedAggregate;
+    return aggregate ? held.aggregate_ : nullptr;
+}
+
+// ---- Reads through the handle
+
+SdaiPrimitiveH SdaiPrimitiveH::GetAttr(const SdaiString& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->GetAttr(name) : SdaiPrimitiveH();
+}
+
+SdaiPrimitiveH SdaiPrimitiveH::GetAttr(const SdaiName& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->GetAttr(name) : SdaiPrimitiveH();
+}
+
+SdaiBoolean SdaiPrimitiveH::TestAttr(const SdaiString& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->TestAttr(name) : sdaiFALSE;
+}
+
+SdaiBoolean SdaiPrimitiveH::TestAttr(const SdaiName& name) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->TestAttr(name) : sdaiFALSE;
+}
+
+SdaiBoolean SdaiPrimitiveH::IsKindOf(const SdaiString& typeName) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->IsKindOf(typeName) : sdaiFALSE;
+}
+
+SdaiBoolean SdaiPrimitiveH::IsKindOf(const SdaiName& typeName) const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->IsKindOf(typeName) : sdaiFALSE;
+}
+
+SdaiNamedType* SdaiPrimitiveH::GetInstanceType() const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->GetInstanceType() : nullptr;
+}
+
+SdaiModel* SdaiPrimitiveH::FindEntityInstanceModel() const {
+    const SdaiEntityInstance* instance = *this;
+    return instance != nullptr ? instance->FindEntityInstanceModel() : nullptr;
+}
+
+long SdaiPrimitiveH::GetMemberCount() const {
+    const SdaiAggrInstance* aggregate = *this;
+    return aggregate != nullptr ? aggregate->GetMemberCount() : 0;
+}
+
+SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
+    const SdaiSelectH& held = value_.Held();
+    switch (held.kind_) {
+        case SdaiSelectH::Kind::String: return "STRING";
+        case SdaiSelectH::Kind::Integer: return "INTEGER";
+        case SdaiSelectH::Kind::Real: return "REAL";
+        case SdaiSelectH::Kind::Logical: return "LOGICAL";
+        case SdaiSelectH::Kind::Boolean: return "BOOLEAN";
+        case SdaiSelectH::Kind::Enumeration: return "ENUMERATION";
+        case SdaiSelectH::Kind::Binary: return "BINARY";
+        case SdaiSelectH::Kind::ModelAggregate:
+        case SdaiSelectH::Kind::SharedAggregate: return "AGGREGATE";
+        case SdaiSelectH::Kind::Instance: return held.instance_->GetInstanceType()->Name();
+        default: return {};
+    }
+}
+
+namespace {
+
+// Compares exactly: not every integer is representable as a real.
+bool IsEqual(long integer, double real) {
+    constexpr double kBeyond = 9223372036854775808.0;  // 2 to the power 63
+    return real >= -kBeyond && real < kBeyond && static_cast<double>(integer) == real &&
+           integer == static_cast<long>(real);
+}
+
+}  // namespace
+
+SdaiLogical SdaiPrimitiveH::operator==(const SdaiPrimitiveH& other) const {
+    using Kind = SdaiSelectH::Kind;
+    const SdaiSelectH& a = value_.Held();
+    const SdaiSelectH& b = other.value_.Held();
+    if (a.kind_ == Kind::Unset || b.kind_ == Kind::Unset) return {};
+    const auto isTruth = [](Kind kind) { return kind == Kind::Logical || kind == Kind::Boolean; };
+    if (a.kind_ == Kind::Integer && b.kind_ == Kind::Integer) {
+        return SdaiBoolean(a.integer_ == b.integer_);
+    }
+    if (a.kind_ == Kind::Real && b.kind_ == Kind::Real) return SdaiBoolean(a.real_ == b.real_);
+    if (a.kind_ == Kind::Integer && b.kind_ == Kind::Real) {
+        return SdaiBoolean(IsEqual(a.integer_, b.real_));
+    }
+    if (a.kind_ == Kind::Real && b.kind_ == Kind::Integer) {
+        return SdaiBoolean(IsEqual(b.integer_, a.real_));
+    }
+    if (isTruth(a.kind_) && isTruth(b.kind_)) return a.logical_ == b.logical_;
+    const SdaiAggrInstance* members = *this;
+    const SdaiAggrInstance* otherMembers = other;
+    if (members != nullptr && otherMembers != nullptr) {
+        const long count = members->GetMemberCount();
+        SdaiLogical equal = SdaiBoolean(count == otherMembers->GetMemberCount());
+        for (long i = 0; i < count && !(equal == sdaiLFALSE); ++i) {
+            equal = equal && members->GetMember(i) == otherMembers->GetMember(i);
+        }
+        return equal;
+    }
+    if (a.kind_ != b.kind_) return sdaiLFALSE;
+    if (a.kind_ == Kind::Instance) return SdaiBoolean(a.instance_->IsSameInstance(b.instance_));
+    return a.text_ == b.text_;
+}
+
+// ---- Values of a model
+
+namespace kor {
+
+namespace {
+
+SdaiPrimitiveH PlainHandle(const Cell& cell) {
+    using Kind = KORHandleAccess::Kind;
+    switch (cell.GetTag()) {
+        case Tag::Integer: return {cell.Get<long>()};
+        case Tag::Real: return {cell.Get<double>()};
+        case Tag::Logical: return {cell.Get<SdaiLogical>()};
+        case Tag::Boolean: return {cell.Get<SdaiLogical>() == sdaiLTRUE};
+        case Tag::Text: return KORHandleAccess::OfText(Kind::String, cell.SharedText());
+        case Tag::Enumeration: return KORHandleAccess::OfText(Kind::Enumeration, cell.SharedText());
+        case Tag::Binary: return KORHandleAccess::OfText(Kind::Binary, cell.SharedText());
+        case Tag::Instance: return {cell.Get<SdaiEntityInstance*>()};
+        case Tag::Aggregate: return {cell.Get<SdaiAggrInstance*>()};
+        case Tag::Typed: return KORHandleAccess::OfTyped(cell.Get<KORTypedValue*>());
+        default: return {};
+    }
+}
+
+// The only choice of a select that a value without a defined type can have; empty if there is none
+// or more than one.
+std::string_view OnlyChoice(const Domain& select, Tag tag) {
+    std::string_view only;
+    for (const auto& [name, domain] : select.choices) {
+        if (!domain->admitted.Has(tag)) continue;
+        if (!only.empty()) return {};
+        only = name;
+    }
+    return only;
+}
+
+// Creates a typed value that takes ownership of what the cell owns.
+Cell NewTypedCell(const SdaiString& definedType, const Cell& value, Model* model) {
+    if (model != nullptr) return model->NewTyped(definedType, value);
+    const CellHolder holder(value);
+    return Cell::Of(Tag::Typed, new KORTypedValue{{1}, definedType, ToHandle(value, false)});
+}
+
+Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain, Model* model) {
+    const Domain* element = domain != nullptr ? domain->element : nullptr;
+    struct Members {
+        std::vector<Cell> cells;
+        ~Members() { std::for_each(cells.begin(), cells.end(), ReleaseCell); }
+    } members;
+    const std::size_t count = KORAggregateAccess::Count(aggregate);
+    members.cells.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        members.cells.push_back(ToCell(aggregate.GetMember(static_cast<long>(i)), element, model));
+    }
+    const bool selects =
+        element != nullptr ? element->IsSelect() : KORAggregateAccess::HoldsSelects(aggregate);
+    const Cell copy =
+        model != nullptr
+            ? model->NewAggregate(members.cells, selects)
+            : Cell::Of(Tag::Aggregate, KORAggregateAccess::Make(members.cells, selects, nullptr));
+    members.cells.clear();
+    if (model != nullptr) KORAggregateAccess::NoteModels(*copy.Get<SdaiAggrInstance*>());
+    return copy;
+}
+
+// The cell of a value without its defined type, converted as the domain requires.
+Cell PlainCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
+    using Kind = KORHandleAccess::Kind;
+    const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
+    const SdaiSelectH& held = KORHandleAccess::Held(value);
+    const Kind kind = KORHandleAccess::KindOf(held);
+    switch (kind) {
+        case Kind::Unset: return {};
+        case Kind::Integer:
+            if (base == Domain::Base::Real) {
+                return Cell::Of(Tag::Real, static_cast<double>(value));
+            }
+            return Cell::Of(Tag::Integer, static_cast<long>(value));
+        case Kind::Real: return Cell::Of(Tag::Real, static_cast<double>(value));
+        case Kind::Logical:
+        case Kind::Boolean: {
+            const SdaiLogical& logical = value;
+            const bool boolean = kind == Kind::Boolean
+                                     ? base != Domain::Base::Logical
+                                     : base == Domain::Base::Boolean && logical != SdaiLogical();
+            return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, logical);
+        }
+        case Kind::Instance:
+            return Cell::Of(Tag::Instance, static_cast<SdaiEntityInstance*>(value));
+        case Kind::ModelAggregate:
+        case Kind::SharedAggregate:
+            return CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain, model);
+        case Kind::String:
+            return Cell::OfText(base == Domain::Base::Enumeration ? Tag::Enumeration : Tag::Text,
+                                KORHandleAccess::TextOf(held));
+        case Kind::Enumeration:
+            return Cell::OfText(Tag::Enumeration, KORHandleAccess::TextOf(held));
+        case Kind::Binary: return Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held));
+        case Kind::Typed: break;  // never returned by Held
+    }
+    return {};
+}
+
+}  // namespace
+
+SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
+    SdaiPrimitiveH handle = PlainHandle(cell);
+    KORHandleAccess::MarkSelect(handle, select);
+    return handle;
+}
+
+Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
+    const bool isSelect = domain != nullptr && domain->IsSelect();
+    KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    // A typed value that is unset has only its type's name, and is allowed anywhere.
+    if (typed != nullptr && (domain == nullptr || isSelect || !typed->value.exists())) {
+        const SdaiAggrInstance* aggregate = value;
+        if (aggregate == nullptr) {
+            typed->owners.fetch_add(1, std::memory_order_relaxed);
+            return Cell::Of(Tag::Typed, typed);
+        }
+        return NewTypedCell(typed->definedType, ToCell(typed->value, nullptr, model), model);
+    }
+    const Cell cell = PlainCell(value, domain, model);
+    const std::string_view choice =
+        isSelect ? OnlyChoice(*domain, cell.GetTag()) : std::string_view();
+    if (choice.empty()) return cell;
+    const CellHolder plain(cell);
+    return NewTypedCell(SdaiString(choice), ToCell(value, domain->Choice(choice), model), model);
+}
+
+std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
+    using Kind = KORHandleAccess::Kind;
+    const KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    if (typed != nullptr && domain != nullptr && domain->IsSelect()) {
+        domain = domain->Choice(typed->definedType.View());
+    }
+    const SdaiSelectH& held = KORHandleAccess::Held(value);
+    const Kind kind = KORHandleAccess::KindOf(held);
+    const bool isItem = kind == Kind::Enumeration || (kind == Kind::String && domain != nullptr &&
+                                                      domain->base == Domain::Base::Enumeration);
+    if (isItem) {
+        const std::string_view item = KORHandleAccess::TextOf(held).View();
+        const bool fits = IsWord(item) && (domain == nullptr || domain->AdmitsItem(item));
+        return fits ? std::nullopt : std::optional<std::string>(item);
+    }
+    if (kind != Kind::ModelAggregate && kind != Kind::SharedAggregate) return std::nullopt;
+    const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
+    const Domain* element = domain != nullptr ? domain->element : nullptr;
+    std::optional<std::string> wrong;
+    for (long i = 0; !wrong.has_value() && i < members.GetMemberCount(); ++i) {
+        wrong = WrongItem(members.GetMember(i), element);
+    }
+    return wrong;
+}
+
+void ReleaseCell(const Cell& cell) {
+    switch (cell.GetTag()) {
+        case Tag::Text:
+        case Tag::Enumeration:
+        case Tag::Binary:
+            if (KORTextAccess::Buffer* buffer = cell.Buffer()) {
+                KORTextAccess::Release(buffer, cell.IsWide());
+            }
+            break;
+        case Tag::Typed: {
+            auto* typed = cell.Get<KORTypedValue*>();
+            if (typed->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete typed;
+            break;
+        }
+        case Tag::Aggregate: {
+            auto* aggregate = cell.Get<SdaiAggrInstance*>();
+            if (KORAggregateAccess::HasOwners(*aggregate)) {
+                KORAggregateAccess::RemoveOwner(*aggregate);
+            } else {
+                aggregate->~SdaiAggrInstance();  // its memory belongs to the model
+            }
+            break;
+        }
+        default: break;
+    }
+}
+
+}  // namespace kor

@@ -1,0 +1,509 @@
+// The in-memory model: types, instances, references, extents and back references.
+
+#include "model/Model.h"
+
+#include <algorithm>
+#include <cassert>
+
+#include "SdaiUsers.h"
+
+namespace kor {
+
+namespace {
+
+// The place of a pending reference: a cell, or a bare member of an aggregate. Addresses are
+// multiples of 8, which leaves a bit to distinguish them.
+constexpr std::uintptr_t kInCell = 0;
+constexpr std::uintptr_t kBare = 2;
+
+void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* instance) {
+    if (kind == kBare) {
+        std::memcpy(place, &instance, sizeof instance);
+    } else {
+        *reinterpret_cast<Cell*>(place) =
+            instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell();
+    }
+}
+
+// Limit on what all complex types together may inherit.
+constexpr std::size_t kMostInherited = 2'000'000;
+
+}  // namespace
+
+Model::Model(std::shared_ptr<const Schema> schema)
+    : schema_(std::move(schema)),
+      declaredTypes_(schema_->Entities().size()),
+      relations_(schema_->AttributeNameCount()) {
+    for (const EntityType* entity : schema_->Entities()) AddExtent(*entity);
+    KORAggregateAccess::MakeExtent(noInstances_);
+}
+
+Model::~Model() {
+    ForEachInstance([](const Instance& instance) {
+        for (const Cell& cell : instance.Values()) ReleaseCell(cell);
+    });
+    for (const Cell& cell : retired_) ReleaseCell(cell);
+    for (const auto& [typed, id] : pendingTyped_) ReleaseCell(typed);
+    for (const auto& extent : extents_) delete extent.load(std::memory_order_relaxed);
+    for (const Relation* relation : madeRelations_) delete relation;
+}
+
+// ---- Types
+
+void Model::AddExtent(const EntityType& entity) {
+    extentNumbers_.Add(entity.FoldedName(), static_cast<int>(extentEntities_.size()));
+    extentEntities_.push_back(&entity);
+    extents_.emplace_back(nullptr);
+}
+
+ModelType& Model::AddType(const EntityType& entity) {
+    ModelType& type = types_.emplace_back(this, entity, types_.size());
+    for (const std::size_t number : madeExtents_) {
+        if (entity.IsKindOf(std::string_view(extentEntities_[number]->FoldedName()))) {
+            type.extents.push_back(extents_[number].load(std::memory_order_relaxed));
+        }
+    }
+    for (Relation* relation : madeRelations_) {
+        const int slot = entity.SlotOf(std::string_view(relation->Attribute()));
+        if (slot == NameTable::kAbsent) continue;
+        type.relations.push_back({slot, relation});
+        relation->AddType(type, slot);
+    }
+    return type;
+}
+
+const ModelType* Model::TypeOf(const EntityType& entity) {
+    const std::size_t number = entity.Number();
+    ModelType** type = nullptr;
+    if (number < declaredTypes_.size() && schema_->Entities()[number] == &entity) {
+        type = &declaredTypes_[number];
+    } else if (number < ownTypes_.size() && ownEntities_[number].get() == &entity) {
+        type = &ownTypes_[number];
+    } else {
+        return nullptr;
+    }
+    if (*type == nullptr) *type = &AddType(entity);
+    return *type;
+}
+
+bool Model::MayAddOwn() const { return ownEntities_.size() < kMostOwn; }
+
+const EntityType* Model::AddOwn(std::unique_ptr<EntityType> entity) {
+    ownTypes_.push_back(nullptr);
+    ownEntities_.push_back(std::move(entity));
+    return ownEntities_.back().get();
+}
+
+const EntityType* Model::UndeclaredEntity(std::string_view foldedName, std::size_t valueCount) {
+    const int extent = extentNumbers_.Find(foldedName);
+    const std::size_t declaredCount = declaredTypes_.size();
+    if (extent != NameTable::kAbsent) {
+        for (const EntityType* entity :
+             undeclared_[static_cast<std::size_t>(extent) - declaredCount]) {
+            if (entity->Slots().size() == valueCount) return entity;
+        }
+    }
+    if (!MayAddOwn()) return nullptr;
+    const EntityType* entity =
+        AddOwn(EntityType::MakeUndeclared(foldedName, valueCount, ownEntities_.size()));
+    if (extent == NameTable::kAbsent) {
+        AddExtent(*entity);
+        undeclared_.push_back({entity});
+    } else {
+        undeclared_[static_cast<std::size_t>(extent) - declaredCount].push_back(entity);
+    }
+    return entity;
+}
+
+const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& parts) {
+    const auto found = complex_.find(parts);
+    if (found != complex_.end()) return found->second;
+    for (const EntityType* part : parts) {
+        inheritedByOwn_ += part->IsDeclared() ? part->Slots().size() + part->Lineage().size() : 0;
+    }
+    if (!MayAddOwn() || inheritedByOwn_ > kMostInherited) return nullptr;
+    const EntityType* entity = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
+    // Undeclared parts of the same name may have different numbers of values.
+    if (extentNumbers_.Find(std::string_view(entity->FoldedName())) == NameTable::kAbsent) {
+        AddExtent(*entity);
+        undeclared_.emplace_back();
+    }
+    return complex_[parts] = entity;
+}
+
+// ---- Instances
+
+SdaiPrimitiveH Instance::Read(int slot) const {
+    if (slot == NameTable::kAbsent) return {};
+    const auto index = static_cast<std::size_t>(slot);
+    return ToHandle(Cells()[index], Type().entity->Slots()[index].IsSelect());
+}
+
+void Instance::Write(int slot, const SdaiPrimitiveH& value) {
+    if (slot == NameTable::kAbsent) return;
+    const auto index = static_cast<std::size_t>(slot);
+    const Slot& definition = Type().entity->Slots()[index];
+    if (definition.derived) return;
+    if (WrongItem(value, definition.domain).has_value()) return;
+    Model& model = *Type().model;
+    CellHolder cell(ToCell(value, definition.domain, &model));
+    Cell& place = Cells()[index];
+    const SdaiEntityInstance* before = Relation::TargetOf(place);
+    const SdaiEntityInstance* target = Relation::TargetOf(cell.Get());
+    if (place.GetTag() == Tag::Aggregate) {
+        model.Retire(place);
+    } else {
+        ReleaseCell(place);
+    }
+    place = cell.Take();
+    if (target != nullptr) model.NoteTarget(*target);
+    for (const RelatedSlot& related : Type().relations) {
+        if (related.slot == slot) related.relation->Change(before, target, *this);
+    }
+}
+
+Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values) {
+    assert(values.size() == type.slotCount && ids_.Find(id) == nullptr);
+    // Everything that may run out of memory comes first.
+    IdTable::Entry& entry = ids_.ForDefinition(id);
+    for (SdaiAggrInstance* extent : type.extents) {
+        KORAggregateAccess::ReserveExtent(*extent, KORAggregateAccess::Count(*extent) + 1);
+    }
+    ModelType& own = types_[type.number];
+    instances_.push_back(nullptr);
+    void* memory = nullptr;
+    try {
+        memory = own.memory.Allocate(Instance::Size(type));
+    } catch (...) {
+        instances_.pop_back();
+        throw;
+    }
+    Instance& instance = *new (memory) Instance(type, id, instances_.size() - 1);
+    instances_.back() = &instance;
+    std::copy(values.begin(), values.end(), instance.Cells());
+
+    const std::uintptr_t chain = entry.Chain();
+    entry.SetInstance(&instance);
+    Connect(chain, &instance);
+    for (std::size_t i = 0; i < type.slotCount; ++i) {
+        if (values[i].GetTag() == Tag::Pending) {
+            ConnectReference(reinterpret_cast<std::byte*>(instance.Cells() + i), kInCell);
+        }
+    }
+    for (SdaiAggrInstance* extent : type.extents) {
+        KORAggregateAccess::AppendToExtent(*extent, &instance);
+    }
+    for (const RelatedSlot& related : type.relations) {
+        related.relation->Change(nullptr, Relation::TargetOf(instance.Cells()[related.slot]),
+                                 instance);
+    }
+    ++own.instanceCount;
+    if (id <= kLargestId) largestId_ = std::max(largestId_, id);
+    return instance;
+}
+
+Instance& Model::Create(const ModelType& type) {
+    std::vector<Cell> values(type.slotCount);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (type.entity->Slots()[i].derived) values[i] = Cell::Of(Tag::Derived, 0);
+    }
+    return Create(type, largestId_ < kLargestId ? largestId_ + 1 : SmallestFreeId(), values);
+}
+
+std::uint64_t Model::SmallestFreeId() {
+    while (ids_.Find(smallestFreeId_) != nullptr) ++smallestFreeId_;
+    return smallestFreeId_;
+}
+
+std::uint64_t Model::MoveToFreeId(SdaiEntityInstance& instance) {
+    Instance& moved = Instance::Of(instance);
+    const std::uint64_t id = SmallestFreeId();
+    ids_.ForDefinition(id).SetInstance(&moved);
+    ids_.ForReference(moved.Id()).SetInstance(nullptr);
+    moved.SetId(id);
+    largestId_ = std::max(largestId_, id);
+    return id;
+}
+
+void Model::PutInOrder(std::span<Instance* const> instances) {
+    assert(instances.size() == instances_.size() && madeExtents_.empty() && madeRelations_.empty());
+    std::copy(instances.begin(), instances.end(), instances_.begin());
+    for (std::size_t i = 0; i < instances.size(); ++i) instances[i]->SetOrder(i);
+}
+
+// ---- References
+
+Cell Model::Reference(std::uint64_t id) {
+    SdaiEntityInstance* instance = ids_.ForReference(id).Instance();
+    return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell::Of(Tag::Pending, id);
+}
+
+// Inserts a place that refers to a missing instance at the head of the waiting chain.
+void Model::ConnectReference(std::byte* place, std::uintptr_t kind) {
+    std::uint64_t id;
+    std::memcpy(&id, place, sizeof id);
+    IdTable::Entry& entry = ids_.ForReference(id);
+    if (SdaiEntityInstance* instance = entry.Instance()) {
+        // The instance exists by now: it refers to itself.
+        SetReference(place, kind, instance);
+        return;
+    }
+    unsettled_ = true;
+    const std::uintptr_t next = entry.Chain();
+    std::memcpy(place, &next, sizeof next);
+    entry.SetChain(reinterpret_cast<std::uintptr_t>(place) | kind);
+}
+
+// Sets every place of a chain to the instance, or to unset if it is null.
+void Model::Connect(std::uintptr_t chain, SdaiEntityInstance* instance) {
+    while (chain != 0) {
+        auto* place = reinterpret_cast<std::byte*>(chain & ~kBare);
+        std::uintptr_t next;
+        std::memcpy(&next, place, sizeof next);
+        SetReference(place, chain & kBare, instance);
+        chain = next;
+    }
+}
+
+// Puts a chain behind another one.
+void Model::Append(std::uintptr_t chain, std::uintptr_t behind) {
+    for (;;) {
+        auto* place = reinterpret_cast<std::byte*>(chain & ~kBare);
+        std::memcpy(&chain, place, sizeof chain);
+        if (chain != 0) continue;
+        std::memcpy(place, &behind, sizeof behind);
+        return;
+    }
+}
+
+Cell Model::NewAggregate(std::span<const Cell> members, bool selects) {
+    SdaiAggrInstance* aggregate = KORAggregateAccess::Make(members, selects, &aggregates_);
+    const bool bare =
+        KORAggregateAccess::LayoutOf(*aggregate) == KORAggregateAccess::Layout::Instances;
+    auto* first = KORAggregateAccess::Members<std::byte>(*aggregate);
+    for (std::size_t i = 0; i < members.size(); ++i) {
+        if (members[i].GetTag() != Tag::Pending) continue;
+        if (bare) {
+            ConnectReference(first + i * sizeof(SdaiEntityInstance*), kBare);
+        } else {
+            ConnectReference(first + i * sizeof(Cell), kInCell);
+        }
+    }
+    return Cell::Of(Tag::Aggregate, aggregate);
+}
+
+Cell Model::NewTyped(SdaiString definedType, const Cell& value) {
+    // The typed value shares the contents of the cell; an aggregate still belongs to the model.
+    CellHolder holder(value);
+    if (value.GetTag() == Tag::Aggregate) Retire(holder.Take());
+    return Cell::Of(Tag::Typed,
+                    new KORTypedValue{{1}, std::move(definedType), ToHandle(value, false)});
+}
+
+void Model::AddPending(const Cell& typed, std::uint64_t id) {
+    unsettled_ = true;
+    pendingTyped_.emplace_back(typed, id);
+    typed.Get<KORTypedValue*>()->owners.fetch_add(1, std::memory_order_relaxed);
+}
+
+std::vector<std::uint64_t> Model::SettleReferences() {
+    std::vector<std::uint64_t> missing;
+    ids_.ForEachPending([&](std::uint64_t id, IdTable::Entry& entry) {
+        missing.push_back(id);
+        Connect(entry.Chain(), nullptr);
+        entry.SetInstance(nullptr);
+    });
+    for (const auto& [typed, id] : pendingTyped_) {
+        if (SdaiEntityInstance* instance = Find(id)) {
+            typed.Get<KORTypedValue*>()->value = SdaiPrimitiveH(instance);
+        } else {
+            missing.push_back(id);
+        }
+        ReleaseCell(typed);
+    }
+    pendingTyped_.clear();
+    SettleRelations();
+    std::sort(missing.begin(), missing.end());
+    missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
+    return missing;
+}
+
+// ---- Taking over another model
+
+// The same type of this model as one that another model of the schema has for itself; null when
+// this one has too many of its own.
+const EntityType* Model::OwnEntityLike(const EntityType& entity, const Model& of) {
+    if (!entity.IsComplex()) return UndeclaredEntity(entity.FoldedName(), entity.Slots().size());
+    const auto known =
+        std::find_if(of.complex_.begin(), of.complex_.end(),
+                     [&entity](const auto& complex) { return complex.second == &entity; });
+    std::vector<const EntityType*> parts;
+    for (const EntityType* part : known->first) {
+        const bool isOwn = !part->IsDeclared();
+        parts.push_back(isOwn ? UndeclaredEntity(part->FoldedName(), part->Slots().size()) : part);
+        if (parts.back() == nullptr) return nullptr;
+    }
+    return ComplexEntity(parts);
+}
+
+bool Model::TakeOver(Model& part) {
+    assert(part.madeExtents_.empty() && part.madeRelations_.empty());
+    if (ids_.Shares(part.ids_)) return false;
+    // Whatever may fail for want of memory comes first.
+    std::vector<const EntityType*> own;
+    for (const auto& entity : part.ownEntities_) {
+        own.push_back(OwnEntityLike(*entity, part));
+        if (own.back() == nullptr) return false;
+    }
+    std::vector<ModelType*> types;
+    for (const ModelType& theirs : part.types_) {
+        const std::size_t number = theirs.entity->Number();
+        const bool isOwn =
+            number < part.ownEntities_.size() && part.ownEntities_[number].get() == theirs.entity;
+        types.push_back(&types_[TypeOf(isOwn ? *own[number] : *theirs.entity)->number]);
+        types.back()->memory.ReserveFor(theirs.memory);
+    }
+    aggregates_.ReserveFor(part.aggregates_);
+    retired_.reserve(retired_.size() + part.retired_.size());
+    pendingTyped_.reserve(pendingTyped_.size() + part.pendingTyped_.size());
+    ids_.TakeOver(part.ids_, [](IdTable::Entry& mine, const IdTable::Entry& theirs) {
+        if (SdaiEntityInstance* instance = theirs.Instance()) {
+            const std::uintptr_t chain = mine.Chain();
+            mine.SetInstance(instance);
+            Connect(chain, instance);
+        } else if (mine.Instance() != nullptr) {
+            Connect(theirs.Chain(), mine.Instance());
+        } else {
+            Append(theirs.Chain(), mine.Chain());
+            mine.SetChain(theirs.Chain());
+        }
+    });
+    const std::uint64_t before = instances_.size();
+    instances_.insert(instances_.end(), part.instances_.begin(), part.instances_.end());
+
+    for (std::size_t i = 0; i < types.size(); ++i) {
+        ModelType& theirs = part.types_[i];
+        theirs.ForEachInstance([&](Instance& instance) {
+            new (&instance) Instance(*types[i], instance.Id(), before + instance.Order());
+        });
+        types[i]->memory.TakeOver(theirs.memory);
+        types[i]->instanceCount += theirs.instanceCount;
+    }
+    part.instances_.clear();
+    aggregates_.TakeOver(part.aggregates_);
+    const auto takeAll = [](auto& to, auto& from) {
+        to.insert(to.end(), from.begin(), from.end());
+        from.clear();
+    };
+    takeAll(retired_, part.retired_);
+    takeAll(pendingTyped_, part.pendingTyped_);
+    largestId_ = std::max(largestId_, part.largestId_);
+    unsettled_ = unsettled_ || part.unsettled_;
+    return true;
+}
+
+// ---- Extents
+
+const SdaiAggrInstance* Model::ExtentByNumber(std::size_t number) const {
+    if (const SdaiAggrInstance* made = extents_[number].load(std::memory_order_acquire)) {
+        return made;
+    }
+    const std::lock_guard lock(extentMutex_);
+    if (const SdaiAggrInstance* made = extents_[number].load(std::memory_order_acquire)) {
+        return made;
+    }
+    const std::string_view name = extentEntities_[number]->FoldedName();
+    std::vector<bool> belongs;
+    std::uint64_t count = 0;
+    for (const ModelType& type : types_) {
+        belongs.push_back(type.entity->IsKindOf(name));
+        if (belongs.back()) {
+            count += type.instanceCount;
+            type.extents.reserve(type.extents.size() + 1);
+        }
+    }
+    auto extent = std::make_unique<SdaiAggrInstance>();
+    KORAggregateAccess::MakeExtent(*extent);
+    madeExtents_.reserve(madeExtents_.size() + 1);
+    KORAggregateAccess::ReserveExtent(*extent, count);
+    if (count != 0) {
+        ForEachInstance([&](Instance& instance) {
+            if (belongs[instance.Type().number]) {
+                KORAggregateAccess::AppendToExtent(*extent, &instance);
+            }
+        });
+    }
+    for (const ModelType& type : types_) {
+        if (belongs[type.number]) type.extents.push_back(extent.get());
+    }
+    madeExtents_.push_back(number);
+    extents_[number].store(extent.get(), std::memory_order_release);
+    return extent.release();
+}
+
+// ---- Back references
+
+const Relation* Model::RelationByNumber(int number) const {
+    if (forgoesRelations_ || unsettled_) return nullptr;
+    if (number == NameTable::kAbsent) return &noRelation_;
+    std::atomic<Relation*>& place = relations_[static_cast<std::size_t>(number)];
+    const Relation* relation = place.load(std::memory_order_acquire);
+    if (relation == nullptr) relation = MakeRelation(static_cast<std::size_t>(number));
+    return relation == nullptr || relation->IsLost() ? nullptr : relation;
+}
+
+// Returns null if memory runs out.
+const Relation* Model::MakeRelation(std::size_t number) const {
+    const std::lock_guard lock(relationMutex_);
+    std::atomic<Relation*>& place = relations_[number];
+    if (const Relation* made = place.load(std::memory_order_acquire)) return made;
+    try {
+        const std::string_view name = schema_->AttributeName(number);
+        auto relation = std::make_unique<Relation>(std::string(name));
+        std::vector<int> slots;
+        for (const ModelType& type : types_) {
+            slots.push_back(type.entity->SlotOf(name));
+            if (slots.back() == NameTable::kAbsent) continue;
+            relation->AddType(type, slots.back());
+            type.relations.reserve(type.relations.size() + 1);
+        }
+        madeRelations_.reserve(madeRelations_.size() + 1);
+        relation->Fill(*this);
+        for (const ModelType& type : types_) {
+            if (slots[type.number] == NameTable::kAbsent) continue;
+            type.relations.push_back({slots[type.number], relation.get()});
+        }
+        madeRelations_.push_back(relation.get());
+        place.store(relation.get(), std::memory_order_release);
+        return relation.release();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// References were added or removed without updating the relations.
+void Model::SettleRelations() {
+    if (!unsettled_) return;
+    unsettled_ = false;
+    for (Relation* relation : madeRelations_) relation->Fill(*this);
+}
+
+void Model::NoteTarget(const SdaiEntityInstance& target) {
+    if (target.FindEntityInstanceModel() != this) refersOutside_ = true;
+}
+
+std::vector<SdaiEntityInstance*> Model::UsersOf(const SdaiEntityInstance& target,
+                                                const SdaiName& type,
+                                                const SdaiName& attribute) const {
+    std::vector<SdaiEntityInstance*> users;
+    const SdaiEntityInstance* const targets[] = {&target};
+    SdaiIterator_Of_Users user(this, type, attribute, targets);
+    while (user.Next()) {
+        SdaiEntityInstance* candidate = user.GetCurrentMember();
+        if (static_cast<SdaiEntityInstance*>(candidate->GetAttr(attribute)) == &target)
+            users.push_back(candidate);
+    }
+    return users;
+}
+
+}  // namespace kor

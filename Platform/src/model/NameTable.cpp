@@ -1,0 +1,53 @@
+// Dictionary names: case folding and lookup tables.
+
+#include "model/NameTable.h"
+
+#include <algorithm>
+
+namespace kor {
+
+std::string Folded(std::string_view name) {
+    std::string folded(name);
+    for (char& c : folded) c = SdaiFoldCase(c);
+    return folded;
+}
+
+bool IsWord(std::string_view text) {
+    const auto belongs = [](char c) {
+        const char folded = SdaiFoldCase(c);
+        return (folded >= 'A' && folded <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+    };
+    return !text.empty() && std::all_of(text.begin(), text.end(), belongs);
+}
+
+bool NameTable::Add(std::string_view folded, int value) {
+    if (Find(folded) != kAbsent) return false;
+    if (2 * (size_ + 1) > entries_.size()) {
+        std::vector<Entry> old(2 * entries_.size());
+        old.swap(entries_);
+        mask_ = entries_.size() - 1;
+        for (const Entry& entry : old) {
+            if (entry.value == kAbsent) continue;
+            std::size_t i = entry.hash & mask_;
+            while (entries_[i].value != kAbsent) i = (i + 1) & mask_;
+            entries_[i] = entry;
+        }
+    }
+    const std::uint32_t hash = SdaiNameHash(folded);
+    std::size_t i = hash & mask_;
+    while (entries_[i].value != kAbsent) i = (i + 1) & mask_;
+    entries_[i] = {folded, hash, value};
+    ++size_;
+    return true;
+}
+
+int NameTable::Find(std::string_view name) const {
+    const std::uint32_t hash = SdaiNameHash(name);
+    for (std::size_t i = hash & mask_;; i = (i + 1) & mask_) {
+        const Entry& entry = entries_[i];
+        if (entry.value == kAbsent) return kAbsent;
+        if (entry.hash == hash && MatchesFolded(name, entry.name)) return entry.value;
+    }
+}
+
+}  // namespace kor

@@ -1,0 +1,82 @@
+// Dictionary names: case folding, hashing, and small lookup tables.
+
+#ifndef KOR_NAMETABLE_H
+#define KOR_NAMETABLE_H
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "KORExport.h"
+#include "SdaiName.h"
+
+namespace kor {
+
+// The name in upper case.
+KOR_API std::string Folded(std::string_view name);
+
+// Whether `name`, in upper case, equals `folded`. Compares eight characters at a time; the last
+// eight overlap those before them.
+inline bool MatchesFolded(std::string_view name, std::string_view folded) {
+    const std::size_t size = name.size();
+    if (size != folded.size()) return false;
+    const auto matches = [&](std::size_t at) {
+        std::uint64_t a;
+        std::uint64_t b;
+        std::memcpy(&a, name.data() + at, sizeof a);
+        std::memcpy(&b, folded.data() + at, sizeof b);
+        return SdaiFoldCase(a) == b;
+    };
+    if (size < 8) {
+        return std::equal(name.begin(), name.end(), folded.begin(),
+                          [](char a, char b) { return SdaiFoldCase(a) == b; });
+    }
+    for (std::size_t at = 0; at + 8 < size; at += 8) {
+        if (!matches(at)) return false;
+    }
+    return matches(size - 8);
+}
+
+// Finds numbers by names: an open-addressed table that is at most half full. The names must be in
+// upper case and outlive the table. Once built it may be read by any number of threads.
+class KOR_API NameTable {
+  public:
+    static constexpr int kAbsent = -1;
+
+    // Adds a name unless the table has it already; says whether it was added.
+    bool Add(std::string_view folded, int value);
+
+    int Find(const SdaiName& name) const {
+        for (std::size_t i = name.hash & mask_;; i = (i + 1) & mask_) {
+            const Entry& entry = entries_[i];
+            if (entry.value == kAbsent) return kAbsent;
+            if (entry.hash == name.hash && entry.name == name.folded) return entry.value;
+        }
+    }
+
+    // The name in any case.
+    int Find(std::string_view name) const;
+
+    std::size_t Size() const { return size_; }
+
+  private:
+    struct Entry {
+        std::string_view name;
+        std::uint32_t hash = 0;
+        std::int32_t value = kAbsent;
+    };
+
+    std::vector<Entry> entries_ = std::vector<Entry>(2);
+    std::size_t mask_ = 1;
+    std::size_t size_ = 0;
+};
+
+// Whether a text is a word, like enumeration items: letters, digits and underscores.
+KOR_API bool IsWord(std::string_view text);
+
+}  // namespace kor
+
+#endif

@@ -1,0 +1,108 @@
+// Back references: which instances of a model refer to an instance through the attributes of one
+// name.
+//
+// A relation is created on first use and updated by every write from then on, in amortised constant
+// time. Any number of threads may read it while no thread writes the model.
+
+#ifndef KOR_RELATION_H
+#define KOR_RELATION_H
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "model/Cell.h"
+#include "model/PointerTable.h"
+
+class SdaiEntityInstance;
+
+namespace kor {
+
+class Instance;
+class Model;
+struct ModelType;
+
+class Relation {
+  public:
+    explicit Relation(std::string foldedAttribute) : attribute_(std::move(foldedAttribute)) {}
+    ~Relation() { Clear(); }
+    Relation(const Relation&) = delete;
+    Relation& operator=(const Relation&) = delete;
+
+    const std::string& Attribute() const { return attribute_; }
+
+    // The instance that a value refers to, directly or as the value of a select; null if there is
+    // none.
+    static SdaiEntityInstance* TargetOf(const Cell& cell) {
+        if (cell.GetTag() == Tag::Instance) return cell.Get<SdaiEntityInstance*>();
+        return cell.GetTag() == Tag::Typed ? TargetOfTyped(cell) : nullptr;
+    }
+
+    // The instance that the attribute of an instance refers to.
+    SdaiEntityInstance* TargetOf(const SdaiEntityInstance& source) const;
+
+    // Rebuilds the relation from the model. If memory runs out, the relation is lost.
+    void Fill(const Model& model) noexcept;
+
+    // Adds the instances of a type of the model that stores the attribute in that slot.
+    void AddType(const ModelType& type, int slot);
+
+    // Records that an instance now refers to `target` instead of `before`; either may be null. Its
+    // value has already changed. If memory runs out, the relation is lost.
+    void Change(const SdaiEntityInstance* before, const SdaiEntityInstance* target,
+                SdaiEntityInstance& source) noexcept;
+
+    // Whether the relation was lost because memory ran out.
+    bool IsLost() const { return lost_; }
+
+    // The instances that refer to `target`, in the order of creation, and possibly some that no
+    // longer do; check TargetOf. Valid until the next write.
+    std::span<SdaiEntityInstance* const> SourcesOf(const SdaiEntityInstance* target) const;
+
+  private:
+    // Several sources of one target. The first `ordered` are in the order of creation, without
+    // duplicates; the rest are sorted on demand.
+    struct List {
+        std::vector<SdaiEntityInstance*> members;
+        std::size_t ordered = 0;
+        std::size_t left = 0;  // members that now refer to another instance
+        std::atomic<bool> inOrder{true};
+
+        void Add(SdaiEntityInstance* source);
+        void PutInOrder();
+    };
+
+    // The sources of a target: none, one, or a list, marked by the lowest bit.
+    struct Sources {
+        SdaiEntityInstance* one = nullptr;
+
+        bool IsList() const { return (reinterpret_cast<std::uintptr_t>(one) & 1) != 0; }
+        List* AsList() const {
+            return reinterpret_cast<List*>(reinterpret_cast<std::uintptr_t>(one) &
+                                           ~std::uintptr_t{1});
+        }
+        void SetList(List* list) {
+            one = reinterpret_cast<SdaiEntityInstance*>(reinterpret_cast<std::uintptr_t>(list) | 1);
+        }
+    };
+
+    static SdaiEntityInstance* TargetOfTyped(const Cell& cell);
+
+    void Add(const SdaiEntityInstance* target, SdaiEntityInstance& source);
+    void Remove(const SdaiEntityInstance* target);
+    void Clear();
+    void Lose();
+
+    const std::string attribute_;
+    std::vector<int> slots_;  // by the index of the type in the model
+    PointerTable<Sources> targets_;
+    mutable std::mutex orderMutex_;  // held while a list is sorted
+    bool lost_ = false;
+};
+
+}  // namespace kor
+
+#endif
