@@ -22,15 +22,15 @@ void Execute(sqlite3* database, const std::string& statement) {
     throw std::runtime_error(text);
 }
 
-// Detaches a database unless everything went well.
+// Detaches a database unless everything went well, for which it needs no memory of its own.
 class Attached {
   public:
-    Attached(sqlite3* database, const std::string& name) : database_(database), name_(name) {
-        Execute(database_, "ATTACH ':memory:' AS " + Quoted(name_));
+    Attached(sqlite3* database, const std::string& name)
+        : database_(database), detach_("DETACH " + Quoted(name)) {
+        Execute(database_, "ATTACH ':memory:' AS " + Quoted(name));
     }
     ~Attached() {
-        if (kept_) return;
-        sqlite3_exec(database_, ("DETACH " + Quoted(name_)).c_str(), nullptr, nullptr, nullptr);
+        if (!kept_) sqlite3_exec(database_, detach_.c_str(), nullptr, nullptr, nullptr);
     }
     Attached(const Attached&) = delete;
     Attached& operator=(const Attached&) = delete;
@@ -38,7 +38,7 @@ class Attached {
 
   private:
     sqlite3* database_;
-    const std::string name_;
+    const std::string detach_;
     bool kept_ = false;
 };
 

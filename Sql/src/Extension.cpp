@@ -98,6 +98,7 @@ extern "C" __attribute__((visibility("default"))) int sqlite3_orxsqlite_init(
         sql::AddOpen(sql::Connect(database, module));
         return SQLITE_OK;
     } catch (const std::bad_alloc&) {
+        *message = sqlite3_mprintf("out of memory");
         return SQLITE_NOMEM;
     } catch (const std::exception& error) {
         *message = sqlite3_mprintf("%s", error.what());
