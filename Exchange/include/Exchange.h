@@ -208,7 +208,11 @@ bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& mes
 bool WriteDataSet(const Header& header, const Structure& structure, const kor::Model& model,
                   const std::string& path, Messages& messages, const WriteOptions& options = {});
 
-// Writes any text in the same way.
+// Reads a whole file, or for "-" the standard input to its end. Returns false, with the reason, on
+// error.
+bool ReadText(const std::string& path, std::string& text, std::string& reason);
+
+// Writes any text in the same way as a data set.
 bool WriteText(std::string_view text, const std::string& path, Messages& messages,
                const WriteOptions& options = {});
 

@@ -10,8 +10,8 @@
 
 #include "Exchange.h"
 #include "ExchangeText.h"
+#include "Files.h"
 #include "InstanceTexts.h"
-#include "TargetFile.h"
 #include "model/Aggregate.h"
 
 namespace exchange {
@@ -376,17 +376,8 @@ bool WriteDataSet(const DataSet& dataSet, const std::string& path, Messages& mes
 
 bool WriteDataSet(const Header& header, const Structure& structure, const kor::Model& model,
                   const std::string& path, Messages& messages, const WriteOptions& options) {
-    const auto fill = [&](OutputFile& file) {
+    const auto fill = [&](File& file) {
         return Write(header, structure, model, [&](std::string_view text) { file.Append(text); });
-    };
-    return WriteFile(path, options, fill, messages);
-}
-
-bool WriteText(std::string_view text, const std::string& path, Messages& messages,
-               const WriteOptions& options) {
-    const auto fill = [text](OutputFile& file) {
-        file.Append(text);
-        return std::string();
     };
     return WriteFile(path, options, fill, messages);
 }

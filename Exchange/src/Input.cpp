@@ -2,14 +2,11 @@
 
 #include "Input.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
+#include <utility>
 
+#include "Files.h"
 #include "services/Utf8.h"
 
 namespace exchange {
@@ -18,45 +15,31 @@ namespace {
 
 class FileSource final : public Source {
   public:
-    explicit FileSource(int descriptor) : descriptor_(descriptor) {}
-    ~FileSource() override { close(descriptor_); }
-    FileSource(const FileSource&) = delete;
-    FileSource& operator=(const FileSource&) = delete;
+    explicit FileSource(File file) : file_(std::move(file)) {}
 
     std::size_t Read(char* to, std::size_t size) override {
-        for (;;) {
-            const ssize_t count = pread(descriptor_, to, size, at_);
-            if (count >= 0) {
-                at_ += count;
-                return static_cast<std::size_t>(count);
-            }
-            if (errno == EINTR) continue;
-            error = std::strerror(errno);
-            return 0;
-        }
+        const std::size_t count = file_.ReadAt(at_, to, size);
+        at_ += count;
+        if (count == 0) error = file_.Reason();
+        return count;
     }
 
-    void Seek(std::uint64_t offset) override { at_ = static_cast<off_t>(offset); }
-
-    std::uint64_t Size() const override {
-        struct stat status {};
-        return fstat(descriptor_, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
-    }
+    void Seek(std::uint64_t offset) override { at_ = offset; }
+    std::uint64_t Size() const override { return file_.Size(); }
 
     std::unique_ptr<Source> Again() const override {
-        const int again = fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
-        return again >= 0 ? std::make_unique<FileSource>(again) : nullptr;
+        File again(file_.Again());
+        return again.Error() == 0 ? std::make_unique<FileSource>(std::move(again)) : nullptr;
     }
 
     bool IsUtf8() override {
         std::vector<char> block(kUtf8Block);
         std::size_t cut = 0;  // the bytes of a character split by the end of the last block
-        for (off_t at = 0;;) {
-            const ssize_t count = pread(descriptor_, block.data() + cut, block.size() - cut, at);
-            if (count < 0 && errno == EINTR) continue;
-            if (count <= 0) return count < 0 || cut == 0;
+        for (std::uint64_t at = 0;;) {
+            const std::size_t count = file_.ReadAt(at, block.data() + cut, block.size() - cut);
+            if (count == 0) return file_.Error() != 0 || cut == 0;
             at += count;
-            std::string_view text(block.data(), cut + static_cast<std::size_t>(count));
+            std::string_view text(block.data(), cut + count);
             kor::SkipUtf8(text);
             cut = text.size();
             // The longest character has four bytes.
@@ -68,8 +51,8 @@ class FileSource final : public Source {
   private:
     static constexpr std::size_t kUtf8Block = std::size_t{1} << 16;
 
-    int descriptor_;
-    off_t at_ = 0;  // what is read next
+    File file_;
+    std::uint64_t at_ = 0;  // what is read next
 };
 
 class TextSource final : public Source {
@@ -101,29 +84,12 @@ std::unique_ptr<Source> Source::Of(std::string_view text) {
 }
 
 std::unique_ptr<Source> Source::Open(const std::string& path, std::string& error) {
-    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
-        error = std::strerror(errno);
-        return nullptr;
-    }
-    auto file = std::make_unique<FileSource>(descriptor);
-    struct stat status {};
-    fstat(descriptor, &status);
-    if (S_ISDIR(status.st_mode)) {
-        error = std::strerror(EISDIR);
-        return nullptr;
-    }
-    if (S_ISREG(status.st_mode)) return file;
-    std::string text;
-    std::vector<char> block(std::size_t{1} << 16);
-    for (;;) {
-        const ssize_t count = read(descriptor, block.data(), block.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) error = std::strerror(errno);
-        if (count < 0) return nullptr;
-        if (count == 0) return std::make_unique<TextSource>(std::move(text));
-        text.append(block.data(), static_cast<std::size_t>(count));
-    }
+    File file = File::ToRead(path);
+    if (file.Error() == 0 && file.IsRegular()) return std::make_unique<FileSource>(std::move(file));
+    std::string text = file.Error() == 0 ? file.ReadAll() : "";
+    if (file.Error() == 0) return std::make_unique<TextSource>(std::move(text));
+    error = file.Reason();
+    return nullptr;
 }
 
 Input::Input(Source& source) : source_(source), window_(1, '\0') {

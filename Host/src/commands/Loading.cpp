@@ -5,10 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <iostream>
 
@@ -126,22 +123,13 @@ std::string TextName(const std::string& file) {
 }
 
 std::string ReadText(const std::string& file) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(
-        IsStandardInput(file) ? stdin : std::fopen(file.c_str(), "rb"), &std::fclose);
-    const auto refuse = [&file] {
-        Refuse((IsStandardInput(file) ? "the standard input" : file) +
-               ": cannot be read: " + std::strerror(errno));
-    };
-    if (opened == nullptr) refuse();
     std::string text;
-    constexpr std::size_t kBlock = 1 << 16;
-    for (std::size_t size = 0;;) {
-        text.resize(size + kBlock);
-        size += std::fread(text.data() + size, 1, kBlock, opened.get());
-        if (std::ferror(opened.get())) refuse();
-        text.resize(size);
-        if (std::feof(opened.get())) return text;
+    std::string reason;
+    if (!exchange::ReadText(file, text, reason)) {
+        Refuse((IsStandardInput(file) ? "the standard input" : file) +
+               ": cannot be read: " + reason);
     }
+    return text;
 }
 
 namespace {
