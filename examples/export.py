@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """From the database into STEP:
 
     export.py DATABASE OUT [--schema AUTOMOTIVE_DESIGN] [--protocol FILE]

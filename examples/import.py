@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """From STEP into the database:
 
     import.py STEP OUT [--protocol FILE]

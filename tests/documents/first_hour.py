@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Runs what docs/first-hour.md shows of orx, on a terminal as its reader does, and compares.
 
     first_hour.py --orx PROGRAM
