@@ -1,9 +1,11 @@
 // `orx report`.
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 
 #include "HostTest.h"
 #include "XmlElement.h"
@@ -61,18 +63,13 @@ class Report : public HostTest {
         return drawings.empty() ? nullptr : drawings.front();
     }
 
-    // The left and the right end of the bar with that title.
+    // The left and the right end of the bar with that title, in per cent of the width.
     static std::pair<double, double> Ends(const XmlElement& page, const std::string& title) {
-        for (const XmlElement* bar : page.All("polygon", "bar")) {
-            if (bar->text != title) continue;
-            std::istringstream points(bar->attributes.at("points"));
-            std::vector<double> xs;
-            double x = 0;
-            double y = 0;
-            char comma = 0;
-            while (points >> x >> comma >> y) xs.push_back(x);
-            return {*std::min_element(xs.begin(), xs.end()),
-                    *std::max_element(xs.begin(), xs.end())};
+        for (const XmlElement* bar : page.All("g", "bar")) {
+            if (bar->Texts("title").at(0) != title) continue;
+            const auto& attributes = bar->All("rect").at(0)->attributes;
+            const double left = std::stod(attributes.at("x"));
+            return {left, left + std::stod(attributes.at("width"))};
         }
         ADD_FAILURE() << "no bar " << title;
         return {};
@@ -86,8 +83,14 @@ TEST_F(Report, IsOnePageThatNeedsNothingElse) {
         const XmlElement page = PageOf(file);
         ASSERT_EQ(page.children.size(), 1U);
         EXPECT_EQ(page.children[0]->name, "html");
-        for (const char* element : {"script", "link", "img", "iframe", "a"}) {
+        for (const char* element : {"link", "img", "iframe"}) {
             EXPECT_THAT(page.All(element), IsEmpty()) << element;
+        }
+        for (const XmlElement* link : page.All("a")) {
+            EXPECT_EQ(link->attributes.at("href")[0], '#');
+        }
+        for (const XmlElement* script : page.All("script")) {
+            EXPECT_EQ(script->attributes.count("src"), 0U);
         }
         EXPECT_THAT(page.Texts("style").at(0),
                     AllOf(Not(HasSubstr("url(")), Not(HasSubstr("@import")),
@@ -208,18 +211,19 @@ TEST_F(Report, DrawsEffectivitiesToScale) {
     const auto [r12Left, r12Right] = Ends(page, "R12: 1 – 100");
     const auto [e08Left, e08Right] = Ends(page, "E08: 10 – 20");
     const double rank = (r12Right - r12Left) / 99;
-    EXPECT_NEAR(e08Right - e08Left, 10 * rank, 0.2);
-    EXPECT_NEAR(e08Left - r12Left, 9 * rank, 0.2);
-    // An open end goes beyond every bound.
-    EXPECT_GT(Ends(page, "R13: 101 – open").second, r12Right + 10);
+    EXPECT_NEAR(e08Right - e08Left, 10 * rank, 0.005);
+    EXPECT_NEAR(e08Left - r12Left, 9 * rank, 0.005);
+    // An open end goes to the end of the drawing, beyond every bound.
+    EXPECT_NEAR(Ends(page, "R13: 101 – open").second, 100, 0.002);
+    EXPECT_LT(r12Right, 96);
     // Dates: 1811 days and 16 hours from the start of one to the start of the other, which is a
     // second behind its end; the option's start is 502 days and four hours behind.
     const auto [d01Left, d01Right] = Ends(page, "D01: 2025-01-15 08:00:00 – 2029-12-31 23:59:59");
     const double day = (Ends(page, "D02: 2030-01-01 – open").first - d01Left) / (1811 + 2.0 / 3);
-    EXPECT_NEAR(d01Right, Ends(page, "D02: 2030-01-01 – open").first, 0.11);
+    EXPECT_NEAR(d01Right, Ends(page, "D02: 2030-01-01 – open").first, 0.003);
     EXPECT_NEAR(Ends(page, "E07: 2026-06-01 12:00:00 – open").first - d01Left,
-                day * (502 + 1.0 / 6), 0.2);
-    EXPECT_THAT(page.Texts("text", "note middle"), Contains("2027"));
+                day * (502 + 1.0 / 6), 0.005);
+    EXPECT_THAT(page.Texts("text", "note middle"), Contains("2028"));
 }
 
 TEST_F(Report, ShowsEffectivitiesOfExchangeData) {
@@ -238,7 +242,7 @@ TEST_F(Report, ShowsEffectivitiesOfExchangeData) {
     EXPECT_THAT(rows[1], ElementsAre("R12", "7", "12"));
     EXPECT_THAT(rows[2], ElementsAre("S", "SN-7", "SN-9"));
     EXPECT_THAT(rows[3], ElementsAre("plain", "", ""));
-    EXPECT_EQ(page.All("polygon", "bar").size(), 2U);
+    EXPECT_EQ(page.All("g", "bar").size(), 2U);
 }
 
 TEST_F(Report, ShowsFractionsOfASecond) {
@@ -252,7 +256,7 @@ TEST_F(Report, ShowsFractionsOfASecond) {
     EXPECT_THAT(Rows(page, "id"),
                 ElementsAre(ElementsAre("D1", "2001-03-07 08:05:12.5", "2001-03-07 08:05:13"),
                             ElementsAre("D2", "2001-03-07 00:00:00.5", "open")));
-    EXPECT_EQ(page.All("polygon", "bar").size(), 2U);
+    EXPECT_EQ(page.All("g", "bar").size(), 2U);
 }
 
 TEST_F(Report, TakesTheDatesAndRanksThatTheFunctionsTake) {
@@ -307,7 +311,7 @@ TEST_F(Report, ShowsBoundsThatAreNoDatesAsTheyAre) {
                                               ElementsAre("E2", "2024-02-29", "02302024000000"),
                                               ElementsAre("E3", "-1-1-999000000", "open"),
                                               ElementsAre("E4", "9223372036854775807", "open")));
-    EXPECT_THAT(page.All("polygon", "bar"), IsEmpty());
+    EXPECT_THAT(page.All("g", "bar"), IsEmpty());
 }
 
 TEST_F(Report, ShowsVersionFamilies) {
@@ -352,7 +356,9 @@ TEST_F(Report, ShowsHostileTextsAsTexts) {
             text + ",#1,#2,$,$,$,$);\n" + "#4=CONFIGURATION_ITEM(" + text + "," + text + ",#1);\n" +
             "#5=RANGE_EFFECTIVITY(" + text + ",(#3),1,2);\n" + "#6=CDMA_ID(#1," + text +
             ",$,$,$);\n#7=CDMA_REVISION_HISTORY((#6));\n");
-    EXPECT_THAT(page.All("script"), IsEmpty());
+    // The page's own script alone, and nothing of the data in it.
+    ASSERT_EQ(page.All("script").size(), 1U);
+    EXPECT_EQ(page.Texts("script"), PageOf(kAssembly).Texts("script"));
     EXPECT_THAT(page.All("b"), IsEmpty());
     EXPECT_THAT(page.Texts("summary"), Contains(hostile + "'"));
     EXPECT_THAT(Rows(page, "id").at(0), ElementsAre(hostile + "'", hostile + "'", hostile + "'"));
@@ -376,7 +382,7 @@ TEST_F(Report, EndsForDataWithoutAnEnd) {
     }
     data += "#50=PART_OBJECT('end',$,$,$,$,$,$,$,$,$);\n";
     const XmlElement page = PageOfData("cdma", data);
-    EXPECT_THAT(page.Texts("p"), Contains("The first 5000 lines."));
+    EXPECT_THAT(page.Texts("p"), Contains("The first 10000 lines. orx tree shows all."));
     EXPECT_THAT(page.Texts("figcaption").at(0), HasSubstr("The first 300 places."));
 }
 
@@ -414,7 +420,443 @@ TEST_F(Report, ShowsARealAssembly) {
     EXPECT_THAT(rows[1], Contains("-10"));
     EXPECT_THAT(std::vector(rows[2].begin(), rows[2].begin() + 4),
                 ElementsAre("  nut", "175", "67.5", "70"));
+    // The vertices of the plate go from (0,0,0) to (180,150,20).
+    EXPECT_THAT(rows[27], Contains(" plate"));
+    EXPECT_EQ(rows[27].at(7), "180 × 150 × 20");
+    EXPECT_THAT(page.Texts("th"), Contains("box (mm)"));
 }
+
+// ---- Boxes and units
+
+namespace {
+
+// A part in millimetres whose shape representation #10 has these items; numbers up to 20 are taken.
+std::string PartOfItems(const std::string& items, const std::string& more,
+                        const std::string& unit =
+                            "(LENGTH_UNIT()NAMED_UNIT(*)"
+                            "SI_UNIT(.MILLI.,.METRE.))") {
+    return "#1=PRODUCT('P','Part','',());\n#2=PRODUCT_DEFINITION_FORMATION('A','',#1);\n"
+           "#3=PRODUCT_DEFINITION('d','',#2,$);\n#4=PRODUCT_DEFINITION_SHAPE('','',#3);\n"
+           "#5=SHAPE_DEFINITION_REPRESENTATION(#4,#10);\n"
+           "#10=ADVANCED_BREP_SHAPE_REPRESENTATION('',(" +
+           items + "),#11);\n" +
+           "#11=(GEOMETRIC_REPRESENTATION_CONTEXT(3)GLOBAL_UNIT_ASSIGNED_CONTEXT((#12))"
+           "REPRESENTATION_CONTEXT('',''));\n#12=" +
+           unit + ";\n#13=CARTESIAN_POINT('',(0.,0.,0.));\n" +
+           "#14=AXIS2_PLACEMENT_3D('',#13,$,$);\n#15=DIRECTION('',(1.,0.,0.));\n"
+           "#16=DIRECTION('',(0.,1.,0.));\n#17=AXIS2_PLACEMENT_3D('',#13,#15,#16);\n" +
+           more;
+}
+
+// #20 is an edge from a vertex at (10,0,0) to one at (0,10,0), on a curve.
+std::string EdgeOn(const std::string& curve, const std::string& sense) {
+    return "#20=EDGE_CURVE('',#21,#22,#25," + sense +
+           ");\n#21=VERTEX_POINT('',#23);\n#22=VERTEX_POINT('',#24);\n"
+           "#23=CARTESIAN_POINT('',(10.,0.,0.));\n#24=CARTESIAN_POINT('',(0.,10.,0.));\n#25=" +
+           curve + ";\n";
+}
+
+// Opposite corners of a box of 10 × 20 × 30 at (1,2,3).
+const std::string kCorners =
+    "#21=VERTEX_POINT('',#22);\n#22=CARTESIAN_POINT('',(1.,2.,3.));\n"
+    "#23=VERTEX_POINT('',#24);\n#24=CARTESIAN_POINT('',(11.,22.,33.));\n";
+
+class Shape : public Report {
+  protected:
+    // The sizes of the places, as the page tells them.
+    std::vector<std::string> Sizes(const std::string& data) const {
+        std::vector<std::string> sizes;
+        for (const auto& row : Rows(PageOfOddData("AUTOMOTIVE_DESIGN", data), "part")) {
+            sizes.push_back(row.size() > 7 ? row[7] : "");
+        }
+        return sizes;
+    }
+};
+
+}  // namespace
+
+TEST_F(Shape, GoesAroundTheVerticesAndNotAroundWhatPlacesAxesLinesAndSurfaces) {
+    const std::string far = "#30=CARTESIAN_POINT('',(-1000.,-1000.,1000.));\n";
+    EXPECT_THAT(Sizes(PartOfItems("#14,#20,#40",
+                                  "#20=EDGE_CURVE('',#21,#23,#25,.T.);\n#25=LINE('',#30,$);\n"
+                                  "#40=ADVANCED_FACE('',(#41),#43,.T.);\n"
+                                  "#41=FACE_BOUND('',#42,.T.);\n#42=EDGE_LOOP('',(#44));\n"
+                                  "#43=PLANE('',#45);\n#44=ORIENTED_EDGE('',*,*,#20,.T.);\n"
+                                  "#45=AXIS2_PLACEMENT_3D('',#30,$,$);\n" +
+                                      far + kCorners)),
+                ElementsAre("10 × 20 × 30"));
+}
+
+TEST_F(Shape, GoesAroundControlPointsButNotAroundThoseOfAParameterSpace) {
+    EXPECT_THAT(
+        Sizes(PartOfItems(
+            "#20",
+            EdgeOn("SURFACE_CURVE('',#30,(#31),.PCURVE_S1.)", ".T.") +
+                "#30=B_SPLINE_CURVE_WITH_KNOTS('',2,(#23,#32,#24),.UNSPECIFIED.,.F.,.F.,(3,3),"
+                "(0.,1.),.UNSPECIFIED.);\n#31=PCURVE('',#33,#34);\n"
+                "#32=CARTESIAN_POINT('',(12.,15.,-4.));\n#33=PLANE('',#14);\n"
+                "#34=DEFINITIONAL_REPRESENTATION('',(#35),$);\n#35=LINE('',#36,$);\n"
+                "#36=CARTESIAN_POINT('',(500.,600.));\n")),
+        ElementsAre("12 × 15 × 4"));
+}
+
+TEST_F(Shape, GoesAroundArcsAsFarAsTheyReach) {
+    const std::string circle = "CIRCLE('',#14,10.)";
+    // A quarter, and the three other ones.
+    EXPECT_THAT(Sizes(PartOfItems("#20", EdgeOn(circle, ".T."))), ElementsAre("10 × 10 × 0"));
+    EXPECT_THAT(Sizes(PartOfItems("#20", EdgeOn(circle, ".F."))), ElementsAre("20 × 20 × 0"));
+    // A whole one around the x axis, and one that is no edge.
+    EXPECT_THAT(Sizes(PartOfItems("#20",
+                                  "#20=EDGE_CURVE('',#21,#21,#25,.T.);\n"
+                                  "#21=VERTEX_POINT('',#22);\n#25=CIRCLE('',#17,10.);\n"
+                                  "#22=CARTESIAN_POINT('',(0.,10.,0.));\n")),
+                ElementsAre("0 × 20 × 20"));
+    EXPECT_THAT(Sizes(PartOfItems("#20",
+                                  "#20=GEOMETRIC_CURVE_SET('',(#21));\n"
+                                  "#21=ELLIPSE('',#14,10.,2.5);\n")),
+                ElementsAre("20 × 5 × 0"));
+}
+
+TEST_F(Shape, GoesAroundWholeSpheresAndTori) {
+    const auto whole = [](const std::string& surface) {
+        return PartOfItems("#20",
+                           "#20=ADVANCED_FACE('',(#21),#22,.T.);\n"
+                           "#21=FACE_BOUND('',#23,.T.);\n#22=" +
+                               surface +
+                               ";\n#23=VERTEX_LOOP('',#24);\n#24=VERTEX_POINT('',#13);\n");
+    };
+    EXPECT_THAT(Sizes(whole("SPHERICAL_SURFACE('',#14,7.)")), ElementsAre("14 × 14 × 14"));
+    // Around the x axis.
+    EXPECT_THAT(Sizes(whole("TOROIDAL_SURFACE('',#17,10.,2.)")), ElementsAre("4 × 24 × 24"));
+    // A face that has edges lies between them.
+    EXPECT_THAT(Sizes(PartOfItems("#20,#21,#23",
+                                  "#20=ADVANCED_FACE('',(),#40,.T.);\n"
+                                  "#40=SPHERICAL_SURFACE('',#14,500.);\n" +
+                                      kCorners)),
+                ElementsAre("10 × 20 × 30"));
+}
+
+TEST_F(Shape, GoesAroundTessellationsAndPolygons) {
+    EXPECT_THAT(Sizes(PartOfItems("#20",
+                                  "#20=TESSELLATED_SOLID('',(#21),$);\n"
+                                  "#21=TRIANGULATED_FACE('',#22,3,$,$,(),((1,2,3)));\n"
+                                  "#22=COORDINATES_LIST('',3,((0.,0.,0.),(5.,0.,1.),(0,7,2)));\n")),
+                ElementsAre("5 × 7 × 2"));
+    EXPECT_THAT(Sizes(PartOfItems("#20",
+                                  "#20=POLY_LOOP('',(#21,#22,#13));\n"
+                                  "#21=CARTESIAN_POINT('',(3.,0.,0.));\n"
+                                  "#22=CARTESIAN_POINT('',(0.,4.,0.));\n")),
+                ElementsAre("3 × 4 × 0"));
+}
+
+TEST_F(Shape, GoesAroundMappedItemsWhereTheyAreMapped) {
+    // Turned by a quarter about z: (x,y) goes to (-y,x). Once at its place, once 100 higher.
+    const std::string mapped =
+        "#30=MAPPED_ITEM('',#32,#33);\n#31=MAPPED_ITEM('',#32,#34);\n"
+        "#32=REPRESENTATION_MAP(#14,#35);\n#33=AXIS2_PLACEMENT_3D('',#13,$,#16);\n"
+        "#34=AXIS2_PLACEMENT_3D('',#36,$,#16);\n"
+        "#35=SHAPE_REPRESENTATION('',(#21,#23),#11);\n#36=CARTESIAN_POINT('',(0.,0.,100.));\n" +
+        kCorners;
+    EXPECT_THAT(Sizes(PartOfItems("#30", mapped)), ElementsAre("20 × 10 × 30"));
+    EXPECT_THAT(Sizes(PartOfItems("#30,#31", mapped)), ElementsAre("20 × 10 × 130"));
+    EXPECT_THAT(Sizes(PartOfItems("#40",
+                                  "#40=MAPPED_ITEM('',#32,#41);\n#41="
+                                  "CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,#13,2.,$);\n" +
+                                      mapped)),
+                ElementsAre("20 × 40 × 60"));
+    // A representation that is mapped into itself.
+    EXPECT_THAT(Sizes(PartOfItems("#21,#23,#30",
+                                  "#30=MAPPED_ITEM('',#32,#14);\n"
+                                  "#32=REPRESENTATION_MAP(#14,#10);\n" +
+                                      kCorners)),
+                ElementsAre("10 × 20 × 30"));
+}
+
+TEST_F(Shape, TakesRepresentationsThatAreRelatedWithoutATransformation) {
+    const std::string other = "#30=SHAPE_REPRESENTATION('',(#21,#23),#11);\n" + kCorners;
+    EXPECT_THAT(Sizes(PartOfItems(
+                    "#14", "#31=SHAPE_REPRESENTATION_RELATIONSHIP('','',#30,#10);\n" + other)),
+                ElementsAre("10 × 20 × 30"));
+    // Neither with one, nor the shape of another part: there is nothing to be drawn but that part.
+    EXPECT_THAT(Sizes(PartOfItems("#14",
+                                  "#31=(REPRESENTATION_RELATIONSHIP('','',#30,#10)"
+                                  "REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION($)"
+                                  "SHAPE_REPRESENTATION_RELATIONSHIP());\n" +
+                                      other)),
+                IsEmpty());
+    EXPECT_THAT(Sizes(PartOfItems("#14",
+                                  "#31=SHAPE_REPRESENTATION_RELATIONSHIP('','',#30,#10);\n"
+                                  "#32=PRODUCT_DEFINITION('e','',$,$);\n"
+                                  "#33=PRODUCT_DEFINITION_SHAPE('','',#32);\n"
+                                  "#34=SHAPE_DEFINITION_REPRESENTATION(#33,#30);\n" +
+                                      other)),
+                ElementsAre("10 × 20 × 30"));
+}
+
+TEST_F(Shape, IsDrawnToScaleFromFourSides) {
+    const XmlElement page = PageOfData("AUTOMOTIVE_DESIGN", PartOfItems("#21,#23", kCorners));
+    // Width and height of what is drawn.
+    const auto size = [](const XmlElement& box) {
+        double least[2] = {1e9, 1e9};
+        double most[2] = {-1e9, -1e9};
+        for (const XmlElement* side : box.All("polygon")) {
+            std::istringstream points(side->attributes.at("points"));
+            double p[2];
+            char comma = 0;
+            while (points >> p[0] >> comma >> p[1]) {
+                for (int i = 0; i < 2; ++i) {
+                    least[i] = std::min(least[i], p[i]);
+                    most[i] = std::max(most[i], p[i]);
+                }
+            }
+        }
+        return std::pair(most[0] - least[0], most[1] - least[1]);
+    };
+    struct {
+        const char* view;
+        std::size_t sides;
+        double ratio;  // of width and height
+    } const views[] = {
+        // x and y go to the right by cos 30° each; x and y go down and up by half, z up.
+        {"frames", 3, 30 * std::sqrt(0.75) / (15 + 30)},
+        {"view front", 1, 10.0 / 30},
+        {"view above", 1, 10.0 / 20},
+        {"view right", 1, 20.0 / 30},
+    };
+    for (const auto& [view, sides, ratio] : views) {
+        const XmlElement* drawing = Drawing(page, view);
+        ASSERT_NE(drawing, nullptr) << view;
+        const auto boxes = drawing->All("g", "box c0");
+        ASSERT_EQ(boxes.size(), 1U) << view;
+        EXPECT_EQ(boxes[0]->All("polygon").size(), sides) << view;
+        const auto [width, height] = size(*boxes[0]);
+        EXPECT_NEAR(width / height, ratio, 0.01) << view;
+    }
+}
+
+namespace {
+
+// An assembly in one unit, in which the part in another stands at x = 2, turned by a quarter.
+std::string AssemblyInUnits(const std::string& unit, const std::string& unitOfPart) {
+    return PartOfItems("#14,#21,#23", kCorners, unitOfPart) +
+           "#50=PRODUCT('W','Whole','',());\n#51=PRODUCT_DEFINITION_FORMATION('A','',#50);\n"
+           "#52=PRODUCT_DEFINITION('d','',#51,$);\n#53=PRODUCT_DEFINITION_SHAPE('','',#52);\n"
+           "#54=SHAPE_DEFINITION_REPRESENTATION(#53,#55);\n"
+           "#55=SHAPE_REPRESENTATION('',(#59),#56);\n"
+           "#56=(GEOMETRIC_REPRESENTATION_CONTEXT(3)GLOBAL_UNIT_ASSIGNED_CONTEXT((#57))"
+           "REPRESENTATION_CONTEXT('',''));\n#57=" +
+           unit +
+           ";\n#58=CARTESIAN_POINT('',(2.,0.,0.));\n#59=AXIS2_PLACEMENT_3D('',#58,$,#16);\n"
+           "#60=NEXT_ASSEMBLY_USAGE_OCCURRENCE('n','','',#52,#3,$);\n"
+           "#61=PRODUCT_DEFINITION_SHAPE('','',#60);\n"
+           "#62=CONTEXT_DEPENDENT_SHAPE_REPRESENTATION(#63,#61);\n"
+           "#63=(REPRESENTATION_RELATIONSHIP('','',#10,#55)"
+           "REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION(#64)"
+           "SHAPE_REPRESENTATION_RELATIONSHIP());\n"
+           "#64=ITEM_DEFINED_TRANSFORMATION('','',#14,#59);\n"
+           "#70=LENGTH_MEASURE_WITH_UNIT(LENGTH_MEASURE(25.4),#71);\n"
+           "#71=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));\n";
+}
+
+const std::string kMetre = "(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.))";
+const std::string kMillimetre = "(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.))";
+const std::string kInch = "(CONVERSION_BASED_UNIT('INCH',#70)LENGTH_UNIT()NAMED_UNIT($))";
+
+}  // namespace
+
+TEST_F(Shape, SaysLengthsInTheUnitOfTheFile) {
+    struct {
+        const std::string& unit;
+        const char* symbol;
+    } const units[] = {{kMillimetre, "mm"}, {kMetre, "m"}, {kInch, "in"}};
+    for (const auto& [unit, symbol] : units) {
+        const XmlElement page = PageOfData("AUTOMOTIVE_DESIGN", AssemblyInUnits(unit, unit));
+        const std::string inUnit = std::string(" (") + symbol + ')';
+        EXPECT_THAT(page.Texts("th"), AllOf(Contains("x" + inUnit), Contains("box" + inUnit)));
+        EXPECT_THAT(page.Texts("figcaption").at(0),
+                    HasSubstr(std::string("Lengths in ") + symbol + "."));
+        for (const char* view : {"frames", "view front", "view above", "view right"}) {
+            EXPECT_THAT(Drawing(page, view)->Texts("text", "note").at(0),
+                        testing::EndsWith(std::string(" ") + symbol));
+        }
+        // The part's (x,y) goes to (2-y,x); the assembly is as large as what is in it.
+        const auto rows = Rows(page, "part");
+        ASSERT_EQ(rows.size(), 2U);
+        EXPECT_EQ(rows[0][7], "20 × 10 × 30");
+        EXPECT_EQ(rows[1][1], "2");
+        EXPECT_EQ(rows[1][7], "10 × 20 × 30");
+    }
+    // The lamp has no geometry but a unit, the database none.
+    EXPECT_THAT(PageOf(kAssembly).Texts("th"), Contains("x (mm)"));
+    EXPECT_THAT(PageOf(kDatabase).Texts("th"), Contains("x"));
+}
+
+TEST_F(Shape, ConvertsLengthsOfOtherUnits) {
+    const XmlElement page = PageOfData("AUTOMOTIVE_DESIGN", AssemblyInUnits(kMillimetre, kInch));
+    const auto rows = Rows(page, "part");
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_EQ(rows[1][1], "2");
+    EXPECT_EQ(rows[1][7], "254 × 508 × 762");
+    EXPECT_THAT(page.Texts("figcaption").at(0),
+                HasSubstr("Lengths in mm; those in other units are converted."));
+}
+
+TEST_F(Shape, IsNotToldWhereTheUnitIsNone) {
+    for (const char* unit : {"(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.GRAM.))", "7", "$",
+                             "(CONVERSION_BASED_UNIT('INCH',$)LENGTH_UNIT()NAMED_UNIT($))",
+                             "(CONVERSION_BASED_UNIT('X',#40)LENGTH_UNIT()NAMED_UNIT($))",
+                             "(MASS_UNIT()NAMED_UNIT(*)SI_UNIT(.KILO.,.GRAM.))"}) {
+        folder.Write("data.stp",
+                     ExchangeFile("AUTOMOTIVE_DESIGN",
+                                  PartOfItems("#21,#23",
+                                              "#40=LENGTH_MEASURE_WITH_UNIT(LENGTH_MEASURE(0.),#12)"
+                                              ";\n" +
+                                                  kCorners,
+                                              unit)));
+        EXPECT_EQ(Orx({"report", "--lenient", "data.stp", "-o", "page.html"}).status, 0) << unit;
+        const XmlElement page = ReadXml(ReadFile(folder / "page.html"));
+        EXPECT_THAT(page.Texts("th"), Contains("box")) << unit;
+        EXPECT_THAT(Rows(page, "part").at(0), Contains("10 × 20 × 30")) << unit;
+    }
+}
+
+TEST_F(Shape, BearsGeometryThatMakesNoSense) {
+    // Values that are missing, of other kinds, or too large, and cycles.
+    EXPECT_THAT(
+        Sizes(PartOfItems(
+            "#21,#23,#30,#31,#32,#33,#34,#35,#36,#37,#38,#39,#40,#41,#42,#43",
+            "#30=EDGE_CURVE('',$,$,$,$);\n#31=EDGE_CURVE('',#30,'x',#32,7);\n"
+            "#32=CIRCLE('',#33,'wide');\n#33=CIRCLE('',#14,-1.);\n#34=ADVANCED_FACE('',$,$,$);\n"
+            "#35=ADVANCED_FACE('',(1,#34,#36,$),#35,.T.);\n#36=FACE_BOUND('',#36,.T.);\n"
+            "#37=SPHERICAL_SURFACE('',#13,1.E300);\n#38=CARTESIAN_POINT('',(1.E300,0.,0.));\n"
+            "#39=MAPPED_ITEM('',#39,#39);\n#40=CARTESIAN_POINT('',('x',$,#40));\n"
+            "#41=COORDINATES_LIST('',3,('x',(1.),((1.,2.,3.)),$));\n#42=EDGE_CURVE('x');\n"
+            "#43=SHELL('',(#43,(#43,((#21)))));\n" +
+                kCorners)),
+        ElementsAre("10 × 20 × 30"));
+}
+
+TEST_F(Shape, IsLeftOutWherePartsShareTooMuch) {
+    // 5,000 parts, each with a shape of its own that has the same 5,000 points.
+    std::string data = "#1=SHELL('',(#2";
+    for (int i = 3; i <= 5001; ++i) data += ",#" + std::to_string(i);
+    data += "));\n";
+    for (int i = 2; i <= 5001; ++i) {
+        data += "#" + std::to_string(i) + "=CARTESIAN_POINT('',(1.,2.,3.));\n";
+    }
+    for (int i = 10'000; i < 35'000; i += 5) {
+        const auto ref = [i](int n) { return '#' + std::to_string(i + n); };
+        data += ref(0) + "=PRODUCT_DEFINITION('','',$,$);\n" + ref(1) +
+                "=PRODUCT_DEFINITION_SHAPE('','',";
+        data += ref(0) + ");\n" + ref(2) + "=SHAPE_REPRESENTATION('',(#1),$);\n" + ref(3);
+        data += "=SHAPE_DEFINITION_REPRESENTATION(" + ref(1) + ',' + ref(2) + ");\n";
+    }
+    const XmlElement page = PageOfOddData("AUTOMOTIVE_DESIGN", data);
+    EXPECT_THAT(page.Texts("figcaption").at(0),
+                HasSubstr("Some boxes are missing, since the parts share too much geometry."));
+}
+
+// ---- Finding one's way
+
+TEST_F(Report, BeginsWithItsContents) {
+    const auto links = [](const XmlElement& page) {
+        std::vector<std::string> titles;
+        for (const XmlElement* link : page.All("nav").at(0)->All("a")) {
+            titles.push_back(link->text);
+            const std::string id = link->attributes.at("href").substr(1);
+            std::size_t targets = 0;
+            for (const char* element : {"section", "h1"}) {
+                for (const XmlElement* target : page.All(element)) {
+                    const auto found = target->attributes.find("id");
+                    if (found == target->attributes.end() || found->second != id) continue;
+                    ++targets;
+                    EXPECT_TRUE(element == std::string("h1") ||
+                                target->Texts("h2").at(0) == link->text);
+                }
+            }
+            EXPECT_EQ(targets, 1U) << id;
+        }
+        return titles;
+    };
+    EXPECT_THAT(links(PageOf(kDatabase)),
+                ElementsAre("Structure", "Placements", "Configuration items", "Effectivities",
+                            "Version families"));
+    EXPECT_THAT(
+        links(PageOf("db.stp", {"-m", kAssembly})),
+        ElementsAre("db", "Structure", "Effectivities", "assembly", "Structure", "Placements"));
+}
+
+TEST_F(Report, NamesTheFileWithoutItsFolder) {
+    const auto line = [](const XmlElement& page) { return page.Texts("p").at(0); };
+    EXPECT_THAT(line(PageOf(folder / "db.stp")), testing::StartsWith("db.stp · cdma · "));
+    EXPECT_EQ(Orx({"copy", "db.stp", "sqlite:" + std::string(folder / "kept.db")}).status, 0);
+    EXPECT_THAT(line(PageOf("sqlite:" + std::string(folder / "kept.db"))),
+                testing::StartsWith("kept.db · cdma · "));
+    const std::string page = Orx({"report", "-", "-o", "-"}, Database()).out;
+    EXPECT_THAT(line(ReadXml(page)), testing::StartsWith("standard input · cdma · "));
+}
+
+namespace {
+
+// A database in which a part has `count` components, each of which has as many, and so on.
+std::string DatabaseOfLevels(int count, int levels) {
+    std::string data;
+    int last = 0;
+    const std::function<std::string(int, const std::string&)> add = [&](int level,
+                                                                        const std::string& name) {
+        std::string links;
+        for (int i = 0; i < count && level < levels; ++i) {
+            const std::string component = add(level + 1, name + '.' + std::to_string(i));
+            const std::string link = '#' + std::to_string(++last);
+            data += link + "=PART_LINK('L',$," + component + ",$,$,$,$);\n";
+            links += (links.empty() ? "" : ",") + link;
+        }
+        const std::string part = '#' + std::to_string(++last);
+        data += part + "=PART_OBJECT('" + name + "',$,$,$,$,(" + links + "),$,$,$,$);\n";
+        return part;
+    };
+    add(0, "P");
+    return data;
+}
+
+}  // namespace
+
+TEST_F(Report, CollapsesALargeTreeBelowItsSecondLevel) {
+    // 1 + 5 + 25 + 125 lines.
+    const XmlElement large = PageOfData("cdma", DatabaseOfLevels(5, 3));
+    std::size_t open = 0;
+    for (const XmlElement* details : large.All("ul", "tree").at(0)->All("details")) {
+        open += details->attributes.count("open");
+    }
+    EXPECT_EQ(large.All("ul", "tree").at(0)->All("details").size(), 31U);
+    EXPECT_EQ(open, 1U);
+    const auto fields = large.All("input");
+    ASSERT_EQ(fields.size(), 1U);
+    EXPECT_EQ(fields[0]->attributes.at("data-tree"),
+              large.All("ul", "tree").at(0)->attributes.at("id"));
+    // A small one is open, and needs no filter.
+    const XmlElement small = PageOfData("cdma", DatabaseOfLevels(3, 3));
+    for (const XmlElement* details : small.All("ul", "tree").at(0)->All("details")) {
+        EXPECT_EQ(details->attributes.count("open"), 1U);
+    }
+    EXPECT_THAT(small.All("input"), IsEmpty());
+}
+
+TEST_F(Report, LeavesTheLowestLevelsOutOfAHugeTree) {
+    // 1 + 10 + 100 + 1,000 + 10,000 lines: the last level is too much. Of 300 places to be drawn,
+    // there is room for the first three levels.
+    const XmlElement page = PageOfData("cdma", DatabaseOfLevels(10, 4));
+    EXPECT_EQ(page.All("ul", "tree").at(0)->All("li").size(), 1111U);
+    EXPECT_THAT(page.Texts("p"), Contains("Down to level 4. orx tree shows all."));
+    EXPECT_THAT(page.Texts("figcaption").at(0), HasSubstr("Down to level 3."));
+    EXPECT_EQ(Drawing(page, "frames")->All("g", "frame").size(), 111U);
+    // Too many components for a page, even on the first level.
+    const XmlElement flat = PageOfData("cdma", DatabaseOfLevels(11'000, 1));
+    EXPECT_THAT(flat.Texts("p"), Contains("The first 10000 lines. orx tree shows all."));
+    EXPECT_THAT(flat.Texts("figcaption").at(0), HasSubstr("The first 300 places."));
+}
+
+// ---- In a browser
 
 // Rendered by a browser, the page is no empty one: its picture takes many times as much.
 TEST_F(Report, IsShownByABrowser) {

@@ -1,6 +1,7 @@
 // The drawing of effectivities over time or over ranks.
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -14,22 +15,23 @@ namespace {
 
 using Scale = Effectivity::Scale;
 
-constexpr double kWidth = 960;
-constexpr double kRight = kWidth - 24;
-constexpr std::size_t kLongestName = 24;
-constexpr double kTop = 26;
-constexpr double kRow = 28;
+// Places from left to right are in per cent of the width, so that the drawing fits every display
+// and its texts keep their size; a row is a name with its bar below.
+constexpr double kRight = 100;
+constexpr std::size_t kLongestName = 40;
+constexpr double kTop = 22;
+constexpr double kRow = 38;
 
 struct Tick {
     double value;
     std::string text;
 };
 
-// Around eight round values in a range.
+// Around four round values in a range.
 std::vector<Tick> RankTicks(double least, double most) {
-    double step = std::pow(10, std::floor(std::log10((most - least) / 8)));
+    double step = std::pow(10, std::floor(std::log10((most - least) / 4)));
     for (const double factor : {2.0, 2.5, 2.0}) {  // 1, 2, 5, 10
-        if ((most - least) / step > 8) step *= factor;
+        if ((most - least) / step > 4) step *= factor;
     }
     step = std::max(step, 1.0);
     std::vector<Tick> ticks;
@@ -41,13 +43,13 @@ std::vector<Tick> RankTicks(double least, double most) {
     return ticks;
 }
 
-// The first days of months or years, around eight.
+// The first days of months or years, around four.
 std::vector<Tick> DateTicks(double least, double most) {
     using namespace std::chrono;
     constexpr double kMonth = 30.44;
     int months = 1;
     for (const int step : {3, 6, 12, 24, 60, 120, 240, 600, 1200, 2400, 6000, 12000}) {
-        if ((most - least) / kMonth / months > 9) months = step;
+        if ((most - least) / kMonth / months > 5) months = step;
     }
     const year_month_day first(sys_days(days(static_cast<int>(std::floor(least)))));
     int number = static_cast<int>(first.year()) * 12 +
@@ -67,6 +69,13 @@ std::vector<Tick> DateTicks(double least, double most) {
 }
 
 std::string Number(double value) { return std::string("\"").append(Pixels(value)).append("\""); }
+
+// A place from left to right.
+std::string Percent(double value) {
+    char text[64];
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 3);
+    return '"' + std::string(text, end.ptr) + "%\"";
+}
 
 // The effectivities that are drawn, and the range of their bounds.
 struct Rows {
@@ -99,15 +108,12 @@ Rows RowsOf(std::span<const Effectivity* const> effectivities, Scale scale) {
     return rows;
 }
 
-// The scale from left to right: values from `from` to `to`, to the right of the names.
+// The scale from left to right: values from `from` to `to`.
 struct Axis {
-    double leftmost;
     double from;
     double to;
 
-    double Place(double value) const {
-        return leftmost + (kRight - leftmost) * ((value - from) / (to - from));
-    }
+    double Place(double value) const { return kRight * ((value - from) / (to - from)); }
 };
 
 Axis AxisOf(const Rows& rows, Scale scale) {
@@ -117,46 +123,39 @@ Axis AxisOf(const Rows& rows, Scale scale) {
     const double room = most > least ? 0.06 * (most - least) : scale == Scale::Dates ? 365 : 10;
     const double from =
         least - (scale == Scale::Ranks && least >= 0 ? std::min(room, least) : room);
-    std::size_t longest = 6;
-    for (const Effectivity* effectivity : rows.effectivities) {
-        longest = std::max(longest, std::min(kLongestName, Characters(effectivity->id)));
-    }
-    return {7 * static_cast<double>(longest) + 20, from, most + room};
+    return {from, most + room};
 }
 
 void AppendTick(std::string& svg, const Tick& tick, const Axis& axis, double bottom) {
-    const std::string x = Number(axis.Place(tick.value));
+    const std::string x = Percent(axis.Place(tick.value));
     svg += "<line class=\"tick\" x1=";
     svg += x + " x2=" + x + " y1=" + Number(kTop - 6) + " y2=" + Number(bottom);
     svg += "/>\n<text class=\"note middle\" x=";
-    svg += x + " y=" + Number(kTop - 12) + ">" + tick.text + "</text>\n";
+    svg += x + " y=" + Number(kTop - 10) + ">" + tick.text + "</text>\n";
+}
+
+// The head of an arrow at an open end.
+std::string Head(double place, double middle, const char* points) {
+    return "<svg class=\"head\" x=" + Percent(place) + " y=" + Number(middle) +
+           "><polygon points=\"" + points + "\"/></svg>\n";
 }
 
 void AppendBar(std::string& svg, const Effectivity& effectivity, const Axis& axis, double top) {
     const Bound& start = effectivity.start;
     const Bound& end = effectivity.end;
-    const double left = start.value ? axis.Place(*start.value) : axis.leftmost;
-    const double right = std::max(end.value ? axis.Place(*end.value) : kRight, left + 3);
-    const double middle = top + kRow / 2;
-    const double y1 = middle - 5;
-    const double y2 = middle + 5;
-    // Arrow heads at open ends.
-    std::string points;
-    const auto add = [&points](double x, double y) {
-        points.append(points.empty() ? "" : " ").append(Pixels(x) + ',' + Pixels(y));
-    };
-    add(left + (start.value ? 0 : 8), y1);
-    add(right - (end.value ? 0 : 8), y1);
-    if (!end.value) add(right, middle);
-    add(right - (end.value ? 0 : 8), y2);
-    add(left + (start.value ? 0 : 8), y2);
-    if (!start.value) add(left, middle);
+    const double left = start.value ? axis.Place(*start.value) : 0;
+    const double right = std::max(end.value ? axis.Place(*end.value) : kRight, left + 0.4);
+    const double middle = top + 26;
     const std::string bounds =
         (start.text.empty() ? "open" : start.text) + " – " + (end.text.empty() ? "open" : end.text);
-    svg += "<text class=\"name\" x=\"0\" y=" + Number(middle + 4) + ">" +
-           Escaped(Shortened(effectivity.id, kLongestName)) +
-           "</text>\n<polygon class=\"bar\" points=\"" + points + "\"><title>" +
-           Escaped(effectivity.id + ": " + bounds) + "</title></polygon>\n";
+    svg += "<text class=\"name\" x=" + Percent(std::min(left, 60.0)) + " y=" + Number(middle - 10) +
+           ">" + Escaped(Shortened(effectivity.id, kLongestName)) +
+           "</text>\n<g class=\"bar\"><title>" + Escaped(effectivity.id + ": " + bounds) +
+           "</title><rect x=" + Percent(left) + " width=" + Percent(right - left) +
+           " y=" + Number(middle - 5) + " height=\"10\"/>\n";
+    if (!start.value) svg += Head(0, middle, "-8,0 0,-5 0,5");
+    if (!end.value) svg += Head(kRight, middle, "8,0 0,-5 0,5");
+    svg += "</g>\n";
 }
 
 }  // namespace
@@ -166,11 +165,11 @@ std::string DrawBars(std::span<const Effectivity* const> effectivities, Scale sc
     if (rows.effectivities.empty()) return "";
     const Axis axis = AxisOf(rows, scale);
     const double bottom = kTop + kRow * static_cast<double>(rows.effectivities.size());
+    const std::string title =
+        scale == Scale::Dates ? "Effectivities over time" : "Effectivities over ranks";
     std::string svg =
-        "<svg class=\"bars\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + Pixels(kWidth) +
-        ' ' + Pixels(bottom + 8) + "\" role=\"img\">\n<title>" +
-        (scale == Scale::Dates ? "Effectivities over time" : "Effectivities over ranks") +
-        "</title>\n";
+        "<svg class=\"bars\" xmlns=\"http://www.w3.org/2000/svg\" height=" + Number(bottom + 8) +
+        " role=\"img\">\n<title>" + title + "</title>\n";
     for (const Tick& tick :
          scale == Scale::Dates ? DateTicks(axis.from, axis.to) : RankTicks(axis.from, axis.to)) {
         AppendTick(svg, tick, axis, bottom);

@@ -11,6 +11,7 @@
 
 #include "product/Assembly.h"
 #include "product/Configurations.h"
+#include "product/Shapes.h"
 
 namespace host {
 
@@ -22,14 +23,19 @@ struct Frame {
     Placement placement;
     std::size_t parent = kNoParent;  // its index among the frames
     std::size_t level = 0;
+    std::size_t branch = 0;  // the component of the root that it belongs to, for its colour
+    Box box;                 // that is drawn for it, in its own axes; may be empty
+    Box whole;               // around the part and its components, in its own axes; may be empty
 };
 
 // Whether a frame has a position that can be drawn.
 bool IsDrawable(const Frame& frame);
 
-// The frames in isometric projection: x to the lower right, y to the upper right, z up. Frames that
-// cannot be drawn are omitted. Frames at the same position share a label.
-std::string DrawFrames(std::span<const Frame> frames);
+// Four views of the frames: isometric (x to the lower right, y to the upper right, z up) with
+// labels, from the front, from above and from the right. A frame is drawn as its box or, if neither
+// it nor a component has a box, as its axes. Frames that cannot be drawn are omitted. Frames at the
+// same position share a label. Lengths are in `unit`, an abbreviation; empty if it is unknown.
+std::string DrawFrames(std::span<const Frame> frames, const std::string& unit);
 
 // Effectivities as bars over their dates or ranks, one below the other; an open end is drawn as an
 // arrow. Effectivities without a start or end on the scale are omitted.

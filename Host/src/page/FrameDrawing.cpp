@@ -1,9 +1,10 @@
-// The drawing of frames in space.
+// The drawings of parts in space.
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <map>
+#include <set>
 
 #include "page/Drawing.h"
 #include "page/Html.h"
@@ -12,11 +13,14 @@ namespace host {
 
 namespace {
 
-constexpr double kWidth = 960;
-constexpr double kLowest = 260;
-constexpr double kHighest = 620;
-// Margin around the origins, for axes and labels.
-constexpr double kMargin = 80;
+// As wide as a small display, so that texts keep a readable size there.
+constexpr double kWidth = 440;
+constexpr double kLowest = 220;
+constexpr double kHighest = 360;
+constexpr std::size_t kColours = 6;
+// Frames that are many have shorter axes, and not all of them a label.
+constexpr std::size_t kMany = 30;
+constexpr std::size_t kMostLabels = 14;
 
 struct Point {
     double x = 0;
@@ -26,21 +30,36 @@ struct Point {
 Point operator+(Point a, Point b) { return {a.x + b.x, a.y + b.y}; }
 Point operator*(double s, Point p) { return {s * p.x, s * p.y}; }
 
-// A point or direction of space in the drawing's plane, y downwards.
-Point Project(const double* v) {
-    constexpr double kCos30 = 0.8660254037844386;
-    return {kCos30 * (v[0] + v[1]), 0.5 * (v[0] - v[1]) - v[2]};
-}
+// A direction to look from: right and up in the drawing, and towards the viewer.
+struct View {
+    const char* name;
+    const char* style;
+    double right[3];
+    double up[3];
+    double nearer[3];
+    bool isLabelled;
+};
 
-struct Box {
+constexpr double kCos30 = 0.8660254037844386;
+constexpr View kViews[] = {
+    {"Isometric", "frames", {kCos30, kCos30, 0}, {-0.5, 0.5, 1}, {1, -1, 1}, true},
+    {"Front", "view front", {1, 0, 0}, {0, 0, 1}, {0, -1, 0}, false},
+    {"From above", "view above", {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, false},
+    {"From the right", "view right", {0, 1, 0}, {0, 0, 1}, {1, 0, 0}, false},
+};
+
+double Dot(const double* a, const double* b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+
+// An area of the drawing.
+struct Area {
     double left, top, right, bottom;
 
-    bool Meets(const Box& other) const {
+    bool Meets(const Area& other) const {
         return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
     }
 };
 
-Box Around(Point p, double halfWidth, double halfHeight) {
+Area Around(Point p, double halfWidth, double halfHeight) {
     return {p.x - halfWidth, p.y - halfHeight, p.x + halfWidth, p.y + halfHeight};
 }
 
@@ -49,9 +68,9 @@ std::string Line(const char* style, Point from, Point to) {
            Pixels(from.y) + "\" x2=\"" + Pixels(to.x) + "\" y2=\"" + Pixels(to.y) + "\"/>\n";
 }
 
-std::string Text(const char* style, Point at, const std::string& text) {
-    return std::string("<text class=\"") + style + "\" x=\"" + Pixels(at.x) + "\" y=\"" +
-           Pixels(at.y) + "\">" + Escaped(text) + "</text>\n";
+std::string Text(const std::string& style, Point at, const std::string& text) {
+    return "<text class=\"" + style + "\" x=\"" + Pixels(at.x) + "\" y=\"" + Pixels(at.y) + "\">" +
+           Escaped(text) + "</text>\n";
 }
 
 // The largest of 1, 2, 5, 10, ... that is not above a length.
@@ -63,61 +82,80 @@ double RoundLength(double length) {
     return power;
 }
 
+// Whether a frame is drawn as its axes.
+bool HasAxes(const Frame& frame) { return frame.level == 0 || frame.whole.IsEmpty(); }
+
 class FrameDrawing {
   public:
-    explicit FrameDrawing(std::span<const Frame> frames) : frames_(frames) {
+    FrameDrawing(std::span<const Frame> frames, const View& view, const std::string& unit)
+        : frames_(frames), view_(view), unit_(unit) {
         FindScale();
         for (const Frame& frame : frames_) {
-            origins_.push_back(IsDrawable(frame) ? Place(Project(&frame.placement[9])) : Point());
+            origins_.push_back(IsDrawable(frame) ? Place(&frame.placement[9]) : Point());
         }
     }
 
     std::string Draw() {
-        std::string svg =
-            "<svg class=\"frames\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " +
-            Pixels(kWidth) + ' ' + Pixels(height_) + "\" role=\"img\">\n" +
-            "<title>The frames of the parts, in isometric projection</title>\n";
+        std::string svg = std::string("<svg class=\"") + view_.style +
+                          "\" xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " +
+                          Pixels(kWidth) + ' ' + Pixels(height_) + "\" role=\"img\">\n<title>" +
+                          view_.name + "</title>\n";
         svg += DrawLinks();
+        svg += DrawBoxes();
         for (std::size_t i = 0; i < frames_.size(); ++i) {
-            if (IsDrawable(frames_[i])) svg += DrawFrame(i);
+            if (IsDrawable(frames_[i]) && HasAxes(frames_[i])) svg += DrawAxes(i);
         }
-        svg += DrawLabels();
+        if (view_.isLabelled) svg += DrawLabels();
         svg += DrawScale();
         return svg + "</svg>\n";
     }
 
   private:
-    // Scales the drawing so that all origins fit.
+    // A point or direction of space in the drawing's plane, y downwards.
+    Point Project(const double* v) const { return {Dot(view_.right, v), -Dot(view_.up, v)}; }
+    Point Place(const double* v) const { return scale_ * Project(v) + shift_; }
+
+    // Scales the drawing so that all origins and boxes fit.
     void FindScale() {
         constexpr double kInfinity = std::numeric_limits<double>::infinity();
         Point least{kInfinity, kInfinity};
         Point most{-kInfinity, -kInfinity};
+        const auto add = [&](const double* v) {
+            const Point p = Project(v);
+            least = {std::min(least.x, p.x), std::min(least.y, p.y)};
+            most = {std::max(most.x, p.x), std::max(most.y, p.y)};
+        };
+        bool hasBoxes = false;
         for (const Frame& frame : frames_) {
             if (!IsDrawable(frame)) continue;
-            const Point origin = Project(&frame.placement[9]);
-            least = {std::min(least.x, origin.x), std::min(least.y, origin.y)};
-            most = {std::max(most.x, origin.x), std::max(most.y, origin.y)};
+            if (HasAxes(frame)) add(&frame.placement[9]);
+            if (frame.box.IsEmpty()) continue;
+            hasBoxes = true;
+            for (unsigned i = 0; i < 8; ++i) {
+                add(Placed(frame.box.Corner(i), frame.placement).data());
+            }
         }
+        // For axes and labels.
+        const double margin = hasBoxes ? 40 : 56;
         const Point extent{most.x - least.x, most.y - least.y};
-        scale_ = std::min((kWidth - 2 * kMargin) / extent.x, (kHighest - 2 * kMargin) / extent.y);
+        scale_ = std::min((kWidth - 2 * margin) / extent.x, (kHighest - 2 * margin) / extent.y);
         if (!std::isfinite(scale_)) scale_ = 1;
-        height_ = std::clamp(scale_ * extent.y + 2 * kMargin, kLowest, kHighest);
-        const Point middle = 0.5 * (least + most);
+        height_ = std::clamp(scale_ * extent.y + 2 * margin, kLowest, kHighest);
+        const Point middle = 0.5 * least + 0.5 * most;
         shift_ = Point{kWidth / 2, height_ / 2} + -scale_ * middle;
     }
 
-    Point Place(Point projected) const { return scale_ * projected + shift_; }
-
-    static double AxisLength(const Frame& frame) {
-        return frame.level == 0 ? 40 : frame.level == 1 ? 28 : 20;
+    double AxisLength(const Frame& frame) const {
+        const double length = frame.level == 0 ? 34 : frame.level == 1 ? 24 : 16;
+        return frame.level == 0 || frames_.size() < kMany ? length : length / 2;
     }
 
-    // Lines from each part to its components.
+    // Lines from each part to components without a box.
     std::string DrawLinks() const {
         std::string svg;
         for (std::size_t i = 0; i < frames_.size(); ++i) {
             const std::size_t parent = frames_[i].parent;
-            if (parent == Frame::kNoParent || !IsDrawable(frames_[i]) ||
+            if (parent == Frame::kNoParent || !HasAxes(frames_[i]) || !IsDrawable(frames_[i]) ||
                 !IsDrawable(frames_[parent])) {
                 continue;
             }
@@ -128,78 +166,143 @@ class FrameDrawing {
         return svg;
     }
 
-    std::string DrawFrame(std::size_t number) const {
+    // The boxes, the farthest first, so that nearer ones cover them.
+    std::string DrawBoxes() const {
+        std::vector<std::pair<double, std::size_t>> order;
+        for (std::size_t i = 0; i < frames_.size(); ++i) {
+            if (!IsDrawable(frames_[i]) || frames_[i].box.IsEmpty()) continue;
+            const Point3 middle = Placed(frames_[i].box.Middle(), frames_[i].placement);
+            order.emplace_back(Dot(view_.nearer, middle.data()), i);
+        }
+        std::stable_sort(order.begin(), order.end(),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
+        std::string svg;
+        for (const auto& [depth, i] : order) svg += DrawBox(frames_[i]);
+        return svg;
+    }
+
+    // The sides of a box that the viewer sees.
+    std::string DrawBox(const Frame& frame) const {
+        std::string svg = "<g class=\"box c" + std::to_string(frame.branch % kColours) +
+                          "\"><title>" + Escaped(frame.label) + "</title>\n";
+        for (unsigned axis = 0; axis < 3; ++axis) {
+            const double slope = Dot(view_.nearer, &frame.placement[3 * axis]);
+            if (!(std::abs(slope) > 1e-9)) continue;
+            const unsigned side = slope > 0 ? 1U << axis : 0;
+            const unsigned one = 1U << ((axis + 1) % 3);
+            const unsigned other = 1U << ((axis + 2) % 3);
+            static constexpr const char* kSides[] = {"sx", "sy", "sz"};
+            svg += std::string("<polygon class=\"") + kSides[axis] + "\" points=\"";
+            for (const unsigned corner : {side, side | one, side | one | other, side | other}) {
+                const Point p = Place(Placed(frame.box.Corner(corner), frame.placement).data());
+                if (corner != side) svg += ' ';
+                svg += Pixels(p.x) + ',' + Pixels(p.y);
+            }
+            svg += "\"/>\n";
+        }
+        return svg + "</g>\n";
+    }
+
+    std::string DrawAxes(std::size_t number) const {
         const Frame& frame = frames_[number];
         const double length = AxisLength(frame);
         static constexpr const char* kAxes[] = {"x", "y", "z"};
         std::string svg = "<g class=\"frame\"><title>" + Escaped(frame.label) + "</title>\n";
         for (std::size_t axis = 0; axis < 3; ++axis) {
             const Point direction = Project(&frame.placement[3 * axis]);
-            const Point tip = origins_[number] + length * direction;
-            svg += Line(kAxes[axis], origins_[number], tip);
-            if (frame.level == 0) {
-                const Point at = origins_[number] + (length + 8) * direction + Point{-3, 4};
-                svg += Text((std::string("axis ") + kAxes[axis]).c_str(), at, kAxes[axis]);
+            if (view_.isLabelled || std::hypot(direction.x, direction.y) > 0.01) {
+                svg += Line(kAxes[axis], origins_[number], origins_[number] + length * direction);
+                if (frame.level == 0) {
+                    const Point at = origins_[number] + (length + 8) * direction + Point{-3, 4};
+                    svg += Text(std::string("axis ") + kAxes[axis], at, kAxes[axis]);
+                }
             }
         }
         return svg + "<circle cx=\"" + Pixels(origins_[number].x) + "\" cy=\"" +
                Pixels(origins_[number].y) + "\" r=\"2.5\"/></g>\n";
     }
 
-    // One label for frames at the same position, where it covers no other label.
+    // One label for frames at the same position, where it covers no other label; those of the top
+    // levels first.
     std::string DrawLabels() {
+        std::vector<std::size_t> order(frames_.size());
+        for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+        std::stable_sort(order.begin(), order.end(), [this](std::size_t a, std::size_t b) {
+            return frames_[a].level < frames_[b].level;
+        });
         // By position, in the order of the frames.
         std::map<std::pair<long, long>, std::size_t> places;
         std::vector<std::pair<Point, std::vector<std::string>>> labels;
-        std::vector<Box> taken;
-        for (std::size_t i = 0; i < frames_.size(); ++i) {
-            if (!IsDrawable(frames_[i])) continue;
-            const Point at = origins_[i];
+        std::vector<Area> taken;
+        std::set<std::string> boxes;  // the names of parts with a box, each of which is shown once
+        for (const std::size_t i : order) {
+            const Frame& frame = frames_[i];
+            if (!IsDrawable(frame)) continue;
+            if (HasAxes(frame)) TakeAxes(i, taken);
+            const bool isBox = !frame.whole.IsEmpty();
+            // The name of a whole drawing is its title.
+            if (isBox && (frame.level == 0 || !boxes.insert(frame.label).second)) {
+                if (frame.level != 0 || frames_.size() > 1) continue;
+            }
+            const Point at =
+                isBox ? Place(Placed(frame.whole.Middle(), frame.placement).data()) : origins_[i];
             const std::pair key{std::lround(at.x / 3), std::lround(at.y / 3)};
             const auto [place, isNew] = places.emplace(key, labels.size());
             if (isNew) {
                 labels.push_back({at, {}});
                 taken.push_back(Around(at, 4, 4));
             }
-            for (std::size_t axis = 0; axis < 3; ++axis) {
-                const Point direction = Project(&frames_[i].placement[3 * axis]);
-                for (const double part : {0.5, 1.0, frames_[i].level == 0 ? 1.2 : 1.0}) {
-                    taken.push_back(Around(at + part * AxisLength(frames_[i]) * direction, 3, 3));
-                }
-            }
+            // A box covers another one's label.
+            if (isBox && !isNew) continue;
             std::vector<std::string>& names = labels[place->second].second;
-            if (std::find(names.begin(), names.end(), frames_[i].label) == names.end()) {
-                names.push_back(frames_[i].label);
+            if (std::find(names.begin(), names.end(), frame.label) == names.end()) {
+                names.push_back(frame.label);
             }
         }
         std::string svg;
-        for (const auto& [at, names] : labels) svg += DrawLabel(at, names, taken);
+        std::size_t count = 0;
+        for (const auto& [at, names] : labels) {
+            if (++count > kMostLabels) break;
+            svg += DrawLabel(at, names, taken);
+        }
         return svg;
+    }
+
+    // No label covers the axes.
+    void TakeAxes(std::size_t number, std::vector<Area>& taken) const {
+        const Frame& frame = frames_[number];
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            const Point direction = Project(&frame.placement[3 * axis]);
+            for (const double part : {0.5, 1.0, frame.level == 0 ? 1.2 : 1.0}) {
+                taken.push_back(
+                    Around(origins_[number] + part * AxisLength(frame) * direction, 3, 3));
+            }
+        }
     }
 
     // A label is placed near its position, or omitted if there is no room; the frame also has a
     // title.
     std::string DrawLabel(Point at, const std::vector<std::string>& names,
-                          std::vector<Box>& taken) const {
+                          std::vector<Area>& taken) const {
         std::string text;
         for (const std::string& name : names) {
-            text += (text.empty() ? "" : ", ") + Shortened(name, 28);
+            text += (text.empty() ? "" : ", ") + Shortened(name, 24);
         }
-        text = Shortened(text, 60);
-        const double halfWidth = 3.2 * static_cast<double>(Characters(text)) + 3;
+        text = Shortened(text, 40);
+        const double halfWidth = 3.4 * static_cast<double>(Characters(text)) + 3;
         constexpr double kHalfHeight = 8;
         for (const double distance : {12.0, 26.0, 42.0, 60.0, 80.0}) {
             for (const Point& way : {Point{1, -0.6}, Point{1, 0.6}, Point{-1, -0.6}, Point{-1, 0.6},
                                      Point{0, -1}, Point{0, 1}}) {
                 const Point middle = at + Point{way.x * (distance + halfWidth), way.y * distance};
-                const Box box = Around(middle, halfWidth, kHalfHeight);
-                const bool inside =
-                    box.left > 0 && box.right < kWidth && box.top > 0 && box.bottom < height_ - 28;
+                const Area area = Around(middle, halfWidth, kHalfHeight);
+                const bool inside = area.left > 0 && area.right < kWidth && area.top > 0 &&
+                                    area.bottom < height_ - 28;
                 if (!inside || std::any_of(taken.begin(), taken.end(),
-                                           [&](const Box& other) { return box.Meets(other); })) {
+                                           [&](const Area& other) { return area.Meets(other); })) {
                     continue;
                 }
-                taken.push_back(box);
+                taken.push_back(area);
                 std::string svg;
                 if (distance > 12) {
                     const Point near{middle.x - way.x * halfWidth, middle.y};
@@ -212,14 +315,17 @@ class FrameDrawing {
     }
 
     std::string DrawScale() const {
-        const double length = RoundLength(150 / scale_);
-        const Point left{16, height_ - 14};
+        const double length = RoundLength(100 / scale_);
+        const Point left{12, height_ - 12};
         const Point right = left + Point{scale_ * length, 0};
         return Line("scale", left, right) +
-               Text("note", right + Point{8, 4}, Shown(length) + " units of length");
+               Text("note", right + Point{8, 4},
+                    Shown(length) + ' ' + (unit_.empty() ? "units of length" : unit_));
     }
 
     std::span<const Frame> frames_;
+    const View& view_;
+    const std::string& unit_;
     std::vector<Point> origins_;
     double scale_ = 1;
     double height_ = kLowest;
@@ -234,6 +340,13 @@ bool IsDrawable(const Frame& frame) {
                        [](double value) { return std::abs(value) <= kFarthest; });
 }
 
-std::string DrawFrames(std::span<const Frame> frames) { return FrameDrawing(frames).Draw(); }
+std::string DrawFrames(std::span<const Frame> frames, const std::string& unit) {
+    std::string views = "<div class=\"views\">\n";
+    for (const View& view : kViews) {
+        views += std::string("<div><p class=\"faint\">") + view.name + "</p>\n" +
+                 FrameDrawing(frames, view, unit).Draw() + "</div>\n";
+    }
+    return views + "</div>\n";
+}
 
 }  // namespace host

@@ -55,4 +55,36 @@ std::string Shortened(std::string_view utf8, std::size_t most) {
     return std::string(utf8.substr(0, end)) + "…";
 }
 
+std::string Plural(std::size_t count, const std::string& what) {
+    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
+std::string Paragraph(const std::string& text) { return "<p class=\"faint\">" + text + "</p>\n"; }
+
+std::string Table(const std::vector<Column>& columns) {
+    std::vector<const Column*> shown;
+    for (const Column& column : columns) {
+        const bool empty = std::all_of(column.cells.begin(), column.cells.end(),
+                                       [](const std::string& cell) { return cell.empty(); });
+        if (!empty) shown.push_back(&column);
+    }
+    if (shown.empty()) return "";
+    std::string table = "<div class=\"scroll\"><table>\n<thead><tr>";
+    for (const Column* column : shown) {
+        table += column->numeric ? "<th class=\"number\">" : "<th>";
+        table += column->title + "</th>";
+    }
+    table += "</tr></thead>\n<tbody>\n";
+    // On a narrow display, the style sheet shows each cell on a line of its own, with its title.
+    for (std::size_t row = 0; row < shown.front()->cells.size(); ++row) {
+        table += "<tr>";
+        for (const Column* column : shown) {
+            table += column->numeric ? "<td class=\"number\"" : "<td";
+            table += " data-title=\"" + column->title + "\">" + column->cells[row] + "</td>";
+        }
+        table += "</tr>\n";
+    }
+    return table + "</tbody>\n</table></div>\n";
+}
+
 }  // namespace host

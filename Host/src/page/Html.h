@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace host {
 
@@ -21,6 +22,20 @@ std::string Pixels(double value);
 // the rest.
 std::size_t Characters(std::string_view utf8);
 std::string Shortened(std::string_view utf8, std::size_t most);
+
+// "3 parts", "1 part".
+std::string Plural(std::size_t count, const std::string& what);
+
+// A faint paragraph of escaped text.
+std::string Paragraph(const std::string& text);
+
+// A table; columns without any text are omitted.
+struct Column {
+    std::string title;               // escaped, as the cells
+    std::vector<std::string> cells;  // as many as in every other column
+    bool numeric = false;
+};
+std::string Table(const std::vector<Column>& columns);
 
 }  // namespace host
 

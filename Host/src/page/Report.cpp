@@ -1,9 +1,11 @@
-// orx report: a self-contained page for a browser, without scripts. It is also well-formed XML.
+// orx report: a self-contained page for a browser, which reads without its script, too. It is also
+// well-formed XML.
 
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
 
+#include "DataSets.h"
 #include "Exchange.h"
 #include "commands/Commands.h"
 #include "commands/Loading.h"
@@ -11,7 +13,9 @@
 #include "console/Display.h"
 #include "page/Drawing.h"
 #include "page/Html.h"
+#include "page/ReportScript.h"
 #include "page/ReportStyle.h"
+#include "page/Sections.h"
 #include "product/Assembly.h"
 #include "product/Configurations.h"
 
@@ -19,93 +23,74 @@ namespace host {
 
 namespace {
 
-// What a page can hold and a reader take in.
-constexpr std::size_t kMostLines = 5000;
-constexpr std::size_t kMostFrames = 300;
-constexpr std::size_t kDeepest = 60;
-
-std::string Plural(std::size_t count, const std::string& what) {
-    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
-}
-
-std::string Paragraph(const std::string& text) { return "<p class=\"faint\">" + text + "</p>\n"; }
-
 std::string Joined(const std::vector<std::string>& texts) {
     std::string joined;
     for (const std::string& text : texts) joined += (joined.empty() ? "" : ", ") + text;
     return joined;
 }
 
-// A table; empty columns are omitted.
-struct Column {
-    std::string title;
-    std::vector<std::string> cells;  // escaped
-    bool numeric = false;
-};
-
-std::string Table(const std::vector<Column>& columns) {
-    std::vector<const Column*> shown;
-    for (const Column& column : columns) {
-        const bool empty = std::all_of(column.cells.begin(), column.cells.end(),
-                                       [](const std::string& cell) { return cell.empty(); });
-        if (!empty) shown.push_back(&column);
-    }
-    if (shown.empty()) return "";
-    const auto cell = [](const char* element, const Column& column, const std::string& content) {
-        return std::string("<") + element + (column.numeric ? " class=\"number\"" : "") + '>' +
-               content + "</" + element + '>';
-    };
-    std::string table = "<div class=\"scroll\"><table>\n<thead><tr>";
-    for (const Column* column : shown) table += cell("th", *column, column->title);
-    table += "</tr></thead>\n<tbody>\n";
-    for (std::size_t row = 0; row < shown.front()->cells.size(); ++row) {
-        table += "<tr>";
-        for (const Column* column : shown) table += cell("td", *column, column->cells[row]);
-        table += "</tr>\n";
-    }
-    return table + "</tbody>\n</table></div>\n";
+// The name of a file, or of a database, without where it is.
+std::string BaseName(const std::string& file) {
+    if (file == "-") return "standard input";
+    const std::string path = relational::FileOf(file);
+    if (path.empty()) return relational::StemOf(file);
+    const std::string name = std::filesystem::path(path).filename().string();
+    return name.empty() ? file : name;
 }
 
 class ModelReport {
   public:
-    ModelReport(const NamedModel& model, const calls::Module& module)
-        : model_(model), module_(module), assembly_(model.Model()) {}
-
-    // Sections without data are a single line.
-    std::string Write() const {
-        struct {
-            const char* title;
-            std::string content;
-            const char* nothing;
-        } const sections[] = {
-            {"Structure", Structure(), "no parts"},
-            {"Placements", Space(), "no assembly"},
-            {"Configuration items", Items(), "no configuration items"},
-            {"Effectivities", Effects(), "no effectivities"},
-            {"Version families", Families(), "no part in several versions"},
-        };
-        std::string text = Header();
-        std::vector<std::string> missing;
-        for (const auto& [title, content, nothing] : sections) {
-            if (content.empty()) {
-                missing.emplace_back(nothing);
-            } else {
-                text +=
-                    "<section>\n<h2>" + std::string(title) + "</h2>\n" + content + "</section>\n";
-            }
-        }
-        if (!missing.empty()) text += Paragraph("The data hold " + Joined(missing) + '.');
-        return text;
+    // `prefix` begins the ids of its elements.
+    ModelReport(const NamedModel& model, const calls::Module& module, std::string prefix)
+        : model_(model),
+          prefix_(std::move(prefix)),
+          module_(module),
+          assembly_(model.Model()),
+          shapes_(model.Model(), assembly_) {
+        // Sections without data are a single line.
+        Add("Structure", "structure", Structure(), "no parts");
+        Add("Placements", "placements", PartsInSpace(assembly_, shapes_, module_), "no assembly");
+        Add("Configuration items", "items", Items(), "no configuration items");
+        Add("Effectivities", "effectivities", Effects(), "no effectivities");
+        Add("Version families", "families", Families(), "no part in several versions");
+        if (!missing_.empty()) body_ += Paragraph("The data hold " + Joined(missing_) + '.');
     }
 
-  private:
     std::string Header() const {
         const auto shown = [](const std::string& name) { return Escaped(ReadableName(name)); };
-        return "<header>\n<h1>" + shown(model_.name) + "</h1>\n" +
-               Paragraph(shown(model_.file) + " · " +
+        return "<header>\n<h1 id=\"" + prefix_ + "model\">" + shown(model_.name) + "</h1>\n" +
+               Paragraph(shown(BaseName(model_.file)) + " · " +
                          Escaped(Readable(model_.Model().SchemaName().View())) + " · " +
                          Plural(model_.Model().InstanceCount(), "instance")) +
                "</header>\n";
+    }
+
+    // Links to the model and its sections.
+    std::string Contents(bool withModel) const {
+        std::string list;
+        if (withModel) list += Link("model", Escaped(ReadableName(model_.name)), "first");
+        for (const auto& [id, title] : sections_) list += Link(id, title, "");
+        return list.empty() ? "" : "<ul>\n" + list + "</ul>\n";
+    }
+
+    const std::string& Body() const { return body_; }
+
+  private:
+    void Add(const std::string& title, const std::string& id, const std::string& content,
+             const std::string& nothing) {
+        if (content.empty()) {
+            missing_.push_back(nothing);
+            return;
+        }
+        sections_.emplace_back(id, title);
+        body_ += "<section id=\"" + prefix_ + id + "\">\n<h2>" + title + "</h2>\n" + content +
+                 "</section>\n";
+    }
+
+    std::string Link(const std::string& id, const std::string& title,
+                     const std::string& style) const {
+        return "<li" + (style.empty() ? "" : " class=\"" + style + '"') + "><a href=\"#" + prefix_ +
+               id + "\">" + title + "</a></li>\n";
     }
 
     std::string Structure() const {
@@ -113,101 +98,7 @@ class ModelReport {
         if (count == 0) return "";
         return Paragraph(Plural(count, "part") + ", " +
                          Plural(assembly_.LinkCount(), "occurrence") + " in assemblies") +
-               Tree();
-    }
-
-    std::string Tree() const {
-        std::string list = "<ul class=\"tree\">\n";
-        std::size_t level = 0;  // of the list that is open
-        std::size_t lines = 0;
-        const auto close = [&](std::size_t to) {
-            for (; level > to; --level) list += "</ul></details></li>\n";
-        };
-        assembly_.Walk(kDeepest, false, [&](const Node& node) {
-            close(node.level);
-            if (++lines > kMostLines) return false;
-            const Part& part = *node.part;
-            std::string line = Escaped(Readable(part.name));
-            if (!part.id.empty() && part.id != part.name) {
-                line += " <span class=\"id\">" + Escaped(Readable(part.id)) + "</span>";
-            }
-            if (node.occurrences.size() > 1) {
-                line += " <span class=\"count\">×" + std::to_string(node.occurrences.size()) +
-                        "</span>";
-            }
-            if (node.isCycle) line += " <span class=\"remark\">a part of itself</span>";
-            if (node.isCut) line += " <span class=\"remark\">goes on below</span>";
-            if (part.occurrences.empty() || node.isCycle || node.isCut) {
-                list += "<li><span>" + line + "</span></li>\n";
-            } else {
-                list += "<li><details open=\"open\"><summary>" + line + "</summary><ul>\n";
-                ++level;
-            }
-            return true;
-        });
-        close(0);
-        list += "</ul>\n";
-        if (lines > kMostLines) {
-            list += Paragraph("The first " + std::to_string(kMostLines) + " lines.");
-        }
-        return list;
-    }
-
-    // The parts of the assemblies at their positions; a part that is not in an assembly has none.
-    std::string Space() const {
-        if (assembly_.LinkCount() == 0) return "";
-        std::vector<Frame> frames;
-        std::vector<std::size_t> way;  // from the root: indices of frames
-        bool more = false;
-        std::unordered_map<const SdaiEntityInstance*, Placement> placements;  // by link
-        assembly_.Walk(kDeepest, true, [&](const Node& node) {
-            if (node.level == 0 && node.part->occurrences.empty()) return true;
-            more = frames.size() == kMostFrames;
-            if (more) return false;
-            way.resize(node.level);
-            Frame frame{Readable(node.part->name), kIdentity, Frame::kNoParent, node.level};
-            if (node.level != 0) {
-                const Occurrence& occurrence = node.occurrences.front();
-                const auto [known, isNew] = placements.emplace(occurrence.link, kIdentity);
-                if (isNew) known->second = PlacementOf(occurrence, assembly_, module_);
-                frame.parent = way.back();
-                frame.placement = Compose(frames[frame.parent].placement, known->second);
-            }
-            way.push_back(frames.size());
-            frames.push_back(std::move(frame));
-            return true;
-        });
-        const auto hidden = static_cast<std::size_t>(std::count_if(
-            frames.begin(), frames.end(), [](const Frame& frame) { return !IsDrawable(frame); }));
-        std::string caption =
-            "Isometric view of the parts’ frames; axes x red, y green, z blue; dotted lines lead "
-            "from an assembly to what it consists of.";
-        if (more) caption += " The first " + std::to_string(kMostFrames) + " places.";
-        if (hidden != 0) {
-            caption += ' ' + Plural(hidden, "place") + " without a placement that can be drawn.";
-        }
-        std::string content;
-        if (hidden != frames.size()) content = DrawFrames(frames);
-        return "<figure>\n" + content + "<figcaption>" + caption + "</figcaption>\n</figure>\n" +
-               Positions(frames);
-    }
-
-    static std::string Positions(const std::vector<Frame>& frames) {
-        std::vector<Column> columns{{"part", {}},        {"x", {}, true},      {"y", {}, true},
-                                    {"z", {}, true},     {"x axis", {}, true}, {"y axis", {}, true},
-                                    {"z axis", {}, true}};
-        for (const Frame& frame : frames) {
-            columns[0].cells.push_back(std::string(frame.level, ' ') +
-                                       Escaped(Shortened(frame.label, 60)));
-            const Placement& p = frame.placement;
-            for (std::size_t i = 0; i < 3; ++i) {
-                columns[1 + i].cells.push_back(Shown(p[9 + i]));
-                columns[4 + i].cells.push_back(Shown(p[3 * i], 4) + ", " + Shown(p[3 * i + 1], 4) +
-                                               ", " + Shown(p[3 * i + 2], 4));
-            }
-        }
-        return "<details>\n<summary>Positions and axes in the space of the whole</summary>\n" +
-               Table(columns) + "</details>\n";
+               PartTree(assembly_, prefix_ + "tree");
     }
 
     std::string Items() const {
@@ -270,8 +161,13 @@ class ModelReport {
     }
 
     const NamedModel& model_;
+    const std::string prefix_;
     const calls::Module& module_;
     const Assembly assembly_;
+    const Shapes shapes_;
+    std::string body_;
+    std::vector<std::pair<std::string, std::string>> sections_;  // ids and titles
+    std::vector<std::string> missing_;
 };
 
 // The default name of the page, which must not exist yet.
@@ -290,18 +186,32 @@ int Report(const Options& options) {
     Session session;
     Load(session, options);
     const std::unique_ptr<calls::Module> module = LoadModule(options);
+    const bool several = session.Models().size() > 1;
     std::vector<std::string> names;
+    std::string contents;
     std::string body;
     for (const NamedModel& model : session.Models()) {
         names.push_back(ReadableName(model.name));
-        body += ModelReport(model, *module).Write();
+        const std::string prefix = several ? 'm' + std::to_string(names.size()) + '-' : "";
+        const ModelReport report(model, *module, prefix);
+        contents += report.Contents(several);
+        // The page of one model begins with its title, that of several with their contents.
+        const std::string nav =
+            several || contents.empty() ? "" : "<nav>\n" + contents + "</nav>\n";
+        body += report.Header() + nav + report.Body();
     }
+    if (several) body = "<nav>\n" + contents + "</nav>\n" + body;
+    // Nothing but this style sheet and this script, whatever the data hold.
+    const std::string policy = std::string("default-src 'none'; style-src 'unsafe-inline'; ") +
+                               "script-src '" + kReportScriptHash + '\'';
     const std::string page =
         "<!DOCTYPE html>\n<html lang=\"en\" xmlns=\"http://www.w3.org/1999/xhtml\">\n<head>\n"
-        "<meta charset=\"utf-8\"/>\n"
-        "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n<title>" +
+        "<meta charset=\"utf-8\"/>\n<meta http-equiv=\"Content-Security-Policy\" content=\"" +
+        policy +
+        "\"/>\n<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"/>\n<title>" +
         Escaped(Joined(names)) + "</title>\n<style>" + kReportStyle +
-        "</style>\n</head>\n<body>\n<main>\n" + body + "</main>\n</body>\n</html>\n";
+        "</style>\n</head>\n<body>\n<main>\n" + body + "</main>\n<script>" + kReportScript +
+        "</script>\n</body>\n</html>\n";
     if (options.output == "-") {
         std::cout << page;
         return Flush() ? kDone : kUnusable;

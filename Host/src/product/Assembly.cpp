@@ -275,6 +275,21 @@ std::optional<double> Assembly::CountPlaces(std::size_t depth, bool single) cons
     return sum;
 }
 
+std::size_t Assembly::DeepestLevel(std::size_t most, std::size_t deepest, bool single) const {
+    const auto fits = [&](std::size_t depth) {
+        const std::optional<double> places = CountPlaces(depth, single);
+        return !places || *places <= static_cast<double>(most);
+    };
+    if (fits(deepest)) return deepest;
+    // What fits down to a level fits down to every level above it.
+    std::size_t shallow = 1;
+    while (deepest - shallow > 1) {
+        const std::size_t between = (shallow + deepest) / 2;
+        (fits(between) ? shallow : deepest) = between;
+    }
+    return shallow;
+}
+
 // ---- Placements
 
 namespace {

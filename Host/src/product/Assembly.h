@@ -79,6 +79,10 @@ class Assembly {
     // Walk can resolve.
     std::optional<double> CountPlaces(std::size_t depth, bool single) const;
 
+    // The deepest level, at least 1 and at most `deepest`, down to which Walk visits at most `most`
+    // places; `deepest` if a part contains itself.
+    std::size_t DeepestLevel(std::size_t most, std::size_t deepest, bool single) const;
+
     // What a part consists of over all levels, in the order of the data, each with how many of it
     // there are in one of the part; no value if a part contains itself.
     struct Total {

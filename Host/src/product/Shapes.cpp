@@ -1,0 +1,620 @@
+// The boxes and units of parts.
+
+#include "product/Shapes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <unordered_map>
+
+#include "SdaiIterator.h"
+#include "model/Aggregate.h"
+#include "src/Placement.h"
+
+namespace host {
+
+using namespace sdai_names;
+
+namespace {
+
+using kor::Cell;
+using kor::Instance;
+using kor::Tag;
+
+// ---- Units
+
+struct Prefix {
+    const char* item;
+    const char* symbol;
+    double factor;
+};
+constexpr Prefix kPrefixes[] = {
+    {"$", "", 1},           {".EXA.", "E", 1e18},  {".PETA.", "P", 1e15},  {".TERA.", "T", 1e12},
+    {".GIGA.", "G", 1e9},   {".MEGA.", "M", 1e6},  {".KILO.", "k", 1e3},   {".HECTO.", "h", 1e2},
+    {".DECA.", "da", 1e1},  {".DECI.", "d", 1e-1}, {".CENTI.", "c", 1e-2}, {".MILLI.", "m", 1e-3},
+    {".MICRO.", "µ", 1e-6}, {".NANO.", "n", 1e-9}, {".PICO.", "p", 1e-12}, {".FEMTO.", "f", 1e-15},
+    {".ATTO.", "a", 1e-18},
+};
+
+struct KnownName {
+    const char* name;
+    const char* symbol;
+};
+constexpr KnownName kKnownNames[] = {{"INCH", "in"}, {"INCHES", "in"}, {"FOOT", "ft"},
+                                     {"FEET", "ft"}, {"YARD", "yd"},   {"MILE", "mi"}};
+
+std::string TextOf(const SdaiPrimitiveH& value) {
+    return static_cast<const SdaiString&>(value).ToUtf8();
+}
+
+std::optional<LengthUnit> SiUnit(const SdaiPrimitiveH& unit) {
+    if (ToString(unit.GetAttr("NAME"_name)) != ".METRE.") return std::nullopt;
+    const std::string item = ToString(unit.GetAttr("PREFIX"_name));
+    for (const Prefix& prefix : kPrefixes) {
+        if (item == prefix.item) return LengthUnit{std::string(prefix.symbol) + 'm', prefix.factor};
+    }
+    return std::nullopt;
+}
+
+// A unit of length: an SI unit, or one that is converted into another.
+std::optional<LengthUnit> UnitOfLength(SdaiPrimitiveH unit) {
+    if (!unit.IsKindOf("LENGTH_UNIT"_name)) return std::nullopt;
+    std::optional<std::string> name;
+    double factor = 1;
+    // Conversions into conversions are rare; a cycle of them ends here.
+    for (int steps = 0; steps < 8; ++steps) {
+        if (unit.IsKindOf("SI_UNIT"_name)) {
+            std::optional<LengthUnit> found = SiUnit(unit);
+            if (!found || !name) return found;
+            found->metres *= factor;
+            if (!(found->metres > 0) || !std::isfinite(found->metres)) return std::nullopt;
+            found->symbol = *name;
+            return found;
+        }
+        if (!unit.IsKindOf("CONVERSION_BASED_UNIT"_name)) return std::nullopt;
+        if (!name) {
+            name = TextOf(unit.GetAttr("NAME"_name));
+            std::string folded = *name;
+            for (char& c : folded)
+                c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+            for (const KnownName& known : kKnownNames) {
+                if (folded == known.name) name = known.symbol;
+            }
+            if (name->empty()) return std::nullopt;
+        }
+        const SdaiPrimitiveH conversion = unit.GetAttr("CONVERSION_FACTOR"_name);
+        factor *= static_cast<double>(conversion.GetAttr("VALUE_COMPONENT"_name));
+        unit = conversion.GetAttr("UNIT_COMPONENT"_name);
+    }
+    return std::nullopt;
+}
+
+std::optional<LengthUnit> UnitOfRepresentation(const SdaiEntityInstance& representation) {
+    const SdaiPrimitiveH context = representation.GetAttr("CONTEXT_OF_ITEMS"_name);
+    const SdaiPrimitiveH units = context.GetAttr("UNITS"_name);
+    SdaiIterator_Of_SdaiEntityInstanceH unit(units);
+    while (unit.Next()) {
+        if (auto found = UnitOfLength(unit.GetCurrentMember())) return found;
+    }
+    return std::nullopt;
+}
+
+// ---- Geometry
+
+bool IsFinite(const Placement& placement) {
+    return std::all_of(placement.begin(), placement.end(),
+                       [](double value) { return std::isfinite(value); });
+}
+
+Placement PlacementOfFrame(const KORMath3x3Matrix& frame, const KORMathVector& origin) {
+    Placement placement;
+    double* to = placement.data();
+    for (const KORMathVector& column :
+         {frame.GetFirstColumn(), frame.GetSecondColumn(), frame.GetThirdColumn(), origin}) {
+        for (int i = 0; i < 3; ++i) *to++ = column[i];
+    }
+    return placement;
+}
+
+KORMathVector Members(const SdaiPrimitiveH& value, const KORMathVector& byDefault) {
+    const SdaiAggrInstance* members = value;
+    if (members == nullptr) return byDefault;
+    return {members->GetRealMember(0), members->GetRealMember(1), members->GetRealMember(2)};
+}
+
+// The frame of an AXIS2_PLACEMENT_3D or of a CARTESIAN_TRANSFORMATION_OPERATOR_3D; values that are
+// not finite if its directions are degenerate.
+std::optional<Placement> FrameOf(const SdaiPrimitiveH& axes) {
+    if (axes.IsKindOf("AXIS2_PLACEMENT_3D"_name)) {
+        const KORMathVector z = orx::Normalised(
+            Members(axes.GetAttr("AXIS"_name).GetAttr("DIRECTION_RATIOS"_name), {0, 0, 1}));
+        const KORMathVector reference =
+            Members(axes.GetAttr("REF_DIRECTION"_name).GetAttr("DIRECTION_RATIOS"_name),
+                    orx::DefaultReference(z));
+        return PlacementOfFrame(
+            orx::FrameOf(z, reference),
+            Members(axes.GetAttr("LOCATION"_name).GetAttr("COORDINATES"_name), {0, 0, 0}));
+    }
+    if (axes.IsKindOf("CARTESIAN_TRANSFORMATION_OPERATOR"_name)) {
+        const auto direction = [&axes](const SdaiName& name, const KORMathVector& byDefault) {
+            return orx::Normalised(
+                Members(axes.GetAttr(name).GetAttr("DIRECTION_RATIOS"_name), byDefault));
+        };
+        const SdaiPrimitiveH scale = axes.GetAttr("SCALE"_name);
+        const double factor = scale.exists() ? static_cast<double>(scale) : 1;
+        const KORMathVector x = direction("AXIS1"_name, {1, 0, 0});
+        const KORMathVector y = direction("AXIS2"_name, {0, 1, 0});
+        const KORMathVector z = direction("AXIS3"_name, Cross(x, y));
+        return PlacementOfFrame(
+            {factor * x, factor * y, factor * z},
+            Members(axes.GetAttr("LOCAL_ORIGIN"_name).GetAttr("COORDINATES"_name), {0, 0, 0}));
+    }
+    return std::nullopt;
+}
+
+// The inverse of a rotation and a translation.
+Placement Inverse(const Placement& p) {
+    Placement inverse = kIdentity;
+    for (std::size_t i = 0; i < 3; ++i) {
+        inverse[9 + i] = 0;
+        for (std::size_t j = 0; j < 3; ++j) {
+            inverse[3 * j + i] = p[3 * i + j];
+            inverse[9 + i] -= p[3 * i + j] * p[9 + j];
+        }
+    }
+    return inverse;
+}
+
+// What the walk through a shape does with an instance.
+enum class Role {
+    Follow,  // everything that it refers to
+    Ignore,  // places an axis, a line or a surface, or is not of this shape
+    Point,
+    Points,
+    Face,
+    Edge,
+    CurveOnSurface,
+    Conic,
+    Sphere,
+    Torus,
+    Mapped,
+};
+
+struct NamedRole {
+    const SdaiName* type;
+    Role role;
+    std::size_t values;  // that an instance must have at least
+};
+
+// Types of ISO 10303-42, -43 and -511, with the values that an exchange file has of them. A type
+// that is none of these is followed.
+const NamedRole kRoles[] = {
+    {&"CARTESIAN_POINT"_name, Role::Point, 0},
+    {&"PLACEMENT"_name, Role::Ignore, 0},
+    {&"CARTESIAN_TRANSFORMATION_OPERATOR"_name, Role::Ignore, 0},
+    {&"DIRECTION"_name, Role::Ignore, 0},
+    {&"VECTOR"_name, Role::Ignore, 0},
+    {&"REPRESENTATION"_name, Role::Ignore, 0},
+    {&"REPRESENTATION_CONTEXT"_name, Role::Ignore, 0},
+    {&"LINE"_name, Role::Ignore, 0},
+    {&"PCURVE"_name, Role::Ignore, 0},
+    {&"ADVANCED_FACE"_name, Role::Face, 3},  // name, bounds, surface, sense
+    {&"FACE_SURFACE"_name, Role::Face, 3},
+    {&"EDGE_CURVE"_name, Role::Edge, 5},               // name, start, end, curve, sense
+    {&"SURFACE_CURVE"_name, Role::CurveOnSurface, 2},  // name, curve in space, others
+    {&"SEAM_CURVE"_name, Role::CurveOnSurface, 2},
+    {&"INTERSECTION_CURVE"_name, Role::CurveOnSurface, 2},
+    {&"CIRCLE"_name, Role::Conic, 3},              // name, frame, radius
+    {&"ELLIPSE"_name, Role::Conic, 4},             // name, frame, semi-axes
+    {&"SPHERICAL_SURFACE"_name, Role::Sphere, 3},  // name, frame, radius
+    {&"TOROIDAL_SURFACE"_name, Role::Torus, 4},    // name, frame, major and minor radius
+    {&"COORDINATES_LIST"_name, Role::Points, 3},   // name, count, triples
+    {&"MAPPED_ITEM"_name, Role::Mapped, 0},
+};
+
+}  // namespace
+
+// ---- Boxes
+
+void Box::Add(const Point3& point) {
+    constexpr double kFarthest = 1e30;
+    for (const double value : point) {
+        if (!(std::abs(value) <= kFarthest)) return;
+    }
+    for (std::size_t i = 0; i < 3; ++i) {
+        least[i] = std::min(least[i], point[i]);
+        most[i] = std::max(most[i], point[i]);
+    }
+}
+
+void Box::Add(const Box& other) {
+    if (other.IsEmpty()) return;
+    Add(other.least);
+    Add(other.most);
+}
+
+Point3 Box::Corner(unsigned number) const {
+    Point3 corner;
+    for (unsigned i = 0; i < 3; ++i) corner[i] = ((number >> i) & 1) != 0 ? most[i] : least[i];
+    return corner;
+}
+
+Point3 Box::Middle() const {
+    return {least[0] / 2 + most[0] / 2, least[1] / 2 + most[1] / 2, least[2] / 2 + most[2] / 2};
+}
+
+Point3 Placed(const Point3& point, const Placement& p) {
+    Point3 placed;
+    for (std::size_t i = 0; i < 3; ++i) {
+        placed[i] = p[i] * point[0] + p[3 + i] * point[1] + p[6 + i] * point[2] + p[9 + i];
+    }
+    return placed;
+}
+
+Box Placed(const Box& box, const Placement& placement) {
+    Box around;
+    if (box.IsEmpty()) return around;
+    for (unsigned corner = 0; corner < 8; ++corner) {
+        around.Add(Placed(box.Corner(corner), placement));
+    }
+    return around;
+}
+
+// ---- Reading
+
+class Shapes::Reader {
+  public:
+    Reader(const kor::Model& model, Shapes& shapes)
+        : model_(model), shapes_(shapes), lastWalk_(model.InstanceCount()) {
+        for (const kor::ModelType& type : model.Types()) roles_.push_back(RoleOf(*type.entity));
+    }
+
+    void Read() {
+        FindRepresentations();
+        const std::vector<Part>& parts = shapes_.assembly_.Parts();
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            const auto found = ofPart_.find(&parts[i]);
+            if (found != ofPart_.end()) ReadShape(parts[i], found->second, shapes_.shapes_[i]);
+        }
+    }
+
+  private:
+    using Representations = std::vector<const SdaiEntityInstance*>;
+
+    // What is followed again for another part, over all parts.
+    static constexpr std::size_t kMostRepeats = 20'000'000;
+    // Representations that are mapped into each other.
+    static constexpr int kDeepest = 20;
+
+    static Role RoleOf(const kor::EntityType& entity) {
+        for (const NamedRole& named : kRoles) {
+            if (!entity.IsKindOf(*named.type)) continue;
+            // The values of a complex instance are at other positions.
+            const bool isPositional = named.values != 0;
+            if (isPositional && (entity.IsComplex() || entity.Slots().size() < named.values)) {
+                return Role::Follow;
+            }
+            return named.role;
+        }
+        return Role::Follow;
+    }
+
+    void FindRepresentations() {
+        SdaiIterator_Of_SdaiEntityInstanceH definitions(
+            model_.Extent("SHAPE_DEFINITION_REPRESENTATION"_name));
+        while (definitions.Next()) {
+            const SdaiPrimitiveH definition(definitions.GetCurrentMember());
+            const Part* part = shapes_.assembly_.Find(
+                definition.GetAttr("DEFINITION"_name).GetAttr("DEFINITION"_name));
+            const SdaiEntityInstance* representation =
+                definition.GetAttr("USED_REPRESENTATION"_name);
+            if (part == nullptr || representation == nullptr) continue;
+            ofPart_[part].push_back(representation);
+            owners_.emplace(representation, part);
+        }
+        SdaiIterator_Of_SdaiEntityInstanceH relations(
+            model_.Extent("SHAPE_REPRESENTATION_RELATIONSHIP"_name));
+        while (relations.Next()) {
+            const SdaiPrimitiveH relation(relations.GetCurrentMember());
+            if (relation.IsKindOf("REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION"_name)) continue;
+            const SdaiEntityInstance* one = relation.GetAttr("REP_1"_name);
+            const SdaiEntityInstance* other = relation.GetAttr("REP_2"_name);
+            if (one == nullptr || other == nullptr || one == other) continue;
+            related_[one].push_back(other);
+            related_[other].push_back(one);
+        }
+    }
+
+    void ReadShape(const Part& part, const Representations& own, Shape& shape) {
+        Representations all(own);
+        std::unordered_map<const SdaiEntityInstance*, bool> known;
+        for (const SdaiEntityInstance* representation : own) known[representation] = true;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (!shape.unit) shape.unit = UnitOfRepresentation(*all[i]);
+            shape.box.Add(BoxOf(*all[i], 0));
+            const auto related = related_.find(all[i]);
+            if (related == related_.end()) continue;
+            if (IsOverLimit(related->second.size())) break;
+            for (const SdaiEntityInstance* next : related->second) {
+                const auto owner = owners_.find(next);
+                const bool isOther = owner != owners_.end() && owner->second != &part;
+                if (!isOther && known.emplace(next, true).second) all.push_back(next);
+            }
+        }
+        // Half a box would be a wrong one.
+        if (isOverLimit_) shape.box = {};
+    }
+
+    bool IsOverLimit(std::size_t repeats) {
+        repeats_ += repeats;
+        if (repeats_ > kMostRepeats) isOverLimit_ = shapes_.isCut_ = true;
+        return isOverLimit_;
+    }
+
+    // The box of a representation, which is found once.
+    const Box& BoxOf(const SdaiEntityInstance& representation, int depth) {
+        const auto [place, isNew] = boxes_.try_emplace(&representation);
+        Box& box = place->second;
+        if (!isNew || isOverLimit_) return box;  // empty while it is being found: a cycle
+        if (depth > kDeepest) {
+            shapes_.isCut_ = true;
+            return box;
+        }
+        const SdaiPrimitiveH items = representation.GetAttr("ITEMS"_name);
+        Walk walk(*this, depth);
+        SdaiIterator_Of_SdaiEntityInstanceH item(items);
+        while (item.Next()) walk.Push(item.GetCurrentMember());
+        const Box found = walk.Run();
+        box = found;
+        return box;
+    }
+
+    // The walk through everything that the items of one representation refer to.
+    class Walk {
+      public:
+        Walk(Reader& reader, int depth)
+            : reader_(reader), depth_(depth), number_(++reader.walks_) {}
+
+        void Push(const SdaiEntityInstance* instance) {
+            if (instance == nullptr) return;
+            const Instance& next = Instance::Of(*instance);
+            if (next.Type().model != &reader_.model_) return;
+            std::uint32_t& last = reader_.lastWalk_[next.Order()];
+            if (last == number_) return;
+            if (last != 0) reader_.IsOverLimit(1 + next.Type().slotCount);
+            last = number_;
+            waiting_.push_back(&next);
+        }
+
+        Box Run() {
+            while (!waiting_.empty() && !reader_.isOverLimit_) {
+                const Instance& instance = *waiting_.back();
+                waiting_.pop_back();
+                Visit(instance);
+            }
+            return box_;
+        }
+
+      private:
+        static SdaiPrimitiveH Value(const Instance& instance, std::size_t position) {
+            return instance.Read(static_cast<int>(position));
+        }
+
+        static Role RoleOf(const Reader& reader, const Instance& instance) {
+            return reader.roles_[instance.Type().number];
+        }
+
+        void Visit(const Instance& instance) {
+            switch (RoleOf(reader_, instance)) {
+                case Role::Ignore: break;
+                case Role::Follow: Follow(instance); break;
+                case Role::Point: AddPoint(instance.GetAttr("COORDINATES"_name)); break;
+                case Role::Points: AddPoints(Value(instance, 2)); break;
+                case Role::Face: VisitFace(instance); break;
+                case Role::Edge: VisitEdge(instance); break;
+                case Role::CurveOnSurface: Push(Value(instance, 1)); break;
+                case Role::Conic: AddArc(instance, nullptr, nullptr); break;
+                case Role::Sphere: AddRing(instance, 0, Value(instance, 2)); break;
+                case Role::Torus: AddRing(instance, Value(instance, 2), Value(instance, 3)); break;
+                case Role::Mapped: AddMapped(instance); break;
+            }
+        }
+
+        void Follow(const Instance& instance) {
+            for (const Cell& cell : instance.Values()) {
+                if (cell.GetTag() == Tag::Instance) {
+                    Push(cell.Get<SdaiEntityInstance*>());
+                } else if (cell.GetTag() == Tag::Aggregate) {
+                    FollowMembers(*cell.Get<SdaiAggrInstance*>());
+                }
+            }
+        }
+
+        void FollowMembers(const SdaiAggrInstance& whole) {
+            std::vector<const SdaiAggrInstance*> aggregates{&whole};
+            while (!aggregates.empty()) {
+                const SdaiAggrInstance& aggregate = *aggregates.back();
+                aggregates.pop_back();
+                using Layout = KORAggregateAccess::Layout;
+                const Layout layout = KORAggregateAccess::LayoutOf(aggregate);
+                if (layout == Layout::Reals || layout == Layout::Integers) continue;
+                const std::size_t count = KORAggregateAccess::Count(aggregate);
+                for (std::size_t i = 0; i < count; ++i) {
+                    const Cell cell = KORAggregateAccess::MemberCell(aggregate, i);
+                    if (cell.GetTag() == Tag::Instance) {
+                        Push(cell.Get<SdaiEntityInstance*>());
+                    } else if (cell.GetTag() == Tag::Aggregate) {
+                        aggregates.push_back(cell.Get<SdaiAggrInstance*>());
+                    }
+                }
+            }
+        }
+
+        // A point in the plane is one of a parameter space; one without numbers is none.
+        void AddPoint(const SdaiPrimitiveH& coordinates) {
+            if (const auto point = PointOf(coordinates)) box_.Add(*point);
+        }
+
+        static std::optional<Point3> PointOf(const SdaiPrimitiveH& coordinates) {
+            const SdaiAggrInstance* members = coordinates;
+            if (members == nullptr || members->GetMemberCount() != 3) return std::nullopt;
+            Point3 point;
+            for (std::size_t i = 0; i < 3; ++i) {
+                const Tag tag = KORAggregateAccess::MemberCell(*members, i).GetTag();
+                if (tag != Tag::Real && tag != Tag::Integer) return std::nullopt;
+                point[i] = members->GetRealMember(static_cast<long>(i));
+            }
+            return point;
+        }
+
+        void AddPoints(const SdaiPrimitiveH& triples) {
+            const SdaiAggrInstance* points = triples;
+            const long count = points != nullptr ? points->GetMemberCount() : 0;
+            for (long i = 0; i < count; ++i) AddPoint(points->GetMember(i));
+        }
+
+        // A face lies within its bounds, unless one of them is a vertex alone: a whole sphere or
+        // torus.
+        void VisitFace(const Instance& face) {
+            const SdaiPrimitiveH bounds = Value(face, 1);
+            const SdaiAggrInstance* members = bounds;
+            const long count = members != nullptr ? members->GetMemberCount() : 0;
+            for (long i = 0; i < count; ++i) {
+                const SdaiEntityInstance* bound = members->GetInstanceMember(i);
+                if (bound == nullptr) continue;
+                Push(bound);
+                const Instance& values = Instance::Of(*bound);
+                const SdaiPrimitiveH loop =
+                    values.Type().slotCount > 1 ? Value(values, 1) : SdaiPrimitiveH();
+                if (loop.IsKindOf("VERTEX_LOOP"_name)) Push(Value(face, 2));
+            }
+        }
+
+        void VisitEdge(const Instance& edge) {
+            const SdaiEntityInstance* start = Value(edge, 1);
+            const SdaiEntityInstance* end = Value(edge, 2);
+            Push(start);
+            Push(end);
+            const SdaiEntityInstance* curve = Value(edge, 3);
+            if (curve != nullptr && RoleOf(reader_, Instance::Of(*curve)) == Role::CurveOnSurface) {
+                curve = Value(Instance::Of(*curve), 1);
+            }
+            if (curve == nullptr) return;
+            if (RoleOf(reader_, Instance::Of(*curve)) != Role::Conic) return Push(curve);
+            const SdaiPrimitiveH sense = Value(edge, 4);
+            const bool isReversed = static_cast<const SdaiLogical&>(sense) == sdaiLFALSE;
+            AddArc(Instance::Of(*curve), isReversed ? end : start, isReversed ? start : end);
+        }
+
+        // The coordinates of a vertex.
+        static std::optional<Point3> PointOfVertex(const SdaiEntityInstance* vertex) {
+            if (vertex == nullptr || Instance::Of(*vertex).Type().slotCount < 2)
+                return std::nullopt;
+            return PointOf(Value(Instance::Of(*vertex), 1).GetAttr("COORDINATES"_name));
+        }
+
+        // The extremes of a circle or an ellipse on the way from one vertex to another, against the
+        // clock; all of them if it begins and ends at one place.
+        void AddArc(const Instance& conic, const SdaiEntityInstance* from,
+                    const SdaiEntityInstance* to) {
+            const std::optional<Placement> frame = FrameOf(Value(conic, 1));
+            const double a = Value(conic, 2);
+            const double b = conic.Type().slotCount > 3 ? static_cast<double>(Value(conic, 3)) : a;
+            if (!frame || !IsFinite(*frame) || !(a > 0) || !(b > 0)) return;
+            const Placement& f = *frame;
+            const std::optional<Point3> start = PointOfVertex(from);
+            const std::optional<Point3> end = PointOfVertex(to);
+            const auto angle = [&](const Point3& point) {
+                double x = 0;
+                double y = 0;
+                for (std::size_t i = 0; i < 3; ++i) {
+                    x += (point[i] - f[9 + i]) * f[i];
+                    y += (point[i] - f[9 + i]) * f[3 + i];
+                }
+                return std::atan2(y / b, x / a);
+            };
+            constexpr double kTurn = 2 * std::numbers::pi;
+            const auto ahead = [](double turn) {  // from 0 to a turn
+                turn = std::fmod(turn, kTurn);
+                return turn < 0 ? turn + kTurn : turn;
+            };
+            const bool isWhole = !start || !end || *start == *end;
+            const double first = isWhole ? 0 : angle(*start);
+            const double sweep = isWhole ? kTurn : ahead(angle(*end) - first);
+            for (std::size_t i = 0; i < 3; ++i) {
+                const double extreme = std::atan2(b * f[3 + i], a * f[i]);
+                for (const double t : {extreme, extreme + std::numbers::pi}) {
+                    if (!isWhole && !(ahead(t - first) <= sweep)) continue;
+                    Point3 point;
+                    for (std::size_t j = 0; j < 3; ++j) {
+                        point[j] = f[9 + j] + a * std::cos(t) * f[j] + b * std::sin(t) * f[3 + j];
+                    }
+                    box_.Add(point);
+                }
+            }
+        }
+
+        // A ring of round wire around the z axis of a frame; a ball if its radius is 0.
+        void AddRing(const Instance& surface, double radius, double wire) {
+            const std::optional<Placement> frame = FrameOf(Value(surface, 1));
+            if (!frame || !IsFinite(*frame) || !(radius >= 0) || !(wire >= 0)) return;
+            Point3 least;
+            Point3 most;
+            for (std::size_t i = 0; i < 3; ++i) {
+                const double z = (*frame)[6 + i];
+                const double reach = radius * std::sqrt(std::max(0.0, 1 - z * z)) + wire;
+                least[i] = (*frame)[9 + i] - reach;
+                most[i] = (*frame)[9 + i] + reach;
+            }
+            box_.Add(least);
+            box_.Add(most);
+        }
+
+        void AddMapped(const Instance& item) {
+            const SdaiPrimitiveH source = item.GetAttr("MAPPING_SOURCE"_name);
+            const SdaiEntityInstance* mapped = source.GetAttr("MAPPED_REPRESENTATION"_name);
+            const auto origin = FrameOf(source.GetAttr("MAPPING_ORIGIN"_name));
+            const auto target = FrameOf(item.GetAttr("MAPPING_TARGET"_name));
+            if (mapped == nullptr || !origin || !target) return;
+            const Placement placement = Compose(*target, Inverse(*origin));
+            if (IsFinite(placement)) {
+                box_.Add(Placed(reader_.BoxOf(*mapped, depth_ + 1), placement));
+            }
+        }
+
+        Reader& reader_;
+        const int depth_;
+        const std::uint32_t number_;
+        std::vector<const Instance*> waiting_;
+        Box box_;
+    };
+
+    const kor::Model& model_;
+    Shapes& shapes_;
+    std::vector<Role> roles_;              // by the number of the model's type
+    std::vector<std::uint32_t> lastWalk_;  // that met an instance, by its order; 0: none
+    std::uint32_t walks_ = 0;
+    std::size_t repeats_ = 0;
+    bool isOverLimit_ = false;
+    std::unordered_map<const Part*, Representations> ofPart_;
+    std::unordered_map<const SdaiEntityInstance*, const Part*> owners_;
+    std::unordered_map<const SdaiEntityInstance*, Representations> related_;
+    std::unordered_map<const SdaiEntityInstance*, Box> boxes_;
+};
+
+Shapes::Shapes(const kor::Model& model, const Assembly& assembly) : assembly_(assembly) {
+    shapes_.resize(assembly.Parts().size());
+    if (!assembly.IsDatabase()) Reader(model, *this).Read();
+}
+
+Shapes::~Shapes() = default;
+
+const Box& Shapes::BoxOf(const Part& part) const {
+    return shapes_[static_cast<std::size_t>(&part - assembly_.Parts().data())].box;
+}
+
+const std::optional<LengthUnit>& Shapes::UnitOf(const Part& part) const {
+    return shapes_[static_cast<std::size_t>(&part - assembly_.Parts().data())].unit;
+}
+
+}  // namespace host

@@ -1,0 +1,80 @@
+// The shapes of parts, as far as they can be told without a geometry kernel: the box around the
+// points of a part, and its unit of length.
+
+#ifndef HOST_SHAPES_H
+#define HOST_SHAPES_H
+
+#include <array>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "model/Model.h"
+#include "product/Assembly.h"
+
+namespace host {
+
+using Point3 = std::array<double, 3>;
+
+// An upright box; empty without a point.
+struct Box {
+    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+    Point3 least{kInfinity, kInfinity, kInfinity};
+    Point3 most{-kInfinity, -kInfinity, -kInfinity};
+
+    bool IsEmpty() const { return !(least[0] <= most[0]); }
+    // A point that is not finite, or too far away for any product, is ignored.
+    void Add(const Point3& point);
+    void Add(const Box& other);
+    // Its eight corners: bit i of the number selects the larger i-th coordinate.
+    Point3 Corner(unsigned number) const;
+    Point3 Middle() const;
+};
+
+// The box around a box that is placed.
+Box Placed(const Box& box, const Placement& placement);
+
+// A point that is placed.
+Point3 Placed(const Point3& point, const Placement& placement);
+
+struct LengthUnit {
+    std::string symbol;  // "mm", "in", or the name that the data give it, in UTF-8
+    double metres;       // positive and finite
+};
+
+// Exchange data: the representations of a PRODUCT_DEFINITION, and those that are related to them
+// without a transformation. A box goes around vertices, edges (lines, arcs and the control points
+// of other curves), tessellations and mapped items; points that only place an axis, a line or a
+// surface are not points of a part. A database has no shapes.
+//
+// The time is proportional to the size of the data: what several parts share is followed for each
+// of them only up to a limit.
+class Shapes {
+  public:
+    Shapes(const kor::Model& model, const Assembly& assembly);
+    ~Shapes();
+
+    // Empty for a part without geometry. In the part's own frame and unit.
+    const Box& BoxOf(const Part& part) const;
+    // No value if the data do not say it.
+    const std::optional<LengthUnit>& UnitOf(const Part& part) const;
+    // Whether boxes are missing because of the limit.
+    bool IsCut() const { return isCut_; }
+
+  private:
+    class Reader;
+    struct Shape {
+        Box box;
+        std::optional<LengthUnit> unit;
+    };
+
+    const Assembly& assembly_;
+    std::vector<Shape> shapes_;  // by part; empty if there are none
+    bool isCut_ = false;
+};
+
+}  // namespace host
+
+#endif
