@@ -22,6 +22,8 @@
 #ifndef DATASETS_H
 #define DATASETS_H
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,9 +52,18 @@ std::string StemOf(const std::string& name);
 exchange::DataSet Open(const std::string& name, const exchange::SchemaCatalog& schemas,
                        const exchange::ReadOptions& options, exchange::Messages& messages);
 
+struct SaveOptions {
+    // As in exchange::WriteOptions; a database has no further links.
+    bool inPlace = false;
+    // Called from time to time while a database is written, with the number of instances written so
+    // far and the number of those that are to be written. What it throws ends the transaction, and
+    // nothing is changed.
+    std::function<void(std::uint64_t written, std::uint64_t all)> progress;
+};
+
 // Writes it. On failure, which is reported, nothing is changed.
 bool Save(const exchange::DataSet& dataSet, const std::string& name, exchange::Messages& messages,
-          const exchange::WriteOptions& options = {});
+          const SaveOptions& options = {});
 
 // A kind of database: what makes the tables of a schema in it, as SQL. Empty for an unknown kind.
 std::vector<std::string> DatabaseKinds();

@@ -94,12 +94,14 @@ exchange::DataSet Open(const std::string& name, const exchange::SchemaCatalog& s
 }
 
 bool Save(const exchange::DataSet& dataSet, const std::string& name, exchange::Messages& messages,
-          const exchange::WriteOptions& options) {
-    if (!IsDatabase(name)) return exchange::WriteDataSet(dataSet, name, messages, options);
+          const SaveOptions& options) {
+    if (!IsDatabase(name)) {
+        return exchange::WriteDataSet(dataSet, name, messages, {options.inPlace});
+    }
     const std::string readable = ReadableName(name);
     try {
         const auto database = Database::Open(name, Database::Access::Write);
-        return SaveTo(*database, dataSet, readable, messages);
+        return SaveTo(*database, dataSet, readable, options, messages);
     } catch (const DatabaseError& error) {
         messages.AddError({readable, 0, 0, WithoutPasswords(error.text)});
     }

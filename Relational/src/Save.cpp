@@ -26,8 +26,9 @@ struct Refusal {
 
 class Saver {
   public:
-    Saver(Database& database, const exchange::DataSet& dataSet)
-        : database_(database),
+    Saver(Database& database, const exchange::DataSet& dataSet, const SaveOptions& options)
+        : options_(options),
+          database_(database),
           dialect_(database.GetDialect()),
           dataSet_(dataSet),
           model_(*dataSet.model),
@@ -481,6 +482,19 @@ class Saver {
         WriteOther();
     }
 
+    // A row has been written, in the table of an entity type or another.
+    void CountRow() {
+        constexpr std::uint64_t kStep = 4096;
+        if (!options_.progress || ++rows_ % kStep != 0) return;
+        std::uint64_t all = 0;
+        for (const auto& ofType : changed_) all += ofType.size();
+        options_.progress(written_, all);
+    }
+    void CountInstance() {
+        ++written_;
+        CountRow();
+    }
+
     // Whether the instance gets a new row in its table.
     bool IsInserted(const kor::Instance& instance) const {
         return !IsInOther(instance) &&
@@ -508,6 +522,7 @@ class Saver {
             }
             // What the triggers of a view do is not counted.
             if (rows != 1 && !target.isView) ThrowConflict(instance);
+            if (!IsInOther(instance)) CountInstance();
         });
     }
 
@@ -546,6 +561,7 @@ class Saver {
             if (insertion == nullptr) insertion = database_.Insert(target.table->name, names);
             MakeRow(instance, target, true);
             insertion->Add(row_);
+            CountInstance();
         });
         if (insertion != nullptr) insertion->Finish();
     }
@@ -568,6 +584,7 @@ class Saver {
                                      fields_.Make(instance, member, column.memberKind, buffer)};
                 fingerprint += FingerprintOf(row[2], MemberPlace(number, i + 1));
                 insertion->Add(row);
+                CountRow();
             }
             now_.rows[instance.Order()].row += fingerprint;
         });
@@ -590,6 +607,7 @@ class Saver {
             const Field row[] = {Field::Of(instance.Id()), Field::OfText(writer_.Record(instance))};
             now_.rows[instance.Order()].row = FingerprintOf(row[1], 0);
             insertion->Add(row);
+            CountInstance();
         });
         if (insertion != nullptr) insertion->Finish();
     }
@@ -639,6 +657,7 @@ class Saver {
         insertion->Finish();
     }
 
+    const SaveOptions& options_;
     Database& database_;
     const Dialect& dialect_;
     const exchange::DataSet& dataSet_;
@@ -663,6 +682,8 @@ class Saver {
     std::unordered_set<const kor::EntityType*> otherTypes_;  // types with instances in orx_other
     bool otherTypesKnown_ = false;
 
+    std::uint64_t rows_ = 0;     // in all tables
+    std::uint64_t written_ = 0;  // instances
     std::vector<Field> row_;
     std::vector<std::string> buffers_;
 };
@@ -670,9 +691,9 @@ class Saver {
 }  // namespace
 
 bool SaveTo(Database& database, const exchange::DataSet& dataSet, const std::string& name,
-            exchange::Messages& messages) {
+            const SaveOptions& options, exchange::Messages& messages) {
     try {
-        Saver(database, dataSet).Save();
+        Saver(database, dataSet, options).Save();
         return true;
     } catch (const Refusal& refusal) {
         messages.AddError({name, 0, 0, refusal.text});

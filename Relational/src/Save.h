@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "DataSets.h"
 #include "Database.h"
 #include "Exchange.h"
 
@@ -12,7 +13,7 @@ namespace relational {
 
 // `name` stands in messages.
 bool SaveTo(Database& database, const exchange::DataSet& dataSet, const std::string& name,
-            exchange::Messages& messages);
+            const SaveOptions& options, exchange::Messages& messages);
 
 }  // namespace relational
 

@@ -5,10 +5,12 @@
 #include <libpq-fe.h>
 #include <signal.h>
 #include <sqlite3.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 
 #include <chrono>
+#include <filesystem>
 #include <random>
 #include <thread>
 
@@ -236,6 +238,61 @@ TEST_F(Postgresql, AServerThatStopsLeavesASaveWholeOrNotThere) {
         whole += text == texts[1] ? 1 : 0;
     }
     EXPECT_LT(whole, 4);
+}
+
+// A disk of a few megabytes, for the server's user; goes with the object.
+class SmallDisk {
+  public:
+    SmallDisk() : place_(folder_ / "disk") {
+        std::filesystem::permissions(folder_.Path(), std::filesystem::perms::owner_all |
+                                                         std::filesystem::perms::others_exec);
+        std::filesystem::create_directory(place_);
+        mounted_ = mount("tmpfs", place_.c_str(), "tmpfs", 0, "size=6m,uid=65534,mode=0700") == 0;
+    }
+    ~SmallDisk() {
+        if (mounted_) umount2(place_.c_str(), MNT_DETACH);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    bool IsMounted() const { return mounted_; }
+    const std::string& Place() const { return place_; }
+
+  private:
+    TemporaryDirectory folder_;
+    std::string place_;
+    bool mounted_ = false;
+};
+
+TEST_F(Postgresql, AFullDiskLeavesWhatWasThere) {
+    const SmallDisk disk;
+    if (geteuid() != 0 || !disk.IsMounted()) GTEST_SKIP() << "a disk cannot be mounted here";
+    const TemporaryDirectory files;
+    const std::string small = files.Write("small.stp", PartsFile("A", 30));
+    const std::string large = files.Write("large.stp", PartsFile("B", 20'000));
+    Server server;
+    PGconn* connection = PQconnectdb(server.Uri("public").c_str());
+    for (const std::string& statement :
+         {"CREATE TABLESPACE small LOCATION '" + disk.Place() + "'",
+          std::string("ALTER ROLE orx SET default_tablespace = small")}) {
+        PGresult* result = PQexec(connection, statement.c_str());
+        EXPECT_EQ(PQresultStatus(result), PGRES_COMMAND_OK) << PQerrorMessage(connection);
+        PQclear(result);
+    }
+    PQfinish(connection);
+    const std::string name = server.Uri("public");
+    ASSERT_THAT(Save(Open(small).dataSet, name), IsEmpty());
+
+    EXPECT_THAT(Save(Open(large).dataSet, name), ElementsAre(HasSubstr("No space left on device")));
+    EXPECT_EQ(Open(name).Text(), Open(small).Text());
+    const OrxResult result = RunOrx({"copy", large, name});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.err, HasSubstr("No space left on device"));
+    EXPECT_EQ(Open(name).Text(), Open(small).Text());
+    // What it has room for goes on being saved.
+    const exchange::DataSet stored = Open(name).dataSet;
+    kor::Instance::Of(*stored.model->Find(2)).PutAttr(SdaiString("S_DESC"), SdaiString("x"));
+    EXPECT_THAT(Save(stored, name), IsEmpty());
 }
 
 TEST_F(Postgresql, NoConnectionIsLeftOpen) {

@@ -34,44 +34,41 @@ Named Split(const std::string& option) {
     return {option.substr(0, sign), option.substr(sign + 1)};
 }
 
-// Shows the progress of reading a data set on the standard error stream, if that is a terminal and
-// reading takes longer than a second: bytes of a file, instances of a database.
+// Shows the progress of reading or saving a data set on the standard error stream, if that is a
+// terminal and the work takes longer than a second: bytes of a file, instances of a database.
 class Progress {
   public:
-    explicit Progress(const std::string& file)
-        : file_(file),
+    Progress(const char* action, const std::string& file)
+        : action_(action),
+          file_(file),
           isDatabase_(relational::IsDatabase(file)),
-          isTerminal_(isatty(STDERR_FILENO)) {
-        std::error_code error;
-        size_ = std::filesystem::file_size(file, error);
-        if (error) size_ = 0;
-    }
+          isTerminal_(isatty(STDERR_FILENO)) {}
     ~Progress() {
         if (shown_) std::cerr << "\r\033[K" << std::flush;
     }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    void Show(std::uint64_t read) {
+    // `all` is 0 where it is unknown.
+    void Show(std::uint64_t done, std::uint64_t all) {
         if (!isTerminal_ || std::chrono::steady_clock::now() < next_) return;
         next_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
         shown_ = true;
-        std::cerr << "\rreading " << ReadableName(file_) << ": ";
+        std::cerr << '\r' << action_ << ' ' << ReadableName(file_) << ": ";
         if (isDatabase_) {
-            std::cerr << read << " instances";
+            std::cerr << done << " instances";
         } else {
-            std::cerr << read / 1'000'000 << " MB";
+            std::cerr << done / 1'000'000 << " MB";
         }
-        if (size_ != 0)
-            std::cerr << " (" << std::min<std::uint64_t>(100, 100 * read / size_) << "%)";
+        if (all != 0) std::cerr << " (" << std::min<std::uint64_t>(100, 100 * done / all) << "%)";
         std::cerr << std::flush;
     }
 
   private:
+    const char* const action_;
     const std::string& file_;
     const bool isDatabase_;
     const bool isTerminal_;
-    std::uint64_t size_;
     bool shown_ = false;
     std::chrono::steady_clock::time_point next_ =
         std::chrono::steady_clock::now() + std::chrono::seconds(1);
@@ -142,14 +139,17 @@ NamedModel ReadModel(const Session& session, const std::string& argument, const 
     if (model.name.empty()) {
         model.name = IsStandardInput(model.file) ? "stdin" : relational::StemOf(named.value);
     }
-    Progress progress(model.file);
+    Progress progress("reading", model.file);
+    std::error_code error;
+    std::uint64_t size = std::filesystem::file_size(model.file, error);
+    if (error) size = 0;
     exchange::ReadOptions options;
     options.lenient = chosen.lenient;
     options.threads = chosen.threads;
     if (!chosen.as.empty()) options.schema = SchemaNamed(session, chosen.as);
-    options.progress = [&progress](std::uint64_t read) {
+    options.progress = [&](std::uint64_t read) {
         ThrowIfInterrupted();
-        progress.Show(read);
+        progress.Show(read, size);
     };
     exchange::Messages messages;
     model.dataSet = IsStandardInput(model.file)
@@ -249,12 +249,22 @@ void CheckSave(const Session& session, const std::string& save) {
     }
 }
 
+void SaveDataSet(const exchange::DataSet& dataSet, const std::string& target, bool inPlace) {
+    const std::string readable = relational::ReadableName(target);
+    Progress progress("saving", readable);
+    exchange::Messages messages;
+    relational::Save(dataSet, target, messages,
+                     {inPlace, [&progress](std::uint64_t written, std::uint64_t all) {
+                          ThrowIfInterrupted();
+                          progress.Show(written, all);
+                      }});
+    Tell(messages);
+}
+
 void SaveModel(Session& session, const std::string& save, bool inPlace) {
     CheckSave(session, save);
     const Named named = Split(save);
-    exchange::Messages messages;
-    relational::Save(session.Find(named.name)->dataSet, named.value, messages, {inPlace});
-    Tell(messages);
+    SaveDataSet(session.Find(named.name)->dataSet, named.value, inPlace);
     session.NoteSaved(named.name);
 }
 

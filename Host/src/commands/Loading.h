@@ -43,6 +43,7 @@ void CheckSaves(const Session& session, const Options& options);
 void Save(Session& session, const Options& options);
 
 // Writes one model: NAME=FILE.
+void SaveDataSet(const exchange::DataSet& dataSet, const std::string& target, bool inPlace);
 void SaveModel(Session& session, const std::string& save, bool inPlace);
 
 }  // namespace host
