@@ -12,6 +12,7 @@
 #include "Exchange.h"
 #include "Orx.h"
 #include "TestModel.h"
+#include "TestSchema.h"
 
 namespace {
 
@@ -23,40 +24,11 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
 
-const std::string kSchema = R"(SCHEMA test_schema;
-TYPE label = STRING; END_TYPE;
-TYPE colour = ENUMERATION OF (red, green); END_TYPE;
-TYPE item_list = LIST OF item; END_TYPE;
-TYPE choice = SELECT (label, item, item_list); END_TYPE;
-ENTITY item; name : OPTIONAL label; END_ENTITY;
-ENTITY special_item SUBTYPE OF (item); rank : OPTIONAL INTEGER; END_ENTITY;
-ENTITY pair; first : OPTIONAL INTEGER; second : OPTIONAL INTEGER; END_ENTITY;
-ENTITY holder; item : OPTIONAL item; END_ENTITY;
-ENTITY holders; items : OPTIONAL LIST OF item; END_ENTITY;
-ENTITY chooser; choice : OPTIONAL choice; END_ENTITY;
-ENTITY coloured; colour : OPTIONAL colour; END_ENTITY;
-ENTITY binary_holder; bits : OPTIONAL BINARY; END_ENTITY;
-ENTITY numbers; reals : OPTIONAL LIST OF REAL; END_ENTITY;
-ENTITY counter; whole : OPTIONAL INTEGER; END_ENTITY;
-ENTITY base; base_name : OPTIONAL STRING; END_ENTITY;
-ENTITY left SUBTYPE OF (base); left_item : OPTIONAL item; END_ENTITY;
-END_SCHEMA;)";
-
 const std::string kHeader =
     "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('test'),'2;1');\n"
     "FILE_NAME('name','2024-01-02T03:04:05',('author'),('firm'),'tool','system','');\n"
     "FILE_SCHEMA(('TEST_SCHEMA'));\nENDSEC;\n";
 const std::string kEnd = "\nENDSEC;\nEND-ISO-10303-21;\n";
-
-exchange::SchemaCatalog TestSchemas() {
-    static const std::vector<exchange::SchemaPtr> parsed = [] {
-        Messages messages;
-        return exchange::ParseSchemas(kSchema, "schema", messages);
-    }();
-    exchange::SchemaCatalog schemas;
-    schemas.Add(parsed.at(0));
-    return schemas;
-}
 
 struct File {
     explicit File(const std::string& text, bool lenient = false)

@@ -11,37 +11,13 @@
 #include <vector>
 
 #include "Exchange.h"
+#include "TestSchema.h"
 
 namespace {
 
 using exchange::Message;
 using exchange::Messages;
 using exchange::ReadOptions;
-
-const std::string kSchema = R"(SCHEMA test_schema;
-TYPE label = STRING; END_TYPE;
-TYPE item_list = LIST OF item; END_TYPE;
-TYPE choice = SELECT (label, item, item_list); END_TYPE;
-ENTITY item; name : OPTIONAL label; END_ENTITY;
-ENTITY special_item SUBTYPE OF (item); rank : OPTIONAL INTEGER; END_ENTITY;
-ENTITY holder; item : OPTIONAL item; END_ENTITY;
-ENTITY holders; items : OPTIONAL LIST OF item; END_ENTITY;
-ENTITY chooser; choice : OPTIONAL choice; END_ENTITY;
-ENTITY numbers; reals : OPTIONAL LIST OF REAL; END_ENTITY;
-ENTITY base; base_name : OPTIONAL STRING; END_ENTITY;
-ENTITY left SUBTYPE OF (base); left_item : OPTIONAL item; END_ENTITY;
-ENTITY right SUBTYPE OF (base); right_item : OPTIONAL item; END_ENTITY;
-END_SCHEMA;)";
-
-exchange::SchemaCatalog TestSchemas() {
-    static const std::vector<exchange::SchemaPtr> parsed = [] {
-        Messages messages;
-        return exchange::ParseSchemas(kSchema, "schema", messages);
-    }();
-    exchange::SchemaCatalog schemas;
-    schemas.Add(parsed.at(0));
-    return schemas;
-}
 
 const std::string kHeader =
     "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Exchange.h"
+#include "Shapes.h"
 #include "Tables.h"
 
 namespace {
@@ -16,39 +17,11 @@ using exchange::ColumnKind;
 using testing::ElementsAre;
 using testing::Field;
 
-constexpr const char* kSchema = R"(SCHEMA shapes;
-  TYPE colour = ENUMERATION OF (red, green); END_TYPE;
-  TYPE label = STRING; END_TYPE;
-  TYPE place = SELECT (thing, other); END_TYPE;
-  TYPE mixed = SELECT (thing, label); END_TYPE;
-  ENTITY other; END_ENTITY;
-  ENTITY thing;
-    Name : label;
-    instance : INTEGER;
-    size : REAL;
-    weight : NUMBER;
-    made : BOOLEAN;
-    good : LOGICAL;
-    code : BINARY;
-    tint : colour;
-    next : thing;
-    at : place;
-    of_any : mixed;
-    parts : SET OF thing;
-  END_ENTITY;
-  ENTITY part SUBTYPE OF (thing);
-    name : label;
-    instance_ : INTEGER;
-  DERIVE
-    SELF\thing.size : REAL := 1.0;
-  END_ENTITY;
-END_SCHEMA;)";
-
 class Tables : public testing::Test {
   protected:
     Tables() {
         exchange::Messages messages;
-        schemas_ = exchange::ParseSchemas(kSchema, "shapes.exp", messages);
+        schemas_ = exchange::ParseSchemas(kShapesSchema, "shapes.exp", messages);
         EXPECT_EQ(messages.ErrorCount(), 0U);
     }
     const kor::EntityType& Entity(std::string_view name) const {
@@ -59,6 +32,11 @@ class Tables : public testing::Test {
         for (const Column& column : columns) names.push_back(column.name);
         return names;
     }
+    static std::vector<ColumnKind> KindsOf(const std::vector<Column>& columns) {
+        std::vector<ColumnKind> kinds;
+        for (const Column& column : columns) kinds.push_back(column.kind);
+        return kinds;
+    }
 
     std::vector<exchange::SchemaPtr> schemas_;
 };
@@ -66,27 +44,32 @@ class Tables : public testing::Test {
 TEST_F(Tables, AreNamedInLowerCase) { EXPECT_EQ(exchange::TableName(Entity("THING")), "thing"); }
 
 TEST_F(Tables, HaveAColumnForEachAttribute) {
-    const std::vector<Column> columns = exchange::ColumnsOf(Entity("thing"));
-    EXPECT_THAT(NamesOf(columns), ElementsAre("name", "instance_", "size", "weight", "made", "good",
-                                              "code", "tint", "next", "at", "of_any", "parts"));
-    std::vector<ColumnKind> kinds;
-    for (const Column& column : columns) kinds.push_back(column.kind);
-    EXPECT_THAT(kinds,
-                ElementsAre(ColumnKind::Text, ColumnKind::Integer, ColumnKind::Real,
-                            ColumnKind::Real, ColumnKind::Boolean, ColumnKind::Text,
-                            ColumnKind::Text, ColumnKind::Text, ColumnKind::Reference,
-                            ColumnKind::Reference, ColumnKind::Exchange, ColumnKind::Aggregate));
+    const std::vector<Column> columns = exchange::ColumnsOf(Entity("part"));
+    EXPECT_THAT(NamesOf(columns),
+                ElementsAre("entity", "size", "count", "made", "good", "code", "tint", "next", "at",
+                            "of_any", "parts", "grid", "marks"));
+    EXPECT_THAT(
+        KindsOf(columns),
+        ElementsAre(ColumnKind::Text, ColumnKind::Real, ColumnKind::Integer, ColumnKind::Boolean,
+                    ColumnKind::Text, ColumnKind::Text, ColumnKind::Text, ColumnKind::Reference,
+                    ColumnKind::Reference, ColumnKind::Exchange, ColumnKind::Aggregate,
+                    ColumnKind::Aggregate, ColumnKind::Aggregate));
+}
+
+TEST_F(Tables, AreNamedInLowerCaseThroughout) {
+    const std::vector<Column> columns = exchange::ColumnsOf(Entity("named"));
+    EXPECT_THAT(NamesOf(columns), ElementsAre("name", "instance_", "weight"));
+    EXPECT_THAT(KindsOf(columns),
+                ElementsAre(ColumnKind::Text, ColumnKind::Integer, ColumnKind::Real));
 }
 
 // Inherited ones first; what is derived in the subtype is left out; `name` and `instance_` are
 // taken by inherited attributes.
 TEST_F(Tables, AppendToNamesThatAreTaken) {
-    const std::vector<Column> columns = exchange::ColumnsOf(Entity("part"));
-    EXPECT_THAT(NamesOf(columns),
-                ElementsAre("name", "instance_", "weight", "made", "good", "code", "tint", "next",
-                            "at", "of_any", "parts", "name_", "instance__"));
-    EXPECT_THAT(columns.back(), Field(&Column::slot, 13U));
-    EXPECT_EQ(exchange::ColumnsOf(Entity("part"), {"instance", "entity", "name"}).front().name,
+    const std::vector<Column> columns = exchange::ColumnsOf(Entity("renamed"));
+    EXPECT_THAT(NamesOf(columns), ElementsAre("name", "instance_", "name_", "instance__"));
+    EXPECT_THAT(columns.back(), Field(&Column::slot, 4U));
+    EXPECT_EQ(exchange::ColumnsOf(Entity("renamed"), {"instance", "entity", "name"}).front().name,
               "name_");
 }
 

@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "Database.h"
+#include "Shapes.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -13,52 +14,9 @@ using testing::IsEmpty;
 
 namespace {
 
-// Every kind of column; a supertype, two levels of subtypes, a name that is taken, a derived
-// attribute, and a type that refers to others.
-constexpr const char* kSchema = R"(SCHEMA shapes;
-  TYPE colour = ENUMERATION OF (red, green); END_TYPE;
-  TYPE label = STRING; END_TYPE;
-  TYPE place = SELECT (thing, other); END_TYPE;
-  TYPE mixed = SELECT (thing, label); END_TYPE;
-  ENTITY other; END_ENTITY;
-  ENTITY thing;
-    entity : OPTIONAL label;
-    size : OPTIONAL REAL;
-    count : OPTIONAL INTEGER;
-    made : OPTIONAL BOOLEAN;
-    good : OPTIONAL LOGICAL;
-    code : OPTIONAL BINARY;
-    tint : OPTIONAL colour;
-  END_ENTITY;
-  ENTITY part SUBTYPE OF (thing);
-    next : OPTIONAL thing;
-    at : OPTIONAL place;
-    of_any : OPTIONAL mixed;
-    parts : OPTIONAL SET OF thing;
-    grid : OPTIONAL LIST OF LIST OF REAL;
-    marks : OPTIONAL LIST OF mixed;
-  END_ENTITY;
-  ENTITY bolt SUBTYPE OF (part);
-  DERIVE
-    SELF\thing.size : REAL := 1.0;
-  END_ENTITY;
-  ENTITY nut SUBTYPE OF (part);
-    next : OPTIONAL other;
-  END_ENTITY;
-END_SCHEMA;)";
-
-constexpr const char* kData = R"(
-    #5=THING('first',1.5,7,.T.,.U.,"0A",.RED.);
-    #2=OTHER();
-    #3=PART('it''s \X2\0141\X0\',-0.25,$,.F.,.T.,$,.GREEN.,#5,#2,#5,(#5,#3),((1.,2.),()),(#5,LABEL('x')));
-    #4=BOLT($,*,$,$,.F.,$,$,#3,#3,LABEL('m\X\E9'),(),$,$);
-    #9=PART($,$,$,$,$,$,$,#5,$,$,$,$,$);
-    #7=POINT('p',(1.,2.),#5);
-    #8=POINT('q',$);)";
-
 class VirtualTable : public testing::Test {
   protected:
-    VirtualTable() { database.Add("m", ModelOf("shapes", kData, kSchema)); }
+    VirtualTable() { database.Add("m", ModelOf("shapes", kShapesData, kShapesSchema)); }
 
     Database database;
 };
@@ -158,7 +116,7 @@ TEST_F(VirtualTable, FindsInstancesByTheRightAttribute) {
                               "#1=THING($,$,$,$,$,$,$);#2=OTHER();"
                               "#3=NUT($,$,$,$,$,$,$,#1,$,$,$,$,$,#2);"
                               "#4=PART($,$,$,$,$,$,$,#1,$,$,$,$,$);",
-                              kSchema));
+                              kShapesSchema));
     EXPECT_THAT(database.Column("SELECT instance FROM n.part WHERE next = 1"),
                 ElementsAre("3", "4"));
     EXPECT_THAT(database.Column("SELECT instance FROM n.nut WHERE next = 1"), ElementsAre("3"));
@@ -222,7 +180,7 @@ TEST_F(VirtualTable, OrdersWhatIsNoReferenceAsText) {
                               "#3=PART($,$,$,$,$,$,$,#1,$,$,$,$,$);"
                               "#4=PART($,$,$,$,$,$,$,'a',$,$,$,$,$);"
                               "#5=PART($,$,$,$,$,$,$,$,$,$,$,$,$);",
-                              kSchema));
+                              kShapesSchema));
     EXPECT_THAT(database.Query("SELECT next, instance FROM n.part ORDER BY next"),
                 ElementsAre(Row{"NULL", "5"}, Row{"1", "3"}, Row{"a", "4"}, Row{"b", "2"}));
 }
@@ -294,13 +252,13 @@ TEST_F(VirtualTable, IsReadOnly) {
 }
 
 TEST_F(VirtualTable, GoesWithItsModel) {
-    const std::shared_ptr<kor::Model> model = ModelOf("shapes", kData, kSchema);
+    const std::shared_ptr<kor::Model> model = ModelOf("shapes", kShapesData, kShapesSchema);
     database.Add("n", model);
     EXPECT_GT(model.use_count(), 1);
     EXPECT_THROW(database.Add("n", model), std::runtime_error);
     EXPECT_EQ(database.Value("SELECT COUNT(*) FROM n.thing"), "4");
     EXPECT_THAT(database.Query("DETACH n"), IsEmpty());
-    database.Add("o", ModelOf("shapes", "", kSchema));
+    database.Add("o", ModelOf("shapes", "", kShapesSchema));
     EXPECT_EQ(model.use_count(), 1);
     EXPECT_EQ(database.Value("SELECT COUNT(*) FROM o.thing"), "0");
 }
@@ -308,7 +266,7 @@ TEST_F(VirtualTable, GoesWithItsModel) {
 TEST_F(VirtualTable, TakesAsManyColumnsAsSqliteHas) {
     std::string values = "$";
     for (int i = 1; i < 2'500; ++i) values += ",$";
-    database.Add("n", ModelOf("shapes", "#1=WIDE(" + values + ");", kSchema));
+    database.Add("n", ModelOf("shapes", "#1=WIDE(" + values + ");", kShapesSchema));
     EXPECT_EQ(database.Value("SELECT COUNT(*) FROM n.wide WHERE value_1998 IS NULL"), "1");
     EXPECT_EQ(database.Value("SELECT value_1999 FROM n.wide"), "no such column: value_1999");
 }
