@@ -12,6 +12,7 @@
 #include "console/Console.h"
 #include "console/Display.h"
 #include "console/Json.h"
+#include "model/Aggregate.h"
 #include "script/Evaluator.h"
 #include "script/Interrupt.h"
 
@@ -120,7 +121,34 @@ struct Use {
     std::size_t slot;
 };
 
-// Calls visit(Use) for every attribute that refers to the instance, in the order of the models.
+// Whether a value is the instance or contains it.
+bool Refers(const Cell& cell, const SdaiEntityInstance& target) {
+    switch (cell.GetTag()) {
+        case Tag::Instance: return cell.Get<SdaiEntityInstance*>() == &target;
+        case Tag::Typed: {
+            bool refers = false;
+            ForEachReference(kor::ToHandle(cell, true), [&](const SdaiEntityInstance& referred) {
+                refers |= &referred == &target;
+            });
+            return refers;
+        }
+        case Tag::Aggregate: {
+            const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
+            using Layout = KORAggregateAccess::Layout;
+            const Layout layout = KORAggregateAccess::LayoutOf(members);
+            if (layout == Layout::Reals || layout == Layout::Integers) return false;
+            for (std::size_t i = 0; i < KORAggregateAccess::Count(members); ++i) {
+                if (Refers(KORAggregateAccess::MemberCell(members, i), target)) return true;
+            }
+            return false;
+        }
+        default: return false;
+    }
+}
+
+// Calls visit(Use) for every attribute that refers to the instance, in the order of the models. All
+// instances are looked at: back references go by one attribute at a time, and making them for all
+// of a model takes longer than a look at each value.
 template <class Visit>
 void ForEachUse(const SdaiEntityInstance& target, const Session& session, Visit visit) {
     for (const NamedModel& model : session.Models()) {
@@ -128,17 +156,7 @@ void ForEachUse(const SdaiEntityInstance& target, const Session& session, Visit 
             ThrowIfInterrupted();
             const std::span<const Cell> cells = user.Values();
             for (std::size_t i = 0; i < cells.size(); ++i) {
-                const Tag tag = cells[i].GetTag();
-                bool refers = false;
-                if (tag == Tag::Instance) {
-                    refers = cells[i].Get<SdaiEntityInstance*>() == &target;
-                } else if (tag == Tag::Aggregate || tag == Tag::Typed) {
-                    ForEachReference(user.Read(static_cast<int>(i)),
-                                     [&](const SdaiEntityInstance& referred) {
-                                         refers |= &referred == &target;
-                                     });
-                }
-                if (refers) visit(Use{user, i});
+                if (Refers(cells[i], target)) visit(Use{user, i});
             }
         });
     }
