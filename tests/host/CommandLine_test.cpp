@@ -157,7 +157,9 @@ std::string Replaced(std::string text, const std::string& from, const std::strin
 }  // namespace
 
 TEST_F(CommandLine, HasALineInTheManPageAndTheCompletionsForEachOption) {
-    const std::string man = Replaced(ReadFile(SOURCE_DIRECTORY "/docs/orx.1"), "\\-", "-");
+    const std::string man = ReadFile(SOURCE_DIRECTORY "/docs/orx.1.in");
+    EXPECT_THAT(man, HasSubstr("\n.SH OPTIONS\n@OPTIONS@\n"));
+    const std::string described = Replaced(Orx({"completion", "man"}).out, "\\-", "-");
     const std::string bash = Orx({"completion", "bash"}).out;
     const std::string zsh = Orx({"completion", "zsh"}).out;
     const std::vector<std::string> commands = Commands(Orx({"--help"}).out);
@@ -173,7 +175,14 @@ TEST_F(CommandLine, HasALineInTheManPageAndTheCompletionsForEachOption) {
         EXPECT_GE(options.size(), 1U);
         for (const std::string& option : options) {
             EXPECT_THAT(offered, testing::ContainsRegex("[' ]" + option + "[' ]")) << option;
-            EXPECT_THAT(man, HasSubstr(option)) << option;
+            // One entry, which names the command.
+            const std::size_t entry = described.find("\\fB" + option + "\\fR");
+            ASSERT_NE(entry, std::string::npos) << option;
+            const std::string paragraph =
+                described.substr(entry, described.find(".TP\n", entry) - entry);
+            EXPECT_TRUE(option == "--help" ||
+                        paragraph.find("\\fB" + command + "\\fR") != std::string::npos)
+                << option << " in " << paragraph;
         }
     }
 }

@@ -19,6 +19,7 @@
 #include "DataSets.h"
 #include "commands/Commands.h"
 #include "commands/Loading.h"
+#include "commands/ManPage.h"
 #include "commands/Options.h"
 #include "commands/ShellCompletion.h"
 #include "console/Console.h"
@@ -416,7 +417,9 @@ int Main(int argc, char** argv) {
         ->required();
     CLI::App* completion = app.add_subcommand("completion", "")->group("");
     std::string completed;
-    completion->add_option("SHELL", completed)->required()->check(CLI::IsMember({"bash", "zsh"}));
+    completion->add_option("SHELL", completed)
+        ->required()
+        ->check(CLI::IsMember({"bash", "zsh", "man"}));
 
     try {
         std::vector<std::string> arguments = WithCommand({argv + 1, argv + argc}, app);
@@ -436,7 +439,9 @@ int Main(int argc, char** argv) {
         if (command->parsed()) NeedModel(*command, options);
     }
     if (completion->parsed()) {
-        std::cout << (completed == "zsh" ? ZshCompletion(app) : BashCompletion(app));
+        std::cout << (completed == "zsh"   ? ZshCompletion(app)
+                      : completed == "man" ? ManOptions(app)
+                                           : BashCompletion(app));
         return Flush() ? kDone : kUnusable;
     }
     CheckTargets(options);

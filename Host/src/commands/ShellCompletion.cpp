@@ -5,6 +5,8 @@
 #include <set>
 #include <vector>
 
+#include "commands/CommandTree.h"
+
 namespace host {
 
 namespace {
@@ -79,30 +81,6 @@ constexpr const char* kZshTail = R"sh(    esac
 _orx "$@"
 )sh";
 
-// Those that are not hidden.
-std::vector<const CLI::App*> Commands(const CLI::App& app) {
-    return app.get_subcommands(
-        [](const CLI::App* command) { return !command->get_group().empty(); });
-}
-
-std::vector<const CLI::Option*> Options(const CLI::App& command) {
-    return command.get_options([](const CLI::Option* option) { return option->nonpositional(); });
-}
-
-std::vector<std::string> Names(const CLI::Option& option) {
-    std::vector<std::string> names;
-    for (const std::string& name : option.get_snames()) names.push_back('-' + name);
-    for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
-    return names;
-}
-
-std::string Joined(const std::vector<std::string>& words, const char* separator) {
-    std::string text;
-    for (const std::string& word : words) text += (text.empty() ? "" : separator) + word;
-    return text;
-}
-
-bool TakesValue(const CLI::Option& option) { return option.get_items_expected_max() > 0; }
 bool TakesFile(const CLI::Option& option) {
     return TakesValue(option) && option.get_type_name().find("FILE") != std::string::npos;
 }
