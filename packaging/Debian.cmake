@@ -1,6 +1,6 @@
 # Debian packages: `scripts/package`, or `cpack -G DEB` in a build tree whose prefix is /usr.
 #
-#   liborxexutilities0     the two shared libraries
+#   liborxexutilities0.2   the two shared libraries
 #   liborxexutilities-dev  what a program is built with
 #   orx                    the tool
 #   python3-orxexutilities the Python package
@@ -31,7 +31,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
-set(library liborxexutilities${PROJECT_VERSION_MAJOR})
+set(library liborxexutilities${ORX_SOVERSION})
 set(of_this_version "${library} (= ${PROJECT_VERSION})")
 set(description "The functions turn parts, effectivities, configurations, placements and
 names of a product database into STEP (ISO 10303) exchange data and back. An
@@ -40,8 +40,8 @@ exchange engine calls them by name.")
 # What a program that is linked with the libraries depends on, and that the loader is to learn of
 # them.
 set(control ${CMAKE_CURRENT_BINARY_DIR}/control)
-file(WRITE ${control}/shlibs "libORXExUtilities ${PROJECT_VERSION_MAJOR} ${of_this_version}
-libKORPlatform ${PROJECT_VERSION_MAJOR} ${of_this_version}
+file(WRITE ${control}/shlibs "libORXExUtilities ${ORX_SOVERSION} ${of_this_version}
+libKORPlatform ${ORX_SOVERSION} ${of_this_version}
 ")
 file(WRITE ${control}/triggers "activate-noawait ldconfig\n")
 

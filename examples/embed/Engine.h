@@ -17,7 +17,7 @@ class Engine {
   public:
     // Loads the module and binds every function of the export table. Throws std::runtime_error with
     // the reason when a part of it is missing.
-    explicit Engine(const char* module = "libORXExUtilities.so.0")
+    explicit Engine(const char* module = "libORXExUtilities.so.0.2")
         : module_(dlopen(module, RTLD_NOW | RTLD_LOCAL)) {
         if (module_ == nullptr) throw std::runtime_error(dlerror());
         for (const orx::Export& row : orx::kExports) {
