@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 
 #include "HostTest.h"
 #include "XmlElement.h"
@@ -858,16 +860,129 @@ TEST_F(Report, LeavesTheLowestLevelsOutOfAHugeTree) {
 
 // ---- In a browser
 
-// Rendered by a browser, the page is no empty one: its picture takes many times as much.
-TEST_F(Report, IsShownByABrowser) {
-    if (std::system("command -v chromium >/dev/null") != 0) GTEST_SKIP() << "there is no chromium";
-    const auto sizeOfPicture = [this](const std::string& page) -> std::uintmax_t {
+namespace {
+
+// The SHA-256 of a text, as Base64.
+std::string Sha256(const std::string& file) {
+    const auto pipe = std::unique_ptr<FILE, int (*)(FILE*)>(
+        popen(("sha256sum < '" + file + "'").c_str(), "r"), pclose);
+    char hex[65] = "";
+    if (std::fgets(hex, sizeof hex, pipe.get()) == nullptr) return "";
+    std::string bits;
+    for (const char* digit = hex; *digit != '\0'; ++digit) {
+        const int value = std::stoi(std::string(1, *digit), nullptr, 16);
+        for (int bit = 8; bit != 0; bit /= 2) bits += (value & bit) != 0 ? '1' : '0';
+    }
+    std::string text;
+    for (std::size_t at = 0; at < bits.size(); at += 6) {
+        std::string six = bits.substr(at, 6);
+        six.resize(6, '0');
+        text += "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"[std::stoul(
+            six, nullptr, 2)];
+    }
+    text.resize((text.size() + 3) / 4 * 4, '=');
+    return text;
+}
+
+class ReportInBrowser : public Report {
+  protected:
+    void SetUp() override {
+        if (std::system("command -v chromium >/dev/null") != 0) {
+            GTEST_SKIP() << "there is no chromium";
+        }
+    }
+
+    // What the browser prints about a file of the folder.
+    std::string Browse(const std::string& file, const std::string& options) const {
         const std::string command =
             "cd '" + folder.Path() + "' && HOME=. timeout 100 chromium --headless --no-sandbox " +
-            "--disable-gpu --hide-scrollbars --window-size=1100,1600 --screenshot=" + page +
-            ".png 'file://" + folder.Path() + "/" + page + "' >browser.log 2>&1";
-        const int status = std::system(command.c_str());
-        EXPECT_EQ(status, 0) << ReadFile(folder / "browser.log");
+            "--disable-gpu --disable-quic --no-first-run --disable-background-networking " +
+            "--disable-component-update --disable-sync --hide-scrollbars --user-data-dir=profile " +
+            options + " 'file://" + folder.Path() + "/" + file + "' >browser.out 2>browser.log";
+        EXPECT_EQ(std::system(command.c_str()), 0) << ReadFile(folder / "browser.log");
+        return ReadFile(folder / "browser.out");
+    }
+
+    // What an expression of JavaScript gives on page.html, which is allowed to run it, on a display
+    // of that width. The page's own script has run before.
+    std::string Ask(const std::string& expression, const std::string& width) const {
+        const std::string script =
+            "parent.document.title = 'answer: ' + (" + expression + ") + ';';";
+        const std::string hash = Sha256(folder.Write("script.js", script));
+        std::string page = ReadFile(folder / "page.html");
+        page.insert(page.find("script-src ") + 11, "'sha256-" + hash + "' ");
+        page.insert(page.find("</body>"), "<script>" + script + "</script>\n");
+        // A frame may be narrower than the browser's windows.
+        std::string frame = "<!DOCTYPE html><html><body><iframe width=\"" + width +
+                            "\" height=\"800\" style=\"border: 0\" srcdoc=\"";
+        for (const char c : page)
+            frame += c == '&' ? "&amp;" : c == '"' ? "&quot;" : std::string(1, c);
+        folder.Write("frame.html", frame + "\"></iframe></body></html>");
+        const std::string out = Browse("frame.html", "--dump-dom");
+        const std::size_t begin = out.find("answer: ") + 8;
+        return out.substr(begin, out.find(';', begin) - begin);
+    }
+};
+
+}  // namespace
+
+// The page's policy allows its script by its hash.
+TEST_F(Report, AllowsItsOwnScriptAlone) {
+    const XmlElement page = PageOf(kDatabase);
+    ASSERT_EQ(page.All("script").size(), 1U);
+    const std::string hash = Sha256(folder.Write("script.js", page.Texts("script")[0]));
+    const auto metas = page.All("meta");
+    const auto policy = std::find_if(metas.begin(), metas.end(), [](const XmlElement* meta) {
+        return meta->attributes.count("http-equiv") != 0;
+    });
+    ASSERT_NE(policy, metas.end());
+    EXPECT_EQ((*policy)->attributes.at("http-equiv"), "Content-Security-Policy");
+    EXPECT_EQ((*policy)->attributes.at("content"),
+              "default-src 'none'; style-src 'unsafe-inline'; script-src 'sha256-" + hash + "'");
+}
+
+TEST_F(ReportInBrowser, FiltersTheTree) {
+    std::string data = DatabaseOfLevels(5, 3);
+    const std::size_t name = data.find("'P.2'");
+    data.replace(name, 5, "'Gear box'");
+    PageOfData("cdma", data);
+    // For each text: the lines that are found, and how many are shown and opened.
+    const std::string answer =
+        Ask("['p.3.1', ' P.3.1.4 ', 'gear', 'nothing', ''].map(text => {"
+            " const field = document.querySelector('.filter input');"
+            " field.value = text; field.dispatchEvent(new Event('input'));"
+            " return [document.querySelector('.filter output').textContent,"
+            " document.querySelectorAll('.tree li:not([hidden])').length,"
+            " document.querySelectorAll('.tree details[open]').length].join(' ');"
+            "}).join(', ') + ', ' + document.querySelector('.filter').hidden",
+            "800");
+    // Found are a part with its five components, below two lines, which are opened as it is; one
+    // below three lines; one with the 30 lines below it, which stay closed; none; and all, as at
+    // the beginning.
+    EXPECT_EQ(answer,
+              "6 of 156 lines 8 3, 1 of 156 lines 4 3, 1 of 156 lines 32 1, "
+              "0 of 156 lines 0 0,  156 1, false");
+}
+
+// Nothing reaches beyond a display of 390 pixels, and no text is smaller than 8 pixels there.
+TEST_F(ReportInBrowser, IsReadableOnANarrowDisplay) {
+    const std::string readable =
+        "[innerWidth, document.documentElement.scrollWidth - innerWidth > 0,"
+        " Math.min(...[...document.querySelectorAll('svg text')].map(text =>"
+        " text.getScreenCTM().a * parseFloat(getComputedStyle(text).fontSize))) >= 8,"
+        " [...document.querySelectorAll('.scroll')].some(table =>"
+        " table.scrollWidth > table.clientWidth)].join(' ')";
+    for (const std::string& file :
+         {std::string(SOURCE_DIRECTORY "/examples/database.stp"), kAssembly}) {
+        PageOf(file);
+        EXPECT_EQ(Ask(readable, "390"), "390 false true false") << file;
+    }
+}
+
+// Rendered by a browser, the page is no empty one: its picture takes many times as much.
+TEST_F(ReportInBrowser, IsShown) {
+    const auto sizeOfPicture = [this](const std::string& page) -> std::uintmax_t {
+        Browse(page, "--window-size=1100,1600 --screenshot=" + page + ".png");
         std::error_code error;
         const auto size = std::filesystem::file_size(folder / (page + ".png"), error);
         return error ? 0 : size;

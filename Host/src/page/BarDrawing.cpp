@@ -148,11 +148,13 @@ void AppendBar(std::string& svg, const Effectivity& effectivity, const Axis& axi
     const double middle = top + 26;
     const std::string bounds =
         (start.text.empty() ? "open" : start.text) + " – " + (end.text.empty() ? "open" : end.text);
-    svg += "<text class=\"name\" x=" + Percent(std::min(left, 60.0)) + " y=" + Number(middle - 10) +
-           ">" + Escaped(Shortened(effectivity.id, kLongestName)) +
-           "</text>\n<g class=\"bar\"><title>" + Escaped(effectivity.id + ": " + bounds) +
-           "</title><rect x=" + Percent(left) + " width=" + Percent(right - left) +
-           " y=" + Number(middle - 5) + " height=\"10\"/>\n";
+    // A name is as long as it is; one of a bar at the right ends there.
+    const bool endsThere = left > 60;
+    svg += std::string("<text class=\"") + (endsThere ? "name end" : "name") +
+           "\" x=" + Percent(endsThere ? kRight : left) + " y=" + Number(middle - 10) + ">" +
+           Escaped(Shortened(effectivity.id, kLongestName)) + "</text>\n<g class=\"bar\"><title>" +
+           Escaped(effectivity.id + ": " + bounds) + "</title><rect x=" + Percent(left) +
+           " width=" + Percent(right - left) + " y=" + Number(middle - 5) + " height=\"10\"/>\n";
     if (!start.value) svg += Head(0, middle, "-8,0 0,-5 0,5");
     if (!end.value) svg += Head(kRight, middle, "8,0 0,-5 0,5");
     svg += "</g>\n";

@@ -70,7 +70,7 @@ svg line.x { stroke: var(--x); } svg line.y { stroke: var(--y); } svg line.z { s
 svg text { fill: var(--ink); }
 svg text.x { fill: var(--x); } svg text.y { fill: var(--y); } svg text.z { fill: var(--z); }
 svg text.axis { stroke: none; font-style: italic; }
-svg text.label, svg text.middle { text-anchor: middle; }
+svg text.label, svg text.middle { text-anchor: middle; } svg text.end { text-anchor: end; }
 svg text.label { paint-order: stroke; stroke: var(--panel); stroke-width: 3px; }
 svg text.note { fill: var(--faint); font-size: 11px; }
 svg circle { fill: var(--ink); }
