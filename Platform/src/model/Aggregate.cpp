@@ -32,6 +32,22 @@ KORAggregateAccess::Layout LayoutFor(Tag tag) {
     }
 }
 
+// The layout that can store all members: those of one kind are stored bare. A pending reference
+// counts as an instance.
+KORAggregateAccess::Layout LayoutFor(std::span<const Cell> members) {
+    using Layout = KORAggregateAccess::Layout;
+    const auto layoutFor = [](const Cell& cell) {
+        return cell.GetTag() == Tag::Pending ? Layout::Instances : LayoutFor(cell.GetTag());
+    };
+    if (members.empty()) return Layout::Cells;
+    const Tag tag = members.front().GetTag();
+    const Layout layout = layoutFor(members.front());
+    const bool isBare = std::all_of(members.begin() + 1, members.end(), [&](const Cell& member) {
+        return member.GetTag() == tag || layoutFor(member) == layout;
+    });
+    return isBare ? layout : Layout::Cells;
+}
+
 std::size_t MemberSize(KORAggregateAccess::Layout layout) {
     return layout == KORAggregateAccess::Layout::Cells ? sizeof(Cell) : 8;
 }
@@ -166,6 +182,7 @@ void KORAggregateAccess::NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInsta
 }
 
 void KORAggregateAccess::DropIndex(SdaiAggrInstance& aggregate) {
+    if (aggregate.index_.load(std::memory_order_relaxed) == nullptr) return;
     delete aggregate.index_.exchange(nullptr, std::memory_order_relaxed);
 }
 
@@ -322,26 +339,18 @@ SdaiListClassOfSdaiReal::~SdaiListClassOfSdaiReal() {
 
 SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool selects,
                                            kor::Arena* arena) {
-    // Members of one kind are stored bare. A pending reference counts as an instance.
-    Layout layout = Layout::Cells;
-    if (!members.empty()) {
-        const auto bareLayout = [](const Cell& cell) {
-            return cell.GetTag() == Tag::Pending ? Layout::Instances : LayoutFor(cell.GetTag());
-        };
-        layout = bareLayout(members.front());
-        for (const Cell& member : members) {
-            if (bareLayout(member) != layout) layout = Layout::Cells;
-        }
+    const Layout layout = LayoutFor(members);
+    SdaiAggrInstance* aggregate = nullptr;
+    if (arena != nullptr) {
+        const std::size_t size = members.size() * MemberSize(layout);
+        aggregate = new (arena->Allocate(sizeof(SdaiAggrInstance) + size)) SdaiAggrInstance;
+        aggregate->members_ = aggregate + 1;
+    } else {
+        aggregate = new SdaiAggrInstance;
     }
-    SdaiAggrInstance* aggregate = arena != nullptr ? new (arena->Allocate(sizeof(SdaiAggrInstance)))
-                                                         SdaiAggrInstance
-                                                   : new SdaiAggrInstance;
     aggregate->layout_ = layout;
     aggregate->selects_ = selects;
-    const std::size_t size = members.size() * MemberSize(layout);
-    if (arena != nullptr) {
-        aggregate->members_ = arena->Allocate(size);
-    } else {
+    if (arena == nullptr) {
         aggregate->owners_.store(1, std::memory_order_relaxed);
         try {
             Grow(*aggregate, members.size());

@@ -140,7 +140,7 @@ class IdTable {
     static constexpr std::size_t kMostPages = std::size_t{1} << 20;
     using Page = std::array<Entry, kPageSize>;
 
-    Entry& MakeEntry(Id id) {
+    [[gnu::noinline]] Entry& MakeEntry(Id id) {
         const std::size_t page = id / kPageSize;
         // A new page must be worth its memory: on average, it must serve 64 instances.
         if (page >= kMostPages || pageCount_ > 16 + defined_ / 64) return sparse_[id];

@@ -25,6 +25,9 @@ void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* ins
     }
 }
 
+// The kinds of cells that may own something.
+constexpr TagSet kOwning{Tag::Text, Tag::Enumeration, Tag::Binary, Tag::Aggregate, Tag::Typed};
+
 // Limit on what all complex types together may inherit.
 constexpr std::size_t kMostInherited = 2'000'000;
 
@@ -39,9 +42,13 @@ Model::Model(std::shared_ptr<const Schema> schema)
 }
 
 Model::~Model() {
-    ForEachInstance([](const Instance& instance) {
-        for (const Cell& cell : instance.Values()) ReleaseCell(cell);
-    });
+    for (const ModelType& type : types_) {
+        type.ForEachInstance([count = type.slotCount](const Instance& instance) {
+            for (const Cell& cell : std::span(instance.Cells(), count)) {
+                if (kOwning.Has(cell.GetTag())) ReleaseCell(cell);
+            }
+        });
+    }
     for (const Cell& cell : retired_) ReleaseCell(cell);
     for (const auto& [typed, id] : pendingTyped_) ReleaseCell(typed);
     for (const auto& extent : extents_) delete extent.load(std::memory_order_relaxed);
@@ -70,20 +77,6 @@ ModelType& Model::AddType(const EntityType& entity) {
         relation->AddType(type, slot);
     }
     return type;
-}
-
-const ModelType* Model::TypeOf(const EntityType& entity) {
-    const std::size_t number = entity.Number();
-    ModelType** type = nullptr;
-    if (number < declaredTypes_.size() && schema_->Entities()[number] == &entity) {
-        type = &declaredTypes_[number];
-    } else if (number < ownTypes_.size() && ownEntities_[number].get() == &entity) {
-        type = &ownTypes_[number];
-    } else {
-        return nullptr;
-    }
-    if (*type == nullptr) *type = &AddType(entity);
-    return *type;
 }
 
 bool Model::MayAddOwn() const { return ownEntities_.size() < kMostOwn; }
@@ -164,12 +157,12 @@ void Instance::Write(int slot, const SdaiPrimitiveH& value) {
 
 Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values) {
     assert(values.size() == type.slotCount && ids_.Find(id) == nullptr);
+    ModelType& own = types_[type.number];
     // Everything that may run out of memory comes first.
     IdTable::Entry& entry = ids_.ForDefinition(id);
     for (SdaiAggrInstance* extent : type.extents) {
         KORAggregateAccess::ReserveExtent(*extent, KORAggregateAccess::Count(*extent) + 1);
     }
-    ModelType& own = types_[type.number];
     instances_.push_back(nullptr);
     void* memory = nullptr;
     try {
@@ -180,12 +173,16 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
     }
     Instance& instance = *new (memory) Instance(type, id, instances_.size() - 1);
     instances_.back() = &instance;
-    std::copy(values.begin(), values.end(), instance.Cells());
+    bool isPending = false;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        instance.Cells()[i] = values[i];
+        isPending |= values[i].GetTag() == Tag::Pending;
+    }
 
     const std::uintptr_t chain = entry.Chain();
     entry.SetInstance(&instance);
-    Connect(chain, &instance);
-    for (std::size_t i = 0; i < type.slotCount; ++i) {
+    if (chain != 0) Connect(chain, &instance);
+    for (std::size_t i = 0; isPending && i < values.size(); ++i) {
         if (values[i].GetTag() == Tag::Pending) {
             ConnectReference(reinterpret_cast<std::byte*>(instance.Cells() + i), kInCell);
         }
@@ -232,11 +229,6 @@ void Model::PutInOrder(std::span<Instance* const> instances) {
 }
 
 // ---- References
-
-Cell Model::Reference(std::uint64_t id) {
-    SdaiEntityInstance* instance = ids_.ForReference(id).Instance();
-    return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell::Of(Tag::Pending, id);
-}
 
 // Inserts a place that refers to a missing instance at the head of the waiting chain.
 void Model::ConnectReference(std::byte* place, std::uintptr_t kind) {

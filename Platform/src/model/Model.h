@@ -139,7 +139,18 @@ class KOR_API Model final : public SdaiModel {
 
     // The data for instances of an entity type of the schema or of this model; null for any other
     // type.
-    const ModelType* TypeOf(const EntityType& entity);
+    const ModelType* TypeOf(const EntityType& entity) {
+        const std::size_t number = entity.Number();
+        if (number < declaredTypes_.size() && schema_->Entities()[number] == &entity) {
+            ModelType* const type = declaredTypes_[number];
+            return type != nullptr ? type : declaredTypes_[number] = &AddType(entity);
+        }
+        if (number < ownTypes_.size() && ownEntities_[number].get() == &entity) {
+            ModelType* const type = ownTypes_[number];
+            return type != nullptr ? type : ownTypes_[number] = &AddType(entity);
+        }
+        return nullptr;
+    }
     // An undeclared type whose instances have that many values. Null if the model has too many
     // types of its own (kMostOwn).
     const EntityType* UndeclaredEntity(std::string_view foldedName, std::size_t valueCount);
@@ -182,7 +193,10 @@ class KOR_API Model final : public SdaiModel {
 
     // A reference to an instance that may not exist yet, for use as a value of Create or a member
     // of NewAggregate.
-    Cell Reference(std::uint64_t id);
+    Cell Reference(std::uint64_t id) {
+        SdaiEntityInstance* instance = ids_.ForReference(id).Instance();
+        return instance != nullptr ? Cell::Of(Tag::Instance, instance) : Cell::Of(Tag::Pending, id);
+    }
     // Creates an aggregate of the model with these members and takes ownership of them.
     Cell NewAggregate(std::span<const Cell> members, bool selects);
     // Creates a select value with its defined type and takes ownership of the value.
