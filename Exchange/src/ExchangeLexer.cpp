@@ -19,9 +19,6 @@ using kor::Tag;
 
 namespace {
 
-// The number of digits with which an instance name cannot be too large.
-constexpr std::ptrdiff_t kFewDigits = 18;
-
 // Powers of ten that a double represents exactly.
 constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                               1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
@@ -69,9 +66,12 @@ void ExchangeLexer::SkipByteOrderMark() {
 void ExchangeLexer::SkipNoTokens() {
     for (;;) {
         const char c = *in_.at;
-        if (Is(c, kSpace)) {
+        if (c == '\n') {
             ++in_.at;
-        } else if (c == '\n' || c == '\r') {
+            in_.NewLine(in_.at);
+        } else if (Is(c, kSpace)) {
+            ++in_.at;
+        } else if (c == '\r') {
             Pass();
         } else if (c == '/' || c == '\\') {
             if (!SkipOther()) break;
@@ -196,13 +196,11 @@ void ExchangeLexer::ExpectWord(std::string_view word) {
     if (!TakeWord(word)) FailHere(std::string(word) + " expected, found " + Found());
 }
 
-std::uint64_t ExchangeLexer::InstanceName() {
-    const char* at = in_.at;
-    std::uint64_t id = 0;
-    for (; Is(*at, kDigit); ++at) id = 10 * id + static_cast<unsigned>(*at - '0');
-    if (at == in_.at) FailHere("a number expected after '#', found " + Found());
-    if (at - in_.at > kFewDigits) id = LongInstanceName(at);
-    in_.at = at;
+// A name of no digits or many.
+std::uint64_t ExchangeLexer::OtherInstanceName(const char* end) {
+    if (end == in_.at) FailHere("a number expected after '#', found " + Found());
+    const std::uint64_t id = LongInstanceName(end);
+    in_.at = end;
     return id;
 }
 
@@ -236,30 +234,24 @@ std::string ExchangeLexer::NameOf(std::uint64_t id) const {
 Cell ExchangeLexer::Number(bool realExpected) {
     const char* const start = in_.at;
     const bool negative = *start == '-';
-    const char* at = start + (negative || *start == '+' ? 1 : 0);
-    if (!Is(*at, kDigit)) {
-        in_.at = at;
-        FailHere("a digit expected, found " + Found());
-    }
+    const char* const first = start + (negative || *start == '+' ? 1 : 0);
     // The digits as an integer, as far as it can hold them, and the power of ten that follows.
     std::uint64_t digits = 0;
-    long count = 0;
-    int scale = 0;
-    const auto takeDigits = [&] {
-        const char* first = at;
-        for (; Is(*at, kDigit); ++at) digits = 10 * digits + static_cast<unsigned>(*at - '0');
-        count += at - first;
-        return static_cast<int>(at - first);
-    };
-    takeDigits();
-    const bool isReal = *at == '.' || *at == 'E' || *at == 'e';
-    if (!isReal) {
+    const char* at = TakeDigits(first, digits);
+    if (at == first) {
+        in_.at = first;
+        FailHere("a digit expected, found " + Found());
+    }
+    std::ptrdiff_t count = at - first;
+    std::ptrdiff_t scale = 0;
+    if (*at == '.') {
+        const char* const point = at;
+        at = TakeDigits(point + 1, digits);
+        scale = point + 1 - at;
+        count -= scale;
+    } else if (*at != 'E' && *at != 'e') {
         in_.at = at;
         return Integer(start, at, realExpected);
-    }
-    if (*at == '.') {
-        ++at;
-        scale = -takeDigits();
     }
     if (*at == 'E' || *at == 'e') {
         const char* exponent = at + 1;

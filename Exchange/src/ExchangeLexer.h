@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "Digits.h"
 #include "ExchangeText.h"
 #include "Input.h"
 #include "Problems.h"
@@ -77,7 +78,7 @@ class ExchangeLexer {
     bool AtEnd() { return in_.AtEnd(); }
     const char* At() const { return in_.at; }
     char Peek() const { return *in_.at; }
-    void Advance() { ++in_.at; }
+    void Advance(std::size_t count = 1) { in_.at += count; }
 
     // Calls `progress` from time to time with the number of bytes read so far.
     void TellProgress(std::function<void(std::uint64_t)> progress) {
@@ -120,8 +121,11 @@ class ExchangeLexer {
     // ---- Tokens
 
     bool TakeIf(char c) {
-        Skip();
-        if (*in_.at != c) return false;
+        if (*in_.at != c) {
+            if (!Is(*in_.at, kNoToken)) return false;
+            Skip();
+            if (*in_.at != c) return false;
+        }
         ++in_.at;
         return true;
     }
@@ -138,12 +142,29 @@ class ExchangeLexer {
     // read.
     std::string_view Keyword();
 
+    // The text up to the next "(", which is not taken; empty if that is far away or not known yet.
+    std::string_view UpToParenthesis() const {
+        constexpr std::ptrdiff_t kFar = 128;
+        for (const char* at = in_.at; at < in_.end && at - in_.at < kFar; at += 8) {
+            const int position = PositionIn(NextEight(at), '(');
+            if (position < 8) return {in_.at, static_cast<std::size_t>(at + position - in_.at)};
+        }
+        return {};
+    }
+
     // The letters and digits at this position.
     std::string_view Word();
 
     // The number after a "#". A lenient reader maps each number larger than Model::kLargestId to a
     // fixed number above that limit.
-    std::uint64_t InstanceName();
+    std::uint64_t InstanceName() {
+        in_.Ahead();
+        std::uint64_t id = 0;
+        const char* const end = TakeDigits(in_.at, id);
+        if (end == in_.at || end - in_.at > kFewDigits) return OtherInstanceName(end);
+        in_.at = end;
+        return id;
+    }
     // The number as written.
     std::string NameOf(std::uint64_t id) const;
 
@@ -172,6 +193,9 @@ class ExchangeLexer {
     kor::Cell Enumeration(const kor::Domain* domain);
 
   private:
+    // The number of digits with which an instance name cannot be too large.
+    static constexpr std::ptrdiff_t kFewDigits = 18;
+
     // Skips a character, which may end a line.
     void Pass() {
         in_.Ahead();
@@ -182,6 +206,7 @@ class ExchangeLexer {
     bool SkipOther();
     void SkipComment();
     [[noreturn, gnu::cold]] void FailExpecting(char c);
+    std::uint64_t OtherInstanceName(const char* end);
     std::uint64_t LongInstanceName(const char* end);
     void CheckText(Place place, std::size_t size) const;
     void CheckLength(const char* start, const char* end) const;

@@ -92,8 +92,8 @@ std::unique_ptr<Source> Source::Open(const std::string& path, std::string& error
     return nullptr;
 }
 
-Input::Input(Source& source) : source_(source), window_(1, '\0') {
-    at = end = window_.data();
+Input::Input(Source& source) : source_(source), window_(kBeyond, '\0') {
+    at = end = last_ = window_.data();
     Move(at);
 }
 
@@ -101,8 +101,8 @@ const char* Input::Move(const char* kept) {
     const std::size_t keptSize = static_cast<std::size_t>(end - kept);
     const std::size_t atOffset = static_cast<std::size_t>(at - kept);
     windowStart_ = Offset(kept);
-    if (window_.size() < keptSize + kBlock + 1) {
-        std::vector<char> larger(std::max(keptSize + kBlock, 2 * keptSize) + 1);
+    if (window_.size() < keptSize + kBlock + kBeyond) {
+        std::vector<char> larger(std::max(keptSize + kBlock, 2 * keptSize) + kBeyond);
         std::memcpy(larger.data(), kept, keptSize);
         window_.swap(larger);
     } else if (kept != window_.data()) {
@@ -118,6 +118,7 @@ const char* Input::Move(const char* kept) {
     window_[size] = '\0';
     at = window_.data() + atOffset;
     end = window_.data() + size;
+    last_ = atEnd_ ? end : end - kAhead;
     if (progress) progress(windowStart_ + size);
     return window_.data();
 }

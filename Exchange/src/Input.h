@@ -50,6 +50,8 @@ class Source {
 class Input {
   public:
     static constexpr std::size_t kAhead = 4096;
+    // The bytes behind the window that may be read, too.
+    static constexpr std::size_t kBeyond = 8;
 
     explicit Input(Source& source);
 
@@ -60,12 +62,12 @@ class Input {
 
     // Ensures that the next kAhead bytes, or all that are left, are in the window.
     void Ahead() {
-        if (static_cast<std::size_t>(end - at) < kAhead && !atEnd_) Move(at);
+        if (at > last_) Move(at);
     }
 
     // The same, keeping the bytes from `kept` on in the window. Returns the new position of `kept`.
     const char* AheadKeeping(const char* kept) {
-        if (static_cast<std::size_t>(end - at) < kAhead && !atEnd_) kept = Move(kept);
+        if (at > last_) kept = Move(kept);
         return kept;
     }
 
@@ -116,6 +118,7 @@ class Input {
     std::vector<char> window_;
     std::uint64_t windowStart_ = 0;
     bool atEnd_ = false;
+    const char* last_;  // the last position that kAhead bytes follow, or the end of the input
     std::uint64_t line_ = 1;
     std::uint64_t lineStart_ = 0;
 };

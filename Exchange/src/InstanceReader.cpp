@@ -99,23 +99,6 @@ void InstanceReader::CheckDepth(int depth) const {
     }
 }
 
-Cell InstanceReader::List(const Domain* domain, int depth) {
-    CheckDepth(depth);
-    const Domain* element =
-        domain != nullptr && domain->base == Domain::Base::Aggregate ? domain->element : nullptr;
-    const std::size_t first = values_.size();
-    if (!lexer_.TakeIf(')')) {
-        do {
-            values_.push_back(Value(element, depth + 1));
-        } while (lexer_.TakeIf(','));
-        lexer_.Expect(')');
-    }
-    const std::span<const Cell> members(values_.data() + first, values_.size() - first);
-    const Cell list = model_->NewAggregate(members, element != nullptr && element->IsSelect());
-    values_.resize(first);
-    return list;
-}
-
 // Warns if the domain does not allow a value of that kind.
 void InstanceReader::WarnOfKind(const char* value, const Domain& domain, Tag tag) {
     problems_.Warn(lexer_.PlaceOf(value), std::string(NameOf(domain.base)) + " expected, found " +
@@ -128,17 +111,26 @@ std::string InstanceReader::Context() const {
     return " (attribute " + slot_->attribute->folded + ")";
 }
 
+Cell InstanceReader::Number(const Domain* domain) {
+    const char* const start = lexer_.At();
+    const Cell number = lexer_.Number(domain != nullptr && domain->base == Domain::Base::Real);
+    Check(start, domain, number.GetTag());
+    return number;
+}
+
 Cell InstanceReader::Reference(const Domain* domain) {
+    if (!problems_.InData()) lexer_.FailHere("a reference to an instance in the header");
     const char* const start = lexer_.At();
     if (Is(start[1], kLetter)) return ExternalReference();
     lexer_.Advance();
     const std::uint64_t id = lexer_.InstanceName();
-    if (!externals_.empty()) {
-        const std::string name = lexer_.NameOf(id);
-        if (externals_.contains(name)) return model_->NewTyped(SdaiString(name), Cell());
-    }
+    if (!externals_.empty() && IsExternal(id)) return ExternalValue(lexer_.NameOf(id));
     Check(start, domain, Tag::Instance);
     return model_->Reference(id);
+}
+
+Cell InstanceReader::ExternalValue(const std::string& name) {
+    return model_->NewTyped(SdaiString(name), Cell());
 }
 
 // @5, and the constants #NAME and @NAME.
@@ -153,7 +145,7 @@ Cell InstanceReader::ExternalReference() {
         problems_.Mend(place, "there is no value " + name);
         return {};
     }
-    return model_->NewTyped(SdaiString(name), Cell());
+    return ExternalValue(name);
 }
 
 bool InstanceReader::TakeInfinite(Cell& value) {
@@ -172,59 +164,55 @@ bool InstanceReader::TakeInfinite(Cell& value) {
     return false;
 }
 
-Cell InstanceReader::Value(const Domain* domain, int depth) {
-    lexer_.Skip();
-    Cell infinite;
-    if (takesInfinite_ && TakeInfinite(infinite)) return infinite;
+Cell InstanceReader::Item(const Domain* domain) {
     const char* const start = lexer_.At();
+    lexer_.Advance();
+    const Cell item = lexer_.Enumeration(domain);
+    Check(start, domain, item.GetTag());
+    if (item.GetTag() == Tag::Enumeration && domain != nullptr &&
+        !domain->AdmitsItem(item.Text())) {
+        problems_.Warn(lexer_.PlaceOf(start),
+                       std::string(item.Text()) + " is not an item of the enumeration" + Context());
+    }
+    return item;
+}
+
+// The values of which most of a file consists.
+inline Cell InstanceReader::Value(const Domain* domain, int depth) {
+    lexer_.Skip();
+    const char* const start = lexer_.At();
+    if (Is(*start, kDigit) || (*start == '-' && !takesInfinite_)) return Number(domain);
     switch (*start) {
+        case '#': return Reference(domain);
         case '\'':
             Check(start, domain, Tag::Text);
             lexer_.Advance();
             return lexer_.String();
-        case '#':
-            if (!problems_.InData()) lexer_.FailHere("a reference to an instance in the header");
-            return Reference(domain);
-        case '@': return ExternalReference();
-        case '$': lexer_.Advance(); return {};
-        case '*': lexer_.Advance(); return Cell::Of(Tag::Derived, 0);
-        case '.': {
-            lexer_.Advance();
-            const Cell item = lexer_.Enumeration(domain);
-            Check(start, domain, item.GetTag());
-            if (item.GetTag() == Tag::Enumeration && domain != nullptr &&
-                !domain->AdmitsItem(item.Text())) {
-                problems_.Warn(
-                    lexer_.PlaceOf(start),
-                    std::string(item.Text()) + " is not an item of the enumeration" + Context());
-            }
-            return item;
-        }
         case '(':
             Check(start, domain, Tag::Aggregate);
             lexer_.Advance();
             return List(domain, depth);
+        default: return OtherValue(domain, depth);
+    }
+}
+
+Cell InstanceReader::Value(const Domain* domain) { return Value(domain, 0); }
+
+Cell InstanceReader::OtherValue(const Domain* domain, int depth) {
+    Cell infinite;
+    if (takesInfinite_ && TakeInfinite(infinite)) return infinite;
+    const char* const start = lexer_.At();
+    switch (*start) {
+        case '@': return ExternalReference();
+        case '$': lexer_.Advance(); return {};
+        case '*': lexer_.Advance(); return Cell::Of(Tag::Derived, 0);
+        case '.': return Item(domain);
         case '"':
             Check(start, domain, Tag::Binary);
             lexer_.Advance();
             return lexer_.Binary();
         case '+':
-        case '-':
-        case '0':
-        case '1':
-        case '2':
-        case '3':
-        case '4':
-        case '5':
-        case '6':
-        case '7':
-        case '8':
-        case '9': {
-            const Cell number =
-                lexer_.Number(domain != nullptr && domain->base == Domain::Base::Real);
-            Check(start, domain, number.GetTag());
-            return number;
-        }
+        case '-': return Number(domain);
         default:
             if (!Is(*start, kLetter) && *start != '!') {
                 lexer_.FailHere("a value expected, found " + lexer_.Found());
@@ -234,27 +222,48 @@ Cell InstanceReader::Value(const Domain* domain, int depth) {
     }
 }
 
+// The values up to the closing parenthesis into values_; domain() is that of the next one.
+template <class DomainOfNext>
+void InstanceReader::Values(DomainOfNext domain, int depth) {
+    if (lexer_.TakeIf(')')) return;
+    do {
+        values_.push_back(Value(domain(), depth));
+    } while (lexer_.TakeIf(','));
+    lexer_.Expect(')');
+}
+
+Cell InstanceReader::List(const Domain* domain, int depth) {
+    CheckDepth(depth);
+    const Domain* element =
+        domain != nullptr && domain->base == Domain::Base::Aggregate ? domain->element : nullptr;
+    const std::size_t first = values_.size();
+    Values([element] { return element; }, depth + 1);
+    const std::span<const Cell> members(values_.data() + first, values_.size() - first);
+    const Cell list = model_->NewAggregate(members, element != nullptr && element->IsSelect());
+    values_.resize(first);
+    return list;
+}
+
 // ---- Instances
 
 // Reads the parameters of a record into values_, after the first `(`. The slots say what is
 // expected; there are none for an undeclared type.
 void InstanceReader::Parameters(std::span<const kor::Slot> slots) {
-    const std::size_t first = values_.size();
-    if (lexer_.TakeIf(')')) return;
-    do {
-        const std::size_t index = values_.size() - first;
-        slot_ = index < slots.size() ? &slots[index] : nullptr;
-        values_.push_back(Value(slot_ != nullptr ? slot_->domain : nullptr, 0));
-    } while (lexer_.TakeIf(','));
+    const kor::Slot* next = slots.data();
+    const kor::Slot* const end = next + slots.size();
+    Values(
+        [&]() -> const Domain* {
+            slot_ = next != end ? next++ : nullptr;
+            return slot_ != nullptr ? slot_->domain : nullptr;
+        },
+        0);
     slot_ = nullptr;
-    lexer_.Expect(')');
 }
 
 // Adjusts the number of values from `first` on to what the type declares.
-void InstanceReader::CheckCount(Place place, const EntityType& entity, std::size_t first,
-                                std::size_t expected) {
+void InstanceReader::MendCount(Place place, const EntityType& entity, std::size_t first,
+                               std::size_t expected) {
     const std::size_t count = values_.size() - first;
-    if (count == expected) return;
     problems_.Mend(place, std::string(entity.Name().View()) + " has " + std::to_string(expected) +
                               " attributes, found " + std::to_string(count) + " values");
     while (values_.size() > first + expected) {
@@ -271,18 +280,36 @@ const EntityType& InstanceReader::Undeclared(Place place, std::string_view keywo
 
 const EntityType& InstanceReader::SimpleInstance() {
     const Place place = lexer_.Here();
-    const std::string_view keyword = lexer_.Keyword();
-    const EntityType* declared = model_->GetSchema().FindEntity(keyword);
-    if (declared == nullptr) {
-        const std::string kept(keyword);  // copied, since the window may move
-        lexer_.Expect('(');
-        Parameters({});
-        return Undeclared(place, kept, values_.size());
+    const std::string_view keyword = lexer_.UpToParenthesis();
+    const EntityType* const known = known_.Find(keyword);
+    if (known == nullptr) return UnknownInstance(place);
+    lexer_.Advance(keyword.size() + 1);
+    if (known->IsDeclared()) {
+        Parameters(known->Slots());
+        CheckCount(place, *known, 0, known->Slots().size());
+        return *known;
     }
+    Parameters({});
+    if (values_.size() == known->Slots().size()) return *known;
+    const EntityType& entity = Undeclared(place, known->FoldedName(), values_.size());
+    known_.Keep(entity);
+    return entity;
+}
+
+// An instance of a type that is not known yet, or with its keyword written in another way.
+const EntityType& InstanceReader::UnknownInstance(Place place) {
+    const std::string keyword(lexer_.Keyword());  // copied, since the window may move
+    const EntityType* entity = model_->GetSchema().FindEntity(std::string_view(keyword));
     lexer_.Expect('(');
-    Parameters(declared->Slots());
-    CheckCount(place, *declared, 0, declared->Slots().size());
-    return *declared;
+    if (entity != nullptr) {
+        Parameters(entity->Slots());
+        CheckCount(place, *entity, 0, entity->Slots().size());
+    } else {
+        Parameters({});
+        entity = &Undeclared(place, keyword, values_.size());
+    }
+    known_.Keep(*entity);
+    return *entity;
 }
 
 // #1=(A(...)B(...)): the parts come in any order and are sorted.
@@ -338,7 +365,7 @@ void InstanceReader::Instance(int depth) {
     if (lexer_.TakeIf('&')) scope = Scope(id, depth);
     const EntityType& entity = lexer_.TakeIf('(') ? ComplexInstance() : SimpleInstance();
     if (model_->Find(id) != nullptr) lexer_.Fail(place, "a second instance " + lexer_.NameOf(id));
-    if (!externals_.empty() && externals_.contains(lexer_.NameOf(id))) {
+    if (!externals_.empty() && IsExternal(id)) {
         lexer_.Fail(place, lexer_.NameOf(id) + " is an external reference");
     }
     lexer_.Expect(';');

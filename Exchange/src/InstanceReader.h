@@ -17,6 +17,39 @@
 
 namespace exchange {
 
+// The entity types of simple instances by their keywords: those that were read last, since a file
+// has the same few again and again.
+class KnownTypes {
+  public:
+    // Null if it is not known.
+    const kor::EntityType* Find(std::string_view keyword) {
+        const kor::EntityType* const type = At(keyword);
+        return type != nullptr && type->FoldedName() == keyword ? type : nullptr;
+    }
+    void Keep(const kor::EntityType& type) { At(type.FoldedName()) = &type; }
+    void Clear() { types_.fill(nullptr); }
+
+  private:
+    // The only place for a keyword.
+    const kor::EntityType*& At(std::string_view keyword) {
+        const std::uint64_t hash = keyword.size() >= 8   ? Mixed<std::uint64_t>(keyword)
+                                   : keyword.size() >= 4 ? Mixed<std::uint32_t>(keyword)
+                                                         : keyword.size();
+        return types_[(hash * 0x9E37'79B9'7F4A'7C15U) >> 56];
+    }
+    // Of the first and last characters, as many as the type has bytes.
+    template <class Characters>
+    static std::uint64_t Mixed(std::string_view keyword) {
+        Characters first;
+        Characters last;
+        std::memcpy(&first, keyword.data(), sizeof first);
+        std::memcpy(&last, keyword.data() + keyword.size() - sizeof last, sizeof last);
+        return first + std::uint64_t{3} * last + keyword.size();
+    }
+
+    std::array<const kor::EntityType*, 256> types_{};
+};
+
 class InstanceReader {
   public:
     InstanceReader(ExchangeLexer& lexer, Problems& problems) : lexer_(lexer), problems_(problems) {}
@@ -25,7 +58,10 @@ class InstanceReader {
     InstanceReader& operator=(const InstanceReader&) = delete;
 
     // The model that receives the following instances. It must outlive the reader.
-    void Into(kor::Model& model) { model_ = &model; }
+    void Into(kor::Model& model) {
+        model_ = &model;
+        known_.Clear();
+    }
 
     // A name with an address in the reference section: #5 or @5.
     void AddExternal(std::string name) { externals_.insert(std::move(name)); }
@@ -41,7 +77,7 @@ class InstanceReader {
     void Instance() { Instance(0); }
 
     // A value without a type name, in the declared domain; null: any.
-    kor::Cell Value(const kor::Domain* domain) { return Value(domain, 0); }
+    kor::Cell Value(const kor::Domain* domain);
 
     // The scopes so far, in the order of their owners.
     std::vector<Structure::Scope> TakeScopes() { return std::move(scopes_); }
@@ -65,9 +101,16 @@ class InstanceReader {
 
   private:
     kor::Cell Value(const kor::Domain* domain, int depth);
+    kor::Cell OtherValue(const kor::Domain* domain, int depth);
+    template <class DomainOfNext>
+    void Values(DomainOfNext domain, int depth);
+    kor::Cell Number(const kor::Domain* domain);
+    kor::Cell Item(const kor::Domain* domain);
     bool TakeInfinite(kor::Cell& value);
     kor::Cell Reference(const kor::Domain* domain);
     kor::Cell ExternalReference();
+    kor::Cell ExternalValue(const std::string& name);
+    bool IsExternal(std::uint64_t id) const { return externals_.contains(lexer_.NameOf(id)); }
     kor::Cell TypedValue(const kor::Domain* domain, int depth);
     kor::Cell List(const kor::Domain* domain, int depth);
     void CheckDepth(int depth) const;
@@ -79,9 +122,14 @@ class InstanceReader {
 
     void Parameters(std::span<const kor::Slot> slots);
     void CheckCount(Place place, const kor::EntityType& entity, std::size_t first,
-                    std::size_t expected);
+                    std::size_t expected) {
+        if (values_.size() - first != expected) MendCount(place, entity, first, expected);
+    }
+    [[gnu::cold]] void MendCount(Place place, const kor::EntityType& entity, std::size_t first,
+                                 std::size_t expected);
     const kor::EntityType& Undeclared(Place place, std::string_view keyword, std::size_t count);
     const kor::EntityType& SimpleInstance();
+    const kor::EntityType& UnknownInstance(Place place);
     const kor::EntityType& ComplexInstance();
     void Instance(int depth);
     Structure::Scope Scope(std::uint64_t id, int depth);
@@ -96,6 +144,7 @@ class InstanceReader {
     std::set<std::string> externals_;
     std::vector<Structure::Scope> scopes_;
     bool takesInfinite_ = false;
+    KnownTypes known_;
 };
 
 }  // namespace exchange

@@ -254,6 +254,33 @@ TEST(ExchangeReader, ReadsRealsExactly) {
     }
 }
 
+// Digits are taken in groups: every number of them before and behind the point.
+TEST(ExchangeReader, ReadsAnyNumberOfDigits) {
+    const std::string digits = "12345678901234567890123456";
+    for (std::size_t before = 1; before <= digits.size(); ++before) {
+        std::string literals;
+        std::vector<double> values;
+        for (std::size_t behind = 0; before + behind <= digits.size(); ++behind) {
+            const std::string literal =
+                digits.substr(0, before) + '.' + digits.substr(before, behind);
+            literals += (literals.empty() ? "" : ",") + literal;
+            values.push_back(std::strtod(literal.c_str(), nullptr));
+        }
+        const Data file("#1=REALS_HOLDER((" + literals + "));");
+        EXPECT_EQ(RealsIn(Attribute(file[1], "reals")), values) << before;
+    }
+    std::string instances;
+    for (std::size_t count = 1; count <= 18; ++count) {
+        const std::string number = digits.substr(0, count);
+        instances += '#' + number + "=INTEGER_HOLDER(" + number + ");";
+    }
+    const Data file(instances);
+    for (std::size_t count = 1; count <= 18; ++count) {
+        const long number = std::stol(digits.substr(0, count));
+        EXPECT_EQ(IntegerIn(Attribute(file[static_cast<unsigned long>(number)], "whole")), number);
+    }
+}
+
 TEST(ExchangeReader, TooSmallRealsAreZero) {
     const Data file("#1=REALS_HOLDER((1.E-400,-1.E-400,1.E-325));");
     EXPECT_THAT(RealsIn(Attribute(file[1], "reals")), ElementsAre(0.0, 0.0, 0.0));
@@ -969,6 +996,28 @@ TEST(ExchangeReader, FindsTypeNamesInAnyCase) {
     const Data file("#1=special_item('a',1);#2=Special_Item('b',2);");
     EXPECT_THAT(Extent(file, "SPECIAL_ITEM"), ElementsAre(1, 2));
     EXPECT_EQ(KindOf(file[1]), "SPECIAL_ITEM");
+}
+
+// A type that was just read is found again without a look into the schema.
+TEST(ExchangeReader, FindsTheTypesOfInstancesThatFollowEachOther) {
+    const Data file(
+        "#1=ITEM('a');#2=item('b');#3=ITEM ('c');#4=/* ( */ITEM('d');#5=ITEM\n('e');#6=ITEM('f');\n"
+        "#7=CURVE(1);#8=CURVE(1,2);#9=curve(1);#10=CURVE(1,2);#11=CURVE();#12=CURVE(1);\n"
+        // Alike in length and in the first and last eight letters.
+        "#13=BEGINS_SO_1_ENDS_SO(1);#14=BEGINS_SO_2_ENDS_SO(1);#15=BEGINS_SO_1_ENDS_SO(1);\n"
+        "#16=!OWN(1);#17=OWN(1);#18=!OWN(1);#19=A(1);#20=B(1);#21=AB(1);#22=A(1);#23=ITEM('g');");
+    EXPECT_THAT(Extent(file, "ITEM"), ElementsAre(1, 2, 3, 4, 5, 6, 23));
+    EXPECT_THAT(Extent(file, "CURVE"), ElementsAre(7, 8, 9, 10, 11, 12));
+    EXPECT_THAT(Extent(file, "BEGINS_SO_1_ENDS_SO"), ElementsAre(13, 15));
+    EXPECT_THAT(Extent(file, "BEGINS_SO_2_ENDS_SO"), ElementsAre(14));
+    EXPECT_THAT(Extent(file, "!OWN"), ElementsAre(16, 18));
+    EXPECT_THAT(Extent(file, "OWN"), ElementsAre(17));
+    EXPECT_THAT(Extent(file, "A"), ElementsAre(19, 22));
+    EXPECT_THAT(Extent(file, "B"), ElementsAre(20));
+    EXPECT_THAT(Extent(file, "AB"), ElementsAre(21));
+    for (const char* record : {"#8=CURVE(1,2);", "#11=CURVE();", "#12=CURVE(1);"}) {
+        EXPECT_THAT(Written(file), HasSubstr(record));
+    }
 }
 
 // ---- The header

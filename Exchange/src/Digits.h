@@ -1,0 +1,59 @@
+// Decimal digits and other characters of a text, eight at a time.
+
+#ifndef EXCHANGE_DIGITS_H
+#define EXCHANGE_DIGITS_H
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace exchange {
+
+// The next eight characters, the first of them in the lowest byte.
+inline std::uint64_t NextEight(const char* at) {
+    static_assert(std::endian::native == std::endian::little);
+    std::uint64_t characters;
+    std::memcpy(&characters, at, sizeof characters);
+    return characters;
+}
+
+// A byte in each of the eight.
+constexpr std::uint64_t InEach(char c) {
+    return 0x0101'0101'0101'0101U * static_cast<unsigned char>(c);
+}
+
+// The position of a character among the eight; 8 if it is not there.
+inline int PositionIn(std::uint64_t characters, char c) {
+    const std::uint64_t differences = characters ^ InEach(c);
+    const std::uint64_t equal = (differences - InEach(1)) & ~differences & InEach('\x80');
+    return std::countr_zero(equal) / 8;
+}
+
+// 10^0 to 10^8.
+inline constexpr std::array<std::uint64_t, 9> kFewZeros{
+    1, 10, 100, 1'000, 10'000, 100'000, 1'000'000, 10'000'000, 100'000'000};
+
+// Takes all digits that begin at `at`, as the lowest decimal places of a number; with more than
+// nineteen places the number is meaningless. Returns the position behind them. Reads up to seven
+// characters beyond.
+inline const char* TakeDigits(const char* at, std::uint64_t& number) {
+    for (;;) {
+        // The bytes of digits are below ten, and the lowest other byte is marked.
+        std::uint64_t digits = NextEight(at) ^ InEach('0');
+        const std::uint64_t others = (digits | (digits + InEach(0x76))) & InEach('\x80');
+        const int count = std::countr_zero(others) / 8;
+        if (count == 0) return at;
+        digits <<= 64 - 8 * count;
+        digits = (digits * 10 + (digits >> 8)) & 0x00FF'00FF'00FF'00FFU;
+        digits = (digits * 100 + (digits >> 16)) & 0x0000'FFFF'0000'FFFFU;
+        digits = (digits * 10'000 + (digits >> 32)) & 0xFFFF'FFFFU;
+        number = number * kFewZeros[static_cast<std::size_t>(count)] + digits;
+        at += count;
+        if (count < 8) return at;
+    }
+}
+
+}  // namespace exchange
+
+#endif
