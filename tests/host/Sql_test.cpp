@@ -68,6 +68,15 @@ TEST_F(Sql, RunsStatementsOneAfterTheOther) {
 
 // ---- What is wrong
 
+TEST_F(Sql, RefusesU0000) {
+    const std::string query = "SELECT 1;\n ";
+    const OrxResult result =
+        Orx({"sql", "-m", "parts.stp", "-"}, query + std::string(1, '\0') + "SELECT 2;");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "orx: <standard input>:2:2: U+0000 cannot stand in a query\n");
+}
+
 TEST_F(Sql, TellsWhereAQueryIsWrong) {
     ExpectFails(Query({"SELECT 1", "SELECT idd\nFROM product"}), "2:8: no such column: idd");
     ExpectFails(Query({"SELECT 1;\n  SELECT FROM x"}), "2:10: near \"FROM\": syntax error");

@@ -185,6 +185,11 @@ void SqlSession::AddModels() {
 
 void SqlSession::Run(std::string_view text, Position start, Form form) {
     AddModels();
+    // SQLite takes it for the end of the text.
+    const std::size_t end = text.find('\0');
+    if (end != std::string_view::npos) {
+        throw ScriptError(PlaceIn(text, end, start), "U+0000 cannot stand in a query");
+    }
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t first = text.find_first_not_of(" \t\r\n", at);
         if (first == std::string_view::npos) return;
