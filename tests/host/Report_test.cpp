@@ -425,6 +425,9 @@ TEST_F(Report, ShowsARealAssembly) {
     // The vertices of the plate go from (0,0,0) to (180,150,20).
     EXPECT_THAT(rows[27], Contains(" plate"));
     EXPECT_EQ(rows[27].at(7), "180 × 150 × 20");
+    // The rod is a cylinder of radius 5, bounded by rational curves, from 0 to 200.
+    EXPECT_THAT(rows[4], Contains("  rod"));
+    EXPECT_EQ(rows[4].at(7), "10 × 10 × 200");
     EXPECT_THAT(page.Texts("th"), Contains("box (mm)"));
 }
 
@@ -489,7 +492,9 @@ TEST_F(Shape, GoesAroundTheVerticesAndNotAroundWhatPlacesAxesLinesAndSurfaces) {
                 ElementsAre("10 × 20 × 30"));
 }
 
-TEST_F(Shape, GoesAroundControlPointsButNotAroundThoseOfAParameterSpace) {
+TEST_F(Shape, GoesAroundSplinesAsFarAsTheyReachAndNotAroundParameterSpaces) {
+    // x(t) = 10(1-t)² + 24t(1-t) is largest at 1/7, 504/49; y(t) = 30t(1-t) + 10t² at 3/4, 11.25;
+    // z(t) = -8t(1-t) least at 1/2, -2.
     EXPECT_THAT(
         Sizes(PartOfItems(
             "#20",
@@ -499,7 +504,32 @@ TEST_F(Shape, GoesAroundControlPointsButNotAroundThoseOfAParameterSpace) {
                 "#32=CARTESIAN_POINT('',(12.,15.,-4.));\n#33=PLANE('',#14);\n"
                 "#34=DEFINITIONAL_REPRESENTATION('',(#35),$);\n#35=LINE('',#36,$);\n"
                 "#36=CARTESIAN_POINT('',(500.,600.));\n")),
-        ElementsAre("12 × 15 × 4"));
+        ElementsAre("10.2857 × 11.25 × 2"));
+    // A quarter of a circle around the x axis of its plane, from -45° to 45°: from 10 cos 45°
+    // to 10.
+    EXPECT_THAT(
+        Sizes(PartOfItems(
+            "#20",
+            "#20=(BOUNDED_CURVE()B_SPLINE_CURVE(2,(#21,#22,#23),.CIRCULAR_ARC.,.F.,.F.)"
+            "B_SPLINE_CURVE_WITH_KNOTS((3,3),(0.,1.),.UNSPECIFIED.)CURVE()"
+            "GEOMETRIC_REPRESENTATION_ITEM()RATIONAL_B_SPLINE_CURVE((1.,0.7071067811865476,1.))"
+            "REPRESENTATION_ITEM(''));\n"
+            "#21=CARTESIAN_POINT('',(7.071067811865476,-7.071067811865476,0.));\n"
+            "#22=CARTESIAN_POINT('',(14.142135623730951,0.,0.));\n"
+            "#23=CARTESIAN_POINT('',(7.071067811865476,7.071067811865476,0.));\n")),
+        ElementsAre("2.92893 × 14.1421 × 0"));
+    // Where knots do not fit, and of other curves, the control points count.
+    for (const char* curve : {"B_SPLINE_CURVE_WITH_KNOTS('',2,(#23,#32,#24),.UNSPECIFIED.,.F.,.F.,"
+                              "(3,2),(0.,1.),.UNSPECIFIED.)",
+                              "B_SPLINE_CURVE_WITH_KNOTS('',2,(#23,#32,#24),.UNSPECIFIED.,.F.,.F.,"
+                              "(3,-3),(0.,1.),.UNSPECIFIED.)",
+                              "B_SPLINE_CURVE_WITH_KNOTS('',99,(#23,#32,#24),$,$,$,(3,3),$)",
+                              "BEZIER_CURVE('',2,(#23,#32,#24),.UNSPECIFIED.,.F.,.F.)"}) {
+        EXPECT_THAT(Sizes(PartOfItems(
+                        "#20", EdgeOn(curve, ".T.") + "#32=CARTESIAN_POINT('',(12.,15.,-4.));\n")),
+                    ElementsAre("12 × 15 × 4"))
+            << curve;
+    }
 }
 
 TEST_F(Shape, GoesAroundArcsAsFarAsTheyReach) {

@@ -165,7 +165,7 @@ class Space {
 
     std::string Caption(std::size_t hidden) const {
         std::string caption =
-            hasBoxes_ ? "A box goes around the vertices, edges and control points of a part. A "
+            hasBoxes_ ? "A box goes around the vertices and edges of a part. A "
                         "part without geometry is shown by its axes: x red, y green, z blue."
                       : "The parts’ axes: x red, y green, z blue; dotted lines lead from an "
                         "assembly to what it consists of.";

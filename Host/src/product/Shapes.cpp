@@ -165,6 +165,81 @@ Placement Inverse(const Placement& p) {
     return inverse;
 }
 
+// A B-spline curve, perhaps a rational one.
+struct Spline {
+    static constexpr long kHighestDegree = 25;
+
+    std::size_t degree = 0;
+    std::vector<Point3> points;
+    std::vector<double> weights;
+    std::vector<double> knots;  // each as often as it counts
+
+    bool IsValid() const {
+        const auto isPositive = [](double weight) { return weight > 0 && weight < 1e30; };
+        return points.size() > degree && weights.size() == points.size() &&
+               knots.size() == points.size() + degree + 1 &&
+               std::all_of(weights.begin(), weights.end(), isPositive) &&
+               std::all_of(knots.begin(), knots.end(),
+                           [](double knot) { return std::isfinite(knot); }) &&
+               std::is_sorted(knots.begin(), knots.end());
+    }
+
+    // The point at a parameter between knots[span] and knots[span + 1] (de Boor's algorithm).
+    Point3 At(double parameter, std::size_t span) const {
+        std::array<double, 4> row[kHighestDegree + 1];  // weighted points, and weights
+        for (std::size_t j = 0; j <= degree; ++j) {
+            const std::size_t i = span - degree + j;
+            for (std::size_t k = 0; k < 3; ++k) row[j][k] = weights[i] * points[i][k];
+            row[j][3] = weights[i];
+        }
+        for (std::size_t level = 1; level <= degree; ++level) {
+            for (std::size_t j = degree; j >= level; --j) {
+                const std::size_t i = span - degree + j;
+                const double width = knots[i + degree + 1 - level] - knots[i];
+                const double part = width > 0 ? (parameter - knots[i]) / width : 0;
+                for (std::size_t k = 0; k < 4; ++k) {
+                    row[j][k] = (1 - part) * row[j - 1][k] + part * row[j][k];
+                }
+            }
+        }
+        const std::array<double, 4>& sum = row[degree];
+        return {sum[0] / sum[3], sum[1] / sum[3], sum[2] / sum[3]};
+    }
+
+    // The point that is farthest along an axis, or against it (`way` is 1 or -1): the farthest one
+    // of some on each span, and from there by halving steps.
+    Point3 Extreme(std::size_t axis, double way) const {
+        constexpr int kSteps = 8;
+        double farthest = -std::numeric_limits<double>::infinity();
+        Point3 found = points.front();
+        double parameter = 0;
+        std::size_t span = 0;
+        const auto look = [&](double at, std::size_t inSpan) {
+            const Point3 point = At(at, inSpan);
+            if (!(way * point[axis] > farthest)) return false;
+            farthest = way * point[axis];
+            found = point;
+            parameter = at;
+            span = inSpan;
+            return true;
+        };
+        for (std::size_t i = degree; i < points.size(); ++i) {
+            const double width = knots[i + 1] - knots[i];
+            if (!(width > 0)) continue;
+            for (int step = 0; step <= kSteps; ++step) look(knots[i] + width * step / kSteps, i);
+        }
+        if (span == 0) return found;
+        const double least = knots[span];
+        const double most = knots[span + 1];
+        for (double step = (most - least) / kSteps; step > (most - least) * 1e-8;) {
+            const bool isFarther = look(std::min(parameter + step, most), span) ||
+                                   look(std::max(parameter - step, least), span);
+            if (!isFarther) step /= 2;
+        }
+        return found;
+    }
+};
+
 // What the walk through a shape does with an instance.
 enum class Role {
     Follow,  // everything that it refers to
@@ -175,6 +250,7 @@ enum class Role {
     Edge,
     CurveOnSurface,
     Conic,
+    Spline,
     Sphere,
     Torus,
     Mapped,
@@ -204,8 +280,9 @@ const NamedRole kRoles[] = {
     {&"SURFACE_CURVE"_name, Role::CurveOnSurface, 2},  // name, curve in space, others
     {&"SEAM_CURVE"_name, Role::CurveOnSurface, 2},
     {&"INTERSECTION_CURVE"_name, Role::CurveOnSurface, 2},
-    {&"CIRCLE"_name, Role::Conic, 3},              // name, frame, radius
-    {&"ELLIPSE"_name, Role::Conic, 4},             // name, frame, semi-axes
+    {&"CIRCLE"_name, Role::Conic, 3},   // name, frame, radius
+    {&"ELLIPSE"_name, Role::Conic, 4},  // name, frame, semi-axes
+    {&"B_SPLINE_CURVE_WITH_KNOTS"_name, Role::Spline, 0},
     {&"SPHERICAL_SURFACE"_name, Role::Sphere, 3},  // name, frame, radius
     {&"TOROIDAL_SURFACE"_name, Role::Torus, 4},    // name, frame, major and minor radius
     {&"COORDINATES_LIST"_name, Role::Points, 3},   // name, count, triples
@@ -381,7 +458,10 @@ class Shapes::Reader {
             if (next.Type().model != &reader_.model_) return;
             std::uint32_t& last = reader_.lastWalk_[next.Order()];
             if (last == number_) return;
-            if (last != 0) reader_.IsOverLimit(1 + next.Type().slotCount);
+            if (last != 0) {
+                const bool isSpline = RoleOf(reader_, next) == Role::Spline;
+                reader_.IsOverLimit(1 + next.Type().slotCount + (isSpline ? kCostOfSpline : 0));
+            }
             last = number_;
             waiting_.push_back(&next);
         }
@@ -396,6 +476,9 @@ class Shapes::Reader {
         }
 
       private:
+        // As many steps of the walk take about the time of a curve.
+        static constexpr std::size_t kCostOfSpline = 500;
+
         static SdaiPrimitiveH Value(const Instance& instance, std::size_t position) {
             return instance.Read(static_cast<int>(position));
         }
@@ -414,6 +497,9 @@ class Shapes::Reader {
                 case Role::Edge: VisitEdge(instance); break;
                 case Role::CurveOnSurface: Push(Value(instance, 1)); break;
                 case Role::Conic: AddArc(instance, nullptr, nullptr); break;
+                case Role::Spline:
+                    if (!AddSpline(instance)) Follow(instance);
+                    break;
                 case Role::Sphere: AddRing(instance, 0, Value(instance, 2)); break;
                 case Role::Torus: AddRing(instance, Value(instance, 2), Value(instance, 3)); break;
                 case Role::Mapped: AddMapped(instance); break;
@@ -552,6 +638,77 @@ class Shapes::Reader {
                     box_.Add(point);
                 }
             }
+        }
+
+        // The extremes of a curve. False if it has not got what it needs for that.
+        bool AddSpline(const Instance& instance) {
+            const std::optional<Spline> spline = ReadSpline(instance);
+            if (!spline) return false;
+            // The curve lies between its control points.
+            Box hull;
+            for (const Point3& point : spline->points) hull.Add(point);
+            for (std::size_t i = 0; i < 3; ++i) {
+                if (hull.least[i] < box_.least[i]) box_.Add(spline->Extreme(i, -1));
+                if (hull.most[i] > box_.most[i]) box_.Add(spline->Extreme(i, 1));
+            }
+            return true;
+        }
+
+        static std::optional<Spline> ReadSpline(const Instance& instance) {
+            const kor::EntityType& entity = *instance.Type().entity;
+            Spline spline;
+            SdaiPrimitiveH degree;
+            SdaiPrimitiveH points;
+            SdaiPrimitiveH multiplicities;
+            SdaiPrimitiveH knots;
+            SdaiPrimitiveH weights;
+            const auto take = [&](std::size_t first, std::initializer_list<SdaiPrimitiveH*> to) {
+                for (SdaiPrimitiveH* value : to) {
+                    if (first < entity.Slots().size()) *value = Value(instance, first++);
+                }
+            };
+            if (!entity.IsComplex()) {  // name, degree, points, form, closed, intersecting, ...
+                take(1, {&degree, &points});
+                take(6, {&multiplicities, &knots});
+            }
+            for (const kor::EntityType::Part& part : entity.Parts()) {
+                if (!entity.IsComplex()) break;
+                if (part.name == "B_SPLINE_CURVE") take(part.firstSlot, {&degree, &points});
+                if (part.name == "B_SPLINE_CURVE_WITH_KNOTS") {
+                    take(part.firstSlot, {&multiplicities, &knots});
+                }
+                if (part.name == "RATIONAL_B_SPLINE_CURVE") take(part.firstSlot, {&weights});
+            }
+            const SdaiAggrInstance* members = points;
+            const long count = members != nullptr ? members->GetMemberCount() : 0;
+            for (long i = 0; i < count; ++i) {
+                const auto point = PointOf(members->GetMember(i).GetAttr("COORDINATES"_name));
+                if (!point) return std::nullopt;
+                spline.points.push_back(*point);
+            }
+            const SdaiAggrInstance* values = knots;
+            const SdaiAggrInstance* counts = multiplicities;
+            const long size = values != nullptr ? values->GetMemberCount() : 0;
+            for (long i = 0; i < size && counts != nullptr; ++i) {
+                const long times = counts->GetMember(i);
+                if (times < 0 || times > count + Spline::kHighestDegree + 1) return std::nullopt;
+                spline.knots.insert(spline.knots.end(), static_cast<std::size_t>(times),
+                                    values->GetRealMember(i));
+                if (static_cast<long>(spline.knots.size()) > count + Spline::kHighestDegree + 1) {
+                    return std::nullopt;
+                }
+            }
+            const SdaiAggrInstance* factors = weights;
+            const long number = factors != nullptr ? factors->GetMemberCount() : 0;
+            for (long i = 0; i < number; ++i) {
+                spline.weights.push_back(factors->GetRealMember(i));
+            }
+            if (spline.weights.empty()) spline.weights.assign(spline.points.size(), 1);
+            const long p = degree;
+            if (p < 1 || p > Spline::kHighestDegree) return std::nullopt;
+            spline.degree = static_cast<std::size_t>(p);
+            if (!spline.IsValid()) return std::nullopt;
+            return spline;
         }
 
         // A ring of round wire around the z axis of a frame; a ball if its radius is 0.

@@ -45,9 +45,10 @@ struct LengthUnit {
 };
 
 // Exchange data: the representations of a PRODUCT_DEFINITION, and those that are related to them
-// without a transformation. A box goes around vertices, edges (lines, arcs and the control points
-// of other curves), tessellations and mapped items; points that only place an axis, a line or a
-// surface are not points of a part. A database has no shapes.
+// without a transformation. A box goes around vertices, edges (arcs and B-splines as far as they
+// reach, control points of other curves), tessellations and mapped items; points that only place an
+// axis, a line or a surface are not points of a part, and a face lies within its edges. A database
+// has no shapes.
 //
 // The time is proportional to the size of the data: what several parts share is followed for each
 // of them only up to a limit.
