@@ -100,6 +100,10 @@ TEST_F(Use, ATextIsPutTogetherSearchedAndReadBack) {
     EXPECT_EQ(text.SearchSubString("second"sv, 0, KORSearchForward), 6);
     EXPECT_LT(text.SearchSubString("second"sv, 7, KORSearchForward), 0);
     EXPECT_EQ(text.ReadBack("FIRST second third").View(), "FIRST second third");
+    EXPECT_EQ(text.ViewPart(6, 6), "second");
+    EXPECT_EQ(text.ViewPart(13, 99), "third");
+    EXPECT_FALSE(text.IsWide());
+    EXPECT_TRUE(KORUnicodeString::FromUtf8("Ł").IsWide());
 }
 
 TEST_F(Use, ASelectCanBeMoved) {
@@ -435,6 +439,10 @@ TEST(UseServices, NumbersBecomeTextsAndBack) {
     EXPECT_EQ(KORLocale::sConvertStringToNum("2.5", &real), 1);
     EXPECT_EQ(number, 12);
     EXPECT_EQ(real, 2.5);
+    EXPECT_EQ(KORLocale::sConvertPartToNum("S0034x", 1, 4, &number), 1);
+    EXPECT_EQ(number, 34);
+    EXPECT_EQ(KORLocale::sConvertPartToNum("S0034x", 1, 5, &number), 0);
+    EXPECT_EQ(number, 0);
 }
 
 TEST(UseServices, EnvironmentAndIdentifiersAreAsked) {
