@@ -283,9 +283,9 @@ TestModel Target(const std::string& schema = "CONFIG_CONTROL_DESIGN") {
 // The types of a model's instances, in the order of creation.
 std::vector<std::string> TypesIn(const TestModel& model) {
     std::vector<std::string> types;
-    model.Model().ForEachInstance([&types](const SdaiEntityInstance& instance) {
-        types.emplace_back(instance.GetInstanceType()->Name().View());
-    });
+    for (const SdaiEntityInstance* instance : model.Instances()) {
+        types.emplace_back(instance->GetInstanceType()->Name().View());
+    }
     return types;
 }
 
@@ -373,7 +373,7 @@ TEST(BuildDatedEff, SharesNothingBetweenCalls) {
     SdaiEntityInstance* first = BuildDatedEff("12312099235959", &target.Model());
     SdaiEntityInstance* second = BuildDatedEff("12312099235959", &target.Model());
     EXPECT_NE(first, second);
-    EXPECT_EQ(target.Model().InstanceCount(), 9U);
+    EXPECT_EQ(target.Instances().size(), 9U);
     EXPECT_EQ(InstanceIn(SdaiPrimitiveH(second).GetAttr("DATE_COMPONENT")), InstanceIn(target[47]));
     EXPECT_EQ(InstanceIn(SdaiPrimitiveH(second).GetAttr("TIME_COMPONENT")), InstanceIn(target[46]));
     EXPECT_EQ(InstanceIn(target[46].GetAttr("ZONE")), InstanceIn(target[45]));
@@ -384,7 +384,7 @@ TEST(BuildDatedEff, IsNullWithoutAModelThatHasTheTypes) {
     EXPECT_EQ(BuildDatedEff("12312099235959", nullptr), nullptr);
     const TestModel database = Database("DATE_EFFECTIVITY('D',$,$,$)");
     EXPECT_EQ(BuildDatedEff("12312099235959", &database.Model()), nullptr);
-    EXPECT_EQ(database.Model().InstanceCount(), 1U);
+    EXPECT_EQ(database.Instances().size(), 1U);
 }
 
 TEST(BuildDatedEff, CreatesNothingWhereOneTypeIsMissing) {
@@ -411,7 +411,7 @@ TEST(BuildDatedEff, CreatesNothingWhereOneTypeIsMissing) {
         }
         const TestModel target(schema + "END_SCHEMA;");
         EXPECT_EQ(BuildDatedEff("12312099235959", &target.Model()), nullptr);
-        EXPECT_EQ(target.Model().InstanceCount(), 0U);
+        EXPECT_EQ(target.Instances().size(), 0U);
     }
 }
 
@@ -426,7 +426,7 @@ TEST(BuildDatedEff, CreatesNothingOfTypesThatAreNotDeclared) {
     EXPECT_EQ(BuildDatedEff("12312099235959", &target.Model()), nullptr);
     EXPECT_TRUE(IsUnset(GetStartDate(target[5], target[4])));
     EXPECT_TRUE(IsUnset(GetEndDate(target[5], target[4])));
-    EXPECT_EQ(target.Model().InstanceCount(), 5U);
+    EXPECT_EQ(target.Instances().size(), 5U);
 }
 
 // ---- GetStartDate, GetEndDate
@@ -444,13 +444,13 @@ void ExpectBuilt(DateFunction function, const char* label, const char* effectivi
     const TestModel database = Database(effectivity);
     const TestModel target = Target();
     EXPECT_EQ(DateIn(function(database[1], target[40])), date);
-    EXPECT_EQ(target.Model().InstanceCount(), 5U);
+    EXPECT_EQ(target.Instances().size(), 5U);
     TraceCapture trace;
     const SdaiPrimitiveH result = function(database[1], target[40]);
     EXPECT_EQ(InstanceIn(result), InstanceIn(target[48]));
     EXPECT_EQ(TypeOf(result), "DATE_AND_TIME");
     EXPECT_EQ(DateIn(result), date);
-    EXPECT_EQ(database.Model().InstanceCount(), 1U);
+    EXPECT_EQ(database.Instances().size(), 1U);
     EXPECT_THAT(trace.Messages(label), ElementsAre(kBothExist));
     EXPECT_THAT(trace.Messages(kBuildDatedEff), ElementsAreArray(TraceOf(text, date)));
 }
@@ -516,7 +516,7 @@ TEST(GetEndDate, IsNullAndCreatesNothingWithoutAnEnd) {
         EXPECT_TRUE(IsUnset(GetEndDate(database[1], target[40])));
         TraceCapture trace;
         EXPECT_TRUE(IsUnset(GetEndDate(database[1], target[40])));
-        EXPECT_EQ(target.Model().InstanceCount(), 1U);
+        EXPECT_EQ(target.Instances().size(), 1U);
         EXPECT_THAT(trace.Messages(kGetEndDate),
                     ElementsAre(kBothExist, "No END VALUE : return NULL"));
         EXPECT_THAT(trace.Messages(kBuildDatedEff), IsEmpty());
@@ -547,8 +547,8 @@ TEST_F(DateFunctions, AreNullForAMissingArgument) {
             EXPECT_THAT(trace.Messages(kBuildDatedEff), IsEmpty());
         }
     }
-    EXPECT_EQ(target.Model().InstanceCount(), 1U);
-    EXPECT_EQ(database.Model().InstanceCount(), 1U);
+    EXPECT_EQ(target.Instances().size(), 1U);
+    EXPECT_EQ(database.Instances().size(), 1U);
 }
 
 TEST_F(DateFunctions, AreNullWhereTheAnchorHasNoModelForDates) {
@@ -556,7 +556,7 @@ TEST_F(DateFunctions, AreNullWhereTheAnchorHasNoModelForDates) {
         EXPECT_TRUE(IsUnset(function(database[1], "anchor"_h)));
         EXPECT_TRUE(IsUnset(function(database[1], database[1])));
     }
-    EXPECT_EQ(database.Model().InstanceCount(), 1U);
+    EXPECT_EQ(database.Instances().size(), 1U);
 }
 
 TEST_F(DateFunctions, MayBuildIntoTheModelOfTheEffectivity) {
@@ -574,7 +574,7 @@ TEST_F(DateFunctions, MayBuildIntoTheModelOfTheEffectivity) {
         "#1=DATE_EFFECTIVITY('01022003040506','12312099235959');");
     EXPECT_EQ(DateIn(GetStartDate(both[1], both[1])), (Date{2003, 1, 2, 4, 5, 6}));
     EXPECT_EQ(DateIn(GetEndDate(both[1], both[1])), (Date{2099, 12, 31, 23, 59, 59}));
-    EXPECT_EQ(both.Model().InstanceCount(), 9U);
+    EXPECT_EQ(both.Instances().size(), 9U);
 }
 
 }  // namespace

@@ -1,56 +1,16 @@
-// Models for tests, written as the data section of an exchange file.
-//
-//     const TestModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
-//     EXPECT_TRUE(IsTrue(IsFree(model[1], "DESCRIPTION"_h)));
+// Handles from literals, and what handles hold, for tests on any platform.
 
-#ifndef TESTS_TESTMODEL_H
-#define TESTS_TESTMODEL_H
+#ifndef TESTS_TESTVALUES_H
+#define TESTS_TESTVALUES_H
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include "Exchange.h"
 #include "SdaiAggrInstance.h"
-#include "SdaiModel.h"
 #include "SdaiPrimitiveH.h"
-
-class TestModel {
-  public:
-    // A model of a built-in schema, or of one declared as EXPRESS ("SCHEMA ... END_SCHEMA;").
-    explicit TestModel(const std::string& schema, const std::string& data = "") {
-        exchange::SchemaCatalog schemas;
-        exchange::Messages messages;
-        std::string name = schema;
-        if (schema.find("SCHEMA ") == 0) {
-            for (auto& parsed : exchange::ParseSchemas(schema, "schema", messages)) {
-                name = parsed->Name().View();
-                schemas.Add(parsed);
-            }
-        }
-        dataSet_ =
-            exchange::ParseDataSet("ISO-10303-21;HEADER;FILE_SCHEMA(('" + name +
-                                       "'));ENDSEC;DATA;\n" + data + "\nENDSEC;END-ISO-10303-21;",
-                                   "data", schemas, {}, messages);
-        for (const exchange::Message& error : messages.Errors()) {
-            ADD_FAILURE() << error.ToString();
-        }
-        if (dataSet_.model == nullptr) throw std::runtime_error("the test's data cannot be read");
-    }
-
-    // The instance with that number, which must exist.
-    SdaiPrimitiveH operator[](unsigned long id) const {
-        SdaiEntityInstance* instance = Model().Find(id);
-        EXPECT_NE(instance, nullptr) << "no instance #" << id;
-        return instance;
-    }
-
-    kor::Model& Model() const { return *dataSet_.model; }
-    const exchange::DataSet& DataSet() const { return dataSet_; }
-
-  private:
-    exchange::DataSet dataSet_;
-};
 
 // Handles: "text"_h, 12_h, 1.5_h.
 inline SdaiPrimitiveH operator""_h(const char* text, std::size_t length) {
