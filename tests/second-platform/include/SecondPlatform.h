@@ -1,0 +1,26 @@
+// What a program that uses the second platform needs beside the contract, which leaves to
+// the platform how models are made and filled with the data of other programs.
+
+#ifndef SECONDPLATFORM_H
+#define SECONDPLATFORM_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "SdaiModel.h"
+#include "Tables.h"
+
+namespace second {
+
+// An empty model of a schema.
+KOR_API std::unique_ptr<SdaiModel> NewModel(const tables::Schema& schema);
+
+// Creates an instance of an entity type, which the schema need not declare, or of several declared
+// ones at once, with a number that no other has; null if one of several is not declared.
+KOR_API SdaiAppInstance* Create(SdaiModel& model, const std::vector<std::string>& types,
+                                unsigned long number);
+
+}  // namespace second
+
+#endif
