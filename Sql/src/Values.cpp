@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <stdexcept>
+#include <vector>
 
 #include "Arguments.h"
 #include "Signature.h"
@@ -35,8 +37,25 @@ void GiveText(sqlite3_context* to, std::string_view utf8,
     sqlite3_result_text64(to, utf8.data(), utf8.size(), owner, SQLITE_UTF8);
 }
 
-void GiveJson(sqlite3_context* to, const Json& json) {
-    GiveText(to, json.dump(-1, ' ', false, Json::error_handler_t::replace));
+// Arrays are written and read without a tree of them, which takes memory to destroy; there may be
+// none.
+void AppendScalar(std::string& to, const Json& scalar) {
+    to += scalar.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// Appends an array; append(to, i) appends the i-th of its members.
+template <class Append>
+void AppendArray(std::string& to, std::size_t count, Append append) {
+    to += '[';
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i != 0) to += ',';
+        append(to, i);
+    }
+    to += ']';
+}
+
+void GiveArray(sqlite3_context* to, std::string_view array) {
+    GiveText(to, array);
     sqlite3_result_subtype(to, kJson);
 }
 
@@ -46,20 +65,9 @@ std::int64_t NumberOf(const SdaiEntityInstance& instance) {
     return static_cast<std::int64_t>(instance.GetInstanceNameId());
 }
 
-Json JsonOf(const Cell& cell, ColumnKind kind, const kor::Domain* domain) {
+Json ScalarOf(const Cell& cell, ColumnKind kind) {
     const Tag tag = cell.GetTag();
     if (tag <= Tag::Derived || tag == Tag::Pending) return nullptr;
-    if (kind == ColumnKind::Aggregate && tag == Tag::Aggregate) {
-        const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
-        const kor::Domain* element = domain->element;
-        const ColumnKind memberKind = exchange::ColumnKindOf(element);
-        Json array = Json::array();
-        for (std::size_t i = 0; i < KORAggregateAccess::Count(members); ++i) {
-            array.push_back(
-                JsonOf(KORAggregateAccess::MemberCell(members, i), memberKind, element));
-        }
-        return array;
-    }
     if (kind == ColumnKind::Exchange) return exchange::ExchangeForm(cell);
     if (kind == ColumnKind::Reference && TargetOf(cell) != nullptr) {
         return NumberOf(*TargetOf(cell));
@@ -77,6 +85,18 @@ Json JsonOf(const Cell& cell, ColumnKind kind, const kor::Domain* domain) {
     return exchange::ExchangeForm(cell);
 }
 
+void AppendJson(std::string& to, const Cell& cell, ColumnKind kind, const kor::Domain* domain) {
+    if (kind != ColumnKind::Aggregate || cell.GetTag() != Tag::Aggregate) {
+        return AppendScalar(to, ScalarOf(cell, kind));
+    }
+    const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
+    const kor::Domain* element = domain->element;
+    const ColumnKind memberKind = exchange::ColumnKindOf(element);
+    AppendArray(to, KORAggregateAccess::Count(members), [&](std::string& text, std::size_t i) {
+        AppendJson(text, KORAggregateAccess::MemberCell(members, i), memberKind, element);
+    });
+}
+
 void GiveCharacters(sqlite3_context* to, const Cell& cell) {
     if (!cell.IsWide() && IsAscii(cell.Text())) {
         GiveText(to, cell.Text(), SQLITE_STATIC);
@@ -91,7 +111,7 @@ std::string TextIn(const SdaiPrimitiveH& value) {
     return KORHandleAccess::TextOf(KORHandleAccess::Held(value)).ToUtf8();
 }
 
-Json JsonOf(const SdaiPrimitiveH& value, const Models& models) {
+Json ScalarOf(const SdaiPrimitiveH& value, const Models& models) {
     switch (KORHandleAccess::KindOf(KORHandleAccess::Held(value))) {
         case Kind::Integer: return static_cast<long>(value);
         case Kind::Real: return static_cast<double>(value);
@@ -109,22 +129,22 @@ Json JsonOf(const SdaiPrimitiveH& value, const Models& models) {
             if (models.IsFirst(instance.FindEntityInstanceModel())) return NumberOf(instance);
             return models.NameOf(instance);
         }
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate: {
-            const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
-            Json array = Json::array();
-            for (long i = 0; i < members.GetMemberCount(); ++i) {
-                array.push_back(JsonOf(members.GetMember(i), models));
-            }
-            return array;
-        }
         default: return nullptr;
     }
 }
 
+void AppendJson(std::string& to, const SdaiPrimitiveH& value, const Models& models) {
+    const SdaiAggrInstance* members = value;
+    if (members == nullptr) return AppendScalar(to, ScalarOf(value, models));
+    const auto count = static_cast<std::size_t>(members->GetMemberCount());
+    AppendArray(to, count, [&](std::string& text, std::size_t i) {
+        AppendJson(text, members->GetMember(static_cast<long>(i)), models);
+    });
+}
+
 // ---- Arguments
 
-constexpr int kDeepestNesting = 100;  // of lists, as in exchange files
+constexpr std::size_t kDeepestNesting = 100;  // of lists, as in exchange files
 
 std::string_view TextIn(sqlite3_value* value) {
     const auto* text = reinterpret_cast<const char*>(sqlite3_value_text(value));
@@ -132,38 +152,79 @@ std::string_view TextIn(sqlite3_value* value) {
     return {text, static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
+std::string NulAt(std::size_t position) {
+    return "the text holds a NUL at position " + std::to_string(position);
+}
+
 SdaiPrimitiveH StringOf(std::string_view utf8) {
     const std::size_t nul = utf8.find('\0');
-    if (nul != std::string_view::npos) {
-        throw std::runtime_error("the text holds a NUL at position " + std::to_string(nul));
-    }
+    if (nul != std::string_view::npos) throw std::runtime_error(NulAt(nul));
     return SdaiPrimitiveH(SdaiString(TextOf(utf8)));
 }
 
-SdaiPrimitiveH ValueOf(const Json& json, int depth);
-
-SdaiPrimitiveH ListOf(const Json& array, int depth) {
-    if (depth > kDeepestNesting) {
-        throw std::runtime_error("lists nested more than " + std::to_string(kDeepestNesting) +
-                                 " deep");
+// Takes a JSON array as it is read. What is wrong with the values is told once the text has proved
+// to be an array.
+class ArrayReader final : public nlohmann::json_sax<Json> {
+  public:
+    // Nothing where the text is no JSON array.
+    static std::optional<SdaiPrimitiveH> Read(std::string_view text) {
+        ArrayReader reader;
+        if (!Json::sax_parse(text, &reader) || !reader.array_.has_value()) return std::nullopt;
+        if (!reader.problem_.empty()) throw std::runtime_error(reader.problem_);
+        return std::move(reader.array_);
     }
-    std::vector<SdaiPrimitiveH> members;
-    for (const Json& member : array) members.push_back(ValueOf(member, depth + 1));
-    return calls::LiteralList(members);
-}
 
-SdaiPrimitiveH ValueOf(const Json& json, int depth) {
-    switch (json.type()) {
-        case Json::value_t::null: return {};
-        case Json::value_t::boolean: return json.get<bool>() ? sdaiLTRUE : sdaiLFALSE;
-        case Json::value_t::number_integer:
-        case Json::value_t::number_unsigned: return static_cast<long>(json.get<std::int64_t>());
-        case Json::value_t::number_float: return json.get<double>();
-        case Json::value_t::string: return StringOf(json.get_ref<const std::string&>());
-        case Json::value_t::array: return ListOf(json, depth);
-        default: throw std::runtime_error("a JSON array of values expected, found an object");
+    bool null() override { return Add({}); }
+    bool boolean(bool value) override { return Add(value ? sdaiLTRUE : sdaiLFALSE); }
+    bool number_integer(std::int64_t value) override { return Add(static_cast<long>(value)); }
+    bool number_unsigned(std::uint64_t value) override { return Add(static_cast<long>(value)); }
+    bool number_float(double value, const std::string&) override { return Add(value); }
+    bool string(std::string& value) override {
+        const std::size_t nul = value.find('\0');
+        if (nul != std::string::npos) return Note(NulAt(nul));
+        return Add(StringOf(value));
     }
-}
+    bool binary(Json::binary_t&) override { return false; }
+    bool start_array(std::size_t) override {
+        open_.emplace_back();
+        if (open_.size() > kDeepestNesting) {
+            Note("lists nested more than " + std::to_string(kDeepestNesting) + " deep");
+        }
+        return true;
+    }
+    bool end_array() override {
+        SdaiPrimitiveH list =
+            problem_.empty() ? calls::LiteralList(open_.back()) : SdaiPrimitiveH();
+        open_.pop_back();
+        if (!open_.empty() || isInObject_) return Add(list);
+        array_ = std::move(list);
+        return true;
+    }
+    bool start_object(std::size_t) override {
+        if (open_.empty()) isInObject_ = true;
+        return Note("a JSON array of values expected, found an object");
+    }
+    bool key(std::string&) override { return true; }
+    bool end_object() override { return true; }
+    bool parse_error(std::size_t, const std::string&, const Json::exception&) override {
+        return false;
+    }
+
+  private:
+    bool Add(const SdaiPrimitiveH& value) {
+        if (!open_.empty() && problem_.empty()) open_.back().push_back(value);
+        return true;
+    }
+    bool Note(const std::string& problem) {
+        if (problem_.empty()) problem_ = problem;
+        return true;
+    }
+
+    std::vector<std::vector<SdaiPrimitiveH>> open_;  // the members of arrays that have not ended
+    bool isInObject_ = false;                        // which the text is
+    std::optional<SdaiPrimitiveH> array_;
+    std::string problem_;
+};
 
 // What stands in an SQL text for the value, shortened.
 std::string Shown(sqlite3_value* value) {
@@ -211,8 +272,7 @@ SdaiPrimitiveH TakeText(sqlite3_value* value, orx::Kind kind, const Models& mode
     }
     const bool mayBeList = kind == orx::Aggregate || kind == orx::RealList || kind == orx::Select;
     if (mayBeList && text.find_first_not_of(" \t\r\n") != std::string_view::npos) {
-        const Json json = Json::parse(text, nullptr, false);
-        if (json.is_array()) return ListOf(json, 1);
+        if (auto list = ArrayReader::Read(text)) return *std::move(list);
     }
     return StringOf(text);
 }
@@ -272,22 +332,30 @@ void Give(sqlite3_context* to, const Cell& cell, ColumnKind kind, const kor::Dom
             return sqlite3_result_int64(to, NumberOf(*TargetOf(cell)));
         case Tag::Aggregate:
             if (kind != ColumnKind::Aggregate) break;
-            return GiveJson(to, JsonOf(cell, kind, domain));
+            {
+                std::string array;
+                AppendJson(array, cell, kind, domain);
+                return GiveArray(to, array);
+            }
         default: break;
     }
     GiveText(to, exchange::ExchangeForm(cell));
 }
 
 void Give(sqlite3_context* to, const SdaiPrimitiveH& value, const Models& models) {
-    const Json json = JsonOf(value, models);
+    if (static_cast<SdaiAggrInstance*>(value) != nullptr) {
+        std::string array;
+        AppendJson(array, value, models);
+        return GiveArray(to, array);
+    }
+    const Json json = ScalarOf(value, models);
     switch (json.type()) {
         case Json::value_t::null: return sqlite3_result_null(to);
         case Json::value_t::boolean: return sqlite3_result_int(to, json.get<bool>() ? 1 : 0);
         case Json::value_t::number_integer:
             return sqlite3_result_int64(to, json.get<std::int64_t>());
         case Json::value_t::number_float: return sqlite3_result_double(to, json.get<double>());
-        case Json::value_t::string: return GiveText(to, json.get_ref<const std::string&>());
-        default: return GiveJson(to, json);
+        default: return GiveText(to, json.get_ref<const std::string&>());
     }
 }
 

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <exception>
 #include <iostream>
 
 #include "console/Console.h"
@@ -42,7 +43,9 @@ std::string CsvField(std::string_view text) {
 Columns::~Columns() {
     try {
         Release();
-        if (form_ == Form::Box && !widths_.empty()) WriteRule("└", "┴", "┘");
+        // A box whose rows did not all come stays open.
+        const bool isWhole = std::uncaught_exceptions() == 0;
+        if (form_ == Form::Box && !widths_.empty() && isWhole) WriteRule("└", "┴", "┘");
     } catch (...) {
         // Rows are missing; this is reported when the output is flushed.
         std::cout.setstate(std::ios::badbit);
