@@ -1,7 +1,10 @@
 // `orx functions`.
 
+#include <pty.h>
+
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "HostTest.h"
 
@@ -159,6 +162,35 @@ TEST_F(Functions, TellsTheTraceLabels) {
         EXPECT_TRUE(std::any_of(objects.begin(), objects.end(), [&row](const auto& one) {
             return Has(one, row.first) && Has(one, row.second);
         })) << row.first;
+    }
+}
+
+TEST_F(Functions, HaveColumnsOnATerminal) {
+    int ours = -1;
+    int theirs = -1;
+    char name[128];
+    if (openpty(&ours, &theirs, name, nullptr, nullptr) != 0) {
+        GTEST_SKIP() << "there are no pseudo-terminals";
+    }
+    std::string shown;
+    std::thread reader([&] {
+        char piece[4096];
+        for (ssize_t count = 0; (count = read(ours, piece, sizeof piece)) > 0;) {
+            shown.append(piece, static_cast<std::size_t>(count));
+        }
+    });
+    EXPECT_EQ(std::system((std::string("NO_COLOR=1 " ORX_PROGRAM " functions > ") + name).c_str()),
+              0);
+    close(theirs);
+    reader.join();
+    close(ours);
+    const std::vector<std::string> lines = Lines(shown);
+    ASSERT_EQ(lines.size(), 74U);
+    EXPECT_TRUE(lines[0].starts_with("function "));
+    const std::size_t column = lines[0].find("result");
+    for (const std::string& line : lines) {
+        EXPECT_EQ(line.find('\t'), std::string::npos);
+        EXPECT_TRUE(line[column - 1] == ' ' && line[column] != ' ') << line;
     }
 }
 

@@ -5,30 +5,43 @@
 #include "Signature.h"
 #include "commands/Commands.h"
 #include "console/Console.h"
+#include "console/Display.h"
 #include "console/Json.h"
 
 namespace host {
 
-int Functions(const Options& options) {
+namespace {
+
+void PrintAsJson(const orx::Export& row) {
+    Json json;
+    json.Object([&] {
+        json.Name("name").Text(row.name);
+        json.Name("arguments").Array([&] {
+            for (const std::string& kind : calls::ArgumentKinds(row)) json.Text(kind);
+        });
+        json.Name("result").Text(calls::KindNames(row.result));
+        json.Name("unit").Text(row.unit);
+        json.Name("label").Text(row.label);
+    });
+    std::cout << json.Line() << '\n';
+}
+
+void Print(Form form) {
+    Columns columns(form, {"function", "result", "unit", "label"});
     for (const orx::Export& row : orx::kExports) {
-        const std::string result = calls::KindNames(row.result);
-        if (options.json) {
-            Json json;
-            json.Object([&] {
-                json.Name("name").Text(row.name);
-                json.Name("arguments").Array([&] {
-                    for (const std::string& kind : calls::ArgumentKinds(row)) json.Text(kind);
-                });
-                json.Name("result").Text(result);
-                json.Name("unit").Text(row.unit);
-                json.Name("label").Text(row.label);
-            });
-            std::cout << json.Line() << '\n';
-            continue;
+        if (form == Form::Json) {
+            PrintAsJson(row);
+        } else {
+            columns.Add({calls::Signature(row), calls::KindNames(row.result), std::string(row.unit),
+                         std::string(row.label)});
         }
-        std::cout << calls::Signature(row) << '\t' << result << '\t' << row.unit << '\t'
-                  << row.label << '\n';
     }
+}
+
+}  // namespace
+
+int Functions(const Options& options) {
+    Print(FormOf(options));
     return Flush() ? kDone : kUnusable;
 }
 
