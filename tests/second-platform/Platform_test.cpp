@@ -22,7 +22,7 @@ std::string LibraryOf(const char* symbol) {
 }  // namespace
 
 TEST(SecondPlatform, IsTheOnlyPlatformOfTheProcess) {
-    EXPECT_EQ(dlopen("libKORPlatform.so.0", RTLD_LAZY | RTLD_NOLOAD), nullptr);
+    EXPECT_EQ(dlopen(STAND_ALONE_PLATFORM, RTLD_LAZY | RTLD_NOLOAD), nullptr);
     for (const char* symbol : {"cmbflmd", "cmbrcmd"}) {
         EXPECT_NE(LibraryOf(symbol).find("libSecondPlatform"), std::string::npos) << symbol;
     }
