@@ -79,7 +79,7 @@ def main():
     )  # fmt: skip
     environment.pop("TMUX", None)
     if arguments.python:
-        environment["PYTHONPATH"] = str(arguments.python)
+        environment["PYTHONPATH"] = str(arguments.python.resolve())
     failures = ran = 0
     for document in DOCUMENTS:
         text = (ROOT / document).read_text()
