@@ -284,9 +284,9 @@ std::string FirstText(const Instance& instance) {
 
 std::string LabelOf(const Instance& instance, int depth = 0) {
     const auto follow = [&](const char* attribute) {
-        const int slot = instance.SlotOf(std::string_view(attribute));
-        if (slot == kor::NameTable::kAbsent) return std::string();
-        const Cell& cell = instance.Cells()[slot];
+        const kor::Index slot = instance.SlotOf(std::string_view(attribute));
+        if (!slot) return std::string();
+        const Cell& cell = instance.Cells()[*slot];
         if (cell.GetTag() != Tag::Instance || depth == kDeepestLabel) return std::string();
         return LabelOf(Instance::Of(*cell.Get<SdaiEntityInstance*>()), depth + 1);
     };

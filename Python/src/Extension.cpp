@@ -304,9 +304,9 @@ py::object Create(Model& model, const std::string& name, const py::kwargs& attri
     if (!model.MayBeWritten()) Raise();
     const kor::EntityType& entity = NewEntity(model, name);
     // Values first: the instance is created only if all of them are valid.
-    std::vector<std::pair<int, SdaiPrimitiveH>> values;
+    std::vector<std::pair<kor::Index, SdaiPrimitiveH>> values;
     for (const auto& [attribute, value] : attributes) {
-        const int slot = SlotOf(entity, attribute.ptr());
+        const kor::Index slot = SlotOf(entity, attribute.ptr());
         SdaiPrimitiveH converted;
         if (!ConvertForSlot(entity, model, slot, attribute.ptr(), value.ptr(), converted)) Raise();
         values.emplace_back(slot, std::move(converted));
@@ -328,11 +328,11 @@ class Column {
               *model.Data().Extent(std::string_view(entity.FoldedName())))),
           attribute_(attribute) {
         slot_ = entity.SlotOf(std::string_view(attribute));
-        if (slot_ == kor::NameTable::kAbsent) {
+        if (!slot_) {
             RaiseNoAttribute(entity, attribute);
             Raise();
         }
-        domain_ = entity.Slots()[static_cast<std::size_t>(slot_)].domain;
+        domain_ = entity.Slots()[*slot_].domain;
     }
 
     // Numbers as an array, if every value is a number; reals may be missing (nan).
@@ -352,7 +352,7 @@ class Column {
             slot_ = type_->entity->SlotOf(std::string_view(attribute_));
         }
         static constexpr kor::Cell kUnset;
-        return slot_ != kor::NameTable::kAbsent ? instance.Cells()[slot_] : kUnset;
+        return slot_ ? instance.Cells()[*slot_] : kUnset;
     }
 
     bool AllAre(kor::Tag tag, bool orUnset) {
@@ -407,7 +407,7 @@ class Column {
     const std::string& attribute_;
     const kor::Domain* domain_ = nullptr;
     const kor::ModelType* type_ = nullptr;
-    int slot_ = kor::NameTable::kAbsent;
+    kor::Index slot_;
 };
 
 py::object ColumnOf(Model& model, const std::string& entity, const std::string& attribute) {

@@ -61,16 +61,21 @@ const char* Article(std::string_view name) {
 
 // ---- Slots
 
+// What Python reads or writes under a name: an attribute of the instance's type, or one of the
+// package's own names, which take precedence.
+struct Meaning {
+    kor::Index slot;
+    bool isOwnName = false;
+};
+
 // A cache, since programs read the same few attributes of the same few types over and over.
 struct RememberedSlot {
     PyObject* name = nullptr;  // owned
     const kor::EntityType* entity = nullptr;
-    int slot = 0;
+    Meaning meaning;
 };
 std::array<RememberedSlot, 1024> rememberedSlots;
 
-// Python attributes of an instance take precedence over attributes of the same spelling.
-constexpr int kOwnName = -2;
 constexpr std::array kOwnNames{"number", "entity", "model", "users"};
 
 bool IsOwnName(std::string_view name) {
@@ -78,8 +83,7 @@ bool IsOwnName(std::string_view name) {
            std::find(kOwnNames.begin(), kOwnNames.end(), name) != kOwnNames.end();
 }
 
-// The slot of an attribute, kOwnName or NameTable::kAbsent.
-int Resolve(const kor::EntityType& entity, PyObject* name) {
+Meaning MeaningOf(const kor::EntityType& entity, PyObject* name) {
     const auto hash = reinterpret_cast<std::uintptr_t>(name) / 16 +
                       reinterpret_cast<std::uintptr_t>(&entity) / 16 * 31;
     RememberedSlot& place = rememberedSlots[hash % rememberedSlots.size()];
@@ -87,14 +91,16 @@ int Resolve(const kor::EntityType& entity, PyObject* name) {
         const std::string_view text = Utf8(name);
         Py_XSETREF(place.name, Py_NewRef(name));
         place.entity = &entity;
-        place.slot = IsOwnName(text) ? kOwnName : entity.SlotOf(text);
+        place.meaning = IsOwnName(text) ? Meaning{{}, true} : Meaning{entity.SlotOf(text)};
     }
-    return place.slot;
+    return place.meaning;
 }
 
 }  // namespace
 
-int SlotOf(const kor::EntityType& entity, PyObject* name) { return entity.SlotOf(Utf8(name)); }
+kor::Index SlotOf(const kor::EntityType& entity, PyObject* name) {
+    return entity.SlotOf(Utf8(name));
+}
 
 void ForgetSlots() {
     for (RememberedSlot& place : rememberedSlots) {
@@ -113,13 +119,13 @@ void RaiseNoAttribute(const kor::EntityType& entity, std::string_view attribute)
 
 // ---- Writing
 
-bool ConvertForSlot(const kor::EntityType& entity, const Model& model, int slot, PyObject* name,
-                    PyObject* value, SdaiPrimitiveH& converted) {
-    if (slot == kor::NameTable::kAbsent) {
+bool ConvertForSlot(const kor::EntityType& entity, const Model& model, kor::Index slot,
+                    PyObject* name, PyObject* value, SdaiPrimitiveH& converted) {
+    if (!slot) {
         RaiseNoAttribute(entity, Utf8(name));
         return false;
     }
-    const kor::Slot& definition = entity.Slots()[static_cast<std::size_t>(slot)];
+    const kor::Slot& definition = entity.Slots()[*slot];
     const std::string type(entity.Name().View());
     const std::string attribute(
         definition.attribute != nullptr ? definition.attribute->Name().View() : Utf8(name));
@@ -144,7 +150,7 @@ bool ConvertForSlot(const kor::EntityType& entity, const Model& model, int slot,
     return true;
 }
 
-bool Put(SdaiEntityInstance& instance, int slot, PyObject* name, PyObject* value) {
+bool Put(SdaiEntityInstance& instance, kor::Index slot, PyObject* name, PyObject* value) {
     Model& model = ModelOf(instance);
     SdaiPrimitiveH converted;
     if (!ConvertForSlot(TypeOf(instance), model, slot, name, value, converted)) return false;
@@ -161,9 +167,9 @@ namespace {
 PyObject* GetAttribute(PyObject* self, PyObject* name) {
     const InstanceObject& object = AsObject(self);
     const kor::EntityType& entity = TypeOf(*object.instance);
-    const int slot = Resolve(entity, name);
-    if (slot >= 0) return ToPython(kor::Instance::Of(*object.instance).Read(slot));
-    if (slot == kOwnName) return PyObject_GenericGetAttr(self, name);
+    const Meaning meaning = MeaningOf(entity, name);
+    if (meaning.slot) return ToPython(kor::Instance::Of(*object.instance).Read(meaning.slot));
+    if (meaning.isOwnName) return PyObject_GenericGetAttr(self, name);
     RaiseNoAttribute(entity, Utf8(name));
     return nullptr;
 }
@@ -176,45 +182,45 @@ int SetAttribute(PyObject* self, PyObject* name, PyObject* value) {
                         "an attribute cannot be deleted; None takes its value away");
         return -1;
     }
-    const int slot = Resolve(entity, name);
-    if (slot == kOwnName) return PyObject_GenericSetAttr(self, name, value);
-    return Put(*object.instance, slot, name, value) ? 0 : -1;
+    const Meaning meaning = MeaningOf(entity, name);
+    if (meaning.isOwnName) return PyObject_GenericSetAttr(self, name, value);
+    return Put(*object.instance, meaning.slot, name, value) ? 0 : -1;
 }
 
 // The slot of an attribute that is named with the type that declares it,
 // "CHARACTERIZED_OBJECT.NAME": a type may inherit attributes of one name from several.
-int SlotOfQualified(const kor::EntityType& entity, std::string_view owner,
-                    std::string_view attribute) {
+kor::Index SlotOfQualified(const kor::EntityType& entity, std::string_view owner,
+                           std::string_view attribute) {
     for (const kor::EntityType* type : entity.Lineage()) {
         if (!kor::MatchesFolded(owner, type->FoldedName())) continue;
-        const int own = type->SlotOf(attribute);
-        if (own == kor::NameTable::kAbsent) break;
+        const kor::Index own = type->SlotOf(attribute);
+        if (!own) break;
         const auto& slots = entity.Slots();
         const auto slot = std::find_if(slots.begin(), slots.end(), [&](const kor::Slot& candidate) {
-            return candidate.attribute == type->Slots()[static_cast<std::size_t>(own)].attribute;
+            return candidate.attribute == type->Slots()[*own].attribute;
         });
-        if (slot != slots.end()) return static_cast<int>(slot - slots.begin());
+        if (slot != slots.end()) return static_cast<std::size_t>(slot - slots.begin());
     }
-    return kor::NameTable::kAbsent;
+    return std::nullopt;
 }
 
 // The slot of instance["NAME"], or of instance[1] if the type is undeclared.
-int SlotOfKey(const SdaiEntityInstance& instance, PyObject* key) {
+kor::Index SlotOfKey(const SdaiEntityInstance& instance, PyObject* key) {
     const kor::EntityType& entity = TypeOf(instance);
     if (PyUnicode_Check(key)) {
         const std::string_view name = Utf8(key);
         const std::size_t point = name.find('.');
-        const int slot =
+        const kor::Index slot =
             point == std::string_view::npos
                 ? SlotOf(entity, key)
                 : SlotOfQualified(entity, name.substr(0, point), name.substr(point + 1));
-        if (slot == kor::NameTable::kAbsent) RaiseNoAttribute(entity, name);
+        if (!slot) RaiseNoAttribute(entity, name);
         return slot;
     }
     if (!PyLong_Check(key)) {
         PyErr_Format(PyExc_TypeError, "the name of an attribute expected, found %s",
                      TypeName(key).c_str());
-        return kor::NameTable::kAbsent;
+        return std::nullopt;
     }
     const Py_ssize_t position = PyLong_AsSsize_t(key);
     if (position == -1 && PyErr_Occurred() != nullptr) PyErr_Clear();
@@ -223,15 +229,15 @@ int SlotOfKey(const SdaiEntityInstance& instance, PyObject* key) {
                      "%s%s has no value %R; values have positions, from 1, only in types that the "
                      "schema does not declare",
                      Article(entity.Name().View()), entity.FoldedName().c_str(), key);
-        return kor::NameTable::kAbsent;
+        return std::nullopt;
     }
-    return static_cast<int>(position - 1);
+    return static_cast<std::size_t>(position - 1);
 }
 
 PyObject* GetItem(PyObject* self, PyObject* key) {
     const InstanceObject& object = AsObject(self);
-    const int slot = SlotOfKey(*object.instance, key);
-    if (slot == kor::NameTable::kAbsent) return nullptr;
+    const kor::Index slot = SlotOfKey(*object.instance, key);
+    if (!slot) return nullptr;
     return ToPython(kor::Instance::Of(*object.instance).Read(slot));
 }
 
@@ -242,8 +248,8 @@ int SetItem(PyObject* self, PyObject* key, PyObject* value) {
                         "an attribute cannot be deleted; None takes its value away");
         return -1;
     }
-    const int slot = SlotOfKey(*object.instance, key);
-    if (slot == kor::NameTable::kAbsent) return -1;
+    const kor::Index slot = SlotOfKey(*object.instance, key);
+    if (!slot) return -1;
     return Put(*object.instance, slot, key, value) ? 0 : -1;
 }
 
@@ -276,7 +282,7 @@ PyObject* Users(PyObject* self, PyObject* name) {
         PyErr_SetString(classes.notFound, message.c_str());
         return nullptr;
     }
-    if (entity->SlotOf(attribute) == kor::NameTable::kAbsent) {
+    if (!entity->SlotOf(attribute)) {
         RaiseNoAttribute(*entity, attribute);
         return nullptr;
     }

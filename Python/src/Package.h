@@ -88,19 +88,20 @@ SdaiEntityInstance* AsInstance(PyObject* object);
 const SdaiAggrInstance* AsExtent(PyObject* object);
 Model& ModelOfExtent(PyObject* extent);
 
-// The slot of an attribute, cached by name and type; NameTable::kAbsent, without an exception, if
-// there is none. The cache is cleared when a model is destroyed.
-int SlotOf(const kor::EntityType& entity, PyObject* name);
+// The slot of an attribute; none, without an exception, if the type does not have it.
+kor::Index SlotOf(const kor::EntityType& entity, PyObject* name);
+
+// Clears the cache of slots, when a model is destroyed.
 void ForgetSlots();
 
 // "a PRODUCT has no attribute 'NAMES'; did you mean 'NAME'?"
 void RaiseNoAttribute(const kor::EntityType& entity, std::string_view attribute);
 
 // Writes a slot of an instance, which must belong to the model.
-bool Put(SdaiEntityInstance& instance, int slot, PyObject* name, PyObject* value);
+bool Put(SdaiEntityInstance& instance, kor::Index slot, PyObject* name, PyObject* value);
 // Only the checks and the conversion of Put.
-bool ConvertForSlot(const kor::EntityType& entity, const Model& model, int slot, PyObject* name,
-                    PyObject* value, SdaiPrimitiveH& converted);
+bool ConvertForSlot(const kor::EntityType& entity, const Model& model, kor::Index slot,
+                    PyObject* name, PyObject* value, SdaiPrimitiveH& converted);
 
 // ---- Values
 

@@ -34,9 +34,8 @@ bool MayBeAggregate(const kor::Domain* domain) {
 bool IsSingle(const kor::Model& model, const kor::EntityType& entity, std::string_view attribute) {
     return std::all_of(model.Types().begin(), model.Types().end(), [&](const kor::ModelType& type) {
         if (!type.entity->IsKindOf(std::string_view(entity.FoldedName()))) return true;
-        const int slot = type.entity->SlotOf(attribute);
-        return slot == kor::NameTable::kAbsent ||
-               !MayBeAggregate(type.entity->Slots()[static_cast<std::size_t>(slot)].domain);
+        const kor::Index slot = type.entity->SlotOf(attribute);
+        return !slot || !MayBeAggregate(type.entity->Slots()[*slot].domain);
     });
 }
 

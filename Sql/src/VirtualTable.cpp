@@ -117,8 +117,8 @@ class Table : public sqlite3_vtab {
     // What a row needs of the type of its instance.
     struct TypeView {
         std::string name;
-        bool isHeld = false;     // by the table
-        std::vector<int> slots;  // of the columns; kAbsent where the type lacks the attribute
+        bool isHeld = false;            // by the table
+        std::vector<kor::Index> slots;  // of the columns; none if the type has no such attribute
     };
     const TypeView& ViewOf(const ModelType& type) {
         if (views_.size() <= type.number) views_.resize(type.number + 1);
@@ -179,9 +179,8 @@ class Table : public sqlite3_vtab {
         while (user.Next()) {
             // There may be others among them.
             const Instance& instance = Instance::Of(*user.GetCurrentMember());
-            const int slot = ViewOf(instance.Type()).slots[index];
-            if (slot != kor::NameTable::kAbsent &&
-                sql::TargetOf(instance.Cells()[slot]) == &target) {
+            const kor::Index slot = ViewOf(instance.Type()).slots[index];
+            if (slot && sql::TargetOf(instance.Cells()[*slot]) == &target) {
                 users.push_back(user.GetCurrentMember());
             }
         }
@@ -211,22 +210,22 @@ class Table : public sqlite3_vtab {
     }
 
     // Where a type that the table holds has the value of a column.
-    int SlotIn(const kor::EntityType& type, const Column& column) const {
-        if (&type == &entity_) return static_cast<int>(column.slot);
+    kor::Index SlotIn(const kor::EntityType& type, const Column& column) const {
+        if (&type == &entity_) return column.slot;
         const std::vector<kor::Slot>& slots = type.Slots();
         if (const kor::Attribute* attribute = entity_.Slots()[column.slot].attribute) {
             const auto found = std::find_if(slots.begin(), slots.end(), [&](const kor::Slot& slot) {
                 return slot.attribute == attribute;
             });
-            return found != slots.end() ? static_cast<int>(found - slots.begin())
-                                        : kor::NameTable::kAbsent;
+            if (found == slots.end()) return std::nullopt;
+            return static_cast<std::size_t>(found - slots.begin());
         }
         for (const kor::EntityType::Part& part : type.Parts()) {
             if (part.name == entity_.FoldedName() && column.slot < part.slotCount) {
-                return static_cast<int>(part.firstSlot + column.slot);
+                return part.firstSlot + column.slot;
             }
         }
-        return kor::NameTable::kAbsent;
+        return std::nullopt;
     }
 
     const std::shared_ptr<const kor::Model> model_;
@@ -364,10 +363,10 @@ class Cursor : public sqlite3_vtab_cursor {
             return;
         }
         const auto index = static_cast<std::size_t>(column - kFirstAttribute);
-        const int slot = view_->slots[index];
-        if (slot == kor::NameTable::kAbsent) return;  // NULL
+        const kor::Index slot = view_->slots[index];
+        if (!slot) return;  // NULL
         const Column& definition = table_.Columns()[index];
-        Give(to, instance.Cells()[slot], definition.kind, definition.domain);
+        Give(to, instance.Cells()[*slot], definition.kind, definition.domain);
     }
 
   private:
@@ -474,9 +473,9 @@ class Cursor : public sqlite3_vtab_cursor {
     Key KeyOf(SdaiEntityInstance& member, unsigned column, std::deque<std::string>& texts) const {
         const Instance& instance = Instance::Of(member);
         if (column == kInstance) return {static_cast<std::int64_t>(instance.Id()), &member};
-        const int slot = table_.ViewOf(instance.Type()).slots[column - kFirstAttribute];
+        const kor::Index slot = table_.ViewOf(instance.Type()).slots[column - kFirstAttribute];
         if (!instance.HasValue(slot)) return {Key::kUnset, &member};
-        const kor::Cell& cell = instance.Cells()[slot];
+        const kor::Cell& cell = instance.Cells()[*slot];
         const SdaiEntityInstance* target = sql::TargetOf(cell);
         if (target != nullptr) {
             return {static_cast<std::int64_t>(target->GetInstanceNameId()), &member};

@@ -58,10 +58,10 @@ std::vector<std::string> Slots(const SchemaPtr& schema, const std::string& entit
 const Domain& DomainOf(const SchemaPtr& schema, const std::string& entity,
                        const std::string& attribute) {
     const kor::EntityType& type = Entity(schema, entity);
-    const int slot = type.SlotOf(std::string_view(attribute));
-    EXPECT_GE(slot, 0) << attribute;
-    if (slot < 0) throw std::runtime_error("no attribute " + attribute);
-    return *type.Slots()[static_cast<std::size_t>(slot)].domain;
+    const kor::Index slot = type.SlotOf(std::string_view(attribute));
+    EXPECT_TRUE(slot.has_value()) << attribute;
+    if (!slot) throw std::runtime_error("no attribute " + attribute);
+    return *type.Slots()[*slot].domain;
 }
 
 std::vector<std::string> EntityNames(const SchemaPtr& schema) {
@@ -598,7 +598,7 @@ ENTITY c SUBTYPE OF (b); END_ENTITY;)");
         EXPECT_EQ(Entity(schema, name).SlotOf(std::string_view("TITLE")), 1);
         EXPECT_EQ(Entity(schema, name).SlotOf(std::string_view("own")), 2);
     }
-    EXPECT_EQ(Entity(schema, "a").SlotOf(std::string_view("title")), kor::NameTable::kAbsent);
+    EXPECT_EQ(Entity(schema, "a").SlotOf(std::string_view("title")), std::nullopt);
 }
 
 TEST(ExpressReader, AnAttributeMayBeRedeclaredSeveralLevelsDown) {

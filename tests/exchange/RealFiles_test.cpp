@@ -52,9 +52,9 @@ class RealSchema : public testing::Test {
         return names;
     }
     const Domain& DomainOf(const std::string& entity, const std::string& attribute) const {
-        const int slot = Entity(entity).SlotOf(std::string_view(attribute));
-        if (slot < 0) throw std::runtime_error("no attribute " + attribute);
-        return *Entity(entity).Slots()[static_cast<std::size_t>(slot)].domain;
+        const kor::Index slot = Entity(entity).SlotOf(std::string_view(attribute));
+        if (!slot) throw std::runtime_error("no attribute " + attribute);
+        return *Entity(entity).Slots()[*slot].domain;
     }
     std::vector<std::string> Choices(const std::string& entity,
                                      const std::string& attribute) const {

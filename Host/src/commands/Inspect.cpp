@@ -107,7 +107,7 @@ void ShowAsJson(const Instance& instance, const Session& session) {
                         json.Name("type").Text(calls::DeclaredType(slot.domain));
                         json.Name("optional").Truth(slot.optional);
                     }
-                    WriteValue(json.Name("value"), instance.Read(static_cast<int>(i)), session);
+                    WriteValue(json.Name("value"), instance.Read(i), session);
                 });
             }
         });
@@ -184,7 +184,7 @@ void ShowInstance(const SdaiEntityInstance& shown, const Session& session, Form 
     }
     Columns columns(form, {"attribute", "type", "value", "refers to"});
     for (std::size_t i = 0; i < entity.Slots().size(); ++i) {
-        const SdaiPrimitiveH value = instance.Read(static_cast<int>(i));
+        const SdaiPrimitiveH value = instance.Read(i);
         columns.Add({NameOf(entity, i), TypeOf(entity.Slots()[i]), ToShown(value, session, form),
                      Described(value, session)});
     }

@@ -146,8 +146,8 @@ void Evaluator::Add(const Item& item) const {
     const SdaiPrimitiveH present = instance.GetAttr(SdaiString(std::string_view(item.name)));
     if (SdaiAggrInstance* members = present) {
         const kor::EntityType& entity = *kor::Instance::Of(instance).Type().entity;
-        const int slot = entity.SlotOf(std::string_view(item.name));
-        const kor::Domain* domain = entity.Slots()[static_cast<std::size_t>(slot)].domain;
+        const kor::Index slot = entity.SlotOf(std::string_view(item.name));
+        const kor::Domain* domain = entity.Slots()[*slot].domain;
         CheckKind(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
         CheckItem(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
         members->Append(value);
@@ -257,8 +257,9 @@ SdaiPrimitiveH Evaluator::ReadAttribute(const Expression& expression) const {
             "an attribute is asked of " + ToText(owner, session_) + ", which is no instance");
     }
     const kor::Instance& asked = kor::Instance::Of(*instance);
-    const int slot = asked.SlotOf(std::string_view(expression.name));
-    if (slot != kor::NameTable::kAbsent) return asked.Read(slot);
+    if (const kor::Index slot = asked.SlotOf(std::string_view(expression.name))) {
+        return asked.Read(slot);
+    }
     const kor::EntityType& entity = *asked.Type().entity;
     FailUnlessLenient(
         {expression.position, ToText(owner, session_) + " is of type " +
@@ -340,7 +341,9 @@ SdaiPrimitiveH Evaluator::MemberAt(const Expression& expression) const {
                                                        ", whose attributes have names");
         }
         count = std::ssize(entity.Slots());
-        if (position >= 1 && position <= count) return asked.Read(static_cast<int>(position - 1));
+        if (position >= 1 && position <= count) {
+            return asked.Read(static_cast<std::size_t>(position - 1));
+        }
     } else {
         throw ScriptError(expression.position,
                           "a member is asked of " + ToText(owner, session_) + ", which is no list");
@@ -475,11 +478,9 @@ void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, 
 
 void Evaluator::CheckPut(const kor::EntityType& entity, const std::string& attribute,
                          Position position, const SdaiPrimitiveH& value) const {
-    const int slot = entity.SlotOf(std::string_view(attribute));
-    if (slot == kor::NameTable::kAbsent) {
-        Unknown(position, "attribute", attribute, entity.AttributeNames());
-    }
-    const kor::Slot& definition = entity.Slots()[static_cast<std::size_t>(slot)];
+    const kor::Index slot = entity.SlotOf(std::string_view(attribute));
+    if (!slot) Unknown(position, "attribute", attribute, entity.AttributeNames());
+    const kor::Slot& definition = entity.Slots()[*slot];
     if (definition.derived) {
         throw ScriptError(position, "attribute '" + attribute + "' is derived from others");
     }

@@ -101,12 +101,12 @@ void EntityType::InheritFrom(const EntityType& supertype, Places& places) {
 void EntityType::AddNames(const Places& places) {
     for (const Slot& slot : slots_) {
         if (slot.attribute == nullptr) continue;
-        attributes_.Add(slot.attribute->folded, static_cast<int>(&slot - slots_.data()));
+        attributes_.Add(slot.attribute->folded, static_cast<std::size_t>(&slot - slots_.data()));
     }
     for (const Renamed& renamed : renamed_) {
         const auto place = places.find(renamed.attribute);
         if (place == places.end() || place->second >= slots_.size()) continue;
-        attributes_.Add(renamed.name, static_cast<int>(place->second));
+        attributes_.Add(renamed.name, place->second);
     }
 }
 
@@ -162,8 +162,8 @@ std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const Enti
 // ---- Schemas
 
 const DefinedType* Schema::FindType(std::string_view name) const {
-    const int index = typeTable_.Find(name);
-    return index == NameTable::kAbsent ? nullptr : &types_[static_cast<std::size_t>(index)];
+    const Index index = typeTable_.Find(name);
+    return index ? &types_[*index] : nullptr;
 }
 
 std::vector<std::string> Schema::EntityNames() const {
@@ -212,8 +212,7 @@ class Schema::Resolver {
         for (const TypeDeclaration& type : declaration_.types) {
             schema_.domains_.emplace_back();
             schema_.typeNames_.push_back(Folded(type.name));
-            if (!schema_.typeTable_.Add(schema_.typeNames_.back(),
-                                        static_cast<int>(schema_.types_.size()))) {
+            if (!schema_.typeTable_.Add(schema_.typeNames_.back(), schema_.types_.size())) {
                 Fail(type.position, "type '" + type.name + "' is declared twice");
             }
             schema_.types_.emplace_back(Spelled(type.name), &schema_.domains_.back());
@@ -222,9 +221,8 @@ class Schema::Resolver {
         for (const EntityDeclaration& entity : declaration_.entities) {
             schema_.ownedEntities_.emplace_back(new EntityType(Spelled(entity.name), true));
             EntityType& type = *schema_.ownedEntities_.back();
-            if (schema_.typeTable_.Find(std::string_view(type.folded_)) != NameTable::kAbsent ||
-                !schema_.entityTable_.Add(type.folded_,
-                                          static_cast<int>(schema_.entities_.size()))) {
+            if (schema_.typeTable_.Find(std::string_view(type.folded_)).has_value() ||
+                !schema_.entityTable_.Add(type.folded_, schema_.entities_.size())) {
                 Fail(entity.position, "entity '" + entity.name + "' is declared twice");
             }
             type.abstract_ = entity.abstract;
@@ -240,11 +238,10 @@ class Schema::Resolver {
     // The domain of a type expression. The domain of an alias is complete only after ResolveType.
     const Domain* DomainOf(const TypeExpression& expression) {
         if (expression.kind == TypeExpression::Kind::Named) {
-            const int type = schema_.typeTable_.Find(std::string_view(expression.name));
-            if (type != NameTable::kAbsent) return typeDomains_[static_cast<std::size_t>(type)];
-            const int entity = schema_.entityTable_.Find(std::string_view(expression.name));
-            if (entity != NameTable::kAbsent) {
-                return entityDomains_[static_cast<std::size_t>(entity)];
+            const std::string_view name = expression.name;
+            if (const Index type = schema_.typeTable_.Find(name)) return typeDomains_[*type];
+            if (const Index entity = schema_.entityTable_.Find(name)) {
+                return entityDomains_[*entity];
             }
             Unknown(expression.position, "type", expression.name);
             return &generic_;
@@ -283,21 +280,19 @@ class Schema::Resolver {
     }
 
     // The type that this type is an alias of; none if it is not an alias.
-    std::optional<std::size_t> AliasOf(std::size_t index) const {
+    Index AliasOf(std::size_t index) const {
         const TypeDeclaration& type = declaration_.types[index];
         if (type.kind != TypeDeclaration::Kind::Alias ||
             type.alias.kind != TypeExpression::Kind::Named) {
             return std::nullopt;
         }
-        const int named = schema_.typeTable_.Find(std::string_view(type.alias.name));
-        if (named == NameTable::kAbsent) return std::nullopt;
-        return static_cast<std::size_t>(named);
+        return schema_.typeTable_.Find(std::string_view(type.alias.name));
     }
 
     // Resolves a type and the types that it is an alias of, each once.
     void ResolveType(std::size_t index) {
         std::vector<std::size_t> path;
-        std::optional<std::size_t> next = index;
+        Index next = index;
         for (; next.has_value() && types_[*next].state == State::Unseen; next = AliasOf(*next)) {
             types_[*next].state = State::Open;
             path.push_back(*next);
@@ -377,9 +372,9 @@ class Schema::Resolver {
             };
             const TypeDeclaration* base = declaration;
             while (add(base)) {
-                const int next = schema_.typeTable_.Find(std::string_view(base->basedOn));
-                if (next == NameTable::kAbsent) break;
-                base = &declaration_.types[static_cast<std::size_t>(next)];
+                const Index next = schema_.typeTable_.Find(std::string_view(base->basedOn));
+                if (!next) break;
+                base = &declaration_.types[*next];
             }
             std::vector<const TypeDeclaration*> open{declaration};
             while (!open.empty()) {
@@ -429,17 +424,14 @@ class Schema::Resolver {
 
     void AddChoice(Domain& domain, const std::string& member, const TypeDeclaration& select,
                    std::vector<const TypeDeclaration*>& open) {
-        const int type = schema_.typeTable_.Find(std::string_view(member));
-        const int entity = schema_.entityTable_.Find(std::string_view(member));
-        if (type != NameTable::kAbsent) {
-            const auto index = static_cast<std::size_t>(type);
-            if (declaration_.types[index].kind == TypeDeclaration::Kind::Select) {
-                open.push_back(&declaration_.types[index]);
+        if (const Index type = schema_.typeTable_.Find(std::string_view(member))) {
+            if (declaration_.types[*type].kind == TypeDeclaration::Kind::Select) {
+                open.push_back(&declaration_.types[*type]);
             } else {
-                domain.choices.emplace_back(schema_.typeNames_[index], typeDomains_[index]);
+                domain.choices.emplace_back(schema_.typeNames_[*type], typeDomains_[*type]);
             }
-        } else if (entity != NameTable::kAbsent) {
-            domain.entities.push_back(schema_.entities_[static_cast<std::size_t>(entity)]);
+        } else if (const EntityType* entity = schema_.FindEntity(std::string_view(member))) {
+            domain.entities.push_back(entity);
         } else {
             Unknown(select.position, "type", member);
         }
@@ -453,12 +445,12 @@ class Schema::Resolver {
         std::vector<std::size_t> ready;
         for (std::size_t i = 0; i < count; ++i) {
             for (const std::string& name : declaration_.entities[i].supertypes) {
-                const int supertype = schema_.entityTable_.Find(std::string_view(name));
-                if (supertype == NameTable::kAbsent) {
+                const Index supertype = schema_.entityTable_.Find(std::string_view(name));
+                if (!supertype) {
                     Unknown(declaration_.entities[i].position, "entity", name);
                     continue;
                 }
-                subtypes[static_cast<std::size_t>(supertype)].push_back(i);
+                subtypes[*supertype].push_back(i);
                 ++missing[i];
             }
             if (missing[i] == 0) ready.push_back(i);
@@ -521,7 +513,7 @@ class Schema::Resolver {
                                          declaration.optional);
         const Attribute& attribute = schema_.attributes_.back();
         // Added before the inherited attributes, so that it hides one of the same name.
-        if (!type.attributes_.Add(attribute.folded, static_cast<int>(type.slots_.size()))) {
+        if (!type.attributes_.Add(attribute.folded, type.slots_.size())) {
             Fail(declaration.position, "attribute '" + declaration.name + "' is declared twice");
         }
         type.AddSlot({&attribute, attribute.domain, false, attribute.optional}, places);
@@ -531,13 +523,10 @@ class Schema::Resolver {
                    const EntityType::Places& places) {
         const EntityType* owner =
             schema_.FindEntity(std::string_view(declaration.redeclaredEntity));
-        const int ownerSlot =
-            owner == nullptr ? NameTable::kAbsent
+        const Index ownerSlot =
+            owner == nullptr ? std::nullopt
                              : owner->SlotOf(std::string_view(declaration.redeclaredAttribute));
-        const Attribute* attribute =
-            ownerSlot == NameTable::kAbsent
-                ? nullptr
-                : owner->Slots()[static_cast<std::size_t>(ownerSlot)].attribute;
+        const Attribute* attribute = ownerSlot ? owner->Slots()[*ownerSlot].attribute : nullptr;
         const auto place = places.find(attribute);
         if (place == places.end() || place->second >= type.firstOwnSlot_) {
             Fail(declaration.position, "'" + declaration.redeclaredEntity + "." +
@@ -556,7 +545,7 @@ class Schema::Resolver {
 
     void NumberAttributes() {
         const auto add = [this](const std::string& name) {
-            const auto number = static_cast<int>(schema_.attributeNames_.size());
+            const std::size_t number = schema_.attributeNames_.size();
             if (schema_.attributeTable_.Add(name, number)) schema_.attributeNames_.push_back(name);
         };
         for (const Attribute& attribute : schema_.attributes_) add(attribute.folded);

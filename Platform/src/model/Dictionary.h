@@ -214,17 +214,16 @@ class KOR_API EntityType final : public SdaiEntity {
     // The type's index among the entity types of its schema or, if undeclared, of its model.
     std::size_t Number() const { return number_; }
 
-    // The slot of an attribute, or NameTable::kAbsent. The last attribute declared under a name
-    // wins over inherited ones.
+    // The slot of an attribute. The last attribute declared under a name wins over inherited ones.
     template <class Name>
-    int SlotOf(const Name& attribute) const {
+    Index SlotOf(const Name& attribute) const {
         return attributes_.Find(attribute);
     }
 
     // Whether the type is the named type or a subtype of it.
     template <class Name>
     bool IsKindOf(const Name& name) const {
-        return kinds_.Find(name) != NameTable::kAbsent;
+        return kinds_.Find(name).has_value();
     }
 
     // The type itself and its supertypes.
@@ -281,24 +280,20 @@ class KOR_API Schema final : public SdaiSchema {
 
     template <class Name>
     const EntityType* FindEntity(const Name& name) const {
-        const int index = entityTable_.Find(name);
-        return index == NameTable::kAbsent ? nullptr : entities_[static_cast<std::size_t>(index)];
+        const Index index = entityTable_.Find(name);
+        return index ? entities_[*index] : nullptr;
     }
 
     const DefinedType* FindType(std::string_view name) const;
 
-    // The entity types in the order of declaration, and the index of one of them.
+    // The entity types in the order of declaration.
     const std::vector<const EntityType*>& Entities() const { return entities_; }
-    template <class Name>
-    int IndexOf(const Name& name) const {
-        return entityTable_.Find(name);
-    }
 
     // The attribute names of the schema in upper case, and the index of one of them.
     std::size_t AttributeNameCount() const { return attributeNames_.size(); }
     std::string_view AttributeName(std::size_t number) const { return attributeNames_[number]; }
     template <class Name>
-    int AttributeNumber(const Name& name) const {
+    Index AttributeNumber(const Name& name) const {
         return attributeTable_.Find(name);
     }
 

@@ -5,7 +5,6 @@
 using kor::EntityType;
 using kor::Instance;
 using kor::Model;
-using kor::NameTable;
 
 // The dictionary is immutable, but the interface returns its types without `const`.
 static SdaiEntity* Definition(const EntityType* entity) { return const_cast<EntityType*>(entity); }
@@ -68,9 +67,8 @@ SdaiAppInstance* SdaiEntity::CreateEntityInstance(SdaiModel* model) const {
     return type != nullptr ? &Model::Of(*model).Create(*type) : nullptr;
 }
 
-static const SdaiAttribute* AttributeAt(const EntityType& entity, int slot) {
-    return slot == NameTable::kAbsent ? nullptr
-                                      : entity.Slots()[static_cast<std::size_t>(slot)].attribute;
+static const SdaiAttribute* AttributeAt(const EntityType& entity, kor::Index slot) {
+    return slot ? entity.Slots()[*slot].attribute : nullptr;
 }
 
 const SdaiAttribute* SdaiEntity::AttrDefinition(const SdaiString& name) const {

@@ -58,7 +58,7 @@ Model::~Model() {
 // ---- Types
 
 void Model::AddExtent(const EntityType& entity) {
-    extentNumbers_.Add(entity.FoldedName(), static_cast<int>(extentEntities_.size()));
+    extentNumbers_.Add(entity.FoldedName(), extentEntities_.size());
     extentEntities_.push_back(&entity);
     extents_.emplace_back(nullptr);
 }
@@ -71,10 +71,10 @@ ModelType& Model::AddType(const EntityType& entity) {
         }
     }
     for (Relation* relation : madeRelations_) {
-        const int slot = entity.SlotOf(std::string_view(relation->Attribute()));
-        if (slot == NameTable::kAbsent) continue;
-        type.relations.push_back({slot, relation});
-        relation->AddType(type, slot);
+        const Index slot = entity.SlotOf(std::string_view(relation->Attribute()));
+        if (!slot) continue;
+        type.relations.push_back({*slot, relation});
+        relation->AddType(type, *slot);
     }
     return type;
 }
@@ -88,22 +88,21 @@ const EntityType* Model::AddOwn(std::unique_ptr<EntityType> entity) {
 }
 
 const EntityType* Model::UndeclaredEntity(std::string_view foldedName, std::size_t valueCount) {
-    const int extent = extentNumbers_.Find(foldedName);
+    const Index extent = extentNumbers_.Find(foldedName);
     const std::size_t declaredCount = declaredTypes_.size();
-    if (extent != NameTable::kAbsent) {
-        for (const EntityType* entity :
-             undeclared_[static_cast<std::size_t>(extent) - declaredCount]) {
+    if (extent) {
+        for (const EntityType* entity : undeclared_[*extent - declaredCount]) {
             if (entity->Slots().size() == valueCount) return entity;
         }
     }
     if (!MayAddOwn()) return nullptr;
     const EntityType* entity =
         AddOwn(EntityType::MakeUndeclared(foldedName, valueCount, ownEntities_.size()));
-    if (extent == NameTable::kAbsent) {
+    if (extent) {
+        undeclared_[*extent - declaredCount].push_back(entity);
+    } else {
         AddExtent(*entity);
         undeclared_.push_back({entity});
-    } else {
-        undeclared_[static_cast<std::size_t>(extent) - declaredCount].push_back(entity);
     }
     return entity;
 }
@@ -117,7 +116,7 @@ const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& par
     if (!MayAddOwn() || inheritedByOwn_ > kMostInherited) return nullptr;
     const EntityType* entity = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
     // Undeclared parts of the same name may have different numbers of values.
-    if (extentNumbers_.Find(std::string_view(entity->FoldedName())) == NameTable::kAbsent) {
+    if (!extentNumbers_.Find(std::string_view(entity->FoldedName()))) {
         AddExtent(*entity);
         undeclared_.emplace_back();
     }
@@ -126,21 +125,19 @@ const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& par
 
 // ---- Instances
 
-SdaiPrimitiveH Instance::Read(int slot) const {
-    if (slot == NameTable::kAbsent) return {};
-    const auto index = static_cast<std::size_t>(slot);
-    return ToHandle(Cells()[index], Type().entity->Slots()[index].IsSelect());
+SdaiPrimitiveH Instance::Read(Index slot) const {
+    if (!slot) return {};
+    return ToHandle(Cells()[*slot], Type().entity->Slots()[*slot].IsSelect());
 }
 
-void Instance::Write(int slot, const SdaiPrimitiveH& value) {
-    if (slot == NameTable::kAbsent) return;
-    const auto index = static_cast<std::size_t>(slot);
-    const Slot& definition = Type().entity->Slots()[index];
+void Instance::Write(Index slot, const SdaiPrimitiveH& value) {
+    if (!slot) return;
+    const Slot& definition = Type().entity->Slots()[*slot];
     if (definition.derived) return;
     if (WrongItem(value, definition.domain).has_value()) return;
     Model& model = *Type().model;
     CellHolder cell(ToCell(value, definition.domain, &model));
-    Cell& place = Cells()[index];
+    Cell& place = Cells()[*slot];
     const SdaiEntityInstance* before = Relation::TargetOf(place);
     const SdaiEntityInstance* target = Relation::TargetOf(cell.Get());
     if (place.GetTag() == Tag::Aggregate) {
@@ -435,12 +432,12 @@ const SdaiAggrInstance* Model::ExtentByNumber(std::size_t number) const {
 
 // ---- Back references
 
-const Relation* Model::RelationByNumber(int number) const {
+const Relation* Model::RelationByNumber(Index number) const {
     if (forgoesRelations_ || unsettled_) return nullptr;
-    if (number == NameTable::kAbsent) return &noRelation_;
-    std::atomic<Relation*>& place = relations_[static_cast<std::size_t>(number)];
+    if (!number) return &noRelation_;
+    std::atomic<Relation*>& place = relations_[*number];
     const Relation* relation = place.load(std::memory_order_acquire);
-    if (relation == nullptr) relation = MakeRelation(static_cast<std::size_t>(number));
+    if (relation == nullptr) relation = MakeRelation(*number);
     return relation == nullptr || relation->IsLost() ? nullptr : relation;
 }
 
@@ -452,18 +449,18 @@ const Relation* Model::MakeRelation(std::size_t number) const {
     try {
         const std::string_view name = schema_->AttributeName(number);
         auto relation = std::make_unique<Relation>(std::string(name));
-        std::vector<int> slots;
+        std::vector<Index> slots;
         for (const ModelType& type : types_) {
             slots.push_back(type.entity->SlotOf(name));
-            if (slots.back() == NameTable::kAbsent) continue;
-            relation->AddType(type, slots.back());
+            if (!slots.back()) continue;
+            relation->AddType(type, *slots.back());
             type.relations.reserve(type.relations.size() + 1);
         }
         madeRelations_.reserve(madeRelations_.size() + 1);
         relation->Fill(*this);
         for (const ModelType& type : types_) {
-            if (slots[type.number] == NameTable::kAbsent) continue;
-            type.relations.push_back({slots[type.number], relation.get()});
+            if (!slots[type.number]) continue;
+            type.relations.push_back({*slots[type.number], relation.get()});
         }
         madeRelations_.push_back(relation.get());
         place.store(relation.get(), std::memory_order_release);

@@ -30,7 +30,7 @@ class Model;
 
 // A relation of a model, and the slot in which a type stores its attribute.
 struct RelatedSlot {
-    int slot;
+    std::size_t slot;
     Relation* relation;
 };
 
@@ -74,16 +74,16 @@ class KOR_API Instance final : public SdaiAppInstance {
         return sizeof(Instance) + type.slotCount * sizeof(Cell);
     }
 
-    // The slot of an attribute, or NameTable::kAbsent.
+    // The slot of an attribute.
     template <class Name>
-    int SlotOf(const Name& attribute) const {
+    Index SlotOf(const Name& attribute) const {
         return Type().entity->SlotOf(attribute);
     }
-    SdaiPrimitiveH Read(int slot) const;
-    bool HasValue(int slot) const {
-        return slot != NameTable::kAbsent && Cells()[slot].GetTag() > Tag::Derived;
+    SdaiPrimitiveH Read(Index slot) const;
+    bool HasValue(Index slot) const {
+        return slot.has_value() && Cells()[*slot].GetTag() > Tag::Derived;
     }
-    void Write(int slot, const SdaiPrimitiveH& value);
+    void Write(Index slot, const SdaiPrimitiveH& value);
 
     static const Instance& Of(const SdaiEntityInstance& instance) {
         return static_cast<const Instance&>(instance);
@@ -129,9 +129,8 @@ class KOR_API Model final : public SdaiModel {
     // null if there is neither.
     template <class Name>
     const EntityType* FindEntity(const Name& name) const {
-        const int number = ExtentNumber(name);
-        return number == NameTable::kAbsent ? nullptr
-                                            : extentEntities_[static_cast<std::size_t>(number)];
+        const Index number = extentNumbers_.Find(name);
+        return number ? extentEntities_[*number] : nullptr;
     }
 
     // The types of the model's instances so far.
@@ -218,9 +217,8 @@ class KOR_API Model final : public SdaiModel {
 
     template <class Name>
     const SdaiAggrInstance* Extent(const Name& name) const {
-        const int number = ExtentNumber(name);
-        return number == NameTable::kAbsent ? &noInstances_
-                                            : ExtentByNumber(static_cast<std::size_t>(number));
+        const Index number = extentNumbers_.Find(name);
+        return number ? ExtentByNumber(*number) : &noInstances_;
     }
 
     // ---- Back references
@@ -248,12 +246,8 @@ class KOR_API Model final : public SdaiModel {
     static Model& Of(SdaiModel& model) { return static_cast<Model&>(model); }
 
   private:
-    template <class Name>
-    int ExtentNumber(const Name& name) const {
-        return extentNumbers_.Find(name);
-    }
     const SdaiAggrInstance* ExtentByNumber(std::size_t number) const;
-    const Relation* RelationByNumber(int number) const;
+    const Relation* RelationByNumber(Index number) const;
     const Relation* MakeRelation(std::size_t number) const;
     void SettleRelations();
     ModelType& AddType(const EntityType& entity);

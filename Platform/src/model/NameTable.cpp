@@ -20,33 +20,33 @@ bool IsWord(std::string_view text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), belongs);
 }
 
-bool NameTable::Add(std::string_view folded, int value) {
-    if (Find(folded) != kAbsent) return false;
+bool NameTable::Add(std::string_view folded, std::size_t index) {
+    if (Find(folded).has_value()) return false;
     if (2 * (size_ + 1) > entries_.size()) {
         std::vector<Entry> old(2 * entries_.size());
         old.swap(entries_);
         mask_ = entries_.size() - 1;
         for (const Entry& entry : old) {
-            if (entry.value == kAbsent) continue;
+            if (entry.index == kFree) continue;
             std::size_t i = entry.hash & mask_;
-            while (entries_[i].value != kAbsent) i = (i + 1) & mask_;
+            while (entries_[i].index != kFree) i = (i + 1) & mask_;
             entries_[i] = entry;
         }
     }
     const std::uint32_t hash = SdaiNameHash(folded);
     std::size_t i = hash & mask_;
-    while (entries_[i].value != kAbsent) i = (i + 1) & mask_;
-    entries_[i] = {folded, hash, value};
+    while (entries_[i].index != kFree) i = (i + 1) & mask_;
+    entries_[i] = {folded, hash, static_cast<std::uint32_t>(index)};
     ++size_;
     return true;
 }
 
-int NameTable::Find(std::string_view name) const {
+Index NameTable::Find(std::string_view name) const {
     const std::uint32_t hash = SdaiNameHash(name);
     for (std::size_t i = hash & mask_;; i = (i + 1) & mask_) {
         const Entry& entry = entries_[i];
-        if (entry.value == kAbsent) return kAbsent;
-        if (entry.hash == hash && MatchesFolded(name, entry.name)) return entry.value;
+        if (entry.index == kFree) return std::nullopt;
+        if (entry.hash == hash && MatchesFolded(name, entry.name)) return entry.index;
     }
 }
 

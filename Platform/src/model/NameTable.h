@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,33 +41,36 @@ inline bool MatchesFolded(std::string_view name, std::string_view folded) {
     return matches(size - 8);
 }
 
-// Finds numbers by names: an open-addressed table that is at most half full. The names must be in
+// The index of what has a name; none if nothing has it.
+using Index = std::optional<std::size_t>;
+
+// Finds indexes by names: an open-addressed table that is at most half full. The names must be in
 // upper case and outlive the table. Once built it may be read by any number of threads.
 class KOR_API NameTable {
   public:
-    static constexpr int kAbsent = -1;
+    // Adds a name unless the table has it already; returns whether it was added.
+    bool Add(std::string_view folded, std::size_t index);
 
-    // Adds a name unless the table has it already; says whether it was added.
-    bool Add(std::string_view folded, int value);
-
-    int Find(const SdaiName& name) const {
+    Index Find(const SdaiName& name) const {
         for (std::size_t i = name.hash & mask_;; i = (i + 1) & mask_) {
             const Entry& entry = entries_[i];
-            if (entry.value == kAbsent) return kAbsent;
-            if (entry.hash == name.hash && entry.name == name.folded) return entry.value;
+            if (entry.index == kFree) return std::nullopt;
+            if (entry.hash == name.hash && entry.name == name.folded) return entry.index;
         }
     }
 
     // The name in any case.
-    int Find(std::string_view name) const;
+    Index Find(std::string_view name) const;
 
     std::size_t Size() const { return size_; }
 
   private:
+    static constexpr std::uint32_t kFree = 0xFFFF'FFFF;  // marks an entry without a name
+
     struct Entry {
         std::string_view name;
         std::uint32_t hash = 0;
-        std::int32_t value = kAbsent;
+        std::uint32_t index = kFree;
     };
 
     std::vector<Entry> entries_ = std::vector<Entry>(2);

@@ -14,12 +14,12 @@ SdaiEntityInstance* Relation::TargetOfTyped(const Cell& cell) { return ToHandle(
 SdaiEntityInstance* Relation::TargetOf(const SdaiEntityInstance& source) const {
     const Instance& instance = Instance::Of(source);
     const std::size_t number = instance.Type().number;
-    const int slot = number < slots_.size() ? slots_[number] : NameTable::kAbsent;
-    return slot != NameTable::kAbsent ? TargetOf(instance.Cells()[slot]) : nullptr;
+    const Index slot = number < slots_.size() ? slots_[number] : std::nullopt;
+    return slot ? TargetOf(instance.Cells()[*slot]) : nullptr;
 }
 
-void Relation::AddType(const ModelType& type, int slot) {
-    if (slots_.size() <= type.number) slots_.resize(type.number + 1, NameTable::kAbsent);
+void Relation::AddType(const ModelType& type, std::size_t slot) {
+    if (slots_.size() <= type.number) slots_.resize(type.number + 1);
     slots_[type.number] = slot;
 }
 
@@ -28,8 +28,8 @@ void Relation::Fill(const Model& model) noexcept {
     lost_ = false;
     const auto forEachSource = [&](auto visit) {
         for (const ModelType& type : model.Types()) {
-            if (type.number >= slots_.size() || slots_[type.number] == NameTable::kAbsent) continue;
-            const int slot = slots_[type.number];
+            if (type.number >= slots_.size() || !slots_[type.number]) continue;
+            const std::size_t slot = *slots_[type.number];
             type.ForEachInstance([&](Instance& source) {
                 if (const SdaiEntityInstance* target = TargetOf(source.Cells()[slot])) {
                     visit(target, source);

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "model/Cell.h"
+#include "model/NameTable.h"
 #include "model/PointerTable.h"
 
 class SdaiEntityInstance;
@@ -48,7 +49,7 @@ class Relation {
     void Fill(const Model& model) noexcept;
 
     // Adds the instances of a type of the model that stores the attribute in that slot.
-    void AddType(const ModelType& type, int slot);
+    void AddType(const ModelType& type, std::size_t slot);
 
     // Records that an instance now refers to `target` instead of `before`; either may be null. Its
     // value has already changed. If memory runs out, the relation is lost.
@@ -97,7 +98,7 @@ class Relation {
     void Lose();
 
     const std::string attribute_;
-    std::vector<int> slots_;  // by the index of the type in the model
+    std::vector<Index> slots_;  // by the index of the type in the model
     PointerTable<Sources> targets_;
     mutable std::mutex orderMutex_;  // held while a list is sorted
     bool lost_ = false;
