@@ -3,10 +3,10 @@
 
     export.py DATABASE OUT [--schema AUTOMOTIVE_DESIGN] [--protocol FILE]
 
-takes every instance of a data set of schema "cdma" out, in the form of one of the schemas below;
-import.py brings it back. Each function below maps one thing: on the left what STEP gets, on the right
-where it comes from. What STEP has no place for travels in the strings that the mapping functions
-build, followed by a remainder (mapping.py). Copy and change them.
+exports every instance of a data set of schema "cdma" to one of the schemas below; import.py brings it
+back. Each function below maps one thing: the left side is what STEP gets, the right side is where it
+comes from. Anything that STEP has no place for travels in the strings that the mapping functions build,
+followed by a remainder (mapping.py). Copy and change them.
 
 A program that maps models itself imports this file and calls `export`:
 
@@ -24,8 +24,8 @@ import mapping
 import orxexutilities as orx
 from mapping import Protocol, Remainder
 
-# What tells the schemas apart: for each the name under which a data set is asked for, that of the
-# schema, and what the application protocol definition says.
+# The schemas by short name: the name of the schema, and the name, year and status of its application
+# protocol definition.
 SCHEMAS = {
     "AP203": ("CONFIG_CONTROL_DESIGN", "config_control_design", 1994,
               "configuration controlled 3D designs of mechanical parts and assemblies"),
@@ -52,8 +52,8 @@ def schema_named(name):
 def export(database, schema="AUTOMOTIVE_DESIGN", parts=None):
     """A model of a STEP schema with what a database holds, and the protocol.
 
-    `parts`, where given, are the parts to take out: their components, models and documents go with
-    them, and the configurations, effectivities and identities that concern them.
+    `parts` limits the export to these parts, with their components, models and documents, and the
+    configurations, effectivities and identities that concern them.
     """
     with mapping.no_collections():
         return Export(database, schema_named(schema), parts).run()

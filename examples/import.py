@@ -5,8 +5,8 @@
 
 reads what export.py has written back into a data set of schema "cdma", and any assembly of another
 origin (AP203, AP214, AP242, PDM schema). Each function below maps one thing: what the database gets,
-and where STEP states it. Data without keys are read from their own attributes; what the database has
-no place for is told in the protocol. Copy and change them.
+and where STEP states it. Data without keys are read from their own attributes; the protocol
+reports what the database has no place for. Copy and change them.
 
 The name of this file is a word of the language, so a program that maps models itself says
 
@@ -26,8 +26,8 @@ DATABASE_SCHEMA = "cdma"
 MOST_COPIES = 10_000  # of one occurrence with a quantity
 OPEN_DATE = "00000000000000"
 
-# What data sets of STEP have around products and shapes: read on the way to them, or without a
-# meaning of its own in the database.
+# What STEP data sets have around products and shapes: either read on the way to these, or without a
+# counterpart in the database.
 FRAME = """
     APPLICATION_CONTEXT APPLICATION_PROTOCOL_DEFINITION APPLICATION_CONTEXT_ELEMENT REPRESENTATION_CONTEXT
     PRODUCT_CATEGORY PRODUCT_CATEGORY_RELATIONSHIP PRODUCT_CONCEPT PRODUCT_CONCEPT_CONTEXT

@@ -1,5 +1,5 @@
-"""What both ways of the mapping share: the strings that carry what STEP has no place for, and the
-protocol of a journey. examples/export.py and examples/import.py are the mapping itself.
+"""What export and import share: the strings that carry whatever STEP has no place for, and the protocol
+of a run. The mapping itself is in examples/export.py and examples/import.py.
 
 A database instance becomes STEP instances, and what these state is read back by the functions under
 "What STEP states". Where the database says something else, or something that STEP has no place for,
@@ -9,7 +9,7 @@ the export adds a remainder to the instance's string: three or more fields of an
     I  the instance's number there, by which other remainders refer to it
     I  how many fields follow
     S  a JSON object: {"S_CHG_NUM": ["ORX", ""]}, for each such attribute what STEP states and what
-       the database has; in several fields where it is longer than one can be
+       the database has; split into several fields if it is too long for one
 
 The import puts the database's value back where STEP still states what it stated. A part renamed or
 moved by another program stays renamed and moved.
@@ -32,7 +32,7 @@ RECORD = "database record"  # the kind of a document that carries a database ins
 
 
 def to_json(value, number_of):
-    """A value of an attribute as a JSON text; `number_of` gives the number of an instance."""
+    """A value of an attribute as a JSON text; `number_of` returns the number of an instance."""
 
     def plain(value):
         match value:
@@ -52,8 +52,8 @@ def to_json(value, number_of):
 
 
 def from_json(text, instance_of):
-    """The value that a JSON text stands for; `instance_of` gives the instance of a number, None where
-    there is none, which a list does without."""
+    """The value of a JSON text. `instance_of` returns the instance with a number; where it returns None,
+    a list leaves the member out."""
     return from_plain(json.loads(text), instance_of)
 
 
@@ -394,7 +394,7 @@ EFFECTIVITY_KINDS = {1: "range", 2: "date", 3: "option_range", 4: "option_date"}
 
 
 def effectivity_kind(key):
-    """The kind of effectivity that a key is of; None where it is none of the four."""
+    """The kind of effectivity that a key encodes; None if it is none of the four."""
     return next((kind for mode, kind in EFFECTIVITY_KINDS.items() if orx.ExtractEFFType(key, mode)),
                 None)  # fmt: skip
 
@@ -426,7 +426,7 @@ def keyed_effectivity_states(effectivity):
 
 
 def effectivity_remainder(key):
-    """The remainder behind the two or three fields of an effectivity's key."""
+    """The remainder that follows the two or three fields of an effectivity's key."""
     return next(filter(None, (Remainder.read(key, place) for place in (3, 4))), None)
 
 
@@ -582,7 +582,7 @@ def add_options(options):
 
 
 def journey(arguments, source, mapped):
-    """Reads a data set, maps it, writes the result and tells the protocol."""
+    """Reads a data set, maps it, writes the result and reports the protocol."""
     with warnings.catch_warnings(record=True) as caught:
         warnings.simplefilter("always", orx.DataWarning)
         read = orx.read(source, schemas=arguments.express, schema=arguments.as_schema)

@@ -32,7 +32,7 @@ __all__ = [name for name in dir(_core) if not name.startswith("_")] + [
     "UNKNOWN",
 ]
 
-# What is seen is here; where it is made is nobody's concern.
+# Everything public appears to be defined here, wherever it is implemented.
 for _name in dir(_core):
     _object = getattr(_core, _name)
     if getattr(_object, "__module__", None) == "orxexutilities._core":

@@ -7,8 +7,8 @@
 // another has changed the same rows meanwhile. Anywhere else the model takes the place of what is
 // there.
 //
-// What is wrong is told in messages, each with its place (a file's line and column, or a table, the
-// key of the row and the column). A password is never part of them. Only a lack of memory throws
+// Problems are reported as messages, each with its place (a file's line and column, or a table, the
+// key of the row and the column). They never contain a password. Only running out of memory throws
 // (std::bad_alloc).
 
 #ifndef DATABASEMODELS_H

@@ -33,7 +33,7 @@ std::string FileOf(const std::string& name) {
     return name.starts_with(kSqliteScheme) ? name.substr(kSqliteScheme.size()) : name;
 }
 
-// In a URI the password stands between the first ":" behind the scheme and the last "@" before the
+// In a URI, the password is between the first ":" after the scheme and the last "@" before the
 // path, or is a parameter.
 std::string WithoutPasswords(std::string_view text) {
     std::string clean(text);
@@ -42,7 +42,7 @@ std::string WithoutPasswords(std::string_view text) {
             at += scheme.size();
             const std::size_t end = std::min(clean.find_first_of(" \t\r\n'\"", at), clean.size());
             const std::size_t path = std::min(clean.find_first_of("/?", at), end);
-            // An "@" may stand in a password that should have it escaped.
+            // A password may contain an "@" that should have been escaped.
             const std::size_t user = clean.rfind('@', end);
             const std::size_t colon = clean.find(':', at);
             if (user != clean.npos && user > at && colon < user && (user < path || colon < path)) {

@@ -44,7 +44,7 @@ struct Field {
     bool IsNull() const { return kind == Kind::Null; }
 };
 
-// A table or view as it stands in the database.
+// A table or view of the database.
 struct Relation {
     bool isView = false;
     // What may be done with it.
@@ -61,7 +61,7 @@ using Relations = std::map<std::string, Relation, std::less<>>;
 class Rows {
   public:
     virtual ~Rows() = default;
-    // The next row, as many fields as columns were asked for; false behind the last one.
+    // The next row, as many fields as columns were asked for; false after the last one.
     virtual bool Next(std::vector<Field>& row) = 0;
 };
 

@@ -1,4 +1,4 @@
-// What tells whether an instance, or its row, is as it was: 64 bits for each.
+// Shows whether an instance, or its row, has changed: 64 bits for each.
 
 #ifndef RELATIONAL_FINGERPRINT_H
 #define RELATIONAL_FINGERPRINT_H
@@ -40,7 +40,7 @@ struct Baseline {
 
     std::vector<Row> rows;            // in the order of creation
     std::vector<std::string> header;  // the rows of orx_header
-    bool ordered = false;             // whether orx_order gives the order
+    bool ordered = false;             // whether orx_order has the order
 };
 
 // What is kept of a data set, by the databases that it was loaded from or saved to.

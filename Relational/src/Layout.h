@@ -1,5 +1,5 @@
 // The tables of a schema: one for each entity type that has instances of its own, one for each of
-// its aggregates, and those that stand beside them.
+// its aggregates, and the additional ones.
 
 #ifndef RELATIONAL_LAYOUT_H
 #define RELATIONAL_LAYOUT_H
@@ -26,7 +26,7 @@ inline constexpr const char* kOtherTable = "orx_other";
 struct Dialect {
     const char* name;
     const char* integer;    // of 64 bits
-    const char* keyedRows;  // behind the columns of a table whose key is not one integer
+    const char* keyedRows;  // after the columns of a table whose key is not one integer
     bool addsKeys;          // foreign keys are added to tables that are there
     bool keepsNegativeZero;
     bool keepsNan;
@@ -38,7 +38,7 @@ inline constexpr Dialect kPostgresql{"postgresql", "bigint", "", true, true, tru
 std::string QuotedName(std::string_view name);
 
 struct LayoutColumn : exchange::Column {
-    // Of the members of an aggregate: their table, and what stands in it.
+    // Of the members of an aggregate: their table, and what it contains.
     std::string members;
     exchange::ColumnKind memberKind = exchange::ColumnKind::Exchange;
     // The table that holds all that the column, or a member, can refer to: its number; kNone where
@@ -62,7 +62,7 @@ class Layout {
     explicit Layout(const kor::Schema& schema);
 
     const std::vector<Table>& Tables() const { return tables_; }
-    // Null for a type that has no table: its instances stand in orx_other.
+    // Null for a type that has no table: its instances are in orx_other.
     const Table* Of(const kor::EntityType& entity) const;
 
   private:
@@ -97,7 +97,7 @@ struct Definition {
 // The tables of an entity type.
 std::vector<Definition> DefinitionsOf(const Table& table, const Dialect& dialect,
                                       const std::vector<ForeignKey>& keys);
-// Those that stand beside.
+// The additional tables.
 std::vector<Definition> OwnDefinitions(const Dialect& dialect);
 
 // What adds keys to tables that are there, one statement for each run of keys of one table.

@@ -144,7 +144,7 @@ class Loader {
 
     void Error(std::string text) { messages_.AddError({name_, 0, 0, std::move(text)}); }
 
-    // What a lenient reading goes on behind.
+    // A problem after which a lenient reading continues.
     void Mend(std::string text) {
         if (options_.lenient) {
             messages_.AddWarning({name_, 0, 0, std::move(text)});
@@ -233,7 +233,7 @@ class Loader {
             if (table.columns[i].IsAggregate()) StageMembers(table.columns[i], i, members[i]);
         }
         ColumnNames names{"instance"};
-        std::vector<std::size_t> places;  // of the columns among the fields; 0: lacks
+        std::vector<std::size_t> places;  // of the columns among the fields; 0: missing
         for (const LayoutColumn& column : table.columns) {
             const bool there = relation->columns.contains(column.name);
             places.push_back(there ? names.size() : 0);
@@ -297,7 +297,7 @@ class Loader {
         values_.Forget();
     }
 
-    // `count`: null where the column lacks; then there is what the members' table has.
+    // `count`: null if that column is missing; the members' table then decides.
     Cell Aggregate(const Table& table, std::int64_t key, const LayoutColumn& column,
                    const Field* count, std::optional<Members>& staged, std::uint64_t& fingerprint) {
         const std::span<Members::Member> found =
@@ -457,7 +457,7 @@ class Loader {
         dataSet_.origin = std::move(databases);
     }
 
-    // Instances that orx_order lacks follow those that it has, by number.
+    // Instances that are not in orx_order follow those that are, by number.
     void ReadOrder() {
         if (Find(kOrderTable) == nullptr) return;
         std::vector<std::pair<std::uint64_t, std::int64_t>> positions;  // by instance

@@ -10,7 +10,7 @@
 
 namespace relational {
 
-// `name` stands in messages, `stem` in the header of a data set whose database has none.
+// `name` is for messages, `stem` for the header of a data set whose database has none.
 exchange::DataSet Load(Database& database, const std::string& name, const std::string& stem,
                        const exchange::SchemaCatalog& schemas, const exchange::ReadOptions& options,
                        exchange::Messages& messages);

@@ -123,7 +123,7 @@ class Saver {
             std::uint64_t row = 0;
             if (loaded_ != nullptr && index < loaded_->rows.size()) {
                 const Baseline::Row& was = loaded_->rows[index];
-                // What stands in orx_other though a table could hold it may stay there.
+                // A row of orx_other that a table could hold may stay there.
                 const bool same =
                     (fingerprint | 1) == (was.model | 1) && (!other || Baseline::IsInOther(was));
                 change = same ? Change::None : Change::Written;
@@ -273,7 +273,7 @@ class Saver {
 
     // ---- Conflicts
 
-    // The fingerprint of the row as it is now; nothing where it is gone.
+    // The fingerprint of the row as it is now; none if it is gone.
     std::optional<std::uint64_t> RowNow(const kor::Instance& instance) {
         const Key key{"instance", static_cast<std::int64_t>(instance.Id())};
         std::vector<Field> row;
@@ -399,7 +399,7 @@ class Saver {
                            });
     }
 
-    // Of the tables that stand beside.
+    // The additional tables.
     bool IsNeeded(std::string_view own) const {
         if (own == kHeaderTable) return now_.header != loaded_->header;
         if (own == kOrderTable) return now_.ordered;
@@ -415,7 +415,7 @@ class Saver {
         return true;
     }
 
-    // Whether what is referred to stands in the table that the key leads to.
+    // Whether the instance referred to is in the table that the foreign key names.
     bool Holds(const ForeignKey& key) {
         if (otherTypes_.empty() && !otherTypesKnown_) {
             otherTypesKnown_ = true;
@@ -460,7 +460,7 @@ class Saver {
     // Those of new tables come when the rows are there.
     void AddKeys() {
         if (keysToAdd_.empty()) return;
-        // Checks of keys that wait for the end stand in the way of new ones.
+        // Deferred checks of keys would prevent new ones.
         database_.Execute("SET CONSTRAINTS ALL IMMEDIATE");
         for (const std::string& statement : AddKeysTo(keysToAdd_)) database_.Execute(statement);
     }
@@ -612,7 +612,7 @@ class Saver {
         if (insertion != nullptr) insertion->Finish();
     }
 
-    // ---- What stands beside
+    // ---- The additional tables
 
     // Positions of instances that are there stay; new ones follow.
     void WriteOrder() {
@@ -675,7 +675,7 @@ class Saver {
 
     Relations relations_;
     bool schemaIsThere_ = false;
-    bool keepable_ = true;  // whether rows can be told by what was written
+    bool keepable_ = true;  // whether what was written identifies the rows
     std::set<const Table*> touched_;
     std::vector<Target> targets_;
     std::vector<ForeignKey> keysToAdd_;

@@ -11,7 +11,7 @@
 
 namespace relational {
 
-// `name` stands in messages.
+// `name` is for messages.
 bool SaveTo(Database& database, const exchange::DataSet& dataSet, const std::string& name,
             const SaveOptions& options, exchange::Messages& messages);
 

@@ -1,4 +1,4 @@
-// What stands in a database beside the tables of entity types.
+// What a database holds besides the tables of entity types.
 
 #ifndef RELATIONAL_STORED_H
 #define RELATIONAL_STORED_H

@@ -14,11 +14,11 @@
 
 namespace relational {
 
-// Whether a column of the kind gives the value back as it is.
+// Whether a column of the kind can hold the value exactly.
 bool Fits(const kor::Cell& cell, exchange::ColumnKind kind, const kor::Domain* domain,
           const Dialect& dialect);
 
-// Whether the table of an instance gives it back as it is.
+// Whether the table of its type can hold the instance exactly.
 bool Fits(const kor::Instance& instance, const Table& table, const Dialect& dialect);
 
 // The members of an aggregate that fits.

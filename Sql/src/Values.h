@@ -26,7 +26,7 @@ void Give(sqlite3_context* to, const SdaiPrimitiveH& value, const Models& models
 // was found, for a value that is of another.
 calls::Argument TakeArgument(sqlite3_value* value, orx::Kind kind, const Models& models);
 
-// A UTF-8 text; U+FFFD stands for what is no character.
+// A UTF-8 text; U+FFFD replaces bytes that are not part of a character.
 KORUnicodeString TextOf(std::string_view utf8);
 
 }  // namespace sql

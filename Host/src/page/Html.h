@@ -9,7 +9,7 @@
 
 namespace host {
 
-// A readable text (see Readable in Output.h), escaped for content and attribute values.
+// A readable text (see Readable in Display.h), escaped for content and attribute values.
 std::string Escaped(std::string_view text);
 
 // A number for display: at most `digits` significant digits, without an exponent if possible.

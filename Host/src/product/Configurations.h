@@ -1,5 +1,5 @@
 // Configuration items, effectivities and version families of a data set, either exchange data or
-// database. Texts are readable (see Readable in Output.h).
+// database. Texts are readable (see Readable in Display.h).
 
 #ifndef HOST_CONFIGURATIONS_H
 #define HOST_CONFIGURATIONS_H

@@ -11,12 +11,12 @@ a database or in a folder.
 `rules.py` defines `rows(model)`, which yields a dict for each row. It may define `group(path)`: files
 with an equal result other than None are one unit. The models of a unit live until all of them have
 been asked; a `rows(model, unit)` with two parameters gets all of them, a dict by path. Rows of a unit
-are written in one transaction with the mark that it is done, so that a run that was cut off goes on
+are written in one transaction with the mark that it is done, so that an interrupted run continues
 where it stopped. What the functions remember of versions is forgotten after each unit.
 
-A large data set can be cut instead: `pieces(model)` gives a dict of names and whatever the rules know
-the pieces by, and `rows(model, piece)` is asked for each. A worker reads the data set once for all the
-pieces that it gets; a piece is marked, and told of, as FILE#NAME.
+A large data set can be cut into pieces instead: `pieces(model)` returns a dict of their names, each
+with whatever the rules know the piece by, and `rows(model, piece)` is called for each piece. A worker
+reads the data set once for all its pieces. Marks and messages name a piece FILE#NAME.
 
 `orx-fleet` is the same as a command.
 """

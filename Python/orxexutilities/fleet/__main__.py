@@ -21,7 +21,7 @@ EPILOG = """RULES.py defines rows(model), which yields a dict for each row, and 
 files for which it gives the same are asked together. The same command goes on where it was cut off.
 Exit status: 0 every file is done, 1 some failed, 2 the run could not begin or go on."""
 
-# How many failures are told of one by one.
+# How many failures are reported individually.
 FAILURES_TOLD = 100
 
 

@@ -39,8 +39,8 @@ MODEL_EXPANSION = 4
 # What a worker takes that does nothing, and what it needs at least.
 IDLE_MEMORY = 128 << 20
 LEAST_MEMORY = 2 * IDLE_MEMORY
-# Of the processes of workers. One model after the other takes the same memory, so that a process does
-# better to keep some than to give it back and ask for it again.
+# The environment of the workers. Models need about the same memory one after the other, so a process
+# keeps some of it instead of returning it to the system and asking for it again.
 ENVIRONMENT = {
     "DASK_LOGGING__DISTRIBUTED": "critical",
     "OMP_NUM_THREADS": "1",
@@ -234,7 +234,7 @@ def _check_address(address: str) -> None:
 
 @contextlib.contextmanager
 def _quiet() -> Iterator[None]:
-    """Deaths of workers and lost connections are told of here, not by each part of the cluster."""
+    """Keeps the parts of the cluster quiet: this module reports dead workers and lost connections."""
     loggers = [logging.getLogger(name) for name in ("distributed", "tornado", "asyncio")]
     levels = [logger.level for logger in loggers]
     for logger in loggers:
@@ -259,7 +259,7 @@ def _without_interrupts() -> Iterator[None]:
 
 
 class Dispatch:
-    """Sends units out, and gives each back with its answer."""
+    """Sends units to the workers and returns each with its answer."""
 
     def __init__(
         self,

@@ -172,8 +172,8 @@ class Store:
         """Waits until what was written is on the disk."""
 
     def _insist(self, action: Callable[[], None], is_done: Callable[[], bool]) -> None:
-        """Does something in one transaction; while the store cannot be reached, again and again. A
-        transaction may have come through before the connection was lost, which `is_done` tells."""
+        """Does something in one transaction, and tries again while the store cannot be reached. If the
+        connection was lost, `is_done` shows whether the transaction was committed before."""
         deadline = None
         pause = 0.1
         while True:

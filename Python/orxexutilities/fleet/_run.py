@@ -1,4 +1,4 @@
-"""The run: what is to be done, done, and told."""
+"""A run: finds the work, has it done and reports the outcome."""
 
 from __future__ import annotations
 
@@ -34,7 +34,7 @@ class Outcome:
 
 
 class Progress:
-    """What is told of while a run goes on; here to nobody."""
+    """Receives the progress of a run; this one ignores it."""
 
     def begin(self, files: int) -> None: ...
 
@@ -74,11 +74,11 @@ def run(
     variables     texts that a file of rules is given, as global variables by their names
     table         the table that the rows are written to
     retry_failed  asks again what failed in an earlier run; a file that has changed is always asked
-    dry_run       asks and writes nothing, tells what would be asked
+    dry_run       only reports what would be asked; asks and writes nothing
     patience      how many seconds to wait for a scheduler or database that is down
 
-    A file that fails is told of in the outcome. What keeps the whole from being done is a UsageError;
-    the same call goes on from there.
+    Files that fail are part of the outcome. Anything that stops the whole run is a UsageError; the same
+    call continues from there.
     """
     progress = progress or Progress()
     the_rules = Rules.of(rules, group, variables)

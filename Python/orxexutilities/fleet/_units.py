@@ -25,7 +25,7 @@ class UsageError(ValueError):
 
 
 class Stamp(NamedTuple):
-    """What tells a file from its later self."""
+    """Shows whether a file has changed."""
 
     size: int
     modified: int  # nanoseconds

@@ -108,7 +108,7 @@ def failure(unit: Unit, file: str, message: str, line: int | None = None, column
 
 
 def _without_place(error: orx.Error) -> str:
-    """All that there is to say of a file, the first without the place that is told apart."""
+    """All messages about a file; the first one without its place, which is reported separately."""
     place = ":".join(str(part) for part in (error.file, error.line, error.column) if part is not None)
     first, *more = error.messages
     return "\n".join([first.removeprefix(f"{place}: "), *more])
