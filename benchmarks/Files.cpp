@@ -48,18 +48,18 @@ const char* const kSection = "Exchange files";
 
 void AddReading(Table& table, const std::string& of, int megabytes, const Measured& m) {
     const double perByte = 1e9 / m.bytes;
-    table.Add({kSection,
-               "Reading a file" + of + m.Speed(m.reading),
-               "ns/byte",
-               m.reading * perByte,
-               m.classifying * perByte,
-               {3.0, {}}});
-    table.Add({kSection,
-               "Reading a file with two threads" + of + m.Speed(m.readingByTwo),
-               "ns/byte",
-               m.readingByTwo * perByte,
-               m.classifying * perByte,
-               {megabytes > 1 ? std::optional(2.1) : std::nullopt, {}}});
+    table.Add({.section = kSection,
+               .name = "Reading a file" + of + m.Speed(m.reading),
+               .unit = "ns/byte",
+               .time = m.reading * perByte,
+               .floor = m.classifying * perByte,
+               .target = {.ratio = 3.0}});
+    table.Add({.section = kSection,
+               .name = "Reading a file with two threads" + of + m.Speed(m.readingByTwo),
+               .unit = "ns/byte",
+               .time = m.readingByTwo * perByte,
+               .floor = m.classifying * perByte,
+               .target = {.ratio = megabytes > 1 ? std::optional(2.1) : std::nullopt}});
 }
 
 }  // namespace
@@ -81,24 +81,20 @@ void AddFiles(Table& table, const std::string& directory) {
             AddReading(table, of + ", the full schema", megabytes, Measure(file, fullSchema));
         }
         std::filesystem::remove(file);
-        table.Add({kSection,
-                   "Memory while reading a file" + of,
-                   "bytes/byte",
-                   m.memory / m.bytes,
-                   {},
-                   {{}, 3.0}});
-        table.Add({kSection,
-                   "Memory for each instance, file" + of,
-                   "bytes",
-                   m.memory / m.instances,
-                   {},
-                   {}});
-        table.Add({kSection,
-                   "Writing a file" + of + m.Speed(m.writing),
-                   "ns/byte",
-                   m.writing * perByte,
-                   m.plainWriting * perByte,
-                   {}});
+        table.Add({.section = kSection,
+                   .name = "Memory while reading a file" + of,
+                   .unit = "bytes/byte",
+                   .time = m.memory / m.bytes,
+                   .target = {.time = 3.0}});
+        table.Add({.section = kSection,
+                   .name = "Memory for each instance, file" + of,
+                   .unit = "bytes",
+                   .time = m.memory / m.instances});
+        table.Add({.section = kSection,
+                   .name = "Writing a file" + of + m.Speed(m.writing),
+                   .unit = "ns/byte",
+                   .time = m.writing * perByte,
+                   .floor = m.plainWriting * perByte});
     }
 }
 

@@ -624,12 +624,10 @@ void AddFunctions(Table& table) {
     for (std::size_t i = 0; i < orx::kExports.size(); ++i) {
         CheckAnswer(world, i);
         table.Measure(
-            {"Every function on typical data, tracing off",
-             std::string(kFloors[i].function),
-             "ns/call",
-             0,
-             {},
-             kFloors[i].target},
+            {.section = "Every function on typical data, tracing off",
+             .name = std::string(kFloors[i].function),
+             .unit = "ns/call",
+             .target = kFloors[i].target},
             1, [i](benchmark::State& state) { TimeCalls(state, TheModule(), world, i); },
             [i](benchmark::State& state) { kFloors[i].time(state, world.plain); });
     }
@@ -638,12 +636,9 @@ void AddFunctions(Table& table) {
                                         "IsPartConfigurated", "GetAbsPlacement"}) {
         const auto i = static_cast<std::size_t>(orx::FindExport(name) - orx::kExports.data());
         table.Measure(
-            {"Tracing off, over a platform without a trace",
-             std::string(name),
-             "ns/call",
-             0,
-             {},
-             {}},
+            {.section = "Tracing off, over a platform without a trace",
+             .name = std::string(name),
+             .unit = "ns/call"},
             1, [i](benchmark::State& state) { TimeCalls(state, TheModule(), world, i); },
             [i](benchmark::State& state) { TimeCalls(state, UntracedModule(), world, i); });
     }

@@ -61,18 +61,27 @@ std::string Grouped(long number) {
 const char* const kSection = "Whole data sets, loaded and asked about";
 
 void AddRows(Table& table, const std::string& name, const Measured& m, const Target& target) {
-    table.Add({kSection, name, "s", m.Whole(), m.loading, {target.ratio, {}}});
-    table.Add({kSection,
-               "Its memory, back references included",
-               "bytes/byte",
-               m.memory / m.bytes,
-               {},
-               {{}, target.time}});
+    table.Add({.section = kSection,
+               .name = name,
+               .unit = "s",
+               .time = m.Whole(),
+               .floor = m.loading,
+               .target = {.ratio = target.ratio}});
+    table.Add({.section = kSection,
+               .name = "Its memory, back references included",
+               .unit = "bytes/byte",
+               .time = m.memory / m.bytes,
+               .target = {.time = target.time}});
 }
 
 void AddGrowth(Table& table, const std::string& name, double larger, double smaller,
                std::optional<double> most) {
-    table.Add({kSection, name, "s", larger, smaller, {most, {}}});
+    table.Add({.section = kSection,
+               .name = name,
+               .unit = "s",
+               .time = larger,
+               .floor = smaller,
+               .target = {.ratio = most}});
 }
 
 void AddAssemblies(Table& table, const std::string& directory) {

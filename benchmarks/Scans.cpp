@@ -127,33 +127,51 @@ void AddReads(Table& table, const Items& items) {
         return item.part != nullptr;
     });
     const std::string section = "Reads and tests";
-    table.Measure({section, "GetAttr by a constant name", "ns/read", 0, {}, {{}, 15.0}}, kCount,
-                  forEach([](const SdaiEntityInstance* item) {
+    table.Measure({.section = section,
+                   .name = "GetAttr by a constant name",
+                   .unit = "ns/read",
+                   .target = {.time = 15.0}},
+                  kCount, forEach([](const SdaiEntityInstance* item) {
                       return item->GetAttr("design"_name).exists();
                   }),
                   plainRead);
-    table.Measure({section, "GetAttr by a text", "ns/read", 0, {}, {{}, 15.0}}, kCount,
-                  forEach([name = SdaiString("design")](const SdaiEntityInstance* item) {
+    table.Measure({.section = section,
+                   .name = "GetAttr by a text",
+                   .unit = "ns/read",
+                   .target = {.time = 15.0}},
+                  kCount, forEach([name = SdaiString("design")](const SdaiEntityInstance* item) {
                       return item->GetAttr(name).exists();
                   }),
                   plainRead);
-    table.Measure(
-        {section, "TestAttr by a constant name", "ns/test", 0, {}, {{}, 15.0}}, kCount,
-        forEach([](const SdaiEntityInstance* item) { return item->TestAttr("design"_name); }),
-        plainRead);
+    table.Measure({.section = section,
+                   .name = "TestAttr by a constant name",
+                   .unit = "ns/test",
+                   .target = {.time = 15.0}},
+                  kCount, forEach([](const SdaiEntityInstance* item) {
+                      return item->TestAttr("design"_name);
+                  }),
+                  plainRead);
     const auto plainTest = forEachPlain([](const PlainReference& item) {
         benchmark::DoNotOptimize(item.id);
         return item.id != nullptr;
     });
-    table.Measure({section, "IsKindOf by a constant name", "ns/test", 0, {}, {{}, 15.0}}, kCount,
-                  forEach([](const SdaiEntityInstance* item) {
+    table.Measure({.section = section,
+                   .name = "IsKindOf by a constant name",
+                   .unit = "ns/test",
+                   .target = {.time = 15.0}},
+                  kCount, forEach([](const SdaiEntityInstance* item) {
                       return item->IsKindOf("configuration_item"_name);
                   }),
                   plainTest);
-    table.Measure({section, "IsKindOf by a text", "ns/test", 0, {}, {{}, 15.0}}, kCount,
-                  forEach([name = SdaiString("configuration_item")](
-                              const SdaiEntityInstance* item) { return item->IsKindOf(name); }),
-                  plainTest);
+    table.Measure(
+        {.section = section,
+         .name = "IsKindOf by a text",
+         .unit = "ns/test",
+         .target = {.time = 15.0}},
+        kCount, forEach([name = SdaiString("configuration_item")](const SdaiEntityInstance* item) {
+            return item->IsKindOf(name);
+        }),
+        plainTest);
 }
 
 // ---- Walks
@@ -165,8 +183,8 @@ void AddWalks(Table& table, const Items& items) {
         return Repeat([&items, part = items.PlainOf(count)] { return items.Find(part); });
     };
 
-    table.Measure({section, "Extent of 1,000,000, by GetAttr", unit, 0, {}, {}}, kItems,
-                  Repeat([&items, sought = items.Part(kItems)] {
+    table.Measure({.section = section, .name = "Extent of 1,000,000, by GetAttr", .unit = unit},
+                  kItems, Repeat([&items, sought = items.Part(kItems)] {
                       const SdaiEntityInstance* part = sought;
                       SdaiIterator_Of_SdaiEntityInstanceH item(items.Extent());
                       while (item.Next()) {
@@ -194,16 +212,18 @@ void AddWalks(Table& table, const Items& items) {
     for (const std::size_t count : Items::kCounts) {
         const std::string of = ", the last of " + Grouped(static_cast<long>(count));
         const auto visited = static_cast<double>(count);
-        table.Measure({section, "IsPartConfigurated" + of, unit, 0, {}, kWalk}, visited,
-                      Repeat([=, part = items.Part(count)] { return isConfigurated(part); }),
-                      walkPlain(count));
-        table.Measure({section, "ORXIdEff" + of, unit, 0, {}, kWalk}, visited,
+        table.Measure(
+            {.section = section, .name = "IsPartConfigurated" + of, .unit = unit, .target = kWalk},
+            visited, Repeat([=, part = items.Part(count)] { return isConfigurated(part); }),
+            walkPlain(count));
+        table.Measure({.section = section, .name = "ORXIdEff" + of, .unit = unit, .target = kWalk},
+                      visited,
                       Repeat([=, part = items.Part(count), effectivity = items.Effectivity()] {
                           return idEff(part, effectivity);
                       }),
                       identifier(count, "S0017range_effectivity"));
-        table.Measure({section, "ORXIdCfg" + of, unit, 0, {}, kWalk}, visited,
-                      Repeat([=, item = items.Item(count)] { return idCfg(item); }),
+        table.Measure({.section = section, .name = "ORXIdCfg" + of, .unit = unit, .target = kWalk},
+                      visited, Repeat([=, item = items.Item(count)] { return idCfg(item); }),
                       identifier(count, "S0012HANDLER-0001"));
     }
 }
@@ -223,12 +243,10 @@ void AddPlacements(Table& table) {
             TheModule().Find<SdaiPrimitiveH(const SdaiPrimitiveH&)>("GetAbsPlacement");
         // The contexts of all occurrences, and the shapes of the assembly and of all components.
         const auto visited = static_cast<double>(2 * count + 1);
-        table.Measure({"Walks, for each instance visited",
-                       "GetAbsPlacement, the last of " + Grouped(count),
-                       "ns/instance",
-                       0,
-                       {},
-                       kWalk},
+        table.Measure({.section = "Walks, for each instance visited",
+                       .name = "GetAbsPlacement, the last of " + Grouped(count),
+                       .unit = "ns/instance",
+                       .target = kWalk},
                       visited, Repeat([=] { return placement(link); }),
                       Repeat([&assembly = assemblies.back()] {
                           return assembly.PlacementOf(&assembly.occurrences.back());
@@ -285,35 +303,37 @@ void AddVersions(Table& table, const Records& records) {
     auto* isVersion = TheModule().Find<SdaiPrimitiveH(Handle, Handle)>("IsVersion");
     const std::string section = "Walks, for each instance visited";
     const std::string of = ", the last of " + Grouped(kRecords);
-    table.Measure({section, "IsNewer" + of, "ns/record", 0, {}, kWalk}, kRecords,
-                  Repeat([=, newer = records.Newer(), older = records.Older()] {
-                      return isNewer(newer, older);
-                  }),
-                  Repeat([&records] {
-                      const PlainRecord* newer = nullptr;
-                      const PlainRecord* older = nullptr;
-                      for (const PlainRecord& record : records.Plain()) {
-                          if (record.part == records.PlainNewer()) newer = &record;
-                          if (record.part == records.PlainOlder()) older = &record;
-                          if (newer != nullptr && older != nullptr) break;
-                      }
-                      return newer->Identity() == older->Identity();
-                  }));
+    table.Measure(
+        {.section = section, .name = "IsNewer" + of, .unit = "ns/record", .target = kWalk},
+        kRecords, Repeat([=, newer = records.Newer(), older = records.Older()] {
+            return isNewer(newer, older);
+        }),
+        Repeat([&records] {
+            const PlainRecord* newer = nullptr;
+            const PlainRecord* older = nullptr;
+            for (const PlainRecord& record : records.Plain()) {
+                if (record.part == records.PlainNewer()) newer = &record;
+                if (record.part == records.PlainOlder()) older = &record;
+                if (newer != nullptr && older != nullptr) break;
+            }
+            return newer->Identity() == older->Identity();
+        }));
     // It goes on to the last record wherever the part is found.
-    table.Measure({section, "IsVersion" + of, "ns/record", 0, {}, kWalk}, kRecords,
-                  Repeat([=, part = records.Newer(), flag = SdaiPrimitiveH(1)] {
-                      return isVersion(part, flag);
-                  }),
-                  Repeat([&records] {
-                      long found = 0;
-                      for (const PlainRecord& record : records.Plain()) {
-                          if (record.part != records.PlainNewer()) continue;
-                          const PlainIdentity identity = record.Identity();
-                          benchmark::DoNotOptimize(identity);
-                          ++found;
-                      }
-                      return found;
-                  }));
+    table.Measure(
+        {.section = section, .name = "IsVersion" + of, .unit = "ns/record", .target = kWalk},
+        kRecords, Repeat([=, part = records.Newer(), flag = SdaiPrimitiveH(1)] {
+            return isVersion(part, flag);
+        }),
+        Repeat([&records] {
+            long found = 0;
+            for (const PlainRecord& record : records.Plain()) {
+                if (record.part != records.PlainNewer()) continue;
+                const PlainIdentity identity = record.Identity();
+                benchmark::DoNotOptimize(identity);
+                ++found;
+            }
+            return found;
+        }));
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ namespace bench {
 
 // What a row should reach.
 struct Target {
-    std::optional<double> ratio;  // at most so many times the floor
-    std::optional<double> time;   // at most so many units of time
+    std::optional<double> ratio = {};  // at most so many times the floor
+    std::optional<double> time = {};   // at most so many units of time
 };
 
 struct Row {
@@ -24,8 +24,8 @@ struct Row {
     std::string name;
     std::string unit;  // of the time: "ns/call"
     double time = 0;
-    std::optional<double> floor;  // none: a figure that has no counterpart
-    Target target;
+    std::optional<double> floor = {};  // none: a figure that has no counterpart
+    Target target = {};
 
     std::optional<double> Ratio() const {
         return floor.has_value() ? std::optional(time / *floor) : std::nullopt;
