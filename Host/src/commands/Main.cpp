@@ -67,29 +67,28 @@ void AddSchemaOption(CLI::App& command, Options& options) {
         ->check(Natural());
 }
 
-CLI::Option* AddSchemaAndModelOptions(CLI::App& command, Options& options) {
+void AddSchemaAndModelOptions(CLI::App& command, Options& options) {
     AddSchemaOption(command, options);
-    CLI::Option* model =
-        command
-            .add_option_function<std::string>(
-                "-m,--model",
-                [&options](const std::string& argument) {
-                    options.models.push_back({false, argument});
-                },
-                "a data set (again for more); NAME is the file's stem unless given")
-            ->type_name("[NAME=]FILE")
-            ->trigger_on_parse();
-    return model;
+    command
+        .add_option_function<std::string>(
+            "-m,--model",
+            [&options](const std::string& argument) {
+                options.models.push_back({false, argument});
+            },
+            "a data set (again for more); NAME is the file's stem unless given")
+        ->type_name("[NAME=]FILE")
+        ->trigger_on_parse();
 }
 
 // Data sets without -m: orx tree FILE.
-void AddFiles(CLI::App& command, Options& options) {
-    command.add_option_function<std::vector<std::string>>(
+CLI::Option* AddFiles(CLI::App& command, Options& options,
+                      const char* description = "data sets (\"-\": standard input)") {
+    return command.add_option_function<std::vector<std::string>>(
         "FILE",
         [&options](const std::vector<std::string>& files) {
             for (const std::string& file : files) options.models.push_back({false, file});
         },
-        "data sets (\"-\": standard input)");
+        description);
 }
 
 // A number from 0.
@@ -236,13 +235,6 @@ const CLI::App& Parsed(const CLI::App& app) {
     Refuse(message + help);
 }
 
-// Refuses a command that needs a data set and has none.
-void NeedModel(const CLI::App& command, const Options& options) {
-    if (options.models.empty()) {
-        Refuse("a data set is missing: orx " + command.get_name() + " FILE");
-    }
-}
-
 // For show, users and sql without -m, the first argument is the data set.
 void TakeFile(Options& options, const char* missing) {
     if (options.models.empty() && !options.expressions.empty()) {
@@ -282,6 +274,213 @@ std::string TextOf(const CLI::App& app, const CLI::Success& end) {
     return whole;
 }
 
+// ---- The commands
+
+void AddFunctionsOptions(CLI::App& command, Options& options) {
+    command.add_flag("--json", options.json, "one JSON object a function");
+}
+
+void AddDescribeOptions(CLI::App& command, Options& options) {
+    AddSchemaAndModelOptions(command, options);
+    AddFiles(command, options);
+    AddJsonFlag(command, options);
+}
+
+void AddTreeOptions(CLI::App& command, Options& options) {
+    AddSchemaAndModelOptions(command, options);
+    AddFiles(command, options);
+    command.add_flag("--placements", options.placements,
+                     "each occurrence in a line of its own, with its placement in its parent: the "
+                     "columns of a rotation, then a translation");
+    command.add_option("--depth", options.depth, "how many levels are shown below a root")
+        ->type_name("N")
+        ->check(Natural())
+        ->capture_default_str();
+    command.add_option("--lines", options.lines, "how many lines of a tree are shown")
+        ->type_name("N")
+        ->check(Natural())
+        ->capture_default_str();
+    command.add_flag("--absolute", options.absolute, "the same with the placement in the root");
+    command.add_flag("--names", options.names, "each occurrence with its name");
+    AddRootOption(command, options);
+    AddModuleOption(command, options);
+    AddFormFlags(command, options);
+}
+
+void AddBomOptions(CLI::App& command, Options& options) {
+    AddSchemaAndModelOptions(command, options);
+    AddFiles(command, options);
+    AddRootOption(command, options);
+    AddFormFlags(command, options);
+}
+
+// A data set that is an argument of its own; the model has the argument's name.
+void AddDataSet(CLI::App& command, Options& options, const char* name, const char* description) {
+    command
+        .add_option_function<std::string>(
+            name,
+            [&options, name](const std::string& file) {
+                options.models.push_back({false, std::string(name) + '=' + file});
+            },
+            description)
+        ->required();
+}
+
+void AddDiffOptions(CLI::App& command, Options& options) {
+    AddSchemaOption(command, options);
+    AddDataSet(command, options, "LEFT", "a data set");
+    AddDataSet(command, options, "RIGHT", "the one that it is compared with");
+    command.add_option("--tolerance", options.tolerance, "by how much reals may differ")
+        ->type_name("NUMBER")
+        ->check(NotNegative());
+    AddJsonFlag(command, options);
+}
+
+void AddCheckOptions(CLI::App& command, Options& options) {
+    AddSchemaOption(command, options);
+    AddFiles(command, options, "data sets")->required();
+    AddJsonFlag(command, options);
+}
+
+void AddCopyOptions(CLI::App& command, Options& options) {
+    AddSchemaOption(command, options);
+    AddDataSet(command, options, "FROM", "a data set");
+    command.add_option("TO", options.output, "where it goes")->required();
+    AddInPlaceFlag(command, options);
+}
+
+void AddPrintSchemaOptions(CLI::App& command, Options& options) {
+    AddSchemaOption(command, options);
+    command.add_option("NAME", options.schemaName, "the schema")->required();
+    command.add_option("--sql", options.sql, "its tables in a database of that kind")
+        ->type_name("sqlite|postgresql");
+}
+
+void AddReportOptions(CLI::App& command, Options& options) {
+    AddSchemaAndModelOptions(command, options);
+    AddFiles(command, options);
+    command
+        .add_option("-o,--output", options.output,
+                    "the page (\"-\": standard output); unless given, a new file that is named "
+                    "after the data set")
+        ->type_name("FILE.html");
+    AddInPlaceFlag(command, options);
+    AddModuleOption(command, options);
+}
+
+void AddInspectionOptions(CLI::App& command, Options& options) {
+    AddSchemaAndModelOptions(command, options);
+    command
+        .add_option("INSTANCE", options.expressions,
+                    "#12, 12, @model#12 or an expression; without -m, the data set before it")
+        ->required();
+    AddModuleOption(command, options);
+    AddFormFlags(command, options);
+}
+
+void AddCallOptions(CLI::App& command, Options& options) {
+    AddEvaluationOptions(command, options);
+    AddKeepGoingFlag(command, options);
+    command.add_option("EXPRESSION", options.expressions, "expressions or statements")->required();
+}
+
+void AddRunOptions(CLI::App& command, Options& options) {
+    AddEvaluationOptions(command, options);
+    AddKeepGoingFlag(command, options);
+    command.add_option("SCRIPT", options.script, "the file (\"-\": standard input)")->required();
+}
+
+void AddShellOptions(CLI::App& command, Options& options) {
+    AddEvaluationOptions(command, options);
+    AddFiles(command, options);
+}
+
+void AddSqlOptions(CLI::App& command, Options& options) {
+    AddSchemaAndModelOptions(command, options);
+    AddTraceOption(command, options);
+    AddModuleOption(command, options);
+    const FormFlags forms = AddFormFlags(command, options);
+    command.add_flag("--box", options.box, "rows as boxes")
+        ->excludes(forms.json)
+        ->excludes(forms.csv);
+    command
+        .add_option("QUERY", options.expressions,
+                    "queries (\"-\": standard input); without -m, the data set before them")
+        ->required();
+}
+
+// What a command needs of its data sets.
+enum class Needs {
+    Nothing,
+    Model,
+    Instance,  // of a model; without -m, the first argument is the data set
+    Query      // the same
+};
+
+struct Command {
+    const char* name;
+    const char* description;
+    void (*addOptions)(CLI::App& command, Options& options);
+    int (*run)(const Options& options);
+    Needs needs = Needs::Nothing;
+};
+
+constexpr Command kCommands[] = {
+    {"functions", "the export table", AddFunctionsOptions, Functions},
+    {"describe", "schema, instance counts by type, undeclared types", AddDescribeOptions, Describe,
+     Needs::Model},
+    {"tree", "the assembly structure", AddTreeOptions, Tree, Needs::Model},
+    {"bom", "the parts list: totals over all levels", AddBomOptions, PartsList, Needs::Model},
+    {"diff", "what two data sets hold differently", AddDiffOptions, Diff},
+    {"check", "what the schema of a data set does not allow", AddCheckOptions, Check},
+    {"copy", "a data set from one place to another", AddCopyOptions, Copy},
+    {"schema", "a schema as EXPRESS, or as tables", AddPrintSchemaOptions, PrintSchema},
+    {"report", "a page for a browser: structure, drawing, configurations, versions",
+     AddReportOptions, Report, Needs::Model},
+    {"show", "an instance: attributes, types, what it refers to", AddInspectionOptions,
+     ShowInstances, Needs::Instance},
+    {"users", "who refers to an instance, and through what", AddInspectionOptions, Users,
+     Needs::Instance},
+    {"call", "evaluate expressions, one result a line", AddCallOptions, CallOrRun},
+    {"run", "the same from a file, one statement a line", AddRunOptions, CallOrRun},
+    {"shell", "the same as they are typed", AddShellOptions, Shell},
+    {"sql", "queries in SQL: each entity type is a table", AddSqlOptions, Sql, Needs::Query},
+};
+
+int Run(const Command& command, Options& options) {
+    if (command.needs == Needs::Instance) {
+        TakeFile(options, "an instance is missing, such as '#12'");
+    } else if (command.needs == Needs::Query) {
+        TakeFile(options, "a query is missing, such as 'SELECT * FROM product'");
+    }
+    const bool needsModel = command.needs == Needs::Model || command.needs == Needs::Instance;
+    if (needsModel && options.models.empty()) {
+        Refuse("a data set is missing: orx " + std::string(command.name) + " FILE");
+    }
+    CheckTargets(options);
+    return command.run(options);
+}
+
+// Parses the arguments. Returns false, with the text to print, if they ask for help or the version.
+bool Parse(CLI::App& app, std::vector<std::string> arguments, std::string& text) {
+    try {
+        arguments = WithCommand(std::move(arguments), app);
+        std::reverse(arguments.begin(), arguments.end());
+        app.parse(std::move(arguments));
+        return true;
+    } catch (const CLI::Success& success) {
+        text = TextOf(app, success);
+        return false;
+    } catch (const CLI::ParseError& error) {
+        RefuseUsage(app, error);
+    }
+}
+
+int Print(const std::string& text) {
+    std::cout << text;
+    return Flush() ? kDone : kUnusable;
+}
+
 int Main(int argc, char** argv) {
     std::set_new_handler(NoteLack);
     HoldStandardStreams();
@@ -295,170 +494,26 @@ int Main(int argc, char** argv) {
     CLI::App app("Calls the mapping functions of ORXExUtilities on data sets.", "orx");
     app.set_version_flag("--version", "orx " ORX_VERSION);
     app.require_subcommand(1);
-
-    CLI::App* functions = app.add_subcommand("functions", "the export table");
-    functions->add_flag("--json", options.json, "one JSON object a function");
-    CLI::App* describe =
-        app.add_subcommand("describe", "schema, instance counts by type, undeclared types");
-    AddSchemaAndModelOptions(*describe, options);
-    AddFiles(*describe, options);
-    AddJsonFlag(*describe, options);
-    CLI::App* tree = app.add_subcommand("tree", "the assembly structure");
-    AddSchemaAndModelOptions(*tree, options);
-    AddFiles(*tree, options);
-    tree->add_flag("--placements", options.placements,
-                   "each occurrence in a line of its own, with its placement in its parent: the "
-                   "columns of a rotation, then a translation");
-    tree->add_option("--depth", options.depth, "how many levels are shown below a root")
-        ->type_name("N")
-        ->check(Natural())
-        ->capture_default_str();
-    tree->add_option("--lines", options.lines, "how many lines of a tree are shown")
-        ->type_name("N")
-        ->check(Natural())
-        ->capture_default_str();
-    tree->add_flag("--absolute", options.absolute, "the same with the placement in the root");
-    tree->add_flag("--names", options.names, "each occurrence with its name");
-    AddRootOption(*tree, options);
-    AddModuleOption(*tree, options);
-    AddFormFlags(*tree, options);
-    CLI::App* bom = app.add_subcommand("bom", "the parts list: totals over all levels");
-    AddSchemaAndModelOptions(*bom, options);
-    AddFiles(*bom, options);
-    AddRootOption(*bom, options);
-    AddFormFlags(*bom, options);
-    CLI::App* diff = app.add_subcommand("diff", "what two data sets hold differently");
-    AddSchemaOption(*diff, options);
-    const auto addDataSet = [&](const char* name, const char* description) {
-        diff->add_option_function<std::string>(
-                name,
-                [&options, name](const std::string& file) {
-                    options.models.push_back({false, std::string(name) + '=' + file});
-                },
-                description)
-            ->required();
-    };
-    addDataSet("LEFT", "a data set");
-    addDataSet("RIGHT", "the one that it is compared with");
-    diff->add_option("--tolerance", options.tolerance, "by how much reals may differ")
-        ->type_name("NUMBER")
-        ->check(NotNegative());
-    AddJsonFlag(*diff, options);
-    CLI::App* check = app.add_subcommand("check", "what the schema of a data set does not allow");
-    AddSchemaOption(*check, options);
-    check
-        ->add_option_function<std::vector<std::string>>(
-            "FILE",
-            [&options](const std::vector<std::string>& files) {
-                for (const std::string& file : files) options.models.push_back({false, file});
-            },
-            "data sets")
-        ->required();
-    AddJsonFlag(*check, options);
-    CLI::App* copy = app.add_subcommand("copy", "a data set from one place to another");
-    AddSchemaOption(*copy, options);
-    copy->add_option_function<std::string>(
-            "FROM",
-            [&options](const std::string& file) {
-                options.models.push_back({false, "FROM=" + file});
-            },
-            "a data set")
-        ->required();
-    copy->add_option("TO", options.output, "where it goes")->required();
-    AddInPlaceFlag(*copy, options);
-    CLI::App* schema = app.add_subcommand("schema", "a schema as EXPRESS, or as tables");
-    AddSchemaOption(*schema, options);
-    schema->add_option("NAME", options.schemaName, "the schema")->required();
-    schema->add_option("--sql", options.sql, "its tables in a database of that kind")
-        ->type_name("sqlite|postgresql");
-    CLI::App* report = app.add_subcommand(
-        "report", "a page for a browser: structure, drawing, configurations, versions");
-    AddSchemaAndModelOptions(*report, options);
-    AddFiles(*report, options);
-    report
-        ->add_option("-o,--output", options.output,
-                     "the page (\"-\": standard output); unless given, a new file that is named "
-                     "after the data set")
-        ->type_name("FILE.html");
-    AddInPlaceFlag(*report, options);
-    AddModuleOption(*report, options);
-    const auto addInspection = [&](const char* name, const char* description) {
-        CLI::App* command = app.add_subcommand(name, description);
-        AddSchemaAndModelOptions(*command, options);
-        command
-            ->add_option("INSTANCE", options.expressions,
-                         "#12, 12, @model#12 or an expression; without -m, the data set before it")
-            ->required();
-        AddModuleOption(*command, options);
-        AddFormFlags(*command, options);
-        return command;
-    };
-    CLI::App* show = addInspection("show", "an instance: attributes, types, what it refers to");
-    CLI::App* users = addInspection("users", "who refers to an instance, and through what");
-    CLI::App* call = app.add_subcommand("call", "evaluate expressions, one result a line");
-    AddEvaluationOptions(*call, options);
-    AddKeepGoingFlag(*call, options);
-    call->add_option("EXPRESSION", options.expressions, "expressions or statements")->required();
-    CLI::App* run = app.add_subcommand("run", "the same from a file, one statement a line");
-    AddEvaluationOptions(*run, options);
-    AddKeepGoingFlag(*run, options);
-    run->add_option("SCRIPT", options.script, "the file (\"-\": standard input)")->required();
-    CLI::App* shell = app.add_subcommand("shell", "the same as they are typed");
-    AddEvaluationOptions(*shell, options);
-    AddFiles(*shell, options);
-    CLI::App* sql = app.add_subcommand("sql", "queries in SQL: each entity type is a table");
-    AddSchemaAndModelOptions(*sql, options);
-    AddTraceOption(*sql, options);
-    AddModuleOption(*sql, options);
-    const FormFlags forms = AddFormFlags(*sql, options);
-    sql->add_flag("--box", options.box, "rows as boxes")->excludes(forms.json)->excludes(forms.csv);
-    sql->add_option("QUERY", options.expressions,
-                    "queries (\"-\": standard input); without -m, the data set before them")
-        ->required();
+    for (const Command& command : kCommands) {
+        command.addOptions(*app.add_subcommand(command.name, command.description), options);
+    }
     CLI::App* completion = app.add_subcommand("completion", "")->group("");
-    std::string completed;
-    completion->add_option("SHELL", completed)
+    std::string form;
+    completion->add_option("SHELL", form)
         ->required()
         ->check(CLI::IsMember({"bash", "zsh", "man"}));
 
-    try {
-        std::vector<std::string> arguments = WithCommand({argv + 1, argv + argc}, app);
-        std::reverse(arguments.begin(), arguments.end());
-        app.parse(std::move(arguments));
-    } catch (const CLI::Success& success) {
-        std::cout << TextOf(app, success);
-        return Flush() ? kDone : kUnusable;
-    } catch (const CLI::ParseError& error) {
-        RefuseUsage(app, error);
-    }
-    for (const CLI::App* command : {show, users}) {
-        if (command->parsed()) TakeFile(options, "an instance is missing, such as '#12'");
-    }
-    if (sql->parsed()) TakeFile(options, "a query is missing, such as 'SELECT * FROM product'");
-    for (const CLI::App* command : {describe, tree, bom, report, show, users}) {
-        if (command->parsed()) NeedModel(*command, options);
-    }
+    std::string text;
+    if (!Parse(app, {argv + 1, argv + argc}, text)) return Print(text);
     if (completion->parsed()) {
-        std::cout << (completed == "zsh"   ? ZshCompletion(app)
-                      : completed == "man" ? ManOptions(app)
-                                           : BashCompletion(app));
-        return Flush() ? kDone : kUnusable;
+        return Print(form == "zsh"   ? ZshCompletion(app)
+                     : form == "man" ? ManOptions(app)
+                                     : BashCompletion(app));
     }
-    CheckTargets(options);
-    if (functions->parsed()) return Functions(options);
-    if (describe->parsed()) return Describe(options);
-    if (tree->parsed()) return Tree(options);
-    if (bom->parsed()) return PartsList(options);
-    if (diff->parsed()) return Diff(options);
-    if (check->parsed()) return Check(options);
-    if (copy->parsed()) return Copy(options);
-    if (schema->parsed()) return PrintSchema(options);
-    if (report->parsed()) return Report(options);
-    if (show->parsed()) return ShowInstances(options);
-    if (users->parsed()) return Users(options);
-    if (shell->parsed()) return Shell(options);
-    if (sql->parsed()) return Sql(options);
-    return CallOrRun(options);
+    const std::string parsed = Parsed(app).get_name();
+    const auto* command = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                       [&](const Command& each) { return parsed == each.name; });
+    return Run(*command, options);
 }
 
 }  // namespace
