@@ -11,23 +11,16 @@ namespace calls {
 
 namespace {
 
-using Kind = KORHandleAccess::Kind;
-
-Kind KindOf(const SdaiPrimitiveH& value) {
-    return KORHandleAccess::KindOf(KORHandleAccess::Held(value));
-}
-
 // The kinds of argument that a value, taken out of its selects, can serve as.
 orx::Kind KindsOf(const SdaiPrimitiveH& value) {
-    switch (KindOf(value)) {
-        case Kind::String: return orx::String;
-        case Kind::Integer: return orx::Integer | orx::Real;
-        case Kind::Real: return orx::Real;
-        case Kind::Logical:
-        case Kind::Boolean: return orx::Logical;
-        case Kind::Instance: return orx::Instance;
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate: return orx::Aggregate;
+    switch (value.Kind()) {
+        case SdaiKind::String: return orx::String;
+        case SdaiKind::Integer: return orx::Integer | orx::Real;
+        case SdaiKind::Real: return orx::Real;
+        case SdaiKind::Logical:
+        case SdaiKind::Boolean: return orx::Logical;
+        case SdaiKind::Instance: return orx::Instance;
+        case SdaiKind::Aggregate: return orx::Aggregate;
         default: return orx::Select;  // items of enumerations and binaries
     }
 }
@@ -56,8 +49,8 @@ SdaiPrimitiveH ListOf(std::span<const SdaiPrimitiveH> members) {
 
 SdaiPrimitiveH LiteralList(std::span<const SdaiPrimitiveH> members) {
     const bool numbers = std::all_of(members.begin(), members.end(), [](const auto& member) {
-        const Kind kind = KindOf(member);
-        return kind == Kind::Integer || kind == Kind::Real;
+        const SdaiKind kind = member.Kind();
+        return kind == SdaiKind::Integer || kind == SdaiKind::Real;
     });
     if (!numbers) return ListOf(members);
     auto* reals = new SdaiListClassOfSdaiReal(0, 0);

@@ -13,7 +13,6 @@ namespace calls {
 namespace {
 
 using Base = kor::Domain::Base;
-using Kind = KORHandleAccess::Kind;
 
 bool IsInstanceOf(const SdaiEntityInstance& instance, const kor::EntityType& entity) {
     const kor::EntityType& type = *kor::Instance::Of(instance).Type().entity;
@@ -32,7 +31,7 @@ bool IsItemName(std::string_view text) {
 }
 
 bool FitsSelect(const SdaiPrimitiveH& value, const kor::Domain& select) {
-    if (const KORTypedValue* typed = KORHandleAccess::TypedOf(value)) {
+    if (const kor::TypedValue* typed = kor::HandleAccess::TypedOf(value)) {
         const kor::Domain* choice = select.Choice(typed->definedType.View());
         return choice != nullptr && Fits(typed->value, choice);
     }
@@ -56,24 +55,23 @@ bool FitsAggregate(const SdaiAggrInstance* members, const kor::Domain* element) 
 
 bool Fits(const SdaiPrimitiveH& value, const kor::Domain* domain) {
     if (!value.exists() || domain == nullptr) return true;
-    const Kind kind = KORHandleAccess::KindOf(KORHandleAccess::Held(value));
+    const SdaiKind kind = value.Kind();
     switch (domain->base) {
         case Base::Generic: return true;
         case Base::Select: return FitsSelect(value, *domain);
-        case Base::Integer: return kind == Kind::Integer;
+        case Base::Integer: return kind == SdaiKind::Integer;
         case Base::Real:
-        case Base::Number: return kind == Kind::Real || kind == Kind::Integer;
-        case Base::String: return kind == Kind::String;
-        case Base::Binary: return kind == Kind::Binary;
-        case Base::Logical: return kind == Kind::Logical || kind == Kind::Boolean;
+        case Base::Number: return kind == SdaiKind::Real || kind == SdaiKind::Integer;
+        case Base::String: return kind == SdaiKind::String;
+        case Base::Binary: return kind == SdaiKind::Binary;
+        case Base::Logical: return kind == SdaiKind::Logical || kind == SdaiKind::Boolean;
         case Base::Boolean:
-            return kind == Kind::Boolean ||
-                   (kind == Kind::Logical &&
+            return kind == SdaiKind::Boolean ||
+                   (kind == SdaiKind::Logical &&
                     static_cast<const SdaiLogical&>(value) != SdaiLogical());
         case Base::Enumeration:
-            return kind == Kind::Enumeration ||
-                   (kind == Kind::String &&
-                    IsItemName(static_cast<const SdaiString&>(value).View()));
+            return kind == SdaiKind::Enumeration ||
+                   (kind == SdaiKind::String && IsItemName(TextOf(value).View()));
         case Base::Entity: {
             const SdaiEntityInstance* instance = value;
             return instance != nullptr && IsInstanceOf(*instance, *domain->entity);

@@ -48,7 +48,7 @@ const char* Misfit(orx::Kind kind, const Argument& argument) {
     if (argument.model != nullptr) return "a value expected, found a model";
     if (kind != orx::RealList) return nullptr;
     const SdaiAggrInstance* list = argument.handle;
-    const bool isRealList = list != nullptr && KORAggregateAccess::IsRealList(*list);
+    const bool isRealList = list != nullptr && kor::AggregateAccess::IsRealList(*list);
     return isRealList ? nullptr : "a list of reals expected, such as ()";
 }
 
@@ -85,7 +85,7 @@ SdaiPrimitiveH Module::Invoked(const orx::Export& function,
         case 2:
             if (function.arguments[1] == orx::Model) {
                 return Invoke<SdaiEntityInstance*, SdaiString, SdaiModel*>(
-                    symbol, static_cast<const SdaiString&>(handle(0)), arguments[1].model);
+                    symbol, TextOf(handle(0)), arguments[1].model);
             }
             return Invoke<SdaiPrimitiveH, Handle, Handle>(symbol, handle(0), handle(1));
         default:

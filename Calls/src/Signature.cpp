@@ -55,17 +55,15 @@ std::string KindPhrase(orx::Kind kinds) {
 }
 
 orx::Kind KindOf(const SdaiPrimitiveH& value) {
-    using Held = KORHandleAccess::Kind;
-    switch (KORHandleAccess::KindOf(KORHandleAccess::Held(value))) {
-        case Held::Unset: return orx::Unset;
-        case Held::Integer: return orx::Integer;
-        case Held::Real: return orx::Real;
-        case Held::Logical:
-        case Held::Boolean: return orx::Logical;
-        case Held::Instance: return orx::Instance;
-        case Held::ModelAggregate:
-        case Held::SharedAggregate: return orx::Aggregate;
-        case Held::String: return orx::String;
+    switch (value.Kind()) {
+        case SdaiKind::Unset: return orx::Unset;
+        case SdaiKind::Integer: return orx::Integer;
+        case SdaiKind::Real: return orx::Real;
+        case SdaiKind::Logical:
+        case SdaiKind::Boolean: return orx::Logical;
+        case SdaiKind::Instance: return orx::Instance;
+        case SdaiKind::Aggregate: return orx::Aggregate;
+        case SdaiKind::String: return orx::String;
         default: return orx::None;
     }
 }

@@ -118,9 +118,7 @@ struct Result<Any> {
 };
 template <>
 struct Result<String> {
-    static std::string Of(const SdaiPrimitiveH& value) {
-        return std::string(static_cast<const SdaiString&>(value).View());
-    }
+    static std::string Of(const SdaiPrimitiveH& value) { return std::string(TextOf(value).View()); }
 };
 template <>
 struct Result<Integer> {
@@ -155,15 +153,18 @@ struct Result<Instance | Unset> {
 
 // A value as one of the types, where it is of its kind.
 template <class Type>
-std::optional<Type> As(const SdaiPrimitiveH& value, const SdaiString& kind) {
+std::optional<Type> As(const SdaiPrimitiveH& value) {
+    const SdaiKind kind = value.Kind();
     if constexpr (std::is_same_v<Type, std::string>) {
-        if (kind == "STRING") return Result<String>::Of(value);
+        if (kind == SdaiKind::String) return Result<String>::Of(value);
     } else if constexpr (std::is_same_v<Type, long>) {
-        if (kind == "INTEGER") return Result<Integer>::Of(value);
+        if (kind == SdaiKind::Integer) return Result<Integer>::Of(value);
     } else if constexpr (std::is_same_v<Type, double>) {
-        if (kind == "REAL") return Result<Real>::Of(value);
+        if (kind == SdaiKind::Real) return Result<Real>::Of(value);
     } else if constexpr (std::is_same_v<Type, SdaiLogical>) {
-        if (kind == "LOGICAL" || kind == "BOOLEAN") return Result<Logical>::Of(value);
+        if (kind == SdaiKind::Logical || kind == SdaiKind::Boolean) {
+            return Result<Logical>::Of(value);
+        }
     } else {
         return Result<Instance | Unset>::Of(value);
     }
@@ -174,11 +175,10 @@ std::optional<Type> As(const SdaiPrimitiveH& value, const SdaiString& kind) {
 template <class... Types>
 std::optional<std::variant<Types...>> OneOf(const SdaiPrimitiveH& value) {
     std::optional<std::variant<Types...>> result;
-    const SdaiString kind = value.UnderlyingTypeName();
     const auto take = [&result](auto taken) {
         if (taken.has_value()) result.emplace(std::move(*taken));
     };
-    (take(As<Types>(value, kind)), ...);
+    (take(As<Types>(value)), ...);
     return result;
 }
 

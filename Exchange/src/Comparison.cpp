@@ -56,9 +56,9 @@ bool IsUnset(const Cell& cell) { return cell.GetTag() <= Tag::Derived; }
 
 std::span<const Cell> Members(const Cell& aggregate, std::vector<Cell>& room) {
     const SdaiAggrInstance& members = *aggregate.Get<SdaiAggrInstance*>();
-    room.resize(KORAggregateAccess::Count(members));
+    room.resize(kor::AggregateAccess::Count(members));
     for (std::size_t i = 0; i < room.size(); ++i) {
-        room[i] = KORAggregateAccess::MemberCell(members, i);
+        room[i] = kor::AggregateAccess::MemberCell(members, i);
     }
     return room;
 }
@@ -97,11 +97,10 @@ template <class Visit>
 void WalkValue(const Cell& cell, const Domain* domain, std::uint64_t path, Visit visit) {
     if (IsUnset(cell)) return;
     if (cell.GetTag() == Tag::Typed) {
-        const KORTypedValue& typed = *cell.Get<KORTypedValue*>();
-        const kor::CellHolder value(kor::ToCell(typed.value, nullptr));
+        const kor::TypedValue& typed = *cell.Get<kor::TypedValue*>();
         const Domain* choice =
             domain == nullptr ? nullptr : domain->Choice(typed.definedType.View());
-        WalkValue(value.Get(), choice, Mixed(path, HashOf(typed.definedType.View())), visit);
+        WalkValue(typed.cell, choice, Mixed(path, HashOf(typed.definedType.View())), visit);
         return;
     }
     visit(cell, path);
@@ -238,8 +237,8 @@ class Side {
                               const std::uint32_t target = NumberOf(cell);
                               if (target != kNone) edges.push_back({number, path, target});
                           } else if (cell.GetTag() == Tag::Aggregate) {
-                              sum += Mixed(
-                                  path, KORAggregateAccess::Count(*cell.Get<SdaiAggrInstance*>()));
+                              sum += Mixed(path, kor::AggregateAccess::Count(
+                                                     *cell.Get<SdaiAggrInstance*>()));
                           } else {
                               sum += Mixed(path, PlainHash(cell));
                           }
@@ -606,16 +605,14 @@ class Comparer {
     }
 
     bool EqualTyped(const Cell& a, const Cell& b, const Domain* domain) const {
-        const KORTypedValue& left = *a.Get<KORTypedValue*>();
-        const KORTypedValue& right = *b.Get<KORTypedValue*>();
+        const kor::TypedValue& left = *a.Get<kor::TypedValue*>();
+        const kor::TypedValue& right = *b.Get<kor::TypedValue*>();
         if (!kor::MatchesFolded(left.definedType.View(), kor::Folded(right.definedType.View()))) {
             return false;
         }
-        const kor::CellHolder leftValue(kor::ToCell(left.value, nullptr));
-        const kor::CellHolder rightValue(kor::ToCell(right.value, nullptr));
         const Domain* choice =
             domain == nullptr ? nullptr : domain->Choice(left.definedType.View());
-        return Equal(leftValue.Get(), rightValue.Get(), choice);
+        return Equal(left.cell, right.cell, choice);
     }
 
     bool EqualAggregates(const Cell& a, const Cell& b, const Domain* domain) const {
@@ -673,10 +670,9 @@ class Comparer {
                 break;
             }
             case Tag::Typed: {
-                const KORTypedValue& typed = *cell.Get<KORTypedValue*>();
-                const kor::CellHolder value(kor::ToCell(typed.value, nullptr));
+                const kor::TypedValue& typed = *cell.Get<kor::TypedValue*>();
                 to += typed.definedType.ToUtf8() + '(';
-                AppendShown(to, side, value.Get());
+                AppendShown(to, side, typed.cell);
                 to += ')';
                 break;
             }

@@ -35,7 +35,8 @@ std::string KindOf(const Cell& cell) {
             return "the " + instance.Type().entity->FoldedName() + " #" +
                    std::to_string(instance.Id());
         }
-        case Tag::Typed: return "a " + std::string(cell.Get<KORTypedValue*>()->definedType.View());
+        case Tag::Typed:
+            return "a " + std::string(cell.Get<kor::TypedValue*>()->definedType.View());
         default: return "nothing";
     }
 }
@@ -92,19 +93,18 @@ class ValueCheck {
     }
 
     void CheckTyped(const Cell& cell, const Domain& select) {
-        const KORTypedValue& typed = *cell.Get<KORTypedValue*>();
+        const kor::TypedValue& typed = *cell.Get<kor::TypedValue*>();
         const Domain* choice = select.Choice(typed.definedType.View());
         if (choice == nullptr) {
             return tell_(KindOf(cell) + " where " + WantedBy(select) + " is declared");
         }
-        const kor::CellHolder value(kor::ToCell(typed.value, nullptr));
-        Check(value.Get(), *choice);
+        Check(typed.cell, *choice);
     }
 
     void CheckMembers(const Cell& cell, const Domain& domain) {
         const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
         const AggregateForm& form = domain.form;
-        const std::uint64_t count = KORAggregateAccess::Count(members);
+        const std::uint64_t count = kor::AggregateAccess::Count(members);
         if (count < form.least || count > form.most) {
             tell_(std::to_string(count) + " members, " +
                   (count < form.least ? "at least " + std::to_string(form.least)
@@ -113,7 +113,7 @@ class ValueCheck {
         }
         std::unordered_set<const SdaiEntityInstance*> seen;
         for (std::size_t i = 0; i < count; ++i) {
-            const Cell member = KORAggregateAccess::MemberCell(members, i);
+            const Cell member = kor::AggregateAccess::MemberCell(members, i);
             if (member.GetTag() == Tag::Unset) {
                 if (!form.optionalMembers) tell_("member " + std::to_string(i + 1) + " is unset");
                 continue;

@@ -204,7 +204,7 @@ class Reader {
         const SdaiPrimitiveH list = values.empty() ? SdaiPrimitiveH() : ToHandle(values[0], false);
         const SdaiAggrInstance* names = list;
         const SdaiPrimitiveH first = names != nullptr ? names->GetMember(0) : SdaiPrimitiveH();
-        const std::string_view whole = static_cast<const SdaiString&>(first).View();
+        const std::string_view whole = TextOf(first).View();
         const std::string name(whole.substr(0, whole.find(' ')));
         if (name.empty()) lexer_.Fail(place, "FILE_SCHEMA names no schema");
         SchemaCatalog::ForFile found = schemas_.FindForFile(name);

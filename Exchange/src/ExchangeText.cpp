@@ -129,7 +129,7 @@ void AppendCharacters(std::string& to, std::basic_string_view<Char> text) {
 void AppendString(std::string& to, std::string_view text) { AppendCharacters(to, text); }
 void AppendString(std::string& to, std::u32string_view text) { AppendCharacters(to, text); }
 void AppendString(std::string& to, const KORUnicodeString& text) {
-    KORTextAccess::Characters(text, [&to](auto characters) { AppendCharacters(to, characters); });
+    kor::TextAccess::Characters(text, [&to](auto characters) { AppendCharacters(to, characters); });
 }
 
 void AppendInteger(std::string& to, long value) {

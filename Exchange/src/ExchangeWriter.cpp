@@ -104,7 +104,7 @@ class Writer {
   private:
     void NoteProblem(const kor::Instance& instance) {
         if (unwritable_ == nullptr || !problem.empty()) return;
-        problem = "#" + std::to_string(instance.Id()) + " has " + unwritable_ +
+        problem = '#' + std::to_string(instance.Id()) + " has " + unwritable_ +
                   ", which no exchange file can hold";
     }
 
@@ -158,7 +158,7 @@ class Writer {
                 break;
             case Tag::Instance: Reference(*cell.Get<SdaiEntityInstance*>()); break;
             case Tag::Aggregate: Members(*cell.Get<SdaiAggrInstance*>(), depth); break;
-            case Tag::Typed: Typed(*cell.Get<KORTypedValue*>(), depth); break;
+            case Tag::Typed: Typed(*cell.Get<kor::TypedValue*>(), depth); break;
         }
     }
 
@@ -172,12 +172,13 @@ class Writer {
 
     void Members(const SdaiAggrInstance& members, int depth) {
         if (IsTooDeep(depth)) return;
-        List(KORAggregateAccess::Count(members),
-             [&](std::size_t i) { Value(KORAggregateAccess::MemberCell(members, i), depth + 1); });
+        List(kor::AggregateAccess::Count(members), [&](std::size_t i) {
+            Value(kor::AggregateAccess::MemberCell(members, i), depth + 1);
+        });
     }
 
     // A value with the name of its defined type.
-    void Typed(const KORTypedValue& typed, int depth) {
+    void Typed(const kor::TypedValue& typed, int depth) {
         const std::string name = kor::Folded(typed.definedType.View());
         if (!typed.value.exists() && StandsForItself(name)) {
             text += name;
@@ -187,7 +188,7 @@ class Writer {
         if (!IsKeyword(name)) unwritable_ = "a typed value whose type is no name";
         text += name;
         text += '(';
-        Held(typed.value, depth + 1);
+        Value(typed.cell, depth + 1);
         text += ')';
     }
 
@@ -197,17 +198,6 @@ class Writer {
             unwritable_ = "an external reference without an address";
         }
         return name == "*" || IsExternalName(name);
-    }
-
-    void Held(const SdaiPrimitiveH& value, int depth) {
-        if (const KORTypedValue* typed = KORHandleAccess::TypedOf(value)) {
-            Typed(*typed, depth);
-        } else if (const SdaiAggrInstance* members = value) {
-            Members(*members, depth);
-        } else {
-            const kor::CellHolder cell(kor::ToCell(value, nullptr));
-            Value(cell.Get(), depth);
-        }
     }
 
     const bool infinite_;
@@ -325,7 +315,7 @@ std::string ExternalName(std::string_view written) {
 }
 
 std::string_view ExternalReference(const SdaiPrimitiveH& value) {
-    const KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    const kor::TypedValue* typed = kor::HandleAccess::TypedOf(value);
     if (typed == nullptr || typed->value.exists() || !IsExternalName(typed->definedType.View())) {
         return {};
     }

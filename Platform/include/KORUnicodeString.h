@@ -196,7 +196,7 @@ class KOR_API KORUnicodeString {
     KORUnicodeString ReadBack(std::string_view bytes) const;
 
   private:
-    friend class KORTextAccess;  // the in-memory model has its own buffers
+    friend class kor::TextAccess;
 
     static constexpr std::size_t kSmall = 15;
 

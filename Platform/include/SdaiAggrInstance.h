@@ -57,10 +57,10 @@ class KOR_API SdaiAggrInstance {
     void Reserve(long count);
 
   private:
-    friend class KORAggregateAccess;  // the in-memory model
+    friend class kor::AggregateAccess;
 
-    // Members of one kind are stored as bare numbers or pointers, 8 bytes each; others as cells of
-    // the in-memory model.
+    // Members of one kind are stored as bare numbers or pointers, 8 bytes each; others as
+    // kor::Cell.
     enum class Layout : std::uint8_t { Cells, Reals, Integers, Instances };
 
     void* members_ = nullptr;
@@ -74,7 +74,7 @@ class KOR_API SdaiAggrInstance {
     bool mixed_ : 1 = false;     // members may be instances of several models
     bool keeps_ : 1 = false;     // keeps former members that are aggregates until it is destroyed
     // An index to find instances among many members; null until needed.
-    mutable std::atomic<class KORMemberIndex*> index_{nullptr};
+    mutable std::atomic<kor::MemberIndex*> index_{nullptr};
 };
 
 // A list of reals. Up to twelve, the size of a placement, are stored in the object itself: creating
@@ -88,7 +88,7 @@ class KOR_API SdaiListClassOfSdaiReal : public SdaiAggrInstance {
     void Append(const double& value);
 
   private:
-    friend class KORAggregateAccess;
+    friend class kor::AggregateAccess;
 
     static constexpr std::size_t kInPlace = 12;
     double inPlace_[kInPlace];

@@ -37,7 +37,20 @@ class SdaiEntityInstance;
 class SdaiModel;
 class SdaiNamedType;
 class SdaiPrimitiveH;
-struct KORTypedValue;
+
+// The kinds of values. A select is of the kind of the value it holds.
+enum class SdaiKind : std::uint8_t {
+    Unset,
+    Integer,
+    Real,
+    Logical,
+    Boolean,
+    String,
+    Enumeration,
+    Binary,
+    Instance,
+    Aggregate
+};
 
 // A select value: a value read from an attribute or aggregate whose type is a SELECT. It holds the
 // selected value and, if the data name it, the defined type under which the value was selected
@@ -66,7 +79,7 @@ class KOR_API SdaiSelectH {
 
   private:
     friend class SdaiPrimitiveH;
-    friend class KORHandleAccess;  // the in-memory model
+    friend class kor::HandleAccess;
 
     // Values of FirstOwning and the kinds after it must be released.
     enum class Kind : std::uint8_t {
@@ -96,7 +109,7 @@ class KOR_API SdaiSelectH {
         SdaiLogical logical_;
         SdaiEntityInstance* instance_;
         SdaiAggrInstance* aggregate_;
-        KORTypedValue* typed_;
+        kor::TypedValue* typed_;
         SdaiString text_;
     };
     Kind kind_;
@@ -132,6 +145,9 @@ class KOR_API SdaiPrimitiveH {
 
     // Whether the handle holds a value.
     SdaiBoolean exists() const { return SdaiBoolean(value_.kind_ != SdaiSelectH::Kind::Unset); }
+
+    // The kind of the value; for a select, of the value it holds.
+    SdaiKind Kind() const;
 
     // The value of the named explicit attribute; unset if it has none. Names are case-insensitive.
     SdaiPrimitiveH GetAttr(const SdaiString& name) const;
@@ -180,17 +196,13 @@ class KOR_API SdaiPrimitiveH {
 
   private:
     friend class SdaiSelectH;
-    friend class KORHandleAccess;
+    friend class kor::HandleAccess;
 
     SdaiSelectH value_;
 };
 
-// A value and the defined type under which it was selected. Shared by the handles and the model
-// that hold it.
-struct KORTypedValue {
-    std::atomic<std::uint32_t> owners;
-    SdaiString definedType;
-    SdaiPrimitiveH value;
-};
+// The text of a string; "" for any other value. The reference is valid until the handle is modified
+// or destroyed.
+inline const SdaiString& TextOf(const SdaiPrimitiveH& value) { return value; }
 
 #endif

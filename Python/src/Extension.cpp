@@ -324,7 +324,7 @@ py::object Create(Model& model, const std::string& name, const py::kwargs& attri
 class Column {
   public:
     Column(Model& model, const kor::EntityType& entity, const std::string& attribute)
-        : members_(KORAggregateAccess::ExtentMembers(
+        : members_(kor::AggregateAccess::ExtentMembers(
               *model.Data().Extent(std::string_view(entity.FoldedName())))),
           attribute_(attribute) {
         slot_ = entity.SlotOf(std::string_view(attribute));
@@ -434,7 +434,7 @@ py::object Placements(const py::object& occurrences) {
     py::list held;
     Model* model = nullptr;
     if (const SdaiAggrInstance* extent = AsExtent(occurrences.ptr())) {
-        const auto members = KORAggregateAccess::ExtentMembers(*extent);
+        const auto members = kor::AggregateAccess::ExtentMembers(*extent);
         instances.assign(members.begin(), members.end());
         model = &ModelOfExtent(occurrences.ptr());
     } else {

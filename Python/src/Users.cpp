@@ -13,7 +13,7 @@ template <class Visit>
 bool AnyInstance(const SdaiPrimitiveH& value, const Visit& visit) {
     if (SdaiEntityInstance* instance = value) return visit(*instance);
     const SdaiAggrInstance* members = value;
-    if (members == nullptr || KORAggregateAccess::IsRealList(*members)) return false;
+    if (members == nullptr || kor::AggregateAccess::IsRealList(*members)) return false;
     for (long i = 0; i < members->GetMemberCount(); ++i) {
         if (AnyInstance(members->GetMember(i), visit)) return true;
     }
@@ -53,7 +53,7 @@ std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& instance,
     const SdaiString name(attribute);
     std::vector<SdaiEntityInstance*> users;
     const SdaiAggrInstance* extent = model.Extent(std::string_view(type));
-    for (SdaiEntityInstance* user : KORAggregateAccess::ExtentMembers(*extent)) {
+    for (SdaiEntityInstance* user : kor::AggregateAccess::ExtentMembers(*extent)) {
         const auto isSought = [&](const SdaiEntityInstance& held) { return &held == &instance; };
         if (AnyInstance(user->GetAttr(name), isSought)) users.push_back(user);
     }

@@ -14,8 +14,6 @@ Classes classes;
 
 namespace {
 
-using Kind = KORHandleAccess::Kind;
-
 // Owns a reference.
 class Reference {
   public:
@@ -134,32 +132,30 @@ PyObject* TruthOf(const SdaiLogical& logical) {
     return Py_NewRef(truth);
 }
 
-PyObject* OfClass(PyObject* itsClass, const SdaiSelectH& held) {
-    const Reference text(ToPython(KORHandleAccess::TextOf(held)));
+PyObject* OfClass(PyObject* itsClass, const SdaiPrimitiveH& value) {
+    const Reference text(ToPython(kor::HandleAccess::TextOf(value)));
     return text ? PyObject_CallOneArg(itsClass, text.Get()) : nullptr;
 }
 
 }  // namespace
 
 PyObject* ToPython(const SdaiPrimitiveH& value) {
-    if (const KORTypedValue* typed = KORHandleAccess::TypedOf(value)) {
+    if (const kor::TypedValue* typed = kor::HandleAccess::TypedOf(value)) {
         const Reference name(ToPython(typed->definedType));
         const Reference held(ToPython(typed->value));
         if (!name || !held) return nullptr;
         return PyObject_CallFunctionObjArgs(classes.typed, name.Get(), held.Get(), nullptr);
     }
-    const SdaiSelectH& held = KORHandleAccess::Held(value);
-    switch (KORHandleAccess::KindOf(held)) {
-        case Kind::Integer: return PyLong_FromLong(value);
-        case Kind::Real: return PyFloat_FromDouble(value);
-        case Kind::Logical:
-        case Kind::Boolean: return TruthOf(value);
-        case Kind::String: return ToPython(KORHandleAccess::TextOf(held));
-        case Kind::Enumeration: return OfClass(classes.enumeration, held);
-        case Kind::Binary: return OfClass(classes.binary, held);
-        case Kind::Instance: return NewInstance(*static_cast<SdaiEntityInstance*>(value));
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate: return ListOf(*static_cast<SdaiAggrInstance*>(value));
+    switch (value.Kind()) {
+        case SdaiKind::Integer: return PyLong_FromLong(value);
+        case SdaiKind::Real: return PyFloat_FromDouble(value);
+        case SdaiKind::Logical:
+        case SdaiKind::Boolean: return TruthOf(value);
+        case SdaiKind::String: return ToPython(TextOf(value));
+        case SdaiKind::Enumeration: return OfClass(classes.enumeration, value);
+        case SdaiKind::Binary: return OfClass(classes.binary, value);
+        case SdaiKind::Instance: return NewInstance(*static_cast<SdaiEntityInstance*>(value));
+        case SdaiKind::Aggregate: return ListOf(*static_cast<SdaiAggrInstance*>(value));
         default: Py_RETURN_NONE;
     }
 }
@@ -206,6 +202,32 @@ bool TextOf(PyObject* value, const char* attribute, const Place& place, SdaiStri
 
 bool IsOf(PyObject* value, PyObject* itsClass) {
     return reinterpret_cast<PyObject*>(Py_TYPE(value)) == itsClass;
+}
+
+// An object that behaves as a number, such as a scalar of numpy; anything else is a TypeError.
+bool FromNumberLike(PyObject* value, const Place& place, SdaiPrimitiveH& converted) {
+    if (std::string_view(Py_TYPE(value)->tp_name) == "numpy.bool_") {
+        const int truth = PyObject_IsTrue(value);
+        if (truth < 0) return false;
+        converted = SdaiPrimitiveH(truth != 0 ? sdaiLTRUE : sdaiLFALSE);
+        return true;
+    }
+    if (PyIndex_Check(value)) {
+        const Reference number(PyNumber_Index(value));
+        return number && FromInteger(number.Get(), place, converted);
+    }
+    const PyNumberMethods* numbers = Py_TYPE(value)->tp_as_number;
+    if (numbers != nullptr && numbers->nb_float != nullptr) {
+        const double number = PyFloat_AsDouble(value);
+        if (number == -1.0 && PyErr_Occurred() != nullptr) return false;
+        converted = SdaiPrimitiveH(number);
+        return true;
+    }
+    PyErr_Format(PyExc_TypeError,
+                 "%s: None, a bool, int, float, str, Instance, list, Enum, Binary or Typed "
+                 "expected, found %s",
+                 place.ToString().c_str(), TypeName(value).c_str());
+    return false;
 }
 
 }  // namespace
@@ -260,29 +282,7 @@ bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH
         !PyRange_Check(value)) {
         return FromSequence(value, place, lists, converted);
     }
-    // The scalars of numpy.
-    if (std::string_view(Py_TYPE(value)->tp_name) == "numpy.bool_") {
-        const int truth = PyObject_IsTrue(value);
-        if (truth < 0) return false;
-        converted = SdaiPrimitiveH(truth != 0 ? sdaiLTRUE : sdaiLFALSE);
-        return true;
-    }
-    if (PyIndex_Check(value)) {
-        const Reference number(PyNumber_Index(value));
-        return number && FromInteger(number.Get(), place, converted);
-    }
-    const PyNumberMethods* numbers = Py_TYPE(value)->tp_as_number;
-    if (numbers != nullptr && numbers->nb_float != nullptr) {
-        const double number = PyFloat_AsDouble(value);
-        if (number == -1.0 && PyErr_Occurred() != nullptr) return false;
-        converted = SdaiPrimitiveH(number);
-        return true;
-    }
-    PyErr_Format(PyExc_TypeError,
-                 "%s: None, a bool, int, float, str, Instance, list, Enum, Binary or Typed "
-                 "expected, found %s",
-                 place.ToString().c_str(), TypeName(value).c_str());
-    return false;
+    return FromNumberLike(value, place, converted);
 }
 
 }  // namespace python

@@ -38,19 +38,18 @@ std::uint64_t Mixed(std::uint64_t hash, const void* data, std::size_t size) {
 std::uint64_t Mixed(std::uint64_t hash, const Cell& cell);
 
 std::uint64_t Mixed(std::uint64_t hash, const SdaiAggrInstance& members) {
-    const std::size_t count = KORAggregateAccess::Count(members);
+    const std::size_t count = kor::AggregateAccess::Count(members);
     hash = Mixed(hash, count);
     for (std::size_t i = 0; i < count; ++i) {
-        hash = Mixed(hash, KORAggregateAccess::MemberCell(members, i));
+        hash = Mixed(hash, kor::AggregateAccess::MemberCell(members, i));
     }
     return hash;
 }
 
-std::uint64_t Mixed(std::uint64_t hash, const KORTypedValue& typed) {
+std::uint64_t Mixed(std::uint64_t hash, const kor::TypedValue& typed) {
     const std::string_view name = typed.definedType.View();
     hash = Mixed(hash, name.data(), name.size());
-    const kor::CellHolder value(kor::ToCell(typed.value, nullptr));
-    return Mixed(hash, value.Get());
+    return Mixed(hash, typed.cell);
 }
 
 std::uint64_t Mixed(std::uint64_t hash, const Cell& cell) {
@@ -72,7 +71,7 @@ std::uint64_t Mixed(std::uint64_t hash, const Cell& cell) {
         case Tag::Instance:
             return Mixed(hash, cell.Get<SdaiEntityInstance*>()->GetInstanceNameId());
         case Tag::Aggregate: return Mixed(hash, *cell.Get<SdaiAggrInstance*>());
-        case Tag::Typed: return Mixed(hash, *cell.Get<KORTypedValue*>());
+        case Tag::Typed: return Mixed(hash, *cell.Get<kor::TypedValue*>());
         default: return hash;
     }
 }
@@ -109,7 +108,7 @@ constexpr const char* kReference = "REFERENCE";
 constexpr const char* kData = "DATA";
 constexpr const char* kScope = "SCOPE";
 
-// A number and the blank behind it, from the front of a text.
+// A number and the blank after it, from the front of a text.
 bool TakeNumber(std::string_view& text, std::uint64_t& number) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc()) return false;

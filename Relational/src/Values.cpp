@@ -80,11 +80,11 @@ Cell TextCell(std::string_view utf8) {
 // ---- From a model
 
 std::size_t MemberCount(const Cell& aggregate) {
-    return KORAggregateAccess::Count(*aggregate.Get<SdaiAggrInstance*>());
+    return kor::AggregateAccess::Count(*aggregate.Get<SdaiAggrInstance*>());
 }
 
 Cell MemberOf(const Cell& aggregate, std::size_t position) {
-    return KORAggregateAccess::MemberCell(*aggregate.Get<SdaiAggrInstance*>(), position);
+    return kor::AggregateAccess::MemberCell(*aggregate.Get<SdaiAggrInstance*>(), position);
 }
 
 bool Fits(const Cell& cell, ColumnKind kind, const Domain* domain, const Dialect& dialect) {

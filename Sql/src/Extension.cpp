@@ -4,7 +4,8 @@
 //
 // which reads an exchange file (ISO 10303-21), with the schemas of an EXPRESS file where one is
 // given, and makes its tables in an attached database in memory of that name: the stem of the file
-// unless given. Returns the name. The files of the program are not touched; DETACH releases a model.
+// unless given. Returns the name. The files of the program are not touched; DETACH releases a
+// model.
 
 #include <filesystem>
 #include <stdexcept>

@@ -22,7 +22,6 @@ using exchange::ColumnKind;
 using kor::Cell;
 using kor::Tag;
 using Json = nlohmann::json;
-using Kind = KORHandleAccess::Kind;
 
 constexpr unsigned kJson = 'J';  // the subtype by which SQLite's own functions know JSON
 
@@ -92,8 +91,8 @@ void AppendJson(std::string& to, const Cell& cell, ColumnKind kind, const kor::D
     const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
     const kor::Domain* element = domain->element;
     const ColumnKind memberKind = exchange::ColumnKindOf(element);
-    AppendArray(to, KORAggregateAccess::Count(members), [&](std::string& text, std::size_t i) {
-        AppendJson(text, KORAggregateAccess::MemberCell(members, i), memberKind, element);
+    AppendArray(to, kor::AggregateAccess::Count(members), [&](std::string& text, std::size_t i) {
+        AppendJson(text, kor::AggregateAccess::MemberCell(members, i), memberKind, element);
     });
 }
 
@@ -108,23 +107,23 @@ void GiveCharacters(sqlite3_context* to, const Cell& cell) {
 // ---- Results
 
 std::string TextIn(const SdaiPrimitiveH& value) {
-    return KORHandleAccess::TextOf(KORHandleAccess::Held(value)).ToUtf8();
+    return kor::HandleAccess::TextOf(value).ToUtf8();
 }
 
 Json ScalarOf(const SdaiPrimitiveH& value, const Models& models) {
-    switch (KORHandleAccess::KindOf(KORHandleAccess::Held(value))) {
-        case Kind::Integer: return static_cast<long>(value);
-        case Kind::Real: return static_cast<double>(value);
-        case Kind::Logical:
-        case Kind::Boolean: {
+    switch (value.Kind()) {
+        case SdaiKind::Integer: return static_cast<long>(value);
+        case SdaiKind::Real: return static_cast<double>(value);
+        case SdaiKind::Logical:
+        case SdaiKind::Boolean: {
             const SdaiLogical& logical = value;
             if (logical == SdaiLogical()) return nullptr;
             return IsTrue(logical);
         }
-        case Kind::String:
-        case Kind::Enumeration: return TextIn(value);
-        case Kind::Binary: return '"' + TextIn(value) + '"';
-        case Kind::Instance: {
+        case SdaiKind::String:
+        case SdaiKind::Enumeration: return TextIn(value);
+        case SdaiKind::Binary: return '"' + TextIn(value) + '"';
+        case SdaiKind::Instance: {
             const SdaiEntityInstance& instance = *static_cast<SdaiEntityInstance*>(value);
             if (models.IsFirst(instance.FindEntityInstanceModel())) return NumberOf(instance);
             return models.NameOf(instance);
@@ -226,7 +225,7 @@ class ArrayReader final : public nlohmann::json_sax<Json> {
     std::string problem_;
 };
 
-// What stands in an SQL text for the value, shortened.
+// The value as in an SQL text, shortened.
 std::string Shown(sqlite3_value* value) {
     switch (sqlite3_value_type(value)) {
         case SQLITE_NULL: return "NULL";

@@ -67,7 +67,7 @@ const char* SqlType(ColumnKind kind) {
 
 // ---- Ways to rows
 
-// How a query comes to the rows of a table, as xBestIndex tells xFilter in one number.
+// How a query reaches the rows of a table; xBestIndex passes it to xFilter as one number.
 struct Plan {
     enum class Way : unsigned {
         Scan,     // every instance
@@ -239,7 +239,7 @@ class Table : public sqlite3_vtab {
 // A way to the rows with what it costs, in visits of a row.
 struct Candidate {
     Plan plan;
-    int constraint = -1;  // which gives the value that is looked for
+    int constraint = -1;  // whose value is looked up
     double rows;
     double cost;
     bool isExact = false;  // no row is found that the constraint does not hold for
@@ -373,7 +373,7 @@ class Cursor : public sqlite3_vtab_cursor {
     using Members = std::span<SdaiEntityInstance* const>;
 
     Members Extent() const {
-        return KORAggregateAccess::ExtentMembers(
+        return kor::AggregateAccess::ExtentMembers(
             *table_.Model().Extent(std::string_view(table_.Entity().FoldedName())));
     }
 
@@ -430,7 +430,7 @@ class Cursor : public sqlite3_vtab_cursor {
             if (type.entity->FoldedName() != name || !table_.Holds(type)) continue;
             type.ForEachInstance([this](Instance& instance) { chosen_.push_back(&instance); });
         }
-        // They need not stand in memory in the order of the model.
+        // In memory they may be in another order than in the model.
         if (!std::is_sorted(chosen_.begin(), chosen_.end(), kor::IsCreatedBefore)) {
             std::sort(chosen_.begin(), chosen_.end(), kor::IsCreatedBefore);
         }
@@ -485,7 +485,7 @@ class Cursor : public sqlite3_vtab_cursor {
     }
 
     Table& table_;
-    std::vector<SdaiEntityInstance*> chosen_;  // where it is neither the whole extent
+    std::vector<SdaiEntityInstance*> chosen_;  // the rows, if neither the whole extent
     SdaiEntityInstance* one_ = nullptr;        // nor this one
     SdaiEntityInstance* const* next_ = nullptr;
     SdaiEntityInstance* const* end_ = nullptr;

@@ -65,9 +65,8 @@ void Export(const Engine& engine, const SdaiModel& database, SdaiModel& step) {
         product->PutAttr("NAME"_name, source.GetAttr("S_DESC"_name));
         product->PutAttr("DESCRIPTION"_name, engine.Call("ConcatPartAtb", source));
         const SdaiPrimitiveH isAssembly = engine.Call("IsAnAssembly", source);
-        std::cout << static_cast<const char*>(
-                         static_cast<const SdaiString&>(source.GetAttr("S_PART_NUMBER"_name)))
-                  << ' ' << static_cast<const SdaiLogical&>(isAssembly) << '\n';
+        std::cout << static_cast<const char*>(TextOf(source.GetAttr("S_PART_NUMBER"_name))) << ' '
+                  << static_cast<const SdaiLogical&>(isAssembly) << '\n';
     }
 }
 

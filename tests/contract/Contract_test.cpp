@@ -150,6 +150,25 @@ TEST(Contract, ReadingAHandleAsAnotherKindGivesNothing) {
     EXPECT_EQ(static_cast<long>(SdaiPrimitiveH(7.9)), 7);
 }
 
+TEST(Contract, AHandleHasTheKindOfItsValueOrOfWhatItsSelectHolds) {
+    const SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(new SdaiAggrInstance);
+    const std::pair<SdaiPrimitiveH, SdaiKind> kinds[] = {
+        {SdaiPrimitiveH(), SdaiKind::Unset},
+        {SdaiPrimitiveH(7), SdaiKind::Integer},
+        {SdaiPrimitiveH(7.0), SdaiKind::Real},
+        {SdaiPrimitiveH(sdaiLTRUE), SdaiKind::Logical},
+        {SdaiPrimitiveH(sdaiTRUE), SdaiKind::Boolean},
+        {SdaiPrimitiveH(SdaiString("7")), SdaiKind::String},
+        {SdaiPrimitiveH::Enumeration("MADE"), SdaiKind::Enumeration},
+        {SdaiPrimitiveH::Binary("0A"), SdaiKind::Binary},
+        {list, SdaiKind::Aggregate},
+    };
+    for (const auto& [value, kind] : kinds) {
+        EXPECT_EQ(value.Kind(), kind) << value;
+        EXPECT_EQ(SdaiPrimitiveH(SdaiSelectH("LENGTH_MEASURE", value)).Kind(), kind) << value;
+    }
+}
+
 TEST(Contract, ASelectGivesWhatItHoldsAndAPlainValueItself) {
     const auto model = NewModel("AUTOMOTIVE_DESIGN");
     SdaiAppInstance* shape = Create(*model, "PRODUCT_DEFINITION_SHAPE");

@@ -125,7 +125,7 @@ std::string KindOf(const SdaiPrimitiveH& handle) {
 
 // The item of an enumeration, the digits of a binary value.
 std::string ItemOf(const SdaiPrimitiveH& handle) {
-    return std::string(KORHandleAccess::TextOf(KORHandleAccess::Held(handle)).View());
+    return std::string(kor::HandleAccess::TextOf(kor::HandleAccess::Held(handle)).View());
 }
 
 std::vector<unsigned long> Extent(const File& file, const std::string& type) {

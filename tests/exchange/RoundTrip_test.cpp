@@ -89,7 +89,7 @@ std::string Told(const SdaiPrimitiveH& value) {
         return told + text;
     }
     if (kind == "STRING" || kind == "ENUMERATION" || kind == "BINARY") {
-        return told + KORHandleAccess::TextOf(KORHandleAccess::Held(value)).ToUtf8();
+        return told + kor::HandleAccess::TextOf(kor::HandleAccess::Held(value)).ToUtf8();
     }
     if (kind == "LOGICAL" || kind == "BOOLEAN") {
         const SdaiLogical truth = static_cast<const SdaiLogical&>(value);

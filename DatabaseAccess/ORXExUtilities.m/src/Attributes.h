@@ -56,7 +56,7 @@ inline SdaiEntityInstance* ReferredBy(const SdaiEntityInstance* instance,
 
 // The text of an attribute; empty if it is not set.
 inline SdaiString TextOf(const SdaiPrimitiveH& instance, const SdaiName& attribute) {
-    return static_cast<const SdaiString&>(instance.GetAttr(attribute));
+    return TextOf(instance.GetAttr(attribute));
 }
 
 // The value of an attribute; for a SELECT, the value that it holds.

@@ -15,7 +15,7 @@ using namespace sdai_names;
 SdaiPrimitiveH IsEncodedKey(const SdaiPrimitiveH& key) {
     return Function<"IsEncodedKey">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (key.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(key);
+            const KORUnicodeString& text = TextOf(key);
             const long end = text.GetLengthInChar();
             result = SdaiBoolean(end > 0);
             // The last field may run past the end of the key.
@@ -71,9 +71,7 @@ SdaiPrimitiveH DecodeField(Trace& trace, const FieldAt& field) {
 
 SdaiPrimitiveH DecodeKey(const SdaiPrimitiveH& key, const SdaiPrimitiveH& place) {
     if (key.exists()) {
-        return OrDefault(SdaiPrimitiveH(), [&] {
-            return orx::DecodeKey(static_cast<const SdaiString&>(key), 0, place);
-        });
+        return OrDefault(SdaiPrimitiveH(), [&] { return orx::DecodeKey(TextOf(key), 0, place); });
     }
     return Function<"DecodeKey">(SdaiPrimitiveH(), [](Trace&, SdaiPrimitiveH&) {});
 }

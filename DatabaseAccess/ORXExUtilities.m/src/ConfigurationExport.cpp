@@ -47,7 +47,7 @@ bool IsOfFamily(Trace& trace, const SdaiPrimitiveH& effectivity,
     if (!effectivity.IsKindOf("option_effectivity"_name)) return false;
     const SdaiPrimitiveH option = effectivity.GetAttr("option_type"_name);
     for (const Family* family : families) {
-        if (static_cast<const SdaiString&>(option) == family->option) {
+        if (TextOf(option) == family->option) {
             trace.Line(family->optionLine);
             return true;
         }
@@ -104,7 +104,7 @@ SdaiPrimitiveH ExtractCFGType(const SdaiPrimitiveH& identifier, const SdaiPrimit
     return Function<"ExtractCFGType">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (identifier.exists() && mode.exists()) {
             trace.Line("The ATTRIBUTE VALUE exists : OK ");
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const KORUnicodeString& text = TextOf(identifier);
             const long flag = mode;
             trace.Line(" -> InputFlag = ", flag);
             static constexpr std::array kAccepted{"range_effectivity", "date_effectivity",
@@ -173,8 +173,7 @@ SdaiPrimitiveH IsInfiniteDate(const SdaiPrimitiveH& effectivity) {
         if (effectivity.exists()) trace.Line("Effectivity exists : OK ");
         const auto endsAt = [&](const SdaiName& entity, const SdaiName& attribute) {
             const SdaiPrimitiveH end = effectivity.GetAttr(attribute);
-            return effectivity.IsKindOf(entity) && end.exists() &&
-                   !(static_cast<const SdaiString&>(end) == kOpenDate);
+            return effectivity.IsKindOf(entity) && end.exists() && !(TextOf(end) == kOpenDate);
         };
         if (endsAt("date_effectivity"_name, "end_date"_name)) result = sdaiLFALSE;
         if (endsAt("option_effectivity"_name, "option_end_date"_name)) result = sdaiLFALSE;
@@ -485,7 +484,7 @@ SdaiPrimitiveH HasAORXValue(const SdaiPrimitiveH& item) {
     return Function<"HasAORXValue">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         const SdaiPrimitiveH description = DescriptionOf(trace, item);
         if (description.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(description);
+            const KORUnicodeString& text = TextOf(description);
             const long end = text.GetLengthInChar();
             if (end < kOrxTagLength) return trace.Line("NOT a ORX DESCRIPTION : length = ", end);
             long position = 0;

@@ -14,8 +14,7 @@ SdaiPrimitiveH GetValue(const SdaiPrimitiveH& text) {
         if (text.exists()) {
             trace.Line("String exists : OK ");
             long number;
-            if (KORLocale::sConvertStringToNum(static_cast<const SdaiString&>(text), &number) ==
-                1) {
+            if (KORLocale::sConvertStringToNum(TextOf(text), &number) == 1) {
                 result = number;
             }
         } else {
@@ -116,7 +115,7 @@ SdaiPrimitiveH ExtractEFFType(const SdaiPrimitiveH& text, const SdaiPrimitiveH& 
     return Function<"ExtractEFFType">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (text.exists() && mode.exists()) {
             trace.Line("The attibute ID & InputFlag exist : OK ");
-            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
+            const KORUnicodeString& encoded = TextOf(text);
             const long flag = mode;
             static constexpr std::array kAccepted{"range", "date", "option_range", "option_date"};
             if (flag < 1 || flag > static_cast<long>(kAccepted.size())) {
@@ -138,7 +137,7 @@ SdaiPrimitiveH DecodeEFF(const SdaiPrimitiveH& text, const SdaiPrimitiveH& mode)
     return Function<"DecodeEFF">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (text.exists() && mode.exists()) {
             trace.Line("The attibute ID & InputFlag exist : OK ");
-            const KORUnicodeString& encoded = static_cast<const SdaiString&>(text);
+            const KORUnicodeString& encoded = TextOf(text);
             const long flag = mode;
             trace.Line(" -> InputFlag = ", flag);
             if (flag != 1 && flag != 2) return trace.Line(" >> Invalid search mode << ");
@@ -174,7 +173,7 @@ SdaiPrimitiveH IsAORXCfg(const SdaiPrimitiveH& item) {
     return Function<"IsAORXCfg">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         const SdaiPrimitiveH description = DescriptionOf(trace, item);
         if (description.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(description);
+            const KORUnicodeString& text = TextOf(description);
             const int length = text.GetLengthInChar();
             if (length < kOrxTagLength) {
                 return trace.Line("NOT a ORX DESCRIPTION : length = ", length);

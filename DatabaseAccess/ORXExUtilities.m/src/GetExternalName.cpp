@@ -14,7 +14,7 @@ SdaiPrimitiveH GetExternalName(const SdaiPrimitiveH& instance, const SdaiPrimiti
             // The source is read only if the instance exists and has no identifier.
             if (name.length() == 0) {
                 const SdaiPrimitiveH id = GetInst(source, SdaiPrimitiveH(SdaiString("SOURCE_ID")));
-                if (id.UnderlyingTypeName() == "STRING") name = static_cast<const SdaiString&>(id);
+                if (id.UnderlyingTypeName() == "STRING") name = TextOf(id);
             }
         }
         const KORUnicodeString& text = name;

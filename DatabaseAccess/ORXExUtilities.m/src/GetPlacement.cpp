@@ -377,7 +377,7 @@ bool IsItemOf(const SdaiPrimitiveH& item, const SdaiPrimitiveH& representation) 
 const SdaiPrimitiveH* DaughterOf(Trace& trace, const SdaiPrimitiveH& item1,
                                  const SdaiPrimitiveH& item2, const Sides& sides) {
     const SdaiPrimitiveH name = item1.GetAttr("NAME"_name);
-    if (!(static_cast<const SdaiString&>(name) == "DEFAULT_PLACEMENT")) {
+    if (!(TextOf(name) == "DEFAULT_PLACEMENT")) {
         trace.Line(" > External Placement < ");
         if (IsItemOf(item1, sides.relating) && IsItemOf(item2, sides.related)) return &item2;
         if (IsItemOf(item2, sides.relating) && IsItemOf(item1, sides.related)) return &item1;

@@ -11,10 +11,10 @@ SdaiPrimitiveH IsInAssembly(const SdaiPrimitiveH& root, const SdaiPrimitiveH& le
         if (trace.IsActive()) {
             const SdaiPrimitiveH rootNumber = root.GetAttr("S_PART_NUMBER"_name);
             const SdaiPrimitiveH leafNumber = leaf.GetAttr("S_PART_NUMBER"_name);
-            trace.Line("iRootPart: [", static_cast<const SdaiString&>(rootNumber), "]");
-            trace.Line("iLeafPart: [", static_cast<const SdaiString&>(leafNumber), "]");
+            trace.Line("iRootPart: [", TextOf(rootNumber), "]");
+            trace.Line("iLeafPart: [", TextOf(leafNumber), "]");
             if (root.TestAttr("KORASS"_name)) {
-                trace.Line("KORASS ok pour [", static_cast<const SdaiString&>(rootNumber), "]");
+                trace.Line("KORASS ok pour [", TextOf(rootNumber), "]");
             }
         }
         if (root.exists() && leaf.exists() && root.TestAttr("KORASS"_name)) {

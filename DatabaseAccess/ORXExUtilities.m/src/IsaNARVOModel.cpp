@@ -9,7 +9,7 @@ using namespace sdai_names;
 SdaiPrimitiveH IsaNARVOModel(const SdaiPrimitiveH& name) {
     return Function<"IsaNARVOModel">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (name.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(name);
+            const KORUnicodeString& text = TextOf(name);
             const int length = text.GetLengthInChar();
             trace.Line("IsaNARVOModel sur: ", text);
             // Only the first ".model" at or after the first "." counts.

@@ -25,7 +25,7 @@ KORUnicodeString V5Extension(Trace& trace, const KORUnicodeString& name) {
 SdaiPrimitiveH IsaNARVOV5Doc(const SdaiPrimitiveH& fileName) {
     return Function<"IsaNARVOV5Doc">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (fileName.exists()) {
-            const KORUnicodeString& name = static_cast<const SdaiString&>(fileName);
+            const KORUnicodeString& name = TextOf(fileName);
             trace.Line("IsaNARVOV5Doc sur: ", name);
             result = SdaiBoolean(V5Extension(trace, name).GetLengthInChar() > 0);
         }
@@ -36,7 +36,7 @@ SdaiPrimitiveH IsaNARVOV5Doc(const SdaiPrimitiveH& fileName) {
 SdaiPrimitiveH GetNARVOV5Ext(const SdaiPrimitiveH& fileName) {
     return Function<"GetNARVOV5Ext">(SdaiString(), [&](Trace& trace, SdaiString& result) {
         if (fileName.exists()) {
-            const KORUnicodeString& name = static_cast<const SdaiString&>(fileName);
+            const KORUnicodeString& name = TextOf(fileName);
             trace.Line("GetNARVOV5Ext: ", name);
             result = V5Extension(trace, name);
         }

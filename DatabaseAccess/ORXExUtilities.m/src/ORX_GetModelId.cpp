@@ -75,7 +75,7 @@ SdaiPrimitiveH ORX_GetModelId_Exp(const SdaiPrimitiveH& model) {
 SdaiPrimitiveH ORX_GetModelId_Imp1(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp1">(SdaiString(), [&](Trace& trace, SdaiString& result) {
         if (identifier.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const KORUnicodeString& text = TextOf(identifier);
             TraceReading(trace, text, "ON RECUPERE LA CHAINE AVANT LE TAG ORX_TAG");
             trace.Line("ON REMPLACE LES ", kFileBlank, " PAR DES BLANCS");
             result = ToDatabaseName(text, 0, PositionOf(kTag, text));
@@ -87,7 +87,7 @@ SdaiPrimitiveH ORX_GetModelId_Imp1(const SdaiPrimitiveH& identifier) {
 SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp2">(-999L, [&](Trace& trace, long& result) {
         if (identifier.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const KORUnicodeString& text = TextOf(identifier);
             TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG");
             const int position = PositionOf(kTag, text);
             if (position != kNoTag) {
@@ -108,7 +108,7 @@ SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
 SdaiPrimitiveH ORX_GetModelId_Imp3(const SdaiPrimitiveH& identifier) {
     return Function<"ORX_GetModelId_Imp3">(kEmptyValue, [&](Trace& trace, SdaiString& result) {
         if (identifier.exists()) {
-            const KORUnicodeString& text = static_cast<const SdaiString&>(identifier);
+            const KORUnicodeString& text = TextOf(identifier);
             TraceReading(trace, text, "ON RECUPERE LA CHAINE APRES LE TAG ORX_TAG2");
             const int position = PositionOf(kTag2, text);
             if (position != kNoTag) {

@@ -8,7 +8,7 @@ SdaiPrimitiveH ReadMandatory(const SdaiPrimitiveH& value, const SdaiPrimitiveH& 
     return Function<"ReadMandatory">(SdaiString("ORX"), [&](Trace& trace, SdaiString& result) {
         SdaiString read;
         if (value.exists()) {
-            read = static_cast<const SdaiString&>(value);
+            read = TextOf(value);
             trace.Line("valeur lue :", read, " -> ", read);
         }
         if (read.length() == 0) {

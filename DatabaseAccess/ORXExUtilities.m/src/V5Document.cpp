@@ -17,7 +17,7 @@ SdaiPrimitiveH EncodeNARVOV5Doc(const SdaiPrimitiveH& document) {
         if (document.exists()) {
             trace.Line("the Document exists");
             const SdaiPrimitiveH key = DocumentKey(document, kMarker);
-            result = static_cast<const SdaiString&>(key);
+            result = TextOf(key);
         }
         trace.Line("la valeur retournee est ", result);
     });
@@ -27,7 +27,7 @@ SdaiPrimitiveH IsEncodedNARVOV5(const SdaiPrimitiveH& value) {
     return Function<"IsEncodedNARVOV5">(sdaiLFALSE, [&](Trace& trace, SdaiLogical& result) {
         if (value.exists()) {
             trace.Line("the input value exists");
-            const KORUnicodeString& text = static_cast<const SdaiString&>(value);
+            const KORUnicodeString& text = TextOf(value);
             // With tracing on, ORXTrunc runs for its trace; the comparison itself needs no copy.
             if (trace.IsActive() && text.GetLengthInChar() >= kMarkerLength) {
                 ORXTrunc(value, kMarkerLength);
@@ -47,6 +47,6 @@ SdaiPrimitiveH DecodeNARVOV5(const SdaiPrimitiveH& key, const SdaiPrimitiveH& pl
             result = SdaiPrimitiveH();
             return;
         }
-        result = orx::DecodeKey(static_cast<const SdaiString&>(key), kMarkerLength, place);
+        result = orx::DecodeKey(TextOf(key), kMarkerLength, place);
     });
 }

@@ -125,20 +125,14 @@ struct Use {
 bool Refers(const Cell& cell, const SdaiEntityInstance& target) {
     switch (cell.GetTag()) {
         case Tag::Instance: return cell.Get<SdaiEntityInstance*>() == &target;
-        case Tag::Typed: {
-            bool refers = false;
-            ForEachReference(kor::ToHandle(cell, true), [&](const SdaiEntityInstance& referred) {
-                refers |= &referred == &target;
-            });
-            return refers;
-        }
+        case Tag::Typed: return Refers(cell.Get<kor::TypedValue*>()->cell, target);
         case Tag::Aggregate: {
             const SdaiAggrInstance& members = *cell.Get<SdaiAggrInstance*>();
-            using Layout = KORAggregateAccess::Layout;
-            const Layout layout = KORAggregateAccess::LayoutOf(members);
+            using Layout = kor::AggregateAccess::Layout;
+            const Layout layout = kor::AggregateAccess::LayoutOf(members);
             if (layout == Layout::Reals || layout == Layout::Integers) return false;
-            for (std::size_t i = 0; i < KORAggregateAccess::Count(members); ++i) {
-                if (Refers(KORAggregateAccess::MemberCell(members, i), target)) return true;
+            for (std::size_t i = 0; i < kor::AggregateAccess::Count(members); ++i) {
+                if (Refers(kor::AggregateAccess::MemberCell(members, i), target)) return true;
             }
             return false;
         }
@@ -167,7 +161,7 @@ void ForEachUse(const SdaiEntityInstance& target, const Session& session, Visit 
 std::string LabelOf(const SdaiEntityInstance& instance, const Session& session) {
     for (const Path& path : kNames) {
         const SdaiPrimitiveH name = Follow(instance, path);
-        if (static_cast<const SdaiString&>(name).length() != 0) {
+        if (TextOf(name).length() != 0) {
             return ToShown(name, session, Form::Aligned);
         }
     }

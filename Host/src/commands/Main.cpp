@@ -499,9 +499,7 @@ int Main(int argc, char** argv) {
     }
     CLI::App* completion = app.add_subcommand("completion", "")->group("");
     std::string form;
-    completion->add_option("SHELL", form)
-        ->required()
-        ->check(CLI::IsMember({"bash", "zsh", "man"}));
+    completion->add_option("SHELL", form)->required()->check(CLI::IsMember({"bash", "zsh", "man"}));
 
     std::string text;
     if (!Parse(app, {argv + 1, argv + argc}, text)) return Print(text);

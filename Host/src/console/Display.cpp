@@ -16,16 +16,7 @@ namespace host {
 
 namespace {
 
-using Kind = KORHandleAccess::Kind;
-
-Kind KindOf(const SdaiPrimitiveH& value) {
-    return KORHandleAccess::KindOf(KORHandleAccess::Held(value));
-}
-
-// The text of a string, enumeration item or binary.
-const SdaiString& TextOf(const SdaiPrimitiveH& value) {
-    return KORHandleAccess::TextOf(KORHandleAccess::Held(value));
-}
+using kor::HandleAccess;
 
 std::string InstanceName(const SdaiEntityInstance& instance, const Session& session) {
     const SdaiModel* model = instance.FindEntityInstanceModel();
@@ -47,25 +38,28 @@ enum class Texts { Encoded, Readable };
 
 void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& session,
                  Texts texts) {
-    switch (KindOf(value)) {
-        case Kind::Integer: exchange::AppendInteger(to, value); break;
-        case Kind::Real: exchange::AppendReal(to, value); break;
-        case Kind::Logical:
-        case Kind::Boolean: exchange::AppendLogical(to, value); break;
-        case Kind::String:
+    switch (value.Kind()) {
+        case SdaiKind::Integer: exchange::AppendInteger(to, value); break;
+        case SdaiKind::Real: exchange::AppendReal(to, value); break;
+        case SdaiKind::Logical:
+        case SdaiKind::Boolean: exchange::AppendLogical(to, value); break;
+        case SdaiKind::String:
             if (texts == Texts::Readable) {
                 AppendReadable(to, Readable(TextOf(value).ToUtf8()));
             } else {
                 exchange::AppendString(to, static_cast<const KORUnicodeString&>(TextOf(value)));
             }
             break;
-        case Kind::Enumeration: exchange::AppendEnumeration(to, TextOf(value).View()); break;
-        case Kind::Binary: exchange::AppendBinary(to, TextOf(value).View()); break;
-        case Kind::Instance:
+        case SdaiKind::Enumeration:
+            exchange::AppendEnumeration(to, HandleAccess::TextOf(value).View());
+            break;
+        case SdaiKind::Binary:
+            exchange::AppendBinary(to, HandleAccess::TextOf(value).View());
+            break;
+        case SdaiKind::Instance:
             to += Printable(InstanceName(*static_cast<SdaiEntityInstance*>(value), session));
             break;
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate: {
+        case SdaiKind::Aggregate: {
             const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
             to += '(';
             for (long i = 0; i < members.GetMemberCount(); ++i) {
@@ -85,11 +79,11 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value, const Session& se
 }  // namespace
 
 void WriteValue(Json& json, const SdaiPrimitiveH& value, const Session& session) {
-    switch (KindOf(value)) {
-        case Kind::Integer: json.Integer(static_cast<long>(value)); break;
-        case Kind::Real: json.Real(value); break;
-        case Kind::Logical:
-        case Kind::Boolean: {
+    switch (value.Kind()) {
+        case SdaiKind::Integer: json.Integer(static_cast<long>(value)); break;
+        case SdaiKind::Real: json.Real(value); break;
+        case SdaiKind::Logical:
+        case SdaiKind::Boolean: {
             const SdaiLogical& logical = value;
             if (logical == SdaiLogical()) {
                 json.Text("UNKNOWN");
@@ -98,22 +92,21 @@ void WriteValue(Json& json, const SdaiPrimitiveH& value, const Session& session)
             }
             break;
         }
-        case Kind::String: json.Text(TextOf(value).ToUtf8()); break;
-        case Kind::Enumeration:
-            json.Object([&] { json.Name("enumeration").Text(TextOf(value).View()); });
+        case SdaiKind::String: json.Text(TextOf(value).ToUtf8()); break;
+        case SdaiKind::Enumeration:
+            json.Object([&] { json.Name("enumeration").Text(HandleAccess::TextOf(value).View()); });
             break;
-        case Kind::Binary:
-            json.Object([&] { json.Name("binary").Text(TextOf(value).View()); });
+        case SdaiKind::Binary:
+            json.Object([&] { json.Name("binary").Text(HandleAccess::TextOf(value).View()); });
             break;
-        case Kind::Instance:
+        case SdaiKind::Instance:
             json.Object([&] {
                 const SdaiEntityInstance& instance = *static_cast<SdaiEntityInstance*>(value);
                 json.Name("instance").Text(NameToUtf8(InstanceName(instance, session)));
                 json.Name("type").Text(value.GetInstanceType()->Name().ToUtf8());
             });
             break;
-        case Kind::ModelAggregate:
-        case Kind::SharedAggregate:
+        case SdaiKind::Aggregate:
             json.Array([&] {
                 const SdaiAggrInstance& members = *static_cast<SdaiAggrInstance*>(value);
                 for (long i = 0; i < members.GetMemberCount(); ++i) {
@@ -136,7 +129,7 @@ namespace {
 
 std::string KindName(const SdaiPrimitiveH& value) {
     const SdaiString kind =
-        KindOf(value) == Kind::Instance ? "INSTANCE" : value.UnderlyingTypeName();
+        value.Kind() == SdaiKind::Instance ? "INSTANCE" : value.UnderlyingTypeName();
     return kind.length() != 0 ? std::string(kind.View()) : "UNSET";
 }
 
@@ -166,7 +159,7 @@ std::string ToShown(const SdaiPrimitiveH& value, const Session& session, Form fo
     if (form == Form::Tabs) return ToText(value, session);
     if (form == Form::Csv) {
         if (!value.exists()) return "";
-        if (KindOf(value) == Kind::String) return Readable(TextOf(value).ToUtf8());
+        if (value.Kind() == SdaiKind::String) return Readable(TextOf(value).ToUtf8());
     }
     std::string text;
     AppendValue(text, value, session, Texts::Readable);

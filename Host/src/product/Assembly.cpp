@@ -14,9 +14,7 @@ using namespace sdai_names;
 
 namespace {
 
-std::string TextOf(const SdaiPrimitiveH& value) {
-    return static_cast<const SdaiString&>(value).ToUtf8();
-}
+std::string Utf8Of(const SdaiPrimitiveH& value) { return TextOf(value).ToUtf8(); }
 
 // Groups the occurrences of each part, in the order of the first occurrence, and counts them.
 void Group(std::vector<Occurrence>& occurrences) {
@@ -78,9 +76,9 @@ void Assembly::AddPart(SdaiEntityInstance* instance) {
     const SdaiPrimitiveH part(instance);
     const SdaiPrimitiveH product = part.GetAttr("FORMATION"_name).GetAttr("OF_PRODUCT"_name);
     std::string id =
-        TextOf(isDatabase_ ? part.GetAttr("S_PART_NUMBER"_name) : product.GetAttr("ID"_name));
+        Utf8Of(isDatabase_ ? part.GetAttr("S_PART_NUMBER"_name) : product.GetAttr("ID"_name));
     std::string name =
-        TextOf(isDatabase_ ? part.GetAttr("S_DESC"_name) : product.GetAttr("NAME"_name));
+        Utf8Of(isDatabase_ ? part.GetAttr("S_DESC"_name) : product.GetAttr("NAME"_name));
     if (name.empty()) name = id;
     if (name.empty()) name = '#' + std::to_string(instance->GetInstanceNameId());
     partNumbers_.emplace(instance, parts_.size());
@@ -320,8 +318,8 @@ Placement PlacementOfLink(const SdaiEntityInstance& link) {
 
 std::string NameOf(const Occurrence& occurrence) {
     const SdaiPrimitiveH link(occurrence.link);
-    const std::string name = TextOf(link.GetAttr("NAME"_name));
-    return name.empty() ? TextOf(link.GetAttr("ID"_name)) : name;
+    const std::string name = Utf8Of(link.GetAttr("NAME"_name));
+    return name.empty() ? Utf8Of(link.GetAttr("ID"_name)) : name;
 }
 
 Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,

@@ -19,12 +19,10 @@ using namespace sdai_names;
 
 namespace {
 
-std::string TextOf(const SdaiPrimitiveH& value) {
-    return Readable(static_cast<const SdaiString&>(value).ToUtf8());
-}
+std::string ReadableText(const SdaiPrimitiveH& value) { return Readable(TextOf(value).ToUtf8()); }
 
-std::string TextOf(const SdaiPrimitiveH& owner, const SdaiName& attribute) {
-    return TextOf(owner.GetAttr(attribute));
+std::string ReadableText(const SdaiPrimitiveH& owner, const SdaiName& attribute) {
+    return ReadableText(owner.GetAttr(attribute));
 }
 
 // The name of a part, or of the product of a version; empty for any other instance.
@@ -32,7 +30,7 @@ std::string PartName(const SdaiPrimitiveH& part, const Assembly& assembly) {
     if (const Part* known = assembly.Find(part)) return Readable(known->name);
     const SdaiPrimitiveH formation =
         part.TestAttr("FORMATION"_name) ? part.GetAttr("FORMATION"_name) : part;
-    return TextOf(formation.GetAttr("OF_PRODUCT"_name), "NAME"_name);
+    return ReadableText(formation.GetAttr("OF_PRODUCT"_name), "NAME"_name);
 }
 
 // Calls visit(instance) for each instance of an entity type.
@@ -113,27 +111,27 @@ void AddUsage(Effectivity& effectivity, const SdaiPrimitiveH& link, const SdaiNa
 Effectivity OfDatabase(const SdaiPrimitiveH& instance, const Assembly& assembly,
                        const calls::Module& module) {
     Effectivity effectivity;
-    effectivity.id = TextOf(instance, "id"_name);
-    effectivity.option = TextOf(instance, "option_id"_name);
+    effectivity.id = ReadableText(instance, "id"_name);
+    effectivity.option = ReadableText(instance, "option_id"_name);
     const auto holds = [&](std::string_view function) {
         const SdaiPrimitiveH result = module.Call(function, {instance});
         return static_cast<const SdaiLogical&>(result) == sdaiLTRUE;
     };
     if (holds("IsRangeType")) {
         effectivity.scale = Effectivity::Scale::Ranks;
-        effectivity.start = RankBound(TextOf(module.Call("GetRangeValue", {instance, 1})));
+        effectivity.start = RankBound(ReadableText(module.Call("GetRangeValue", {instance, 1})));
         if (!holds("IsInfiniteRank")) {
-            effectivity.end = RankBound(TextOf(module.Call("GetRangeValue", {instance, 2})));
+            effectivity.end = RankBound(ReadableText(module.Call("GetRangeValue", {instance, 2})));
         }
     } else if (holds("IsDateType")) {
         // Reads the same attributes as GetStartDate and GetEndDate, which would create instances.
         const bool hasOwn = static_cast<bool>(instance.IsKindOf("date_effectivity"_name));
         effectivity.scale = Effectivity::Scale::Dates;
-        effectivity.start =
-            DateBound(TextOf(instance, hasOwn ? "start_date"_name : "option_start_date"_name));
+        effectivity.start = DateBound(
+            ReadableText(instance, hasOwn ? "start_date"_name : "option_start_date"_name));
         if (!holds("IsInfiniteDate")) {
-            effectivity.end =
-                DateBound(TextOf(instance, hasOwn ? "end_date"_name : "option_end_date"_name));
+            effectivity.end = DateBound(
+                ReadableText(instance, hasOwn ? "end_date"_name : "option_end_date"_name));
         }
     }
     const SdaiPrimitiveH usage = instance.GetAttr("usage"_name);
@@ -149,22 +147,22 @@ Effectivity OfExchangeData(const SdaiPrimitiveH& instance, const Assembly& assem
     Effectivity effectivity;
     // An identifier from a database carries the database's values.
     const SdaiPrimitiveH id = instance.GetAttr("ID"_name);
-    effectivity.id = TextOf(id);
+    effectivity.id = ReadableText(id);
     const SdaiPrimitiveH isKey = module.Call("IsEncodedKey", {id});
     if (static_cast<const SdaiLogical&>(isKey) == sdaiLTRUE) {
-        const std::string own = TextOf(module.Call("DecodeEFF", {id, 1}));
-        const std::string option = TextOf(module.Call("DecodeEFF", {id, 2}));
+        const std::string own = ReadableText(module.Call("DecodeEFF", {id, 1}));
+        const std::string option = ReadableText(module.Call("DecodeEFF", {id, 2}));
         constexpr std::string_view kNone = "EMPTY VALUE";
         if (own != kNone) effectivity.id = own;
         if (option != kNone) effectivity.option = option;
     }
     if (instance.IsKindOf("SERIAL_NUMBERED_EFFECTIVITY"_name)) {
         effectivity.scale = Effectivity::Scale::Ranks;
-        effectivity.start = RankBound(TextOf(instance, "EFFECTIVITY_START_ID"_name));
-        effectivity.end = RankEnd(TextOf(instance, "EFFECTIVITY_END_ID"_name));
+        effectivity.start = RankBound(ReadableText(instance, "EFFECTIVITY_START_ID"_name));
+        effectivity.end = RankEnd(ReadableText(instance, "EFFECTIVITY_END_ID"_name));
     } else if (instance.IsKindOf("DATED_EFFECTIVITY"_name)) {
         const auto date = [&](const SdaiName& attribute) {
-            return DateBound(TextOf(module.Call("GetDate", {instance.GetAttr(attribute)})));
+            return DateBound(ReadableText(module.Call("GetDate", {instance.GetAttr(attribute)})));
         };
         effectivity.scale = Effectivity::Scale::Dates;
         effectivity.start = date("EFFECTIVITY_START_DATE"_name);
@@ -187,14 +185,14 @@ std::vector<ConfigurationItem> ConfigurationItems(const kor::Model& model,
             PartName(design.GetAttr("DESIGN"_name), assembly));
     });
     ForEach(model, "configuration_handler"_name, [&](const SdaiPrimitiveH& handler) {
-        handlers[handler.GetAttr("apply"_name)].push_back(TextOf(handler, "id"_name));
+        handlers[handler.GetAttr("apply"_name)].push_back(ReadableText(handler, "id"_name));
     });
     std::vector<ConfigurationItem> items;
     ForEach(model, "CONFIGURATION_ITEM"_name, [&](const SdaiPrimitiveH& instance) {
         ConfigurationItem& item = items.emplace_back();
-        item.id = TextOf(instance, "ID"_name);
-        item.name = TextOf(instance, "NAME"_name);
-        item.productConcept = TextOf(instance.GetAttr("ITEM_CONCEPT"_name), "NAME"_name);
+        item.id = ReadableText(instance, "ID"_name);
+        item.name = ReadableText(instance, "NAME"_name);
+        item.productConcept = ReadableText(instance.GetAttr("ITEM_CONCEPT"_name), "NAME"_name);
         item.designs = designs[instance];
         const SdaiPrimitiveH design = instance.GetAttr("design"_name);
         if (!design.exists()) return;
@@ -224,8 +222,9 @@ std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assemb
         SdaiIterInstance identities(static_cast<SdaiAggrInstance*>(revisions));
         while (identities.Next()) {
             const SdaiPrimitiveH part = identities.GetCurrentValue().GetAttr("CdmaObject"_name);
-            family.id = TextOf(part, "S_PART_NUMBER"_name);
-            family.versions.push_back({TextOf(part, "S_CHG_NUM"_name), PartName(part, assembly)});
+            family.id = ReadableText(part, "S_PART_NUMBER"_name);
+            family.versions.push_back(
+                {ReadableText(part, "S_CHG_NUM"_name), PartName(part, assembly)});
         }
     });
     // Products with the same id are versions of one part, like the formations of one product.
@@ -235,12 +234,12 @@ std::vector<VersionFamily> VersionFamilies(const kor::Model& model, const Assemb
         const SdaiPrimitiveH product = formation.GetAttr("OF_PRODUCT"_name);
         const SdaiEntityInstance* instance = product;
         if (instance == nullptr) return;
-        std::string id = TextOf(product, "ID"_name);
+        std::string id = ReadableText(product, "ID"_name);
         if (id.empty()) id = '#' + std::to_string(instance->GetInstanceNameId());
         const auto [place, isNew] = places.emplace(id, families.size());
         if (isNew) families.push_back({id, {}});
         families[place->second].versions.push_back(
-            {TextOf(formation, "ID"_name), TextOf(product, "NAME"_name)});
+            {ReadableText(formation, "ID"_name), ReadableText(product, "NAME"_name)});
     });
     if (!assembly.IsDatabase()) {
         std::erase_if(families,

@@ -43,9 +43,7 @@ struct KnownName {
 constexpr KnownName kKnownNames[] = {{"INCH", "in"}, {"INCHES", "in"}, {"FOOT", "ft"},
                                      {"FEET", "ft"}, {"YARD", "yd"},   {"MILE", "mi"}};
 
-std::string TextOf(const SdaiPrimitiveH& value) {
-    return static_cast<const SdaiString&>(value).ToUtf8();
-}
+std::string Utf8Of(const SdaiPrimitiveH& value) { return TextOf(value).ToUtf8(); }
 
 std::optional<LengthUnit> SiUnit(const SdaiPrimitiveH& unit) {
     if (ToString(unit.GetAttr("NAME"_name)) != ".METRE.") return std::nullopt;
@@ -73,7 +71,7 @@ std::optional<LengthUnit> UnitOfLength(SdaiPrimitiveH unit) {
         }
         if (!unit.IsKindOf("CONVERSION_BASED_UNIT"_name)) return std::nullopt;
         if (!name) {
-            name = TextOf(unit.GetAttr("NAME"_name));
+            name = Utf8Of(unit.GetAttr("NAME"_name));
             std::string folded = *name;
             for (char& c : folded)
                 c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -521,12 +519,12 @@ class Shapes::Reader {
             while (!aggregates.empty()) {
                 const SdaiAggrInstance& aggregate = *aggregates.back();
                 aggregates.pop_back();
-                using Layout = KORAggregateAccess::Layout;
-                const Layout layout = KORAggregateAccess::LayoutOf(aggregate);
+                using Layout = kor::AggregateAccess::Layout;
+                const Layout layout = kor::AggregateAccess::LayoutOf(aggregate);
                 if (layout == Layout::Reals || layout == Layout::Integers) continue;
-                const std::size_t count = KORAggregateAccess::Count(aggregate);
+                const std::size_t count = kor::AggregateAccess::Count(aggregate);
                 for (std::size_t i = 0; i < count; ++i) {
-                    const Cell cell = KORAggregateAccess::MemberCell(aggregate, i);
+                    const Cell cell = kor::AggregateAccess::MemberCell(aggregate, i);
                     if (cell.GetTag() == Tag::Instance) {
                         Push(cell.Get<SdaiEntityInstance*>());
                     } else if (cell.GetTag() == Tag::Aggregate) {
@@ -546,7 +544,7 @@ class Shapes::Reader {
             if (members == nullptr || members->GetMemberCount() != 3) return std::nullopt;
             Point3 point;
             for (std::size_t i = 0; i < 3; ++i) {
-                const Tag tag = KORAggregateAccess::MemberCell(*members, i).GetTag();
+                const Tag tag = kor::AggregateAccess::MemberCell(*members, i).GetTag();
                 if (tag != Tag::Real && tag != Tag::Integer) return std::nullopt;
                 point[i] = members->GetRealMember(static_cast<long>(i));
             }

@@ -391,8 +391,8 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
     }
     if (trace_ != nullptr && trace_->IsOn()) Announce(expression, arguments);
     // A list of a model, filled by the function.
-    if (function->result == orx::Nothing &&
-        KORHandleAccess::KindOf(arguments.back().handle) == KORHandleAccess::Kind::ModelAggregate) {
+    if (function->result == orx::Nothing && kor::HandleAccess::KindOf(arguments.back().handle) ==
+                                                kor::HandleAccess::Kind::ModelAggregate) {
         session_.NoteChange(nullptr);
     }
     return module_.Call(*function, arguments);

@@ -10,14 +10,8 @@ namespace host {
 
 namespace {
 
-using Kind = KORHandleAccess::Kind;
-
-Kind KindOf(const SdaiPrimitiveH& value) {
-    return KORHandleAccess::KindOf(KORHandleAccess::Held(value));
-}
-
-bool IsNumber(Kind kind) { return kind == Kind::Integer || kind == Kind::Real; }
-bool IsTruth(Kind kind) { return kind == Kind::Logical || kind == Kind::Boolean; }
+bool IsNumber(SdaiKind kind) { return kind == SdaiKind::Integer || kind == SdaiKind::Real; }
+bool IsTruth(SdaiKind kind) { return kind == SdaiKind::Logical || kind == SdaiKind::Boolean; }
 
 // FALSE, UNKNOWN, TRUE.
 int RankOf(const SdaiLogical& truth) {
@@ -44,19 +38,18 @@ std::partial_ordering Reversed(std::partial_ordering order) {
 // The order of two numbers, texts or truth values; no value for others.
 std::optional<std::partial_ordering> OrderOf(const SdaiPrimitiveH& left,
                                              const SdaiPrimitiveH& right) {
-    const Kind a = KindOf(left);
-    const Kind b = KindOf(right);
+    const SdaiKind a = left.Kind();
+    const SdaiKind b = right.Kind();
     if (IsNumber(a) && IsNumber(b)) {
-        if (a == b && a == Kind::Integer)
+        if (a == b && a == SdaiKind::Integer)
             return static_cast<long>(left) <=> static_cast<long>(right);
         if (a == b) return static_cast<double>(left) <=> static_cast<double>(right);
-        if (a == Kind::Integer) return Order(left, static_cast<double>(right));
+        if (a == SdaiKind::Integer) return Order(left, static_cast<double>(right));
         return Reversed(Order(right, static_cast<double>(left)));
     }
     if (IsTruth(a) && IsTruth(b)) return RankOf(left) <=> RankOf(right);
-    if (a == Kind::String && b == Kind::String) {
-        return static_cast<const SdaiString&>(left).ToUtf8() <=>
-               static_cast<const SdaiString&>(right).ToUtf8();
+    if (a == SdaiKind::String && b == SdaiKind::String) {
+        return TextOf(left).ToUtf8() <=> TextOf(right).ToUtf8();
     }
     return std::nullopt;
 }
@@ -88,7 +81,7 @@ std::optional<SdaiLogical> Compare(Operator comparison, const SdaiPrimitiveH& le
 
 std::optional<SdaiLogical> TruthOf(const SdaiPrimitiveH& value) {
     if (!value.exists()) return SdaiLogical();
-    if (!IsTruth(KindOf(value))) return std::nullopt;
+    if (!IsTruth(value.Kind())) return std::nullopt;
     return static_cast<const SdaiLogical&>(value);
 }
 

@@ -23,19 +23,19 @@ namespace {
 constexpr std::size_t kMostMembers = std::numeric_limits<std::uint32_t>::max();
 
 // The layout that can store a value of this kind.
-KORAggregateAccess::Layout LayoutFor(Tag tag) {
+kor::AggregateAccess::Layout LayoutFor(Tag tag) {
     switch (tag) {
-        case Tag::Real: return KORAggregateAccess::Layout::Reals;
-        case Tag::Integer: return KORAggregateAccess::Layout::Integers;
-        case Tag::Instance: return KORAggregateAccess::Layout::Instances;
-        default: return KORAggregateAccess::Layout::Cells;
+        case Tag::Real: return kor::AggregateAccess::Layout::Reals;
+        case Tag::Integer: return kor::AggregateAccess::Layout::Integers;
+        case Tag::Instance: return kor::AggregateAccess::Layout::Instances;
+        default: return kor::AggregateAccess::Layout::Cells;
     }
 }
 
 // The layout that can store all members: those of one kind are stored bare. A pending reference
 // counts as an instance.
-KORAggregateAccess::Layout LayoutFor(std::span<const Cell> members) {
-    using Layout = KORAggregateAccess::Layout;
+kor::AggregateAccess::Layout LayoutFor(std::span<const Cell> members) {
+    using Layout = kor::AggregateAccess::Layout;
     const auto layoutFor = [](const Cell& cell) {
         return cell.GetTag() == Tag::Pending ? Layout::Instances : LayoutFor(cell.GetTag());
     };
@@ -48,8 +48,8 @@ KORAggregateAccess::Layout LayoutFor(std::span<const Cell> members) {
     return isBare ? layout : Layout::Cells;
 }
 
-std::size_t MemberSize(KORAggregateAccess::Layout layout) {
-    return layout == KORAggregateAccess::Layout::Cells ? sizeof(Cell) : 8;
+std::size_t MemberSize(kor::AggregateAccess::Layout layout) {
+    return layout == kor::AggregateAccess::Layout::Cells ? sizeof(Cell) : 8;
 }
 
 // Stores the number or pointer of a cell as a bare member.
@@ -58,10 +58,7 @@ void StoreBare(void* members, std::size_t position, const Cell& cell) {
 }
 
 bool HoldsAggregate(const Cell& cell) {
-    if (cell.GetTag() == Tag::Typed) {
-        const SdaiAggrInstance* aggregate = cell.Get<KORTypedValue*>()->value;
-        return aggregate != nullptr;
-    }
+    if (cell.GetTag() == Tag::Typed) return HoldsAggregate(cell.Get<kor::TypedValue*>()->cell);
     return cell.GetTag() == Tag::Aggregate;
 }
 
@@ -95,7 +92,7 @@ KeptMembers& TheKeptMembers() { return kor::Lasting<KeptMembers>(); }
 
 // ---- Members
 
-Cell KORAggregateAccess::MemberCell(const SdaiAggrInstance& aggregate, std::size_t position) {
+Cell kor::AggregateAccess::MemberCell(const SdaiAggrInstance& aggregate, std::size_t position) {
     switch (aggregate.layout_) {
         case Layout::Reals: return Cell::Of(Tag::Real, Members<double>(aggregate)[position]);
         case Layout::Integers: return Cell::Of(Tag::Integer, Members<long>(aggregate)[position]);
@@ -110,8 +107,8 @@ Cell KORAggregateAccess::MemberCell(const SdaiAggrInstance& aggregate, std::size
 
 SdaiPrimitiveH SdaiAggrInstance::GetMember(long position) const {
     if (position < 0 || position >= GetMemberCount()) return {};
-    return kor::ToHandle(KORAggregateAccess::MemberCell(*this, static_cast<std::size_t>(position)),
-                         selects_);
+    return kor::ToHandle(
+        kor::AggregateAccess::MemberCell(*this, static_cast<std::size_t>(position)), selects_);
 }
 
 double SdaiAggrInstance::GetRealMember(long position) const {
@@ -122,7 +119,7 @@ double SdaiAggrInstance::GetRealMember(long position) const {
 
 bool SdaiAggrInstance::IsMember(const SdaiEntityInstance* instance) const {
     if (instance == nullptr) return false;
-    if (const KORMemberIndex* index = KORAggregateAccess::IndexOf(*this)) {
+    if (const kor::MemberIndex* index = kor::AggregateAccess::IndexOf(*this)) {
         return index->CountOf(instance) != 0;
     }
     if (layout_ == Layout::Instances) {
@@ -145,19 +142,21 @@ SdaiBoolean SdaiAggrInstance::IsMember(const SdaiPrimitiveH& value) const {
 
 // ---- Finding instances among many members
 
-const KORMemberIndex* KORAggregateAccess::IndexOf(const SdaiAggrInstance& aggregate) {
+const kor::MemberIndex* kor::AggregateAccess::IndexOf(const SdaiAggrInstance& aggregate) {
     // Below this number, a linear search is as fast as a lookup in the index.
     constexpr std::uint32_t kFew = 32;
     if (aggregate.count_ < kFew || aggregate.layout_ == Layout::Reals ||
         aggregate.layout_ == Layout::Integers) {
         return nullptr;
     }
-    if (const KORMemberIndex* made = aggregate.index_.load(std::memory_order_acquire)) return made;
+    if (const kor::MemberIndex* made = aggregate.index_.load(std::memory_order_acquire))
+        return made;
     static std::mutex mutex;
     const std::lock_guard lock(mutex);
-    if (const KORMemberIndex* made = aggregate.index_.load(std::memory_order_acquire)) return made;
+    if (const kor::MemberIndex* made = aggregate.index_.load(std::memory_order_acquire))
+        return made;
     try {
-        auto index = std::make_unique<KORMemberIndex>();
+        auto index = std::make_unique<kor::MemberIndex>();
         index->Reserve(aggregate.count_);
         for (long i = 0; i < aggregate.GetMemberCount(); ++i) {
             const SdaiEntityInstance* instance = aggregate.GetInstanceMember(i);
@@ -171,8 +170,8 @@ const KORMemberIndex* KORAggregateAccess::IndexOf(const SdaiAggrInstance& aggreg
 }
 
 // Updates the index after a member was added.
-void KORAggregateAccess::NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInstance* instance) {
-    KORMemberIndex* index = aggregate.index_.load(std::memory_order_relaxed);
+void kor::AggregateAccess::NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInstance* instance) {
+    kor::MemberIndex* index = aggregate.index_.load(std::memory_order_relaxed);
     if (index == nullptr || instance == nullptr) return;
     try {
         index->Add(instance);
@@ -181,13 +180,13 @@ void KORAggregateAccess::NoteMember(SdaiAggrInstance& aggregate, SdaiEntityInsta
     }
 }
 
-void KORAggregateAccess::DropIndex(SdaiAggrInstance& aggregate) {
+void kor::AggregateAccess::DropIndex(SdaiAggrInstance& aggregate) {
     if (aggregate.index_.load(std::memory_order_relaxed) == nullptr) return;
     delete aggregate.index_.exchange(nullptr, std::memory_order_relaxed);
 }
 
-void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate,
-                                    const SdaiEntityInstance* instance) {
+void kor::AggregateAccess::NoteModels(SdaiAggrInstance& aggregate,
+                                      const SdaiEntityInstance* instance) {
     const SdaiEntityInstance* first = aggregate.GetInstanceMember(0);
     if (first == nullptr || instance == nullptr) return;
     if (first->FindEntityInstanceModel() != instance->FindEntityInstanceModel()) {
@@ -195,7 +194,7 @@ void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate,
     }
 }
 
-void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate) {
+void kor::AggregateAccess::NoteModels(SdaiAggrInstance& aggregate) {
     if (aggregate.layout_ != Layout::Instances && aggregate.layout_ != Layout::Cells) return;
     for (long i = 1; i < aggregate.GetMemberCount() && !aggregate.mixed_; ++i) {
         NoteModels(aggregate, aggregate.GetInstanceMember(i));
@@ -204,7 +203,7 @@ void KORAggregateAccess::NoteModels(SdaiAggrInstance& aggregate) {
 
 // ---- Growing and shrinking
 
-void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
+void kor::AggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
     if (count > kMostMembers) throw std::bad_alloc();
     // If the members are in memory of the model (capacity 0), growing moves them out of it.
     if (count <= aggregate.capacity_ || (count <= aggregate.count_ && aggregate.capacity_ == 0)) {
@@ -222,7 +221,7 @@ void KORAggregateAccess::Grow(SdaiAggrInstance& aggregate, std::size_t count) {
 }
 
 // Converts bare members to cells, so that members of any kind can be added.
-void KORAggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
+void kor::AggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
     if (aggregate.layout_ == Layout::Cells) return;
     // Keep the reserved capacity, so that later members do not allocate.
     const std::size_t capacity = std::max<std::size_t>({aggregate.count_, aggregate.capacity_, 4});
@@ -235,7 +234,7 @@ void KORAggregateAccess::MakeCells(SdaiAggrInstance& aggregate) {
 }
 
 // The members must already be released.
-void KORAggregateAccess::FreeMembers(SdaiAggrInstance& aggregate) {
+void kor::AggregateAccess::FreeMembers(SdaiAggrInstance& aggregate) {
     const bool inPlace =
         aggregate.realList_ &&
         aggregate.members_ == static_cast<SdaiListClassOfSdaiReal&>(aggregate).inPlace_;
@@ -245,7 +244,7 @@ void KORAggregateAccess::FreeMembers(SdaiAggrInstance& aggregate) {
 
 void SdaiAggrInstance::Reserve(long count) {
     if (!extent_ && count > 0) {
-        KORAggregateAccess::Grow(*this, static_cast<std::size_t>(count));
+        kor::AggregateAccess::Grow(*this, static_cast<std::size_t>(count));
     }
 }
 
@@ -259,9 +258,9 @@ void SdaiAggrInstance::Append(const SdaiPrimitiveH& value) {
         capacity_ = static_cast<std::uint32_t>(std::min(room, kMostMembers));
         layout_ = layout;
     } else if (layout != layout_) {
-        KORAggregateAccess::MakeCells(*this);
+        kor::AggregateAccess::MakeCells(*this);
     }
-    KORAggregateAccess::Grow(*this, std::size_t{count_} + 1);
+    kor::AggregateAccess::Grow(*this, std::size_t{count_} + 1);
     if (layout_ == Layout::Cells) {
         static_cast<Cell*>(members_)[count_] = cell.Take();
     } else {
@@ -270,12 +269,12 @@ void SdaiAggrInstance::Append(const SdaiPrimitiveH& value) {
     ++count_;
     if (layout_ == Layout::Instances || layout_ == Layout::Cells) {
         SdaiEntityInstance* instance = GetInstanceMember(GetMemberCount() - 1);
-        KORAggregateAccess::NoteModels(*this, instance);
-        KORAggregateAccess::NoteMember(*this, instance);
+        kor::AggregateAccess::NoteModels(*this, instance);
+        kor::AggregateAccess::NoteMember(*this, instance);
     }
 }
 
-void KORAggregateAccess::AppendReal(SdaiAggrInstance& aggregate, double value) {
+void kor::AggregateAccess::AppendReal(SdaiAggrInstance& aggregate, double value) {
     if (aggregate.layout_ != Layout::Reals) {
         static_cast<SdaiAggrInstance&>(aggregate).Append(SdaiPrimitiveH(value));
         return;
@@ -284,7 +283,7 @@ void KORAggregateAccess::AppendReal(SdaiAggrInstance& aggregate, double value) {
     Members<double>(aggregate)[aggregate.count_++] = value;
 }
 
-void KORAggregateAccess::AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance) {
+void kor::AggregateAccess::AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance) {
     Grow(extent, std::size_t{extent.count_} + 1);
     Members<SdaiEntityInstance*>(extent)[extent.count_++] = instance;
     NoteMember(extent, instance);
@@ -292,13 +291,13 @@ void KORAggregateAccess::AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInst
 
 void SdaiAggrInstance::RemoveAll() {
     if (extent_) return;
-    KORAggregateAccess::DropIndex(*this);
+    kor::AggregateAccess::DropIndex(*this);
     if (layout_ == Layout::Cells) {
         const Cell* cells = static_cast<const Cell*>(members_);
         // One at a time: if memory runs out, the rest stay members.
         while (count_ != 0) {
             const Cell& last = cells[count_ - 1];
-            if (!KORAggregateAccess::HasOwners(*this) && HoldsAggregate(last)) {
+            if (!kor::AggregateAccess::HasOwners(*this) && HoldsAggregate(last)) {
                 TheKeptMembers().Keep(*this, last);
                 keeps_ = true;
             } else {
@@ -312,7 +311,7 @@ void SdaiAggrInstance::RemoveAll() {
 }
 
 // On destruction, together with the former members that it keeps.
-void KORAggregateAccess::ReleaseMembers(SdaiAggrInstance& aggregate) {
+void kor::AggregateAccess::ReleaseMembers(SdaiAggrInstance& aggregate) {
     DropIndex(aggregate);
     if (aggregate.layout_ == Layout::Cells) {
         const Cell* cells = Members<Cell>(aggregate);
@@ -326,19 +325,19 @@ void KORAggregateAccess::ReleaseMembers(SdaiAggrInstance& aggregate) {
 }
 
 SdaiAggrInstance::~SdaiAggrInstance() {
-    KORAggregateAccess::ReleaseMembers(*this);
+    kor::AggregateAccess::ReleaseMembers(*this);
     if (capacity_ != 0) ::operator delete(members_);
 }
 
 SdaiListClassOfSdaiReal::~SdaiListClassOfSdaiReal() {
-    KORAggregateAccess::ReleaseMembers(*this);
-    KORAggregateAccess::FreeMembers(*this);
+    kor::AggregateAccess::ReleaseMembers(*this);
+    kor::AggregateAccess::FreeMembers(*this);
 }
 
 // ---- Making and owning
 
-SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool selects,
-                                           kor::Arena* arena) {
+SdaiAggrInstance* kor::AggregateAccess::Make(std::span<const Cell> members, bool selects,
+                                             kor::Arena* arena) {
     const Layout layout = LayoutFor(members);
     SdaiAggrInstance* aggregate = nullptr;
     if (arena != nullptr) {
@@ -372,7 +371,7 @@ SdaiAggrInstance* KORAggregateAccess::Make(std::span<const Cell> members, bool s
     return aggregate;
 }
 
-void KORAggregateAccess::RemoveOwner(SdaiAggrInstance& aggregate) {
+void kor::AggregateAccess::RemoveOwner(SdaiAggrInstance& aggregate) {
     if (aggregate.owners_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
     if (aggregate.realList_) {
         delete static_cast<SdaiListClassOfSdaiReal*>(&aggregate);
@@ -382,9 +381,9 @@ void KORAggregateAccess::RemoveOwner(SdaiAggrInstance& aggregate) {
 }
 
 SdaiListClassOfSdaiReal::SdaiListClassOfSdaiReal(unsigned, unsigned) {
-    KORAggregateAccess::MakeRealList(*this);
+    kor::AggregateAccess::MakeRealList(*this);
 }
 
 void SdaiListClassOfSdaiReal::Append(const double& value) {
-    KORAggregateAccess::AppendReal(*this, value);
+    kor::AggregateAccess::AppendReal(*this, value);
 }

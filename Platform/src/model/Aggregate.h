@@ -10,14 +10,15 @@
 #include "model/Arena.h"
 #include "model/Cell.h"
 
-class KOR_API KORAggregateAccess {
+namespace kor {
+
+class KOR_API AggregateAccess {
   public:
     using Layout = SdaiAggrInstance::Layout;
 
     // Creates an aggregate of these members and takes ownership of what they own. In an arena it is
     // part of a model; otherwise it is created with `new` and has one owner.
-    static SdaiAggrInstance* Make(std::span<const kor::Cell> members, bool selects,
-                                  kor::Arena* arena);
+    static SdaiAggrInstance* Make(std::span<const Cell> members, bool selects, Arena* arena);
 
     // The extent of an entity type.
     static void MakeExtent(SdaiAggrInstance& aggregate) {
@@ -43,14 +44,14 @@ class KOR_API KORAggregateAccess {
 
     // The index that finds instances among the members; null if there are few, or if memory runs
     // out.
-    static const KORMemberIndex* IndexOf(const SdaiAggrInstance& aggregate);
+    static const MemberIndex* IndexOf(const SdaiAggrInstance& aggregate);
     // Whether members may be instances of several models.
     static bool IsMixed(const SdaiAggrInstance& aggregate) { return aggregate.mixed_; }
     // Determines that from the members, which must be complete.
     static void NoteModels(SdaiAggrInstance& aggregate);
 
     // The member as a cell that owns nothing.
-    static kor::Cell MemberCell(const SdaiAggrInstance& aggregate, std::size_t position);
+    static Cell MemberCell(const SdaiAggrInstance& aggregate, std::size_t position);
 
     static bool HasOwners(const SdaiAggrInstance& aggregate) {
         return aggregate.owners_.load(std::memory_order_relaxed) != 0;
@@ -78,8 +79,10 @@ class KOR_API KORAggregateAccess {
     static void NoteModels(SdaiAggrInstance& aggregate, const SdaiEntityInstance* instance);
     static void DropIndex(SdaiAggrInstance& aggregate);
     static void ReleaseMembers(SdaiAggrInstance& aggregate);
-    friend class SdaiAggrInstance;
-    friend class SdaiListClassOfSdaiReal;
+    friend class ::SdaiAggrInstance;
+    friend class ::SdaiListClassOfSdaiReal;
 };
+
+}  // namespace kor
 
 #endif

@@ -23,8 +23,10 @@
 class SdaiAggrInstance;
 class SdaiEntityInstance;
 
+namespace kor {
+
 // Access to the internals of texts for the in-memory model.
-class KORTextAccess {
+class TextAccess {
   public:
     using Buffer = KORUnicodeString::Buffer;
     using WideBuffer = KORUnicodeString::WideBuffer;
@@ -68,8 +70,6 @@ class KORTextAccess {
     using Storage = KORUnicodeString::Storage;
 };
 
-namespace kor {
-
 class Cell {
   public:
     static constexpr std::size_t kInline = 14;
@@ -89,7 +89,7 @@ class Cell {
     // A text, enumeration item or binary; may allocate.
     static Cell OfText(Tag tag, std::string_view text) {
         if (text.size() > kInline) {
-            return InBuffer(tag, KORTextAccess::NewBuffer(text), text.size());
+            return InBuffer(tag, TextAccess::NewBuffer(text), text.size());
         }
         Cell cell;
         cell.high_ = Head(tag, text.size());
@@ -103,11 +103,11 @@ class Cell {
     // The same for an existing text; a long one is shared. Items and binaries are never wide: a
     // wide one is stored in its exchange form.
     static Cell OfText(Tag tag, const KORUnicodeString& text) {
-        KORTextAccess::Buffer* buffer = KORTextAccess::BufferOf(text);
+        TextAccess::Buffer* buffer = TextAccess::BufferOf(text);
         const auto size = static_cast<std::size_t>(text.GetLengthInChar());
         const bool copied = text.IsWide() ? tag != Tag::Text : buffer == nullptr || size <= kInline;
         if (copied) return OfText(tag, text.View());
-        KORTextAccess::Share(buffer);
+        TextAccess::Share(buffer);
         return InBuffer(tag, buffer, size, text.IsWide());
     }
 
@@ -122,23 +122,23 @@ class Cell {
     }
 
     // Of a text, enumeration item or binary.
-    KORTextAccess::Buffer* Buffer() const {
-        return Length() >= kInWideBuffer ? Get<KORTextAccess::Buffer*>() : nullptr;
+    TextAccess::Buffer* Buffer() const {
+        return Length() >= kInWideBuffer ? Get<TextAccess::Buffer*>() : nullptr;
     }
     bool IsWide() const { return Length() == kInWideBuffer; }
     // Of a text that is not wide.
     std::string_view Text() const {
-        if (Length() == kInBuffer) return KORTextAccess::NarrowIn(Buffer(), BufferSize());
+        if (Length() == kInBuffer) return TextAccess::NarrowIn(Buffer(), BufferSize());
         return {reinterpret_cast<const char*>(this), Length()};
     }
     // Calls visit with the characters as a std::string_view or a std::u32string_view.
     template <class Visit>
     decltype(auto) Characters(Visit visit) const {
-        return IsWide() ? visit(KORTextAccess::WideIn(Buffer(), BufferSize())) : visit(Text());
+        return IsWide() ? visit(TextAccess::WideIn(Buffer(), BufferSize())) : visit(Text());
     }
     KORUnicodeString SharedText() const {
         if (Length() < kInWideBuffer) return KORUnicodeString(Text());
-        return KORTextAccess::TextIn(Buffer(), BufferSize(), IsWide());
+        return TextAccess::TextIn(Buffer(), BufferSize(), IsWide());
     }
 
   private:
@@ -150,8 +150,7 @@ class Cell {
     static constexpr std::uint64_t Head(Tag tag, std::uint64_t length) {
         return static_cast<std::uint64_t>(tag) << kTagShift | length << kLengthShift;
     }
-    static Cell InBuffer(Tag tag, KORTextAccess::Buffer* buffer, std::size_t size,
-                         bool wide = false) {
+    static Cell InBuffer(Tag tag, TextAccess::Buffer* buffer, std::size_t size, bool wide = false) {
         Cell cell = Of(tag, buffer);
         cell.high_ = Head(tag, wide ? kInWideBuffer : kInBuffer) | size;
         return cell;
@@ -208,10 +207,26 @@ class CellHolder {
     Cell cell_;
 };
 
-}  // namespace kor
+// A value and the defined type under which it was selected. Shared by the handles and the model
+// that hold it.
+struct KOR_API TypedValue {
+    TypedValue(SdaiString type, SdaiPrimitiveH held);
+    ~TypedValue();
+    TypedValue(const TypedValue&) = delete;
+    TypedValue& operator=(const TypedValue&) = delete;
+
+    void Set(SdaiPrimitiveH held);
+
+    std::atomic<std::uint32_t> owners{1};
+    const SdaiString definedType;
+    // The value as a handle, into which the conversions of other handles refer, and as a cell,
+    // which shares what the handle owns.
+    SdaiPrimitiveH value;
+    Cell cell;
+};
 
 // Access to the internals of handles for the in-memory model.
-class KORHandleAccess {
+class HandleAccess {
   public:
     using Kind = SdaiSelectH::Kind;
 
@@ -223,22 +238,22 @@ class KORHandleAccess {
     // The value inside any defined types.
     static const SdaiSelectH& Held(const SdaiPrimitiveH& handle) { return handle.value_.Held(); }
     static Kind KindOf(const SdaiSelectH& select) { return select.kind_; }
+    // The text of a string, enumeration item or binary.
     static const SdaiString& TextOf(const SdaiSelectH& select) { return select.text_; }
+    static const SdaiString& TextOf(const SdaiPrimitiveH& handle) { return TextOf(Held(handle)); }
     // Null unless the value has a defined type.
-    static KORTypedValue* TypedOf(const SdaiPrimitiveH& handle) {
+    static TypedValue* TypedOf(const SdaiPrimitiveH& handle) {
         return handle.value_.kind_ == Kind::Typed ? handle.value_.typed_ : nullptr;
     }
-    static SdaiPrimitiveH OfTyped(KORTypedValue* typed);
+    static SdaiPrimitiveH OfTyped(TypedValue* typed);
     static SdaiPrimitiveH OfText(Kind kind, KORUnicodeString text);
 };
-
-namespace kor {
 
 KOR_API std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Domain* domain);
 
 inline std::optional<std::string> WrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
-    using Kind = KORHandleAccess::Kind;
-    switch (KORHandleAccess::KindOf(value)) {
+    using Kind = HandleAccess::Kind;
+    switch (HandleAccess::KindOf(value)) {
         case Kind::String:
         case Kind::Enumeration:
         case Kind::Typed:

@@ -27,7 +27,7 @@ void SdaiSelectH::CopyFrom(const SdaiSelectH& other) noexcept {
         case Kind::Binary: new (&text_) SdaiString(other.text_); break;
         case Kind::SharedAggregate:
             aggregate_ = other.aggregate_;
-            KORAggregateAccess::AddOwner(*aggregate_);
+            kor::AggregateAccess::AddOwner(*aggregate_);
             break;
         case Kind::Typed:
             typed_ = other.typed_;
@@ -55,7 +55,7 @@ void SdaiSelectH::Release() noexcept {
         case Kind::String:
         case Kind::Enumeration:
         case Kind::Binary: text_.~SdaiString(); break;
-        case Kind::SharedAggregate: KORAggregateAccess::RemoveOwner(*aggregate_); break;
+        case Kind::SharedAggregate: kor::AggregateAccess::RemoveOwner(*aggregate_); break;
         case Kind::Typed:
             if (typed_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete typed_;
             break;
@@ -92,7 +92,7 @@ SdaiSelectH::SdaiSelectH(const SdaiPrimitiveH& value) : SdaiSelectH(value.value_
 SdaiSelectH::SdaiSelectH(const SdaiString& definedType, const SdaiPrimitiveH& value)
     : SdaiSelectH() {
     if (!value.exists()) return;
-    typed_ = new KORTypedValue{{1}, definedType, value};
+    typed_ = new kor::TypedValue(definedType, value);
     kind_ = Kind::Typed;
     select_ = true;
 }
@@ -156,8 +156,8 @@ SdaiPrimitiveH::SdaiPrimitiveH(SdaiAggrInstance* aggregate) noexcept {
     if (aggregate == nullptr) return;
     value_.aggregate_ = aggregate;
     value_.kind_ = SdaiSelectH::Kind::ModelAggregate;
-    if (KORAggregateAccess::HasOwners(*aggregate)) {
-        KORAggregateAccess::AddOwner(*aggregate);
+    if (kor::AggregateAccess::HasOwners(*aggregate)) {
+        kor::AggregateAccess::AddOwner(*aggregate);
         value_.kind_ = SdaiSelectH::Kind::SharedAggregate;
     }
 }
@@ -165,7 +165,7 @@ SdaiPrimitiveH::SdaiPrimitiveH(SdaiAggrInstance* aggregate) noexcept {
 SdaiPrimitiveH SdaiPrimitiveH::TakeOver(SdaiAggrInstance* aggregate) noexcept {
     SdaiPrimitiveH handle;
     if (aggregate == nullptr) return handle;
-    KORAggregateAccess::AddOwner(*aggregate);
+    kor::AggregateAccess::AddOwner(*aggregate);
     handle.value_.aggregate_ = aggregate;
     handle.value_.kind_ = SdaiSelectH::Kind::SharedAggregate;
     return handle;
@@ -173,7 +173,7 @@ SdaiPrimitiveH SdaiPrimitiveH::TakeOver(SdaiAggrInstance* aggregate) noexcept {
 
 SdaiPrimitiveH SdaiPrimitiveH::Enumeration(const SdaiString& item) noexcept {
     if (!kor::IsWord(item.View())) return {};
-    return KORHandleAccess::OfText(SdaiSelectH::Kind::Enumeration, item);
+    return kor::HandleAccess::OfText(SdaiSelectH::Kind::Enumeration, item);
 }
 
 SdaiPrimitiveH SdaiPrimitiveH::Binary(const SdaiString& digits) noexcept {
@@ -182,17 +182,17 @@ SdaiPrimitiveH SdaiPrimitiveH::Binary(const SdaiString& digits) noexcept {
         text.find_first_not_of("0123456789ABCDEF") != std::string_view::npos) {
         return {};
     }
-    return KORHandleAccess::OfText(SdaiSelectH::Kind::Binary, digits);
+    return kor::HandleAccess::OfText(SdaiSelectH::Kind::Binary, digits);
 }
 
-SdaiPrimitiveH KORHandleAccess::OfText(Kind kind, KORUnicodeString text) {
+SdaiPrimitiveH kor::HandleAccess::OfText(Kind kind, KORUnicodeString text) {
     SdaiPrimitiveH handle;
     new (&handle.value_.text_) SdaiString(std::move(text));
     handle.value_.kind_ = kind;
     return handle;
 }
 
-SdaiPrimitiveH KORHandleAccess::OfTyped(KORTypedValue* typed) {
+SdaiPrimitiveH kor::HandleAccess::OfTyped(kor::TypedValue* typed) {
     SdaiPrimitiveH handle;
     typed->owners.fetch_add(1, std::memory_order_relaxed);
     handle.value_.typed_ = typed;
@@ -289,21 +289,36 @@ long SdaiPrimitiveH::GetMemberCount() const {
     return aggregate != nullptr ? aggregate->GetMemberCount() : 0;
 }
 
-SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
-    const SdaiSelectH& held = value_.Held();
-    switch (held.kind_) {
-        case SdaiSelectH::Kind::String: return "STRING";
-        case SdaiSelectH::Kind::Integer: return "INTEGER";
-        case SdaiSelectH::Kind::Real: return "REAL";
-        case SdaiSelectH::Kind::Logical: return "LOGICAL";
-        case SdaiSelectH::Kind::Boolean: return "BOOLEAN";
-        case SdaiSelectH::Kind::Enumeration: return "ENUMERATION";
-        case SdaiSelectH::Kind::Binary: return "BINARY";
+SdaiKind SdaiPrimitiveH::Kind() const {
+    switch (value_.Held().kind_) {
+        case SdaiSelectH::Kind::Integer: return SdaiKind::Integer;
+        case SdaiSelectH::Kind::Real: return SdaiKind::Real;
+        case SdaiSelectH::Kind::Logical: return SdaiKind::Logical;
+        case SdaiSelectH::Kind::Boolean: return SdaiKind::Boolean;
+        case SdaiSelectH::Kind::String: return SdaiKind::String;
+        case SdaiSelectH::Kind::Enumeration: return SdaiKind::Enumeration;
+        case SdaiSelectH::Kind::Binary: return SdaiKind::Binary;
+        case SdaiSelectH::Kind::Instance: return SdaiKind::Instance;
         case SdaiSelectH::Kind::ModelAggregate:
-        case SdaiSelectH::Kind::SharedAggregate: return "AGGREGATE";
-        case SdaiSelectH::Kind::Instance: return held.instance_->GetInstanceType()->Name();
-        default: return {};
+        case SdaiSelectH::Kind::SharedAggregate: return SdaiKind::Aggregate;
+        default: return SdaiKind::Unset;
     }
+}
+
+SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
+    switch (Kind()) {
+        case SdaiKind::Unset: return {};
+        case SdaiKind::Integer: return "INTEGER";
+        case SdaiKind::Real: return "REAL";
+        case SdaiKind::Logical: return "LOGICAL";
+        case SdaiKind::Boolean: return "BOOLEAN";
+        case SdaiKind::String: return "STRING";
+        case SdaiKind::Enumeration: return "ENUMERATION";
+        case SdaiKind::Binary: return "BINARY";
+        case SdaiKind::Instance: return GetInstanceType()->Name();
+        case SdaiKind::Aggregate: return "AGGREGATE";
+    }
+    return {};
 }
 
 namespace {
@@ -356,18 +371,18 @@ namespace kor {
 namespace {
 
 SdaiPrimitiveH PlainHandle(const Cell& cell) {
-    using Kind = KORHandleAccess::Kind;
+    using Kind = HandleAccess::Kind;
     switch (cell.GetTag()) {
         case Tag::Integer: return {cell.Get<long>()};
         case Tag::Real: return {cell.Get<double>()};
         case Tag::Logical: return {cell.Get<SdaiLogical>()};
         case Tag::Boolean: return {cell.Get<SdaiLogical>() == sdaiLTRUE};
-        case Tag::Text: return KORHandleAccess::OfText(Kind::String, cell.SharedText());
-        case Tag::Enumeration: return KORHandleAccess::OfText(Kind::Enumeration, cell.SharedText());
-        case Tag::Binary: return KORHandleAccess::OfText(Kind::Binary, cell.SharedText());
+        case Tag::Text: return HandleAccess::OfText(Kind::String, cell.SharedText());
+        case Tag::Enumeration: return HandleAccess::OfText(Kind::Enumeration, cell.SharedText());
+        case Tag::Binary: return HandleAccess::OfText(Kind::Binary, cell.SharedText());
         case Tag::Instance: return {cell.Get<SdaiEntityInstance*>()};
         case Tag::Aggregate: return {cell.Get<SdaiAggrInstance*>()};
-        case Tag::Typed: return KORHandleAccess::OfTyped(cell.Get<KORTypedValue*>());
+        case Tag::Typed: return HandleAccess::OfTyped(cell.Get<TypedValue*>());
         default: return {};
     }
 }
@@ -388,7 +403,7 @@ std::string_view OnlyChoice(const Domain& select, Tag tag) {
 Cell NewTypedCell(const SdaiString& definedType, const Cell& value, Model* model) {
     if (model != nullptr) return model->NewTyped(definedType, value);
     const CellHolder holder(value);
-    return Cell::Of(Tag::Typed, new KORTypedValue{{1}, definedType, ToHandle(value, false)});
+    return Cell::Of(Tag::Typed, new TypedValue(definedType, ToHandle(value, false)));
 }
 
 Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain, Model* model) {
@@ -397,28 +412,28 @@ Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain, Mo
         std::vector<Cell> cells;
         ~Members() { std::for_each(cells.begin(), cells.end(), ReleaseCell); }
     } members;
-    const std::size_t count = KORAggregateAccess::Count(aggregate);
+    const std::size_t count = AggregateAccess::Count(aggregate);
     members.cells.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         members.cells.push_back(ToCell(aggregate.GetMember(static_cast<long>(i)), element, model));
     }
     const bool selects =
-        element != nullptr ? element->IsSelect() : KORAggregateAccess::HoldsSelects(aggregate);
+        element != nullptr ? element->IsSelect() : AggregateAccess::HoldsSelects(aggregate);
     const Cell copy =
         model != nullptr
             ? model->NewAggregate(members.cells, selects)
-            : Cell::Of(Tag::Aggregate, KORAggregateAccess::Make(members.cells, selects, nullptr));
+            : Cell::Of(Tag::Aggregate, AggregateAccess::Make(members.cells, selects, nullptr));
     members.cells.clear();
-    if (model != nullptr) KORAggregateAccess::NoteModels(*copy.Get<SdaiAggrInstance*>());
+    if (model != nullptr) AggregateAccess::NoteModels(*copy.Get<SdaiAggrInstance*>());
     return copy;
 }
 
 // The cell of a value without its defined type, converted as the domain requires.
 Cell PlainCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
-    using Kind = KORHandleAccess::Kind;
+    using Kind = HandleAccess::Kind;
     const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
-    const SdaiSelectH& held = KORHandleAccess::Held(value);
-    const Kind kind = KORHandleAccess::KindOf(held);
+    const SdaiSelectH& held = HandleAccess::Held(value);
+    const Kind kind = HandleAccess::KindOf(held);
     switch (kind) {
         case Kind::Unset: return {};
         case Kind::Integer:
@@ -442,33 +457,53 @@ Cell PlainCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) 
             return CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain, model);
         case Kind::String:
             return Cell::OfText(base == Domain::Base::Enumeration ? Tag::Enumeration : Tag::Text,
-                                KORHandleAccess::TextOf(held));
-        case Kind::Enumeration:
-            return Cell::OfText(Tag::Enumeration, KORHandleAccess::TextOf(held));
-        case Kind::Binary: return Cell::OfText(Tag::Binary, KORHandleAccess::TextOf(held));
+                                HandleAccess::TextOf(held));
+        case Kind::Enumeration: return Cell::OfText(Tag::Enumeration, HandleAccess::TextOf(held));
+        case Kind::Binary: return Cell::OfText(Tag::Binary, HandleAccess::TextOf(held));
         case Kind::Typed: break;  // never returned by Held
     }
     return {};
 }
 
+// The cell of a value, which shares what the handle owns; it does not own an aggregate.
+Cell SharedCell(const SdaiPrimitiveH& value) {
+    if (TypedValue* typed = HandleAccess::TypedOf(value)) {
+        typed->owners.fetch_add(1, std::memory_order_relaxed);
+        return Cell::Of(Tag::Typed, typed);
+    }
+    if (SdaiAggrInstance* aggregate = value) return Cell::Of(Tag::Aggregate, aggregate);
+    return PlainCell(value, nullptr, nullptr);
+}
+
 }  // namespace
+
+// ---- Typed values
+
+TypedValue::TypedValue(SdaiString type, SdaiPrimitiveH held)
+    : definedType(std::move(type)), value(std::move(held)), cell(SharedCell(value)) {}
+
+TypedValue::~TypedValue() {
+    if (cell.GetTag() != Tag::Aggregate) ReleaseCell(cell);  // the handle or the model owns it
+}
+
+void TypedValue::Set(SdaiPrimitiveH held) {
+    value = std::move(held);
+    cell = SharedCell(value);
+}
 
 SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
     SdaiPrimitiveH handle = PlainHandle(cell);
-    KORHandleAccess::MarkSelect(handle, select);
+    HandleAccess::MarkSelect(handle, select);
     return handle;
 }
 
 Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
     const bool isSelect = domain != nullptr && domain->IsSelect();
-    KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    const TypedValue* typed = HandleAccess::TypedOf(value);
     // A typed value that is unset has only its type's name, and is allowed anywhere.
     if (typed != nullptr && (domain == nullptr || isSelect || !typed->value.exists())) {
         const SdaiAggrInstance* aggregate = value;
-        if (aggregate == nullptr) {
-            typed->owners.fetch_add(1, std::memory_order_relaxed);
-            return Cell::Of(Tag::Typed, typed);
-        }
+        if (aggregate == nullptr) return SharedCell(value);
         return NewTypedCell(typed->definedType, ToCell(typed->value, nullptr, model), model);
     }
     const Cell cell = PlainCell(value, domain, model);
@@ -480,17 +515,17 @@ Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
 }
 
 std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Domain* domain) {
-    using Kind = KORHandleAccess::Kind;
-    const KORTypedValue* typed = KORHandleAccess::TypedOf(value);
+    using Kind = HandleAccess::Kind;
+    const TypedValue* typed = HandleAccess::TypedOf(value);
     if (typed != nullptr && domain != nullptr && domain->IsSelect()) {
         domain = domain->Choice(typed->definedType.View());
     }
-    const SdaiSelectH& held = KORHandleAccess::Held(value);
-    const Kind kind = KORHandleAccess::KindOf(held);
+    const SdaiSelectH& held = HandleAccess::Held(value);
+    const Kind kind = HandleAccess::KindOf(held);
     const bool isItem = kind == Kind::Enumeration || (kind == Kind::String && domain != nullptr &&
                                                       domain->base == Domain::Base::Enumeration);
     if (isItem) {
-        const std::string_view item = KORHandleAccess::TextOf(held).View();
+        const std::string_view item = HandleAccess::TextOf(held).View();
         const bool fits = IsWord(item) && (domain == nullptr || domain->AdmitsItem(item));
         return fits ? std::nullopt : std::optional<std::string>(item);
     }
@@ -509,19 +544,19 @@ void ReleaseCell(const Cell& cell) {
         case Tag::Text:
         case Tag::Enumeration:
         case Tag::Binary:
-            if (KORTextAccess::Buffer* buffer = cell.Buffer()) {
-                KORTextAccess::Release(buffer, cell.IsWide());
+            if (TextAccess::Buffer* buffer = cell.Buffer()) {
+                TextAccess::Release(buffer, cell.IsWide());
             }
             break;
         case Tag::Typed: {
-            auto* typed = cell.Get<KORTypedValue*>();
+            auto* typed = cell.Get<TypedValue*>();
             if (typed->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete typed;
             break;
         }
         case Tag::Aggregate: {
             auto* aggregate = cell.Get<SdaiAggrInstance*>();
-            if (KORAggregateAccess::HasOwners(*aggregate)) {
-                KORAggregateAccess::RemoveOwner(*aggregate);
+            if (AggregateAccess::HasOwners(*aggregate)) {
+                AggregateAccess::RemoveOwner(*aggregate);
             } else {
                 aggregate->~SdaiAggrInstance();  // its memory belongs to the model
             }

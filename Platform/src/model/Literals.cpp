@@ -46,16 +46,16 @@ void AppendString(std::string& to, std::string_view utf8) {
 }
 
 void AppendValue(std::string& to, const SdaiPrimitiveH& value) {
-    using Kind = KORHandleAccess::Kind;
-    if (const KORTypedValue* typed = KORHandleAccess::TypedOf(value)) {
+    using Kind = HandleAccess::Kind;
+    if (const TypedValue* typed = HandleAccess::TypedOf(value)) {
         to += typed->definedType.View();
         to += '(';
         AppendValue(to, typed->value);
         to += ')';
         return;
     }
-    const SdaiSelectH& held = KORHandleAccess::Held(value);
-    switch (KORHandleAccess::KindOf(held)) {
+    const SdaiSelectH& held = HandleAccess::Held(value);
+    switch (HandleAccess::KindOf(held)) {
         case Kind::Integer: to += std::to_string(static_cast<long>(value)); break;
         case Kind::Real: AppendReal(to, value); break;
         case Kind::Logical:
@@ -64,9 +64,9 @@ void AppendValue(std::string& to, const SdaiPrimitiveH& value) {
             to += logical == sdaiLTRUE ? ".T." : logical == sdaiLFALSE ? ".F." : ".U.";
             break;
         }
-        case Kind::String: AppendString(to, KORHandleAccess::TextOf(held).ToUtf8()); break;
-        case Kind::Enumeration: AppendBetween(to, '.', KORHandleAccess::TextOf(held).View()); break;
-        case Kind::Binary: AppendBetween(to, '"', KORHandleAccess::TextOf(held).View()); break;
+        case Kind::String: AppendString(to, HandleAccess::TextOf(held).ToUtf8()); break;
+        case Kind::Enumeration: AppendBetween(to, '.', HandleAccess::TextOf(held).View()); break;
+        case Kind::Binary: AppendBetween(to, '"', HandleAccess::TextOf(held).View()); break;
         case Kind::Instance: {
             const SdaiEntityInstance* instance = value;
             to += '#' + std::to_string(instance->GetInstanceNameId());

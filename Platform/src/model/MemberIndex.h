@@ -9,7 +9,9 @@
 
 class SdaiEntityInstance;
 
-class KORMemberIndex {
+namespace kor {
+
+class MemberIndex {
   public:
     void Reserve(std::size_t count) { counts_.Reserve(count); }
     void Add(const SdaiEntityInstance* instance) { ++counts_.FindOrAdd(instance); }
@@ -20,7 +22,9 @@ class KORMemberIndex {
     }
 
   private:
-    kor::PointerTable<std::uint32_t> counts_;
+    PointerTable<std::uint32_t> counts_;
 };
+
+}  // namespace kor
 
 #endif

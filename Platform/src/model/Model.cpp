@@ -38,7 +38,7 @@ Model::Model(std::shared_ptr<const Schema> schema)
       declaredTypes_(schema_->Entities().size()),
       relations_(schema_->AttributeNameCount()) {
     for (const EntityType* entity : schema_->Entities()) AddExtent(*entity);
-    KORAggregateAccess::MakeExtent(noInstances_);
+    AggregateAccess::MakeExtent(noInstances_);
 }
 
 Model::~Model() {
@@ -158,7 +158,7 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
     // Everything that may run out of memory comes first.
     IdTable::Entry& entry = ids_.ForDefinition(id);
     for (SdaiAggrInstance* extent : type.extents) {
-        KORAggregateAccess::ReserveExtent(*extent, KORAggregateAccess::Count(*extent) + 1);
+        AggregateAccess::ReserveExtent(*extent, AggregateAccess::Count(*extent) + 1);
     }
     instances_.push_back(nullptr);
     void* memory = nullptr;
@@ -185,7 +185,7 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
         }
     }
     for (SdaiAggrInstance* extent : type.extents) {
-        KORAggregateAccess::AppendToExtent(*extent, &instance);
+        AggregateAccess::AppendToExtent(*extent, &instance);
     }
     for (const RelatedSlot& related : type.relations) {
         related.relation->Change(nullptr, Relation::TargetOf(instance.Cells()[related.slot]),
@@ -266,10 +266,9 @@ void Model::Append(std::uintptr_t chain, std::uintptr_t behind) {
 }
 
 Cell Model::NewAggregate(std::span<const Cell> members, bool selects) {
-    SdaiAggrInstance* aggregate = KORAggregateAccess::Make(members, selects, &aggregates_);
-    const bool bare =
-        KORAggregateAccess::LayoutOf(*aggregate) == KORAggregateAccess::Layout::Instances;
-    auto* first = KORAggregateAccess::Members<std::byte>(*aggregate);
+    SdaiAggrInstance* aggregate = AggregateAccess::Make(members, selects, &aggregates_);
+    const bool bare = AggregateAccess::LayoutOf(*aggregate) == AggregateAccess::Layout::Instances;
+    auto* first = AggregateAccess::Members<std::byte>(*aggregate);
     for (std::size_t i = 0; i < members.size(); ++i) {
         if (members[i].GetTag() != Tag::Pending) continue;
         if (bare) {
@@ -285,14 +284,13 @@ Cell Model::NewTyped(SdaiString definedType, const Cell& value) {
     // The typed value shares the contents of the cell; an aggregate still belongs to the model.
     CellHolder holder(value);
     if (value.GetTag() == Tag::Aggregate) Retire(holder.Take());
-    return Cell::Of(Tag::Typed,
-                    new KORTypedValue{{1}, std::move(definedType), ToHandle(value, false)});
+    return Cell::Of(Tag::Typed, new TypedValue(std::move(definedType), ToHandle(value, false)));
 }
 
 void Model::AddPending(const Cell& typed, std::uint64_t id) {
     unsettled_ = true;
     pendingTyped_.emplace_back(typed, id);
-    typed.Get<KORTypedValue*>()->owners.fetch_add(1, std::memory_order_relaxed);
+    typed.Get<TypedValue*>()->owners.fetch_add(1, std::memory_order_relaxed);
 }
 
 std::vector<std::uint64_t> Model::SettleReferences() {
@@ -304,7 +302,7 @@ std::vector<std::uint64_t> Model::SettleReferences() {
     });
     for (const auto& [typed, id] : pendingTyped_) {
         if (SdaiEntityInstance* instance = Find(id)) {
-            typed.Get<KORTypedValue*>()->value = SdaiPrimitiveH(instance);
+            typed.Get<TypedValue*>()->Set(SdaiPrimitiveH(instance));
         } else {
             missing.push_back(id);
         }
@@ -412,13 +410,13 @@ const SdaiAggrInstance* Model::ExtentByNumber(std::size_t number) const {
         }
     }
     auto extent = std::make_unique<SdaiAggrInstance>();
-    KORAggregateAccess::MakeExtent(*extent);
+    AggregateAccess::MakeExtent(*extent);
     madeExtents_.reserve(madeExtents_.size() + 1);
-    KORAggregateAccess::ReserveExtent(*extent, count);
+    AggregateAccess::ReserveExtent(*extent, count);
     if (count != 0) {
         ForEachInstance([&](Instance& instance) {
             if (belongs[instance.Type().number]) {
-                KORAggregateAccess::AppendToExtent(*extent, &instance);
+                AggregateAccess::AppendToExtent(*extent, &instance);
             }
         });
     }

@@ -144,14 +144,14 @@ bool SdaiIterator_Of_Users::FindMembers(const SdaiAggrInstance& aggregate,
                                         const SdaiName& attribute,
                                         const SdaiEntityInstance& target) {
     const SdaiEntityInstance* first = aggregate.GetInstanceMember(0);
-    const KORMemberIndex* index = KORAggregateAccess::IndexOf(aggregate);
-    if (first == nullptr || index == nullptr || KORAggregateAccess::IsMixed(aggregate)) {
+    const kor::MemberIndex* index = kor::AggregateAccess::IndexOf(aggregate);
+    if (first == nullptr || index == nullptr || kor::AggregateAccess::IsMixed(aggregate)) {
         return false;
     }
     const Relation* relation = Instance::Of(*first).Type().model->FindRelation(attribute);
     if (relation == nullptr) return false;
     const std::span<SdaiEntityInstance* const> sources = relation->SourcesOf(&target);
-    if (sources.size() > KORAggregateAccess::Count(aggregate)) return false;
+    if (sources.size() > kor::AggregateAccess::Count(aggregate)) return false;
     try {
         Found found(few_, many_);
         for (SdaiEntityInstance* source : sources) {

@@ -107,7 +107,7 @@ KORDMInstance IdentityOf(const SdaiEntityInstance& record) {
     const SdaiPrimitiveH coid = record.GetAttr("Coid"_name);
     const SdaiPrimitiveH compid = record.GetAttr("Compid"_name);
     const auto text = [](const SdaiPrimitiveH& value) -> const KORUnicodeString& {
-        return static_cast<const SdaiString&>(value);
+        return TextOf(value);
     };
     return {"KORCON", text(caenv), text(catab), KORDMNarvo::HexaToDouble(text(coid)),
             KORDMNarvo::HexaToDouble(text(compid))};

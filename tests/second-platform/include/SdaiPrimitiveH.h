@@ -4,6 +4,7 @@
 #ifndef SDAIPRIMITIVEH_H
 #define SDAIPRIMITIVEH_H
 
+#include <cstdint>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -17,6 +18,19 @@ class SdaiEntityInstance;
 class SdaiModel;
 class SdaiNamedType;
 class SdaiPrimitiveH;
+
+enum class SdaiKind : std::uint8_t {
+    Unset,
+    Integer,
+    Real,
+    Logical,
+    Boolean,
+    String,
+    Enumeration,
+    Binary,
+    Instance,
+    Aggregate
+};
 
 namespace second {
 struct Value;
@@ -56,6 +70,7 @@ class KOR_API SdaiPrimitiveH {
     static SdaiPrimitiveH Binary(const SdaiString& digits);
 
     SdaiBoolean exists() const { return SdaiBoolean(value_.value_ != nullptr); }
+    SdaiKind Kind() const;
     SdaiPrimitiveH GetAttr(const SdaiString& name) const;
     SdaiPrimitiveH GetAttr(const SdaiName& name) const { return GetAttr(SdaiString(name.text)); }
     SdaiBoolean TestAttr(const SdaiString& name) const;
@@ -90,5 +105,7 @@ class KOR_API SdaiPrimitiveH {
 
     SdaiSelectH value_;
 };
+
+inline const SdaiString& TextOf(const SdaiPrimitiveH& value) { return value; }
 
 #endif

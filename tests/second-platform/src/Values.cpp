@@ -169,17 +169,32 @@ long SdaiPrimitiveH::GetMemberCount() const {
     return aggregate != nullptr ? aggregate->GetMemberCount() : 0;
 }
 
+SdaiKind SdaiPrimitiveH::Kind() const {
+    if (Held<SdaiString>(*this) != nullptr) return SdaiKind::String;
+    if (Held<long>(*this) != nullptr) return SdaiKind::Integer;
+    if (Held<double>(*this) != nullptr) return SdaiKind::Real;
+    if (Held<SdaiLogical>(*this) != nullptr) return SdaiKind::Logical;
+    if (Held<second::Boolean>(*this) != nullptr) return SdaiKind::Boolean;
+    if (Held<second::Item>(*this) != nullptr) return SdaiKind::Enumeration;
+    if (Held<second::Bits>(*this) != nullptr) return SdaiKind::Binary;
+    if (Held<Aggregate>(*this) != nullptr) return SdaiKind::Aggregate;
+    return Held<SdaiEntityInstance*>(*this) != nullptr ? SdaiKind::Instance : SdaiKind::Unset;
+}
+
 SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
-    if (Held<SdaiString>(*this) != nullptr) return "STRING";
-    if (Held<long>(*this) != nullptr) return "INTEGER";
-    if (Held<double>(*this) != nullptr) return "REAL";
-    if (Held<SdaiLogical>(*this) != nullptr) return "LOGICAL";
-    if (Held<second::Boolean>(*this) != nullptr) return "BOOLEAN";
-    if (Held<second::Item>(*this) != nullptr) return "ENUMERATION";
-    if (Held<second::Bits>(*this) != nullptr) return "BINARY";
-    if (Held<Aggregate>(*this) != nullptr) return "AGGREGATE";
-    const SdaiNamedType* type = GetInstanceType();
-    return type != nullptr ? type->Name() : SdaiString();
+    switch (Kind()) {
+        case SdaiKind::Unset: return "";
+        case SdaiKind::Integer: return "INTEGER";
+        case SdaiKind::Real: return "REAL";
+        case SdaiKind::Logical: return "LOGICAL";
+        case SdaiKind::Boolean: return "BOOLEAN";
+        case SdaiKind::String: return "STRING";
+        case SdaiKind::Enumeration: return "ENUMERATION";
+        case SdaiKind::Binary: return "BINARY";
+        case SdaiKind::Instance: return GetInstanceType()->Name();
+        case SdaiKind::Aggregate: return "AGGREGATE";
+    }
+    return "";
 }
 
 // ---- Comparing
