@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 #include <span>
+#include <system_error>
 #include <utility>
 
 namespace exchange {

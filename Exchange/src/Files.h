@@ -4,6 +4,7 @@
 #ifndef EXCHANGE_FILES_H
 #define EXCHANGE_FILES_H
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
