@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "Tables.h"
+#include "PlainTables.h"
 
 namespace tables {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "PlainTables.h"
 #include "SdaiModel.h"
-#include "Tables.h"
 
 namespace platform {
 

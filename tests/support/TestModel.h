@@ -14,9 +14,9 @@
 #include <set>
 #include <string>
 
+#include "PlainTables.h"
 #include "PlatformModels.h"
 #include "SdaiModel.h"
-#include "Tables.h"
 #include "TestValues.h"
 
 class TestModel {

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "PlainTables.h"
 #include "SdaiModel.h"
-#include "Tables.h"
 
 namespace second {
 

@@ -12,9 +12,9 @@
 #include <string_view>
 #include <vector>
 
+#include "PlainTables.h"
 #include "SdaiModel.h"
 #include "SecondPlatform.h"
-#include "Tables.h"
 
 namespace second {
 

@@ -1,7 +1,7 @@
 // Schemas and data sets as tables, which the tests of every platform read: plain names and values.
 
-#ifndef TESTS_TABLES_H
-#define TESTS_TABLES_H
+#ifndef TESTS_PLAINTABLES_H
+#define TESTS_PLAINTABLES_H
 
 #include <map>
 #include <memory>
