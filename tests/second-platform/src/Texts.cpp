@@ -4,7 +4,6 @@
 #include <atomic>
 #include <climits>
 #include <cstdio>
-#include <regex>
 
 #include "KORUnicodeString.h"
 #include "Numbers.h"
@@ -109,14 +108,17 @@ std::string KORUnicodeString::ToUtf8() const {
 // A directive of one character that was written by ConvertToChar and changed since may be none any
 // more; its bytes are then characters of their own.
 KORUnicodeString KORUnicodeString::ReadBack(std::string_view bytes) const {
-    static const std::regex kDirective(R"(\\X(2\\[0-9A-F]{4}|4\\[0-9A-F]{8})\\X0\\)");
     std::u32string read;
     for (const char32_t c : Characters()) {
         const std::string_view piece = bytes.substr(0, c <= kLastNarrow ? 1 : Directive(c).size());
         bytes.remove_prefix(piece.size());
         char32_t now = 0;
-        if (c > kLastNarrow && std::regex_match(piece.begin(), piece.end(), kDirective)) {
-            now = static_cast<char32_t>(std::stoul(std::string(piece.substr(4)), nullptr, 16));
+        if (c > kLastNarrow && piece.size() > 8) {
+            const std::string digits(piece.substr(4, piece.size() - 8));
+            const bool isNumber = digits.find_first_not_of("0123456789ABCDEF") == std::string::npos;
+            if (isNumber) now = static_cast<char32_t>(std::stoul(digits, nullptr, 16));
+            // Is it written as the directive of a character, and the same?
+            if (Directive(now) != piece) now = 0;
         }
         read += now != 0 && IsCharacter(now) ? std::u32string(1, now) : Widened(piece);
     }
@@ -182,14 +184,19 @@ namespace {
 // result is too long.
 KORUnicodeString Print(const char* format, const char* letters, const char* modifier, auto number) {
     constexpr int kMost = 511;
-    std::smatch match;
     std::string text = format != nullptr ? format : "";
-    const std::regex conversion(std::string(R"(%[-+ #0]*(\d*)(\.(\d*))?[)") + letters + "]");
-    if (!std::regex_match(text, match, conversion)) return {};
-    for (const std::size_t digits : {1U, 3U}) {
-        if (match.length(digits) > 3 ||
-            (match.length(digits) > 0 && std::stoi(match[digits]) > kMost))
-            return {};
+    if (!text.starts_with('%')) return {};
+    // Flags, a width, a precision and one letter.
+    std::size_t at = std::min(text.find_first_not_of("-+ #0", 1), text.size());
+    for (const bool precision : {false, true}) {
+        if (precision && text.compare(at, 1, ".") != 0) break;
+        const std::size_t first = precision ? at + 1 : at;
+        at = std::min(text.find_first_not_of("0123456789", first), text.size());
+        const std::string digits = text.substr(first, at - first);
+        if (digits.size() > 3 || (!digits.empty() && std::stoi(digits) > kMost)) return {};
+    }
+    if (at + 1 != text.size() || std::string_view(letters).find(text[at]) == std::string::npos) {
+        return {};
     }
     text.insert(text.size() - 1, modifier);
     const second::PlainLocale locale;
