@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -17,6 +18,7 @@
 #include "ExchangeModels.h"
 #include "KORDMInstance.h"
 #include "KORPSNTrace.h"
+#include "SdaiAggrInstance.h"
 #include "SdaiModel.h"
 #include "SdaiPrimitiveH.h"
 
@@ -69,6 +71,10 @@ struct Module {
     SdaiPrimitiveH Call(const char* name, const SdaiPrimitiveH& a, const SdaiPrimitiveH& b) const {
         using Function = SdaiPrimitiveH (*)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);
         return reinterpret_cast<Function>(dlsym(library, name))(a, b);
+    }
+    SdaiPrimitiveH Call(const char* name, const SdaiPrimitiveH& a) const {
+        using Function = SdaiPrimitiveH (*)(const SdaiPrimitiveH&);
+        return reinterpret_cast<Function>(dlsym(library, name))(a);
     }
     SdaiPrimitiveH RemoveValueVersion() const {
         using Function = SdaiPrimitiveH (*)();
@@ -154,6 +160,51 @@ int UnloadModule() {
     return 0;
 }
 
+// ---- Placements, for which each thread keeps a list in reserve
+
+void Place() {
+    const SdaiPrimitiveH placement = module->Call("GetAbsPlacement", SdaiPrimitiveH());
+    const SdaiAggrInstance* values = placement;
+    std::printf("%ld values\n", values == nullptr ? 0L : values->GetMemberCount());
+    std::fflush(stdout);
+}
+
+int PlaceAtTheEnd() {
+    static const struct Singleton {
+        ~Singleton() { Place(); }
+    } singleton;
+    module = new Module;
+    Place();
+    atTheVeryEnd = Place;
+    return 0;
+}
+
+// A thread ends after the module whose function it has called, once for each of more rounds than a
+// process may have keys for values of threads.
+int UnloadModuleBeforeAThreadEnds() {
+    for (int round = 0; round < 1100; ++round) {
+        Module loaded;
+        module = &loaded;
+        std::promise<void> called;
+        std::promise<void> unloaded;
+        std::thread thread([&] {
+            if (round % 100 == 0) {
+                Place();
+            } else {
+                loaded.Call("GetAbsPlacement", SdaiPrimitiveH());
+            }
+            called.set_value();
+            unloaded.get_future().wait();
+        });
+        called.get_future().wait();
+        loaded.Unload();
+        if (dlopen(MODULE_LIBRARY, RTLD_NOW | RTLD_NOLOAD) != nullptr) return 1;
+        unloaded.set_value();
+        thread.join();
+    }
+    return 0;
+}
+
 // ---- Child processes
 
 int TraceInChildren() {
@@ -190,6 +241,7 @@ int main(int argc, char** argv) {
         {"end", TraceAtTheEnd},   {"versions", ForgetVersionsAtTheEnd},
         {"unload", UnloadModule}, {"children", TraceInChildren},
         {"once", TraceOnce},      {"elsewhere", TraceFromElsewhere},
+        {"place", PlaceAtTheEnd}, {"unload-first", UnloadModuleBeforeAThreadEnds},
     };
     const auto action = kActions.find(argc > 1 ? argv[1] : "");
     return action != kActions.end() ? action->second() : 2;

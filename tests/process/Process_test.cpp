@@ -91,6 +91,20 @@ TEST_F(Process, LeavesNothingWhenTheModuleIsUnloaded) {
     EXPECT_EQ(run.out, "IsVersion older\nIsVersion older\nIsVersion newer\nIsVersion newer\n");
 }
 
+TEST_F(Process, GivesPlacementsUntilItEnds) {
+    const OrxResult run = RunChild("place");
+    ExpectClean(run);
+    EXPECT_EQ(run.out, "12 values\n12 values\n12 values\n");
+}
+
+TEST_F(Process, LeavesNothingForThreadsThatOutliveTheModule) {
+    const OrxResult run = RunChild("unload-first");
+    ExpectClean(run);
+    std::string expected;
+    for (int i = 0; i < 11; ++i) expected += "12 values\n";
+    EXPECT_EQ(run.out, expected);
+}
+
 // ---- The file of the trace
 
 TEST_F(Process, LeavesTheTraceFileAloneUntilALineIsWritten) {

@@ -30,8 +30,7 @@ class NameConversion {
     // ToFileName returns the name in file form, with `ending` appended; ToDatabaseName returns
     // SubString(start, length) of the file name in database form.
     KORUnicodeString ToFileName(const KORUnicodeString& name, std::string_view ending = {});
-    KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int start = 0,
-                                    int length = INT_MAX);
+    KORUnicodeString ToDatabaseName(const KORUnicodeString& fileName, int start, int length);
 
   private:
     // Room for a name with its NUL: 80 characters in place, longer names on the heap.

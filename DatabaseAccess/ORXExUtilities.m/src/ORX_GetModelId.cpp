@@ -97,8 +97,7 @@ SdaiPrimitiveH ORX_GetModelId_Imp2(const SdaiPrimitiveH& identifier) {
                 const KORUnicodeString field =
                     text.SubString(start, end > start ? end - start : INT_MAX);
                 trace.Line("on a la chaine desiree on peut la convertir");
-                result = 0;  // if the field is not a number
-                KORLocale::sConvertStringToNum(field, &result);
+                KORLocale::sConvertStringToNum(field, &result);  // 0 if it is not a number
             }
         }
         trace.Line("on retourne la cle : >", result, "<");
