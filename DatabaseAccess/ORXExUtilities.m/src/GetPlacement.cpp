@@ -3,10 +3,15 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <climits>
 #include <iostream>
+#include <memory>
+#include <mutex>
 #include <new>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "Attributes.h"
 #include "Identity.h"
@@ -437,47 +442,73 @@ bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdai
     return true;
 }
 
+using PlacementList = SdaiListClassOfSdaiReal;
+
+PlacementList* AllocateList() { return new (std::nothrow) PlacementList(0, INT_MAX); }
+
 // Each thread keeps one list in reserve, so that a call can return a placement even if there is no
 // memory for a new list. The thread that loads the module has its list from the start.
 pthread_key_t reserveKey;
 bool reservesAreKept = false;
 
-SdaiListClassOfSdaiReal* Reserve() {
-    return static_cast<SdaiListClassOfSdaiReal*>(pthread_getspecific(reserveKey));
-}
+// Owns the reserves of all threads while the module is loaded. A thread's reserve is freed when the
+// thread ends, or with the module if that is unloaded first.
+class Reserves {
+  public:
+    Reserves();
+    ~Reserves();
 
-SdaiListClassOfSdaiReal* AllocateList() {
-    return new (std::nothrow) SdaiListClassOfSdaiReal(0, INT_MAX);
-}
-
-void MakeReserve() {
-    SdaiListClassOfSdaiReal* list = AllocateList();
-    if (pthread_setspecific(reserveKey, list) != 0) delete list;
-}
-
-// Keeps the reserves while the module is loaded. A thread's reserve is freed when the thread ends.
-const struct Reserves {
-    Reserves() {
-        const auto release = [](void* list) { delete static_cast<SdaiListClassOfSdaiReal*>(list); };
-        reservesAreKept = pthread_key_create(&reserveKey, release) == 0;
-        if (reservesAreKept) MakeReserve();
+    // Makes a list the reserve of this thread, unless memory runs out.
+    void Make() {
+        std::unique_ptr<PlacementList> list(AllocateList());
+        if (list == nullptr) return;
+        const std::lock_guard lock(mutex_);
+        try {
+            lists_.push_back(std::move(list));
+        } catch (const std::bad_alloc&) {
+            return;
+        }
+        if (pthread_setspecific(reserveKey, lists_.back().get()) != 0) lists_.pop_back();
     }
-    ~Reserves() {
-        if (!reservesAreKept) return;
-        delete Reserve();
-        pthread_key_delete(reserveKey);
-        reservesAreKept = false;
+
+    // The caller owns the list from now on.
+    PlacementList* Take(PlacementList* list) {
+        const std::lock_guard lock(mutex_);
+        const auto place = std::find_if(lists_.begin(), lists_.end(),
+                                        [list](const auto& one) { return one.get() == list; });
+        if (place == lists_.end()) return nullptr;
+        PlacementList* taken = place->release();
+        lists_.erase(place);
+        return taken;
     }
+
+  private:
+    std::mutex mutex_;
+    std::vector<std::unique_ptr<PlacementList>> lists_;
 } reserves;
+
+Reserves::Reserves() {
+    const auto release = [](void* list) {
+        delete reserves.Take(static_cast<PlacementList*>(list));
+    };
+    reservesAreKept = pthread_key_create(&reserveKey, release) == 0;
+    if (reservesAreKept) Make();
+}
+
+Reserves::~Reserves() {
+    if (!reservesAreKept) return;
+    pthread_key_delete(reserveKey);
+    reservesAreKept = false;
+}
 
 // Returns an empty list, allocated together with room for a placement, or else the thread's
 // reserve, which the next call replaces. Returns null only if neither is available.
-SdaiListClassOfSdaiReal* NewList() {
+PlacementList* NewList() {
     if (!reservesAreKept) return AllocateList();
-    if (Reserve() == nullptr) MakeReserve();
-    SdaiListClassOfSdaiReal* list = AllocateList();
+    if (pthread_getspecific(reserveKey) == nullptr) reserves.Make();
+    PlacementList* list = AllocateList();
     if (list == nullptr) {
-        list = Reserve();
+        list = reserves.Take(static_cast<PlacementList*>(pthread_getspecific(reserveKey)));
         pthread_setspecific(reserveKey, nullptr);
     }
     return list;
@@ -486,7 +517,7 @@ SdaiListClassOfSdaiReal* NewList() {
 }  // namespace
 
 SdaiPrimitiveH GetAbsPlacement(const SdaiPrimitiveH& link) {
-    SdaiListClassOfSdaiReal* list = NewList();
+    PlacementList* list = NewList();
     const SdaiPrimitiveH owner = SdaiPrimitiveH::TakeOver(list);
     SdaiPrimitiveH result = Function<"GetAbsPlacement">(owner, [&](Trace& trace, const auto&) {
         if (list == nullptr) throw std::bad_alloc();
