@@ -621,7 +621,7 @@ TEST(Module, HasANameWithAVersion) {
     const ElfFile module(ModulePath());
     ASSERT_EQ(module.DynamicTexts(DT_SONAME).size(), 1U);
     const std::string name = module.DynamicTexts(DT_SONAME).front();
-    EXPECT_THAT(name, MatchesRegex("libORXExUtilities\\.so\\.[0-9]+"));
+    EXPECT_THAT(name, MatchesRegex("libORXExUtilities\\.so\\.[0-9]+\\.[0-9]+"));
     EXPECT_EQ(dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD), Module());
 }
 
