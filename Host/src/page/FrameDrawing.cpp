@@ -186,7 +186,7 @@ class FrameDrawing {
         std::string svg = "<g class=\"box c" + std::to_string(frame.branch % kColours) +
                           "\"><title>" + Escaped(frame.label) + "</title>\n";
         for (unsigned axis = 0; axis < 3; ++axis) {
-            const double slope = Dot(view_.nearer, &frame.placement[3 * axis]);
+            const double slope = Dot(view_.nearer, &frame.placement[std::size_t{3} * axis]);
             if (!(std::abs(slope) > 1e-9)) continue;
             const unsigned side = slope > 0 ? 1U << axis : 0;
             const unsigned one = 1U << ((axis + 1) % 3);
