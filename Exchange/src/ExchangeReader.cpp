@@ -35,9 +35,7 @@ class Reader {
           lexer_(source, problems_, options.longestText),
           instances_(lexer_, problems_) {
         if (!options.progress) return;
-        lexer_.TellProgress([this](std::uint64_t read) {
-            options_.progress(read + (second_ != nullptr ? second_->Progress() : 0));
-        });
+        lexer_.TellProgress([this](std::uint64_t read) { TellProgress(read); });
     }
 
     DataSet Read() {
@@ -265,6 +263,14 @@ class Reader {
             SecondHalf::Begin(source_, from, name_, options_, Model().SharedSchema(), instances_);
     }
 
+    // The first half reads ahead into the second, and a second half that is not kept is read again:
+    // what is reported counts each byte once and never decreases.
+    void TellProgress(std::uint64_t read) {
+        if (second_ != nullptr) read = std::min(read, second_->Start()) + second_->Progress();
+        progress_ = std::max(progress_, read);
+        options_.progress(progress_);
+    }
+
     // Where a statement is to begin: goes on behind the second half if that begins here, too.
     void MeetSecondHalf() {
         lexer_.Skip();
@@ -345,6 +351,7 @@ class Reader {
     DataSet dataSet_;
     InstanceReader instances_;
     std::unique_ptr<SecondHalf> second_;  // while it is not met
+    std::uint64_t progress_ = 0;          // the bytes reported as read
     bool begun_ = false;                  // no other half follows
     std::set<std::uint64_t> broken_;
     bool complete_ = false;  // the end of the exchange file has been seen
