@@ -12,7 +12,7 @@ namespace calls {
 
 namespace {
 
-using Base = kor::Domain::Base;
+using kor::Base;
 
 bool IsInstanceOf(const SdaiEntityInstance& instance, const kor::EntityType& entity) {
     const kor::EntityType& type = *kor::Instance::Of(instance).Type().entity;

@@ -45,10 +45,10 @@ std::uint64_t HashOf(std::string_view text) { return std::hash<std::string_view>
 // ---- Values
 
 const Domain* ElementOf(const Domain* domain) {
-    return domain != nullptr && domain->base == Domain::Base::Aggregate ? domain->element : nullptr;
+    return domain != nullptr && domain->base == kor::Base::Aggregate ? domain->element : nullptr;
 }
 bool IsOrdered(const Domain* domain) {
-    return domain == nullptr || domain->base != Domain::Base::Aggregate || domain->form.IsOrdered();
+    return domain == nullptr || domain->base != kor::Base::Aggregate || domain->form.IsOrdered();
 }
 
 // "*" equals "$": whether an attribute is derived depends only on the schema.

@@ -44,16 +44,16 @@ std::string KindOf(const Cell& cell) {
 // Describes what a domain requires.
 std::string WantedBy(const Domain& domain) {
     switch (domain.base) {
-        case Domain::Base::Integer: return "an integer";
-        case Domain::Base::Real: return "a real";
-        case Domain::Base::Number: return "a number";
-        case Domain::Base::String: return "a string";
-        case Domain::Base::Boolean: return "a boolean";
-        case Domain::Base::Logical: return "a logical";
-        case Domain::Base::Binary: return "a binary";
-        case Domain::Base::Enumeration: return "an enumeration item";
-        case Domain::Base::Entity: return "a " + domain.entity->FoldedName();
-        case Domain::Base::Aggregate: return "an aggregate";
+        case kor::Base::Integer: return "an integer";
+        case kor::Base::Real: return "a real";
+        case kor::Base::Number: return "a number";
+        case kor::Base::String: return "a string";
+        case kor::Base::Boolean: return "a boolean";
+        case kor::Base::Logical: return "a logical";
+        case kor::Base::Binary: return "a binary";
+        case kor::Base::Enumeration: return "an enumeration item";
+        case kor::Base::Entity: return "a " + domain.entity->FoldedName();
+        case kor::Base::Aggregate: return "an aggregate";
         default: return "one of the types of its select";
     }
 }
@@ -77,7 +77,7 @@ class ValueCheck {
         if (cell.GetTag() == Tag::Typed && domain.IsSelect()) return CheckTyped(cell, domain);
         if (!Allows(domain, cell)) {
             tell_(KindOf(cell) + " where " + WantedBy(domain) + " is declared");
-        } else if (cell.GetTag() == Tag::Aggregate && domain.base == Domain::Base::Aggregate) {
+        } else if (cell.GetTag() == Tag::Aggregate && domain.base == kor::Base::Aggregate) {
             CheckMembers(cell, domain);
         }
     }
@@ -86,7 +86,7 @@ class ValueCheck {
     static bool Allows(const Domain& domain, const Cell& cell) {
         if (!domain.admitted.Has(cell.GetTag())) return false;
         if (cell.GetTag() != Tag::Instance || IsUndeclared(cell)) return true;
-        if (domain.base == Domain::Base::Entity) return IsKindOf(cell, *domain.entity);
+        if (domain.base == kor::Base::Entity) return IsKindOf(cell, *domain.entity);
         if (!domain.IsSelect()) return true;
         return std::any_of(domain.entities.begin(), domain.entities.end(),
                            [&](const kor::EntityType* type) { return IsKindOf(cell, *type); });

@@ -392,9 +392,9 @@ Cell ExchangeLexer::Enumeration(const Domain* domain) {
         Fail(place, "an enumeration value is a name between two points");
     }
     ++in_.at;
-    const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
-    if (name.size() == 1 && base != Domain::Base::Enumeration) {
-        const bool boolean = base == Domain::Base::Boolean;
+    const kor::Base base = domain != nullptr ? domain->base : kor::Base::Generic;
+    if (name.size() == 1 && base != kor::Base::Enumeration) {
+        const bool boolean = base == kor::Base::Boolean;
         switch (name.front()) {
             case 'T': return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, SdaiLogical(sdaiTRUE));
             case 'F':

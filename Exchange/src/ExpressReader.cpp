@@ -9,6 +9,7 @@
 
 #include "Exchange.h"
 #include "Input.h"
+#include "Problems.h"
 #include "Quoted.h"
 
 namespace exchange {
@@ -17,21 +18,15 @@ namespace {
 
 using kor::AttributeDeclaration;
 using kor::EntityDeclaration;
+using kor::Place;
 using kor::SchemaDeclaration;
-using kor::SourcePosition;
 using kor::TypeDeclaration;
 using kor::TypeExpression;
-
-// The first error; reading a schema ends there.
-struct SyntaxError {
-    SourcePosition position;
-    std::string text;
-};
 
 struct Token {
     enum class Kind { Word, Number, Text, Symbol, End } kind = Kind::End;
     std::string_view text;
-    SourcePosition position;
+    Place place;
 };
 
 // ---- Tokens
@@ -46,8 +41,8 @@ class Lexer {
     Token Next() {
         SkipSpace();
         const std::size_t start = at_;
-        const SourcePosition position = PositionAt(start);
-        if (at_ == text_.size()) return {Token::Kind::End, {}, position};
+        const Place place = PlaceAt(start);
+        if (at_ == text_.size()) return {Token::Kind::End, {}, place};
         Token::Kind kind = Token::Kind::Symbol;
         const char c = text_[at_++];
         if (IsLetter(c)) {
@@ -58,9 +53,9 @@ class Lexer {
             while (at_ < text_.size() && (IsDigit(text_[at_]) || text_[at_] == '.')) ++at_;
         } else if (c == '\'' || c == '"') {
             kind = Token::Kind::Text;
-            SkipText(c, position);
+            SkipText(c, place);
         }
-        return {kind, text_.substr(start, at_ - start), position};
+        return {kind, text_.substr(start, at_ - start), place};
     }
 
   private:
@@ -69,7 +64,7 @@ class Lexer {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
     }
 
-    SourcePosition PositionAt(std::size_t offset) const { return {line_, offset - lineStart_ + 1}; }
+    Place PlaceAt(std::size_t offset) const { return {line_, offset - lineStart_ + 1}; }
 
     // Skips a character. A line ends with a line feed, or with a carriage return not followed by
     // one.
@@ -100,7 +95,7 @@ class Lexer {
     }
 
     void SkipRemark() {
-        const SourcePosition start = PositionAt(at_);
+        const Place start = PlaceAt(at_);
         int depth = 0;
         do {
             if (at_ == text_.size()) throw SyntaxError{start, "a remark without an end"};
@@ -118,7 +113,7 @@ class Lexer {
 
     // A string. A doubled apostrophe in it is read as the end of one string and the start of
     // another, which makes no difference here.
-    void SkipText(char quote, SourcePosition start) {
+    void SkipText(char quote, Place start) {
         while (at_ < text_.size() && text_[at_] != quote) Advance();
         if (at_ == text_.size()) throw SyntaxError{start, "a string without an end"};
         ++at_;
@@ -175,7 +170,7 @@ class Parser {
 
     TypeDeclaration Type() {
         TypeDeclaration type;
-        type.position = token_.position;
+        type.place = token_.place;
         type.name = Identifier("the name of the type");
         ExpectSymbol('=');
         TakeWord("EXTENSIBLE");
@@ -217,24 +212,24 @@ class Parser {
     TypeExpression Expression(int depth) {
         if (depth > kDeepestType) Fail("a type that is not nested so deep");
         TypeExpression type;
-        type.position = token_.position;
+        type.place = token_.place;
         struct Simple {
             const char* word;
-            kor::SimpleType type;
+            kor::Base type;
         };
         static constexpr Simple kSimple[] = {
-            {"INTEGER", kor::SimpleType::Integer},        {"REAL", kor::SimpleType::Real},
-            {"NUMBER", kor::SimpleType::Number},          {"STRING", kor::SimpleType::String},
-            {"BOOLEAN", kor::SimpleType::Boolean},        {"LOGICAL", kor::SimpleType::Logical},
-            {"BINARY", kor::SimpleType::Binary},          {"GENERIC", kor::SimpleType::Generic},
-            {"GENERIC_ENTITY", kor::SimpleType::Generic},
+            {"INTEGER", kor::Base::Integer},        {"REAL", kor::Base::Real},
+            {"NUMBER", kor::Base::Number},          {"STRING", kor::Base::String},
+            {"BOOLEAN", kor::Base::Boolean},        {"LOGICAL", kor::Base::Logical},
+            {"BINARY", kor::Base::Binary},          {"GENERIC", kor::Base::Generic},
+            {"GENERIC_ENTITY", kor::Base::Generic},
         };
         for (const Simple& simple : kSimple) {
             if (!TakeWord(simple.word)) continue;
             type.simple = simple.type;
             if (IsSymbol('(')) SkipParentheses();  // the width of a string, the precision of a real
             TakeWord("FIXED");
-            if (type.simple == kor::SimpleType::Generic) SkipLabel();
+            if (type.simple == kor::Base::Generic) SkipLabel();
             return type;
         }
         using Form = kor::AggregateForm;
@@ -306,7 +301,7 @@ class Parser {
 
     EntityDeclaration Entity() {
         EntityDeclaration entity;
-        entity.position = token_.position;
+        entity.place = token_.place;
         entity.name = Identifier("the name of the entity");
         while (!TakeSymbol(';')) {
             if (TakeWord("SUBTYPE")) {
@@ -364,7 +359,7 @@ class Parser {
     // name, or SELF\entity.attribute [RENAMED name]
     AttributeDeclaration AttributeName() {
         AttributeDeclaration attribute;
-        attribute.position = token_.position;
+        attribute.place = token_.place;
         if (TakeWord("SELF")) {
             ExpectSymbol('\\');
             attribute.redeclaredEntity = Identifier("an entity");
@@ -454,7 +449,7 @@ class Parser {
     [[noreturn]] void FailExpecting(char symbol) const { Fail(std::string("'") + symbol + "'"); }
     [[noreturn]] void Fail(const std::string& expected) const {
         const std::string found = AtEnd() ? "the end of the file" : Quoted(token_.text);
-        throw SyntaxError{token_.position, expected + " expected, found " + found};
+        throw SyntaxError{token_.place, expected + " expected, found " + found};
     }
 
     Lexer lexer_;
@@ -466,8 +461,8 @@ class Parser {
 std::vector<SchemaPtr> ParseSchemas(std::string_view text, const std::string& name,
                                     Messages& messages) {
     std::vector<SchemaPtr> schemas;
-    const auto fail = [&](SourcePosition position, std::string message) {
-        messages.AddError({name, position.line, position.column, std::move(message)});
+    const auto fail = [&](Place place, std::string message) {
+        messages.AddError({name, place.line, place.column, std::move(message)});
     };
     try {
         Parser parser(text);
@@ -475,11 +470,11 @@ std::vector<SchemaPtr> ParseSchemas(std::string_view text, const std::string& na
             const SchemaDeclaration declaration = parser.Schema();
             std::vector<kor::Diagnostic> errors;
             SchemaPtr schema = kor::Schema::Make(declaration, errors);
-            for (kor::Diagnostic& error : errors) fail(error.position, std::move(error.message));
+            for (kor::Diagnostic& error : errors) fail(error.place, std::move(error.message));
             if (schema != nullptr) schemas.push_back(std::move(schema));
         } while (!parser.AtEnd());
     } catch (const SyntaxError& error) {
-        fail(error.position, error.text);
+        fail(error.place, error.text);
     }
     if (messages.ErrorCount() != 0) schemas.clear();
     return schemas;

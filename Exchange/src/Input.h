@@ -14,12 +14,11 @@
 #include <string_view>
 #include <vector>
 
+#include "model/Place.h"
+
 namespace exchange {
 
-struct Place {
-    std::uint64_t line;
-    std::uint64_t column;
-};
+using kor::Place;
 
 // The source of the bytes. It can be read again.
 class Source {
@@ -50,7 +49,7 @@ class Source {
 class Input {
   public:
     static constexpr std::size_t kAhead = 4096;
-    // The bytes behind the window that may be read, too.
+    // The number of bytes after the window that may be read.
     static constexpr std::size_t kBeyond = 8;
 
     explicit Input(Source& source);

@@ -34,19 +34,19 @@ const char* NameOf(Tag tag) {
     }
 }
 
-const char* NameOf(Domain::Base base) {
+const char* NameOf(kor::Base base) {
     switch (base) {
-        case Domain::Base::Integer: return "an INTEGER";
-        case Domain::Base::Real: return "a REAL";
-        case Domain::Base::Number: return "a NUMBER";
-        case Domain::Base::String: return "a STRING";
-        case Domain::Base::Boolean: return "a BOOLEAN";
-        case Domain::Base::Logical: return "a LOGICAL";
-        case Domain::Base::Binary: return "a BINARY";
-        case Domain::Base::Enumeration: return "an ENUMERATION";
-        case Domain::Base::Entity: return "an instance";
-        case Domain::Base::Select: return "a select value";
-        case Domain::Base::Aggregate: return "an AGGREGATE";
+        case kor::Base::Integer: return "an INTEGER";
+        case kor::Base::Real: return "a REAL";
+        case kor::Base::Number: return "a NUMBER";
+        case kor::Base::String: return "a STRING";
+        case kor::Base::Boolean: return "a BOOLEAN";
+        case kor::Base::Logical: return "a LOGICAL";
+        case kor::Base::Binary: return "a BINARY";
+        case kor::Base::Enumeration: return "an ENUMERATION";
+        case kor::Base::Entity: return "an instance";
+        case kor::Base::Select: return "a select value";
+        case kor::Base::Aggregate: return "an AGGREGATE";
         default: return "a value";
     }
 }
@@ -113,7 +113,7 @@ std::string InstanceReader::Context() const {
 
 Cell InstanceReader::Number(const Domain* domain) {
     const char* const start = lexer_.At();
-    const Cell number = lexer_.Number(domain != nullptr && domain->base == Domain::Base::Real);
+    const Cell number = lexer_.Number(domain != nullptr && domain->base == kor::Base::Real);
     Check(start, domain, number.GetTag());
     return number;
 }
@@ -235,7 +235,7 @@ void InstanceReader::Values(DomainOfNext domain, int depth) {
 Cell InstanceReader::List(const Domain* domain, int depth) {
     CheckDepth(depth);
     const Domain* element =
-        domain != nullptr && domain->base == Domain::Base::Aggregate ? domain->element : nullptr;
+        domain != nullptr && domain->base == kor::Base::Aggregate ? domain->element : nullptr;
     const std::size_t first = values_.size();
     Values([element] { return element; }, depth + 1);
     const std::span<const Cell> members(values_.data() + first, values_.size() - first);

@@ -21,7 +21,7 @@ std::string Lower(std::string_view name) {
 }  // namespace
 
 ColumnKind ColumnKindOf(const kor::Domain* domain) {
-    using Base = kor::Domain::Base;
+    using kor::Base;
     if (domain == nullptr) return ColumnKind::Exchange;
     switch (domain->base) {
         case Base::String:

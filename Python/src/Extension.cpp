@@ -337,7 +337,7 @@ class Column {
 
     // Numbers as an array, if every value is a number; reals may be missing (nan).
     py::object Values() {
-        using Base = kor::Domain::Base;
+        using kor::Base;
         const Base base = domain_ != nullptr ? domain_->base : Base::Generic;
         if (base == Base::Real && AllAre(kor::Tag::Real, true)) return Array<double>();
         if (base == Base::Integer && AllAre(kor::Tag::Integer, false)) return Array<long>();

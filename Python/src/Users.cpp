@@ -23,7 +23,7 @@ bool AnyInstance(const SdaiPrimitiveH& value, const Visit& visit) {
 // Whether an attribute of the domain may hold an aggregate; a null domain is that of an undeclared
 // type.
 bool MayBeAggregate(const kor::Domain* domain) {
-    using Base = kor::Domain::Base;
+    using kor::Base;
     if (domain == nullptr || domain->base == Base::Generic) return true;
     if (domain->base != Base::Select) return domain->base == Base::Aggregate;
     return std::any_of(domain->choices.begin(), domain->choices.end(),

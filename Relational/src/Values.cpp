@@ -106,9 +106,9 @@ bool Fits(const Cell& cell, ColumnKind kind, const Domain* domain, const Dialect
         case ColumnKind::Text: break;
     }
     switch (domain->base) {
-        case Domain::Base::String: return tag == Tag::Text && !HasNul(cell);
-        case Domain::Base::Enumeration: return tag == Tag::Enumeration && kor::IsWord(cell.Text());
-        case Domain::Base::Logical: return tag == Tag::Logical;
+        case kor::Base::String: return tag == Tag::Text && !HasNul(cell);
+        case kor::Base::Enumeration: return tag == Tag::Enumeration && kor::IsWord(cell.Text());
+        case kor::Base::Logical: return tag == Tag::Logical;
         default: return tag == Tag::Binary && !HasNul(cell);
     }
 }
@@ -146,7 +146,7 @@ Field FieldMaker::Make(const kor::Instance& instance, const Cell& cell, ColumnKi
             if (target.FindEntityInstanceModel() == instance.FindEntityInstanceModel()) {
                 return Field::Of(std::uint64_t{target.GetInstanceNameId()});
             }
-            break;  // the writer tells of it
+            break;  // reported by the writer
         }
         case ColumnKind::Text:
             if (cell.GetTag() == Tag::Text || cell.GetTag() == Tag::Enumeration) {
@@ -195,14 +195,14 @@ bool CellMaker::MakeText(const Field& field, const Domain* domain, Cell& cell, s
         text = buffer_;
     }
     switch (domain->base) {
-        case Domain::Base::String:
+        case kor::Base::String:
             if (!kor::IsUtf8(text)) {
                 error = "a text that is no UTF-8";
                 return false;
             }
             cell = TextCell(text);
             return true;
-        case Domain::Base::Enumeration:
+        case kor::Base::Enumeration:
             if (text.size() > 2 && text.front() == '.' && text.back() == '.') {
                 text = text.substr(1, text.size() - 2);
             }
@@ -212,7 +212,7 @@ bool CellMaker::MakeText(const Field& field, const Domain* domain, Cell& cell, s
             }
             cell = Cell::OfText(Tag::Enumeration, text);
             return true;
-        case Domain::Base::Logical: {
+        case kor::Base::Logical: {
             SdaiLogical value;
             if (!TruthOf(text, value)) {
                 error = Shown(field) + " is no logical (.T., .F. or .U.)";

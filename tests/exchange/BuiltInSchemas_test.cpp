@@ -100,7 +100,7 @@ TEST(BuiltInSchemas, DeclareTheDatabase) {
     EXPECT_EQ(history->Name().View(), "cdma_revision_history");
     EXPECT_THAT(SlotNames(*history), ElementsAre("Revisions"));
     const kor::Domain* revisions = history->Slots()[0].domain;
-    ASSERT_EQ(revisions->base, kor::Domain::Base::Aggregate);
+    ASSERT_EQ(revisions->base, kor::Base::Aggregate);
     EXPECT_EQ(revisions->element->entity, schema->FindEntity(std::string_view("cdma_id")));
     EXPECT_NE(schema->FindEntity(std::string_view("PART_OBJECT")), nullptr);
 }

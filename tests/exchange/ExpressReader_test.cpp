@@ -74,7 +74,7 @@ std::vector<std::string> EntityNames(const SchemaPtr& schema) {
 
 // What a select may hold: its defined types and its entity types.
 std::vector<std::string> Choices(const Domain& select) {
-    EXPECT_EQ(select.base, Domain::Base::Select);
+    EXPECT_EQ(select.base, kor::Base::Select);
     std::vector<std::string> names;
     for (const auto& [name, domain] : select.choices) names.push_back(name);
     for (const kor::EntityType* entity : select.entities) {
@@ -123,7 +123,7 @@ TEST(ExpressReader, ReadsKeywordsInAnyCase) {
         "schema Test; Type Label = string; end_type; entity A; x : Optional LABEL; End_Entity; "
         "end_schema;");
     EXPECT_THAT(Slots(schema, "a"), ElementsAre("X"));
-    EXPECT_EQ(DomainOf(schema, "a", "x").base, Domain::Base::String);
+    EXPECT_EQ(DomainOf(schema, "a", "x").base, kor::Base::String);
 }
 
 TEST(ExpressReader, KeepsEntityTypesInTheOrderOfTheirDeclaration) {
@@ -175,7 +175,7 @@ TEST(ExpressReader, SkipsRemarks) {
         "END_SCHEMA; -- the end");
     EXPECT_THAT(EntityNames(schema), ElementsAre("A"));
     EXPECT_THAT(Slots(schema, "a"), ElementsAre("X"));
-    EXPECT_EQ(DomainOf(schema, "a", "x").base, Domain::Base::Real);
+    EXPECT_EQ(DomainOf(schema, "a", "x").base, kor::Base::Real);
 }
 
 TEST(ExpressReader, ReadsStringsAsWholes) {
@@ -311,7 +311,7 @@ ENTITY a;
   a10 : BINARY (size + 1) FIXED;
   a11 : STRING ((size + LENGTH('a)b')) * 2) FIXED;
 END_ENTITY;)");
-    using Base = Domain::Base;
+    using kor::Base;
     const Base expected[] = {Base::Integer, Base::Real,   Base::Real,    Base::Number,
                              Base::String,  Base::String, Base::Boolean, Base::Logical,
                              Base::Binary,  Base::Binary, Base::String};
@@ -333,16 +333,16 @@ ENTITY b; END_ENTITY;)");
     const auto element = [&schema](const std::string& attribute, int depth) {
         const Domain* domain = &DomainOf(schema, "a", attribute);
         for (int i = 0; i < depth; ++i) {
-            EXPECT_EQ(domain->base, Domain::Base::Aggregate) << attribute << " " << i;
+            EXPECT_EQ(domain->base, kor::Base::Aggregate) << attribute << " " << i;
             domain = domain->element;
         }
         return domain;
     };
-    EXPECT_EQ(element("a1", 1)->base, Domain::Base::Real);
-    EXPECT_EQ(element("a2", 1)->base, Domain::Base::Integer);
-    EXPECT_EQ(element("a3", 2)->base, Domain::Base::String);
-    EXPECT_EQ(element("a4", 1)->base, Domain::Base::Entity);
-    EXPECT_EQ(element("a5", 3)->base, Domain::Base::Entity);
+    EXPECT_EQ(element("a1", 1)->base, kor::Base::Real);
+    EXPECT_EQ(element("a2", 1)->base, kor::Base::Integer);
+    EXPECT_EQ(element("a3", 2)->base, kor::Base::String);
+    EXPECT_EQ(element("a4", 1)->base, kor::Base::Entity);
+    EXPECT_EQ(element("a5", 3)->base, kor::Base::Entity);
     EXPECT_EQ(element("a5", 3)->entity, &Entity(schema, "b"));
 }
 
@@ -407,7 +407,7 @@ ENTITY super; s : INTEGER; END_ENTITY;
 TYPE label = STRING; END_TYPE;
 ENTITY later; END_ENTITY;)");
     EXPECT_THAT(Slots(schema, "sub"), ElementsAre("S", "X", "Y", "Z"));
-    EXPECT_EQ(DomainOf(schema, "sub", "x").base, Domain::Base::String);
+    EXPECT_EQ(DomainOf(schema, "sub", "x").base, kor::Base::String);
     EXPECT_EQ(DomainOf(schema, "sub", "y").element->entity, &Entity(schema, "later"));
     EXPECT_THAT(Choices(DomainOf(schema, "sub", "z")), UnorderedElementsAre("LABEL", "LATER"));
 }
@@ -418,9 +418,9 @@ TYPE row = LIST [3:3] OF REAL; END_TYPE;
 TYPE matrix = ARRAY [1:3] OF row; END_TYPE;
 ENTITY a; x : matrix; END_ENTITY;)");
     const Domain& matrix = DomainOf(schema, "a", "x");
-    ASSERT_EQ(matrix.base, Domain::Base::Aggregate);
-    ASSERT_EQ(matrix.element->base, Domain::Base::Aggregate);
-    EXPECT_EQ(matrix.element->element->base, Domain::Base::Real);
+    ASSERT_EQ(matrix.base, kor::Base::Aggregate);
+    ASSERT_EQ(matrix.element->base, kor::Base::Aggregate);
+    EXPECT_EQ(matrix.element->element->base, kor::Base::Real);
 }
 
 TEST(ExpressReader, ResolvesSelectsOfSelects) {
@@ -440,9 +440,9 @@ ENTITY b; END_ENTITY;)");
     EXPECT_THAT(Choices(outer),
                 UnorderedElementsAre("LABEL", "LEN", "POS_LEN", "ROW", "COLOUR", "A", "B"));
     ASSERT_NE(outer.Choice("POS_LEN"), nullptr);
-    EXPECT_EQ(outer.Choice("POS_LEN")->base, Domain::Base::Real);
+    EXPECT_EQ(outer.Choice("POS_LEN")->base, kor::Base::Real);
     ASSERT_NE(outer.Choice("ROW"), nullptr);
-    EXPECT_EQ(outer.Choice("ROW")->base, Domain::Base::Aggregate);
+    EXPECT_EQ(outer.Choice("ROW")->base, kor::Base::Aggregate);
     EXPECT_EQ(outer.Choice("NONE"), nullptr);
 }
 
@@ -506,7 +506,7 @@ TEST(ExpressReader, AnExtensibleSelectHoldsWhatItsExtensionsHold) {
 TEST(ExpressReader, ReadsExtensibleEnumerations) {
     const SchemaPtr schema = ParseBody(kExtensible);
     for (const char* attribute : {"c1", "c2", "c3", "c4"}) {
-        EXPECT_EQ(DomainOf(schema, "e", attribute).base, Domain::Base::Enumeration) << attribute;
+        EXPECT_EQ(DomainOf(schema, "e", attribute).base, kor::Base::Enumeration) << attribute;
     }
 }
 
@@ -582,10 +582,10 @@ ENTITY b SUBTYPE OF (a); b1 : REAL; SELF\a.x : INTEGER; SELF\a.z : LIST [1:?] OF
 ENTITY c SUBTYPE OF (b); END_ENTITY;)");
     for (const char* name : {"b", "c"}) {
         EXPECT_THAT(Slots(schema, name), ElementsAre("X", "Y", "Z", "B1"));
-        EXPECT_EQ(DomainOf(schema, name, "x").base, Domain::Base::Integer);
-        EXPECT_EQ(DomainOf(schema, name, "z").element->base, Domain::Base::Real);
+        EXPECT_EQ(DomainOf(schema, name, "x").base, kor::Base::Integer);
+        EXPECT_EQ(DomainOf(schema, name, "z").element->base, kor::Base::Real);
     }
-    EXPECT_EQ(DomainOf(schema, "a", "x").base, Domain::Base::Number);
+    EXPECT_EQ(DomainOf(schema, "a", "x").base, kor::Base::Number);
 }
 
 TEST(ExpressReader, ARenamedAttributeIsFoundUnderItsNewName) {
@@ -609,7 +609,7 @@ ENTITY right SUBTYPE OF (root); END_ENTITY;
 ENTITY bottom SUBTYPE OF (left, right); SELF\root.r : INTEGER; END_ENTITY;
 ENTITY under SUBTYPE OF (bottom); SELF\bottom.r RENAMED q : INTEGER; END_ENTITY;)");
     EXPECT_THAT(Slots(schema, "bottom"), ElementsAre("R"));
-    EXPECT_EQ(DomainOf(schema, "bottom", "r").base, Domain::Base::Integer);
+    EXPECT_EQ(DomainOf(schema, "bottom", "r").base, kor::Base::Integer);
     EXPECT_EQ(Entity(schema, "under").SlotOf(std::string_view("q")), 0);
 }
 
@@ -829,7 +829,7 @@ TEST(ExpressReader, FollowsLongChainsOfAliases) {
     const SchemaPtr schema = Parse(forward + "TYPE f0 = INTEGER; END_TYPE;\n" + backward +
                                    "TYPE label = STRING; END_TYPE;\n"
                                    "ENTITY e; a : f30000; b : t30000; END_ENTITY;\nEND_SCHEMA;");
-    EXPECT_EQ(DomainOf(schema, "e", "a").base, Domain::Base::Integer);
+    EXPECT_EQ(DomainOf(schema, "e", "a").base, kor::Base::Integer);
     EXPECT_THAT(Choices(DomainOf(schema, "e", "b")), ElementsAre("LABEL", "E"));
 }
 
@@ -856,8 +856,8 @@ TEST(ExpressReader, RedeclaresManyAttributes) {
         narrowed += "SELF\\a.a" + number + " RENAMED b" + number + " : REAL;\n";
     }
     const SchemaPtr schema = Parse(text + "END_ENTITY;\n" + narrowed + "END_ENTITY;\nEND_SCHEMA;");
-    EXPECT_EQ(DomainOf(schema, "b", "a19999").base, Domain::Base::Real);
-    EXPECT_EQ(DomainOf(schema, "b", "b19999").base, Domain::Base::Real);
+    EXPECT_EQ(DomainOf(schema, "b", "a19999").base, kor::Base::Real);
+    EXPECT_EQ(DomainOf(schema, "b", "b19999").base, kor::Base::Real);
 }
 
 // ---- Lines and marks

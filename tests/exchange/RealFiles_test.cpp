@@ -59,8 +59,8 @@ class RealSchema : public testing::Test {
     std::vector<std::string> Choices(const std::string& entity,
                                      const std::string& attribute) const {
         const Domain* domain = &DomainOf(entity, attribute);
-        while (domain->base == Domain::Base::Aggregate) domain = domain->element;
-        EXPECT_EQ(domain->base, Domain::Base::Select);
+        while (domain->base == kor::Base::Aggregate) domain = domain->element;
+        EXPECT_EQ(domain->base, kor::Base::Select);
         std::vector<std::string> names;
         for (const auto& [name, choice] : domain->choices) names.push_back(name);
         for (const kor::EntityType* choice : domain->entities) {
@@ -112,9 +112,9 @@ TEST_F(AutomotiveDesign, HasItsSupertypes) {
 
 TEST_F(AutomotiveDesign, HasItsRedeclaredAttributes) {
     EXPECT_THAT(Slots("INT_LITERAL"), ElementsAre("THE_VALUE"));
-    EXPECT_EQ(DomainOf("LITERAL_NUMBER", "THE_VALUE").base, Domain::Base::Number);
-    EXPECT_EQ(DomainOf("INT_LITERAL", "THE_VALUE").base, Domain::Base::Integer);
-    EXPECT_EQ(DomainOf("REAL_LITERAL", "THE_VALUE").base, Domain::Base::Real);
+    EXPECT_EQ(DomainOf("LITERAL_NUMBER", "THE_VALUE").base, kor::Base::Number);
+    EXPECT_EQ(DomainOf("INT_LITERAL", "THE_VALUE").base, kor::Base::Integer);
+    EXPECT_EQ(DomainOf("REAL_LITERAL", "THE_VALUE").base, kor::Base::Real);
 
     EXPECT_THAT(Slots("ANNOTATION_CURVE_OCCURRENCE"), ElementsAre("NAME", "STYLES", "ITEM"));
     EXPECT_EQ(EntityOf("STYLED_ITEM", "ITEM"), "REPRESENTATION_ITEM");

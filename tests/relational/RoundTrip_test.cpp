@@ -149,7 +149,7 @@ class OneOfEachType {
     }
 
     std::string Value(const kor::Domain& domain) const {
-        using Base = kor::Domain::Base;
+        using kor::Base;
         switch (domain.base) {
             case Base::Integer: return "-7";
             case Base::Real:

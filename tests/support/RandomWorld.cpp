@@ -192,7 +192,7 @@ SdaiPrimitiveH RandomWorld::AnyValue() {
 }
 
 SdaiPrimitiveH RandomWorld::ValueOf(const kor::Domain* domain, int depth) {
-    using Base = kor::Domain::Base;
+    using kor::Base;
     if (depth > 3 || Seldom()) return {};
     if (domain == nullptr) return depth > 2 ? SdaiPrimitiveH(Integer()) : AnyValue();
     if (Seldom()) return AnyValue();
@@ -227,8 +227,7 @@ SdaiPrimitiveH RandomWorld::Argument(orx::Kind kind) {
         case orx::Aggregate: {
             // Of instances or of numbers.
             kor::Domain element;
-            element.base =
-                choices_.Below(2) == 0 ? kor::Domain::Base::Real : kor::Domain::Base::Entity;
+            element.base = choices_.Below(2) == 0 ? kor::Base::Real : kor::Base::Entity;
             return List(&element, 0);
         }
         case orx::Select: return Seldom() ? SdaiPrimitiveH(SdaiSelectH()) : InstanceOf(nullptr);

@@ -16,7 +16,7 @@ namespace {
 struct Source {
     std::string name;
     std::string text;
-    Position start;
+    Place start;
 };
 
 std::vector<Source> Sources(const Options& options) {
@@ -25,7 +25,7 @@ std::vector<Source> Sources(const Options& options) {
         sources.push_back({"<command line>", expression, {sources.size() + 1, 1}});
     }
     if (options.script.empty()) return sources;
-    sources.push_back({TextName(options.script), ReadText(options.script), {}});
+    sources.push_back({TextName(options.script), ReadText(options.script), kStartOfScript});
     return sources;
 }
 

@@ -212,14 +212,14 @@ void ShowEntity(const kor::EntityType& entity, Form form) {
     }
 }
 
-const SdaiEntityInstance& InstanceNamed(const std::string& name, Position position,
+const SdaiEntityInstance& InstanceNamed(const std::string& name, Place place,
                                         const Session& session, const Evaluator& evaluator) {
     const bool isNumber =
         !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;
-    const SdaiPrimitiveH value = evaluator.ValueOf(isNumber ? '#' + name : name, position);
+    const SdaiPrimitiveH value = evaluator.ValueOf(isNumber ? '#' + name : name, place);
     const SdaiEntityInstance* instance = value;
     if (instance == nullptr) {
-        throw ScriptError(position,
+        throw ScriptError(place,
                           "an instance expected, such as #12, found " + ToText(value, session));
     }
     return *instance;

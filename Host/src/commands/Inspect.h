@@ -25,7 +25,7 @@ void ShowEntity(const kor::EntityType& entity, Form form);
 
 // The instance named by a text: #12, 12, @model#12, or an expression that evaluates to one. Throws
 // ScriptError if there is none.
-const SdaiEntityInstance& InstanceNamed(const std::string& name, Position position,
+const SdaiEntityInstance& InstanceNamed(const std::string& name, Place place,
                                         const Session& session, const Evaluator& evaluator);
 
 // The name that the data give an instance: 'Desk lamp'. Empty if there is none.

@@ -187,9 +187,9 @@ class ShellSession {
     }
 
     // Shows the line and a caret under the column.
-    void Point(Position position) const {
+    void Point(Place place) const {
         std::string_view rest = statement_;
-        for (std::uint64_t line = firstLine_; line < position.line; ++line) {
+        for (std::uint64_t line = firstLine_; line < place.line; ++line) {
             rest.remove_prefix(std::min(rest.find('\n') + 1, rest.size()));
         }
         const std::string_view line = rest.substr(0, rest.find('\n'));
@@ -208,7 +208,7 @@ class ShellSession {
             return std::string(DisplayWidth(Printable(text)), ' ');
         };
         std::cerr << "    " << piecewise(line, Printable) << "\n    "
-                  << piecewise(line.substr(0, position.column - 1), blanksOf)
+                  << piecewise(line.substr(0, place.column - 1), blanksOf)
                   << Coloured("^", Colour::Red, HasColours(STDERR_FILENO)) << '\n';
     }
 
@@ -309,8 +309,8 @@ class ShellSession {
 
     // The instance that is the argument of a command, the rest of its line.
     const SdaiEntityInstance& InstanceNamed(const std::string& argument) {
-        const Position position{firstLine_, statement_.find(argument) + 1};
-        return host::InstanceNamed(argument, position, session_, evaluator_);
+        const Place place{firstLine_, statement_.find(argument) + 1};
+        return host::InstanceNamed(argument, place, session_, evaluator_);
     }
 
     void Help(const std::string& name) {

@@ -16,13 +16,13 @@ int Sql(const Options& options) {
     const std::unique_ptr<calls::Module> module = LoadModule(options);
     SqlSession sql(session, *module);
     const Form form = options.box ? Form::Box : SqlFormOf(FormOf(options));
-    Position next;  // that of an argument: they count as lines of the command line
+    Place next = kStartOfScript;  // that of an argument: they count as lines of the command line
     for (const std::string& query : options.expressions) {
         const bool isInput = query == "-";
         const std::string text = isInput ? ReadText(query) : query;
         const std::string source = isInput ? TextName(query) : "<command line>";
         try {
-            sql.Run(text, isInput ? Position() : next, form);
+            sql.Run(text, isInput ? kStartOfScript : next, form);
         } catch (const ScriptError& error) {
             Flush();
             Complain(source + ':' + std::to_string(error.Where().line) + ':' +

@@ -166,7 +166,7 @@ std::string ToShown(const SdaiPrimitiveH& value, const Session& session, Form fo
     return text;
 }
 
-void Printer::Print(Position position, const SdaiPrimitiveH& value) {
+void Printer::Print(Place place, const SdaiPrimitiveH& value) {
     if (form_ != Form::Json) {
         const std::string text = ToShown(value, session_, form_);
         std::cout << (form_ == Form::Csv ? CsvField(text) : text) << '\n';
@@ -174,7 +174,7 @@ void Printer::Print(Position position, const SdaiPrimitiveH& value) {
     }
     Json json;
     json.Object([&] {
-        json.Name("line").Count(position.line);
+        json.Name("line").Count(place.line);
         json.Name("kind").Text(KindName(value));
         WriteValue(json.Name("value"), value, session_);
     });
@@ -193,7 +193,7 @@ void Printer::Begin(const Statement& each) {
 
 void Printer::End() { rows_.reset(); }
 
-void Printer::Print(Position position, const SdaiPrimitiveH& member,
+void Printer::Print(Place place, const SdaiPrimitiveH& member,
                     std::span<const SdaiPrimitiveH> values) {
     if (form_ != Form::Json) {
         std::vector<std::string> fields{ToShown(member, session_, form_)};
@@ -205,7 +205,7 @@ void Printer::Print(Position position, const SdaiPrimitiveH& member,
     }
     Json json;
     json.Object([&] {
-        json.Name("line").Count(position.line);
+        json.Name("line").Count(place.line);
         WriteValue(json.Name("member"), member, session_);
         json.Name("names").Array([&] {
             for (const std::string& name : names_) json.Text(name);

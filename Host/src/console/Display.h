@@ -46,13 +46,12 @@ class Printer {
     Printer(const Session& session, Form form) : session_(session), form_(form) {}
 
     // The result of a statement.
-    void Print(Position position, const SdaiPrimitiveH& value);
+    void Print(Place place, const SdaiPrimitiveH& value);
 
     // The results of an EACH: between Begin and End, those of its items for one member after the
     // other.
     void Begin(const Statement& each);
-    void Print(Position position, const SdaiPrimitiveH& member,
-               std::span<const SdaiPrimitiveH> values);
+    void Print(Place place, const SdaiPrimitiveH& member, std::span<const SdaiPrimitiveH> values);
     void End();
 
     // An error in a script, if results are objects.

@@ -3,20 +3,19 @@
 #include "script/Completion.h"
 
 #include <algorithm>
-#include <cctype>
 #include <iterator>
 #include <optional>
 
 #include "SdaiAggrInstance.h"
 #include "Signature.h"
 #include "model/NameTable.h"
+#include "script/Script.h"
 #include "script/SqlQuery.h"
 
 namespace host {
 
 namespace {
 
-bool IsWordCharacter(char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; }
 bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\n'; }
 
 // The last word of a text, ignoring trailing blanks.
@@ -119,7 +118,7 @@ class Completer {
     // The value of a path of attributes; unset for any other expression.
     SdaiPrimitiveH ValueOf(std::string_view path) const {
         try {
-            const auto statement = ScriptReader(path, {}, session_.ModelNames()).Next();
+            const auto statement = ScriptReader(path, kStartOfScript, session_.ModelNames()).Next();
             if (!statement.has_value() || statement->isEach) return {};
             const Item& item = statement->items.front();
             return item.kind == Item::Kind::Print ? ValueOf(*item.value) : SdaiPrimitiveH();
@@ -157,7 +156,8 @@ class Completer {
         try {
             // The head with an empty body is a statement.
             const std::string whole = head + ": $";
-            const auto statement = ScriptReader(whole, {}, session_.ModelNames()).Next();
+            const auto statement =
+                ScriptReader(whole, kStartOfScript, session_.ModelNames()).Next();
             if (!statement.has_value()) return std::nullopt;
             Each each{statement->variable, {}};
             const NamedModel* model = statement->model.has_value()

@@ -20,25 +20,24 @@ namespace host {
 namespace {
 
 // "unknown ... 'name'", with the nearest known name.
-[[noreturn]] void Unknown(Position position, const std::string& what, const std::string& name,
+[[noreturn]] void Unknown(Place place, const std::string& what, const std::string& name,
                           const std::vector<std::string>& known) {
-    throw ScriptError(position,
-                      "unknown " + what + " '" + name + "'" + kor::DidYouMean(name, known));
+    throw ScriptError(place, "unknown " + what + " '" + name + "'" + kor::DidYouMean(name, known));
 }
 
 // Lists are nested no deeper than in exchange files. They are copied whole, so that repeatedly
 // putting a list into itself would otherwise cost more and more.
-constexpr int kDeepestNesting = 100;
+constexpr int kDeepestList = 100;
 
-void CheckNesting(const SdaiPrimitiveH& value, int depth, Position position) {
+void CheckNesting(const SdaiPrimitiveH& value, int depth, Place place) {
     const SdaiAggrInstance* members = value;
     if (members == nullptr) return;
-    if (depth >= kDeepestNesting) {
-        throw ScriptError(position,
-                          "lists nested more than " + std::to_string(kDeepestNesting) + " deep");
+    if (depth >= kDeepestList) {
+        throw ScriptError(place,
+                          "lists nested more than " + std::to_string(kDeepestList) + " deep");
     }
     const long count = members->GetMemberCount();
-    for (long i = 0; i < count; ++i) CheckNesting(members->GetMember(i), depth + 1, position);
+    for (long i = 0; i < count; ++i) CheckNesting(members->GetMember(i), depth + 1, place);
 }
 
 }  // namespace
@@ -50,7 +49,7 @@ void Evaluator::Run(const Statement& statement) {
     if (statement.isEach) {
         RunEach(statement);
     } else if (const auto value = RunItem(statement.items.front())) {
-        printer_.Print(statement.position, *value);
+        printer_.Print(statement.place, *value);
     }
 }
 
@@ -95,7 +94,7 @@ void Evaluator::RunMember(const Statement& statement, const SdaiPrimitiveH& memb
     for (const Item& item : statement.items) {
         if (auto value = RunItem(item)) values.push_back(std::move(*value));
     }
-    if (!values.empty()) printer_.Print(statement.position, member, values);
+    if (!values.empty()) printer_.Print(statement.place, member, values);
 }
 
 // The members that an EACH visits; the owner keeps an aggregate that belongs to no model.
@@ -107,18 +106,16 @@ const SdaiAggrInstance* Evaluator::Members(const Statement& statement,
     } else if (!statement.model.has_value() && variable != variables_.end()) {
         owner = variable->second;
     } else {
-        const kor::Model& model = ModelNamed(statement.model, statement.sourcePosition).Model();
+        const kor::Model& model = ModelNamed(statement.model, statement.sourcePlace).Model();
         if (model.FindEntity(std::string_view(statement.entityType)) == nullptr) {
-            Unknown(statement.sourcePosition, "entity type", statement.entityType,
-                    EntityNames(model));
+            Unknown(statement.sourcePlace, "entity type", statement.entityType, EntityNames(model));
         }
         return model.Extent(std::string_view(statement.entityType));
     }
     const SdaiAggrInstance* members = owner;
     if (members == nullptr && owner.exists()) {
-        throw ScriptError(
-            statement.sourcePosition,
-            "EACH walks an entity type or an aggregate, not " + ToText(owner, session_));
+        throw ScriptError(statement.sourcePlace, "EACH walks an entity type or an aggregate, not " +
+                                                     ToText(owner, session_));
     }
     return members;
 }
@@ -135,30 +132,30 @@ std::optional<SdaiPrimitiveH> Evaluator::RunItem(const Item& item) {
 
 void Evaluator::Set(const Item& item) const {
     SdaiEntityInstance& instance = TargetOf(item);
-    Put(instance, item.name, item.position, Evaluate(*item.value));
+    Put(instance, item.name, item.place, Evaluate(*item.value));
 }
 
 // The first member creates the aggregate.
 void Evaluator::Add(const Item& item) const {
     const SdaiPrimitiveH value = Evaluate(*item.value);
-    CheckNesting(value, 1, item.position);
+    CheckNesting(value, 1, item.place);
     SdaiEntityInstance& instance = TargetOf(item);
     const SdaiPrimitiveH present = instance.GetAttr(SdaiString(std::string_view(item.name)));
     if (SdaiAggrInstance* members = present) {
         const kor::EntityType& entity = *kor::Instance::Of(instance).Type().entity;
         const kor::Index slot = entity.SlotOf(std::string_view(item.name));
         const kor::Domain* domain = entity.Slots()[*slot].domain;
-        CheckKind(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
-        CheckItem(value, domain != nullptr ? domain->element : nullptr, item.name, item.position);
+        CheckKind(value, domain != nullptr ? domain->element : nullptr, item.name, item.place);
+        CheckItem(value, domain != nullptr ? domain->element : nullptr, item.name, item.place);
         members->Append(value);
         session_.NoteChange(instance.FindEntityInstanceModel());
     } else if (present.exists()) {
-        throw ScriptError(item.position,
+        throw ScriptError(item.place,
                           "'" + item.name + "' is no aggregate but " + ToText(present, session_));
     } else {
         SdaiAggrInstance first;
         first.Append(value);
-        Put(instance, item.name, item.position, SdaiPrimitiveH(&first));
+        Put(instance, item.name, item.place, SdaiPrimitiveH(&first));
     }
 }
 
@@ -167,7 +164,7 @@ SdaiEntityInstance& Evaluator::TargetOf(const Item& item) const {
     const SdaiPrimitiveH target = Evaluate(*item.target);
     SdaiEntityInstance* instance = target;
     if (instance == nullptr) {
-        throw ScriptError(item.target->position,
+        throw ScriptError(item.target->place,
                           "an instance expected, found " + ToText(target, session_));
     }
     return *instance;
@@ -175,12 +172,12 @@ SdaiEntityInstance& Evaluator::TargetOf(const Item& item) const {
 
 // ---- Expressions
 
-SdaiPrimitiveH Evaluator::ValueOf(std::string_view expression, Position position) const {
-    ScriptReader reader(expression, position, session_.ModelNames());
+SdaiPrimitiveH Evaluator::ValueOf(std::string_view expression, Place place) const {
+    ScriptReader reader(expression, place, session_.ModelNames());
     const std::optional<Statement> statement = reader.Next();
     if (!statement.has_value() || statement->isEach ||
         statement->items.front().kind != Item::Kind::Print) {
-        throw ScriptError(position, "an expression expected");
+        throw ScriptError(place, "an expression expected");
     }
     return Evaluate(*statement->items.front().value);
 }
@@ -205,20 +202,20 @@ SdaiPrimitiveH Evaluator::Evaluate(const Expression& expression) const {
         case Expression::Kind::Operation: return Operate(expression);
         case Expression::Kind::Model: break;
     }
-    ModelNamed(expression.model, expression.position);
-    throw ScriptError(expression.position, "a value expected, found a model");
+    ModelNamed(expression.model, expression.place);
+    throw ScriptError(expression.place, "a value expected, found a model");
 }
 
 calls::Argument Evaluator::EvaluateArgument(const Expression& expression) const {
     if (expression.kind != Expression::Kind::Model) return {Evaluate(expression)};
-    return {{}, &ModelNamed(expression.model, expression.position).Model()};
+    return {{}, &ModelNamed(expression.model, expression.place).Model()};
 }
 
 SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
     std::vector<SdaiPrimitiveH> members;
     for (const ExpressionPtr& operand : expression.operands) {
         members.push_back(Evaluate(*operand));
-        CheckNesting(members.back(), 1, expression.position);
+        CheckNesting(members.back(), 1, expression.place);
     }
     return calls::LiteralList(members);
 }
@@ -230,19 +227,19 @@ SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {
     for (std::string& name : VariableNames()) known.push_back(std::move(name));
     const std::string nearest = kor::DidYouMean(expression.name, known);
     throw ScriptError(
-        expression.position,
+        expression.place,
         "unknown name '" + expression.name + "'" +
             (nearest.empty() ? " (a text stands between single quotes: '" + expression.name + "')"
                              : nearest));
 }
 
 SdaiPrimitiveH Evaluator::FindInstance(const Expression& expression) const {
-    const NamedModel& model = ModelNamed(expression.model, expression.position);
+    const NamedModel& model = ModelNamed(expression.model, expression.place);
     SdaiEntityInstance* instance = model.Model().Find(expression.id);
     if (instance == nullptr) {
-        throw ScriptError(expression.position, "there is no instance #" +
-                                                   std::to_string(expression.id) + " in model '" +
-                                                   model.name + "'");
+        throw ScriptError(expression.place, "there is no instance #" +
+                                                std::to_string(expression.id) + " in model '" +
+                                                model.name + "'");
     }
     return instance;
 }
@@ -252,9 +249,8 @@ SdaiPrimitiveH Evaluator::ReadAttribute(const Expression& expression) const {
     if (!owner.exists()) return {};
     const SdaiEntityInstance* instance = owner;
     if (instance == nullptr) {
-        throw ScriptError(
-            expression.position,
-            "an attribute is asked of " + ToText(owner, session_) + ", which is no instance");
+        throw ScriptError(expression.place, "an attribute is asked of " + ToText(owner, session_) +
+                                                ", which is no instance");
     }
     const kor::Instance& asked = kor::Instance::Of(*instance);
     if (const kor::Index slot = asked.SlotOf(std::string_view(expression.name))) {
@@ -262,10 +258,10 @@ SdaiPrimitiveH Evaluator::ReadAttribute(const Expression& expression) const {
     }
     const kor::EntityType& entity = *asked.Type().entity;
     FailUnlessLenient(
-        {expression.position, ToText(owner, session_) + " is of type " +
-                                  std::string(entity.Name().View()) + ", which has no attribute '" +
-                                  expression.name + "'" +
-                                  kor::DidYouMean(expression.name, entity.AttributeNames())});
+        {expression.place, ToText(owner, session_) + " is of type " +
+                               std::string(entity.Name().View()) + ", which has no attribute '" +
+                               expression.name + "'" +
+                               kor::DidYouMean(expression.name, entity.AttributeNames())});
     return {};
 }
 
@@ -297,9 +293,9 @@ SdaiPrimitiveH Evaluator::Operate(const Expression& expression) const {
     const SdaiPrimitiveH right = Evaluate(*expression.operands.back());
     const auto result = Compare(expression.operation, left, right);
     if (!result.has_value()) {
-        throw ScriptError(expression.position, ToText(left, session_) + " and " +
-                                                   ToText(right, session_) +
-                                                   " have no order to each other");
+        throw ScriptError(expression.place, ToText(left, session_) + " and " +
+                                                ToText(right, session_) +
+                                                " have no order to each other");
     }
     return *result;
 }
@@ -312,7 +308,7 @@ SdaiLogical Evaluator::Truth(const Expression& expression, const char* what) con
     const SdaiPrimitiveH value = Evaluate(expression);
     const auto truth = TruthOf(value);
     if (!truth.has_value()) {
-        throw ScriptError(expression.position,
+        throw ScriptError(expression.place,
                           std::string(what) + " takes a logical, found " + ToText(value, session_));
     }
     return *truth;
@@ -323,7 +319,7 @@ SdaiPrimitiveH Evaluator::MemberAt(const Expression& expression) const {
     const Expression& at = *expression.operands.back();
     const SdaiPrimitiveH index = Evaluate(at);
     if (index.UnderlyingTypeName().View() != "INTEGER") {
-        throw ScriptError(at.position,
+        throw ScriptError(at.place,
                           "the number of a member expected, found " + ToText(index, session_));
     }
     if (!owner.exists()) return {};
@@ -336,30 +332,30 @@ SdaiPrimitiveH Evaluator::MemberAt(const Expression& expression) const {
         const kor::Instance& asked = kor::Instance::Of(*instance);
         const kor::EntityType& entity = *asked.Type().entity;
         if (entity.IsDeclared()) {
-            throw ScriptError(expression.position, ToText(owner, session_) + " is of type " +
-                                                       std::string(entity.Name().View()) +
-                                                       ", whose attributes have names");
+            throw ScriptError(expression.place, ToText(owner, session_) + " is of type " +
+                                                    std::string(entity.Name().View()) +
+                                                    ", whose attributes have names");
         }
         count = std::ssize(entity.Slots());
         if (position >= 1 && position <= count) {
             return asked.Read(static_cast<std::size_t>(position - 1));
         }
     } else {
-        throw ScriptError(expression.position,
+        throw ScriptError(expression.place,
                           "a member is asked of " + ToText(owner, session_) + ", which is no list");
     }
-    throw ScriptError(at.position, "there is no member " + std::to_string(position) +
-                                       ": the list has " + std::to_string(count));
+    throw ScriptError(at.place, "there is no member " + std::to_string(position) +
+                                    ": the list has " + std::to_string(count));
 }
 
 SdaiPrimitiveH Evaluator::Count(const Expression& expression) const {
     if (expression.operands.size() != 1) {
-        throw ScriptError(expression.position, "COUNT takes 1 argument, found " +
-                                                   std::to_string(expression.operands.size()));
+        throw ScriptError(expression.place, "COUNT takes 1 argument, found " +
+                                                std::to_string(expression.operands.size()));
     }
     const SdaiPrimitiveH list = Evaluate(*expression.operands.front());
     if (list.exists() && static_cast<SdaiAggrInstance*>(list) == nullptr) {
-        throw ScriptError(expression.operands.front()->position,
+        throw ScriptError(expression.operands.front()->place,
                           "COUNT takes a list, found " + ToText(list, session_));
     }
     return list.GetMemberCount();
@@ -369,24 +365,24 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
     if (expression.name == "COUNT") return Count(expression);
     const orx::Export* function = orx::FindExport(expression.name);
     if (function == nullptr) {
-        Unknown(expression.position, "function", expression.name, calls::FunctionNames());
+        Unknown(expression.place, "function", expression.name, calls::FunctionNames());
     }
     const std::size_t count = function->ArgumentCount();
     if (expression.operands.size() != count) {
-        throw ScriptError(expression.position, expression.name + " takes " + std::to_string(count) +
-                                                   (count == 1 ? " argument" : " arguments") +
-                                                   ", found " +
-                                                   std::to_string(expression.operands.size()));
+        throw ScriptError(expression.place, expression.name + " takes " + std::to_string(count) +
+                                                (count == 1 ? " argument" : " arguments") +
+                                                ", found " +
+                                                std::to_string(expression.operands.size()));
     }
     std::vector<calls::Argument> arguments;
     for (std::size_t i = 0; i < count; ++i) {
         const Expression& operand = *expression.operands[i];
         const calls::Argument& argument = arguments.emplace_back(EvaluateArgument(operand));
         if (const char* misfit = calls::Misfit(function->arguments[i], argument)) {
-            throw ScriptError(operand.position, misfit);
+            throw ScriptError(operand.place, misfit);
         }
         if (leniency_.misfit && !toldMisfit_) {
-            CheckKind(*function, i, argument.handle, operand.position);
+            CheckKind(*function, i, argument.handle, operand.place);
         }
     }
     if (trace_ != nullptr && trace_->IsOn()) Announce(expression, arguments);
@@ -399,21 +395,21 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
 }
 
 void Evaluator::CheckKind(const orx::Export& function, std::size_t argument,
-                          const SdaiPrimitiveH& value, Position position) const {
+                          const SdaiPrimitiveH& value, Place place) const {
     const orx::Kind taken = function.arguments[argument];
     const orx::Kind kind = calls::KindOf(value);
     if (calls::Takes(taken, kind)) return;
     toldMisfit_ = true;
-    leniency_.misfit({position, "argument " + std::to_string(argument + 1) + " is " +
-                                    calls::KindPhrase(kind) + ", " + std::string(function.name) +
-                                    " takes " + calls::KindPhrase(taken)});
+    leniency_.misfit({place, "argument " + std::to_string(argument + 1) + " is " +
+                                 calls::KindPhrase(kind) + ", " + std::string(function.name) +
+                                 " takes " + calls::KindPhrase(taken)});
 }
 
 void Evaluator::Announce(const Expression& call,
                          const std::vector<calls::Argument>& arguments) const {
     constexpr std::size_t kLongest = 100;
-    std::string header = "== " + std::to_string(call.position.line) + ':' +
-                         std::to_string(call.position.column) + ' ' + call.name + '(';
+    std::string header = "== " + std::to_string(call.place.line) + ':' +
+                         std::to_string(call.place.column) + ' ' + call.name + '(';
     for (const calls::Argument& argument : arguments) {
         if (&argument != arguments.data()) header += ", ";
         const NamedModel* model = session_.Holding(argument.model);
@@ -425,7 +421,7 @@ void Evaluator::Announce(const Expression& call,
 }
 
 SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {
-    kor::Model& model = ModelNamed(expression.model, expression.position).Model();
+    kor::Model& model = ModelNamed(expression.model, expression.place).Model();
     const kor::EntityType& entity = EntityNamed(expression, model);
     // Values first: the instance is created only if all of them exist and fit.
     std::vector<SdaiPrimitiveH> values;
@@ -434,7 +430,7 @@ SdaiPrimitiveH Evaluator::NewInstance(const Expression& expression) const {
     }
     for (std::size_t i = 0; i < values.size(); ++i) {
         const Assignment& assignment = expression.assignments[i];
-        CheckPut(entity, assignment.attribute, assignment.position, values[i]);
+        CheckPut(entity, assignment.attribute, assignment.place, values[i]);
     }
     SdaiEntityInstance* instance = entity.CreateEntityInstance(&model);
     for (std::size_t i = 0; i < values.size(); ++i) {
@@ -455,7 +451,7 @@ const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
         rest.remove_prefix(std::min(name.size() + 1, rest.size()));
         parts.push_back(model.GetSchema().FindEntity(std::string_view(name)));
         if (parts.back() == nullptr) {
-            Unknown(expression.position, "entity type", name, model.GetSchema().EntityNames());
+            Unknown(expression.place, "entity type", name, model.GetSchema().EntityNames());
         }
     }
     if (parts.size() == 1) return *parts.front();
@@ -464,61 +460,59 @@ const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
     parts.erase(std::unique(parts.begin(), parts.end()), parts.end());
     const kor::EntityType* entity = model.ComplexEntity(parts);
     if (entity == nullptr) {
-        throw ScriptError(expression.position, "too many combinations of entity types");
+        throw ScriptError(expression.place, "too many combinations of entity types");
     }
     return *entity;
 }
 
-void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
+void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, Place place,
                     const SdaiPrimitiveH& value) const {
-    CheckPut(*kor::Instance::Of(instance).Type().entity, attribute, position, value);
+    CheckPut(*kor::Instance::Of(instance).Type().entity, attribute, place, value);
     static_cast<SdaiAppInstance&>(instance).PutAttr(SdaiString(std::string_view(attribute)), value);
     session_.NoteChange(instance.FindEntityInstanceModel());
 }
 
-void Evaluator::CheckPut(const kor::EntityType& entity, const std::string& attribute,
-                         Position position, const SdaiPrimitiveH& value) const {
+void Evaluator::CheckPut(const kor::EntityType& entity, const std::string& attribute, Place place,
+                         const SdaiPrimitiveH& value) const {
     const kor::Index slot = entity.SlotOf(std::string_view(attribute));
-    if (!slot) Unknown(position, "attribute", attribute, entity.AttributeNames());
+    if (!slot) Unknown(place, "attribute", attribute, entity.AttributeNames());
     const kor::Slot& definition = entity.Slots()[*slot];
     if (definition.derived) {
-        throw ScriptError(position, "attribute '" + attribute + "' is derived from others");
+        throw ScriptError(place, "attribute '" + attribute + "' is derived from others");
     }
-    CheckKind(value, definition.domain, attribute, position);
-    CheckItem(value, definition.domain, attribute, position);
+    CheckKind(value, definition.domain, attribute, place);
+    CheckItem(value, definition.domain, attribute, place);
 }
 
 void Evaluator::CheckItem(const SdaiPrimitiveH& value, const kor::Domain* domain,
-                          const std::string& attribute, Position position) {
+                          const std::string& attribute, Place place) {
     if (const auto item = kor::WrongItem(value, domain)) {
         std::string known;
         if (domain != nullptr) known = kor::DidYouMean(*item, domain->items);
-        throw ScriptError(position, "'" + Readable(*item) + "' is not an item of the enumeration " +
-                                        "of attribute '" + attribute + "'" + known);
+        throw ScriptError(place, "'" + Readable(*item) + "' is not an item of the enumeration " +
+                                     "of attribute '" + attribute + "'" + known);
     }
 }
 
 void Evaluator::CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,
-                          const std::string& attribute, Position position) const {
+                          const std::string& attribute, Place place) const {
     if (calls::Fits(value, domain)) return;
-    FailUnlessLenient({position, "attribute '" + attribute + "' takes " +
-                                     calls::Expectation(*domain) + ", found " +
-                                     ToText(value, session_)});
+    FailUnlessLenient({place, "attribute '" + attribute + "' takes " + calls::Expectation(*domain) +
+                                  ", found " + ToText(value, session_)});
 }
 
-const NamedModel& Evaluator::ModelNamed(const std::optional<std::string>& name,
-                                        Position position) const {
+const NamedModel& Evaluator::ModelNamed(const std::optional<std::string>& name, Place place) const {
     if (!name.has_value() || name->empty()) {
         if (session_.Models().empty()) {
             throw ScriptError(
-                position,
+                place,
                 "there is no model (--model FILE gives one, --new NAME=SCHEMA an empty one)");
         }
         return session_.Models().front();
     }
     const NamedModel* model = session_.Find(*name);
     if (model == nullptr) {
-        throw ScriptError(position, "unknown model '" + *name + "'" + session_.KnownModels());
+        throw ScriptError(place, "unknown model '" + *name + "'" + session_.KnownModels());
     }
     return *model;
 }

@@ -47,7 +47,7 @@ class Evaluator {
     SdaiPrimitiveH Evaluate(const Expression& expression) const;
 
     // The value of an expression given as text. Throws ScriptError if it is not an expression.
-    SdaiPrimitiveH ValueOf(std::string_view expression, Position position) const;
+    SdaiPrimitiveH ValueOf(std::string_view expression, Place place) const;
 
     // The variables defined by LET.
     std::vector<std::string> VariableNames() const;
@@ -72,7 +72,7 @@ class Evaluator {
     SdaiPrimitiveH ReadAttribute(const Expression& expression) const;
     SdaiPrimitiveH CallFunction(const Expression& expression) const;
     void CheckKind(const orx::Export& function, std::size_t argument, const SdaiPrimitiveH& value,
-                   Position position) const;
+                   Place place) const;
     void Announce(const Expression& call, const std::vector<calls::Argument>& arguments) const;
     SdaiPrimitiveH Count(const Expression& expression) const;
     SdaiPrimitiveH MemberAt(const Expression& expression) const;
@@ -80,18 +80,18 @@ class Evaluator {
     SdaiLogical Truth(const Expression& expression, const char* what) const;
     SdaiPrimitiveH NewInstance(const Expression& expression) const;
     const kor::EntityType& EntityNamed(const Expression& expression, kor::Model& model) const;
-    void Put(SdaiEntityInstance& instance, const std::string& attribute, Position position,
+    void Put(SdaiEntityInstance& instance, const std::string& attribute, Place place,
              const SdaiPrimitiveH& value) const;
     // Throw if the attribute does not accept the value.
-    void CheckPut(const kor::EntityType& entity, const std::string& attribute, Position position,
+    void CheckPut(const kor::EntityType& entity, const std::string& attribute, Place place,
                   const SdaiPrimitiveH& value) const;
     void CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,
-                   const std::string& attribute, Position position) const;
+                   const std::string& attribute, Place place) const;
     static void CheckItem(const SdaiPrimitiveH& value, const kor::Domain* domain,
-                          const std::string& attribute, Position position);
+                          const std::string& attribute, Place place);
     void FailUnlessLenient(const ScriptError& error) const;
 
-    const NamedModel& ModelNamed(const std::optional<std::string>& name, Position position) const;
+    const NamedModel& ModelNamed(const std::optional<std::string>& name, Place place) const;
 
     const calls::Module& module_;
     Session& session_;

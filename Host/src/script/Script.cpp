@@ -14,17 +14,13 @@ namespace host {
 
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
-bool IsWordCharacter(char c) { return IsLetter(c) || IsDigit(c); }
-
 // A limit, since expressions are read, evaluated and destroyed recursively.
-constexpr int kDeepestNesting = 1000;
+constexpr int kDeepestExpression = 1000;
 
-void CheckNesting(int depth, Position position) {
-    if (depth > kDeepestNesting) {
+void CheckNesting(int depth, Place place) {
+    if (depth > kDeepestExpression) {
         throw ScriptError(
-            position, "expressions nested more than " + std::to_string(kDeepestNesting) + " deep");
+            place, "expressions nested more than " + std::to_string(kDeepestExpression) + " deep");
     }
 }
 
@@ -34,7 +30,7 @@ ExpressionPtr Make(Expression&& expression) {
     };
     for (const ExpressionPtr& operand : expression.operands) grow(operand);
     for (const Assignment& assignment : expression.assignments) grow(assignment.value);
-    CheckNesting(expression.height, expression.position);
+    CheckNesting(expression.height, expression.place);
     return std::make_unique<Expression>(std::move(expression));
 }
 
@@ -78,7 +74,7 @@ bool GoesOn(std::string_view statement) {
 
 class ScriptReader::Parser {
   public:
-    Parser(std::string_view text, Position start, std::vector<std::string> modelNames)
+    Parser(std::string_view text, Place start, std::vector<std::string> modelNames)
         : text_(text),
           encoding_(kor::IsUtf8(text) ? exchange::Encoding::Utf8 : exchange::Encoding::Latin1),
           line_(start.line),
@@ -105,7 +101,7 @@ class ScriptReader::Parser {
 
     Statement ParseStatement() {
         Statement statement;
-        statement.position = Here();
+        statement.place = Here();
         if (TakeKeyword("EACH")) {
             ParseEach(statement);
         } else {
@@ -130,7 +126,7 @@ class ScriptReader::Parser {
     // [@model.]ENTITY_TYPE or an expression.
     void ParseSource(Statement& statement) {
         SkipBlanks();
-        statement.sourcePosition = Here();
+        statement.sourcePlace = Here();
         const std::size_t start = at_;
         if (Peek() == '@') {
             ++at_;
@@ -154,7 +150,7 @@ class ScriptReader::Parser {
     Item ParseItem() {
         Item item;
         SkipBlanks();
-        item.position = Here();
+        item.place = Here();
         if (TakeKeyword("LET")) {
             item.kind = Item::Kind::Let;
             item.name = Name("a name");
@@ -182,10 +178,10 @@ class ScriptReader::Parser {
     void ParseTarget(Item& item, const std::string& statement) {
         ExpressionPtr target = ParsePostfix();
         if (target->kind != Expression::Kind::Attribute) {
-            throw ScriptError(target->position, statement + " takes an attribute of an instance");
+            throw ScriptError(target->place, statement + " takes an attribute of an instance");
         }
         item.name = target->name;
-        item.position = target->position;
+        item.place = target->place;
         item.target = std::move(target->operands.front());
     }
 
@@ -201,24 +197,24 @@ class ScriptReader::Parser {
 
     ExpressionPtr ParseOr() {
         ExpressionPtr left = ParseAnd();
-        for (Position position = NextHere(); TakeKeyword("OR"); position = NextHere()) {
-            left = MakeOperation(Operator::Or, position, std::move(left), ParseAnd());
+        for (Place place = NextHere(); TakeKeyword("OR"); place = NextHere()) {
+            left = MakeOperation(Operator::Or, place, std::move(left), ParseAnd());
         }
         return left;
     }
 
     ExpressionPtr ParseAnd() {
         ExpressionPtr left = ParseNot();
-        for (Position position = NextHere(); TakeKeyword("AND"); position = NextHere()) {
-            left = MakeOperation(Operator::And, position, std::move(left), ParseNot());
+        for (Place place = NextHere(); TakeKeyword("AND"); place = NextHere()) {
+            left = MakeOperation(Operator::And, place, std::move(left), ParseNot());
         }
         return left;
     }
 
     ExpressionPtr ParseNot() {
-        std::vector<Position> negations;
-        for (Position position = NextHere(); TakeKeyword("NOT"); position = NextHere()) {
-            negations.push_back(position);
+        std::vector<Place> negations;
+        for (Place place = NextHere(); TakeKeyword("NOT"); place = NextHere()) {
+            negations.push_back(place);
         }
         ExpressionPtr expression = ParseComparison();
         for (; !negations.empty(); negations.pop_back()) {
@@ -229,10 +225,10 @@ class ScriptReader::Parser {
 
     ExpressionPtr ParseComparison() {
         ExpressionPtr left = ParsePostfix();
-        const Position position = NextHere();
+        const Place place = NextHere();
         const std::optional<Operator> comparison = TakeComparison();
         if (!comparison.has_value()) return left;
-        return MakeOperation(*comparison, position, std::move(left), ParsePostfix());
+        return MakeOperation(*comparison, place, std::move(left), ParsePostfix());
     }
 
     std::optional<Operator> TakeComparison() {
@@ -254,9 +250,9 @@ class ScriptReader::Parser {
         return std::nullopt;
     }
 
-    static ExpressionPtr MakeOperation(Operator operation, Position position, ExpressionPtr first,
+    static ExpressionPtr MakeOperation(Operator operation, Place place, ExpressionPtr first,
                                        ExpressionPtr second = nullptr) {
-        Expression expression{Expression::Kind::Operation, position};
+        Expression expression{Expression::Kind::Operation, place};
         expression.operation = operation;
         expression.operands.push_back(std::move(first));
         if (second != nullptr) expression.operands.push_back(std::move(second));
@@ -278,7 +274,7 @@ class ScriptReader::Parser {
                 Expect(']');
             } else if (Peek() == '.' && IsLetter(Peek(1))) {
                 ++at_;
-                next.position = Here();
+                next.place = Here();
                 next.name = Name("an attribute");
                 next.operands.push_back(std::move(expression));
             } else {
@@ -344,7 +340,7 @@ class ScriptReader::Parser {
             Expect('.');
         }
         SkipBlanks();
-        expression.position = Here();
+        expression.place = Here();
         expression.name = Name("an entity type");
         while (Take('+')) expression.name += '+' + Name("an entity type");
         Expect('(');
@@ -353,7 +349,7 @@ class ScriptReader::Parser {
         do {
             SkipToItem();
             Assignment assignment;
-            assignment.position = Here();
+            assignment.place = Here();
             assignment.attribute = Name("an attribute");
             Expect('=');
             assignment.value = ParseExpression();
@@ -377,10 +373,10 @@ class ScriptReader::Parser {
     // ---- Literals
 
     SdaiPrimitiveH Text() {
-        const Position position = Here();
+        const Place place = Here();
         const std::size_t start = ++at_;
         for (;; ++at_) {
-            if (AtLineEnd()) throw ScriptError(position, "a string without an end");
+            if (AtLineEnd()) throw ScriptError(place, "a string without an end");
             if (Peek() != '\'') continue;
             if (Peek(1) != '\'') break;
             ++at_;
@@ -388,30 +384,29 @@ class ScriptReader::Parser {
         const exchange::DecodedString decoded =
             exchange::DecodeString(text_.substr(start, at_ - start), encoding_);
         if (decoded.error != nullptr) {
-            throw ScriptError({line_, position.column + 1 + decoded.errorAt}, decoded.error);
+            throw ScriptError({line_, place.column + 1 + decoded.errorAt}, decoded.error);
         }
         ++at_;
         return SdaiString(decoded.text);
     }
 
     SdaiPrimitiveH Binary() {
-        const Position position = Here();
+        const Place place = Here();
         const std::size_t start = ++at_;
         while (IsDigit(Peek()) || (Peek() >= 'A' && Peek() <= 'F')) ++at_;
         if (Peek() != '"' || at_ == start || text_[start] > '3') {
-            throw ScriptError(position,
-                              "a binary value is hexadecimal digits, the first from 0 to 3");
+            throw ScriptError(place, "a binary value is hexadecimal digits, the first from 0 to 3");
         }
         return SdaiPrimitiveH::Binary(SdaiString(text_.substr(start, at_++ - start)));
     }
 
     SdaiPrimitiveH Enumeration() {
-        const Position position = Here();
+        const Place place = Here();
         const std::size_t start = ++at_;
         while (IsWordCharacter(Peek())) ++at_;
         const std::string_view item = text_.substr(start, at_ - start);
         if (item.empty() || Peek() != '.') {
-            throw ScriptError(position, "an enumeration value is a name between two points");
+            throw ScriptError(place, "an enumeration value is a name between two points");
         }
         ++at_;
         if (item == "T") return sdaiLTRUE;
@@ -421,7 +416,7 @@ class ScriptReader::Parser {
     }
 
     SdaiPrimitiveH Number() {
-        const Position position = Here();
+        const Place place = Here();
         const std::size_t start = at_;
         if (Peek() == '-' || Peek() == '+') ++at_;
         if (!IsDigit(Peek())) Fail("a digit");
@@ -442,7 +437,7 @@ class ScriptReader::Parser {
         const auto read = [&](auto value) -> SdaiPrimitiveH {
             const char* end = digits.data() + digits.size();
             if (std::from_chars(digits.data(), end, value).ec != std::errc()) {
-                throw ScriptError(position, "a number out of range");
+                throw ScriptError(place, "a number out of range");
             }
             return value;
         };
@@ -485,11 +480,11 @@ class ScriptReader::Parser {
     }
     bool AtLineEnd() const { return at_ == text_.size() || Peek() == '\n'; }
 
-    Position Here() const {
+    Place Here() const {
         return {line_, static_cast<std::uint64_t>(static_cast<long>(at_) - lineStart_ + 1)};
     }
 
-    Position NextHere() {
+    Place NextHere() {
         SkipBlanks();
         return Here();
     }
@@ -604,8 +599,7 @@ static std::string_view WithoutMark(std::string_view text) {
     return text.substr(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
 }
 
-ScriptReader::ScriptReader(std::string_view text, Position start,
-                           std::vector<std::string> modelNames)
+ScriptReader::ScriptReader(std::string_view text, Place start, std::vector<std::string> modelNames)
     : parser_(std::make_unique<Parser>(WithoutMark(text), start, std::move(modelNames))) {}
 
 ScriptReader::~ScriptReader() = default;

@@ -34,23 +34,31 @@
 #include <vector>
 
 #include "SdaiPrimitiveH.h"
+#include "model/Place.h"
 
 namespace host {
 
-struct Position {
-    std::uint64_t line = 1;
-    std::uint64_t column = 1;
-};
+using kor::Place;
+
+// The first place of a script.
+inline constexpr Place kStartOfScript{1, 1};
+
+// The characters of which names consist.
+inline bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+inline bool IsLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+inline bool IsWordCharacter(char c) { return IsLetter(c) || IsDigit(c); }
 
 // What is wrong with a statement, and where.
 class ScriptError : public std::runtime_error {
   public:
-    ScriptError(Position position, const std::string& message)
-        : std::runtime_error(message), position_(position) {}
-    Position Where() const { return position_; }
+    ScriptError(Place place, const std::string& message)
+        : std::runtime_error(message), place_(place) {}
+    Place Where() const { return place_; }
 
   private:
-    Position position_;
+    Place place_;
 };
 
 enum class Operator { Equal, NotEqual, Less, LessEqual, Greater, GreaterEqual, Not, And, Or };
@@ -61,7 +69,7 @@ using ExpressionPtr = std::unique_ptr<Expression>;
 // ATTRIBUTE = expr
 struct Assignment {
     std::string attribute;
-    Position position;
+    Place place;
     ExpressionPtr value;
 };
 
@@ -80,7 +88,7 @@ struct Expression {
     };
 
     Kind kind;
-    Position position;
+    Place place;
     SdaiPrimitiveH value{};
     std::string name{};
     std::optional<std::string> model{};  // empty: the first
@@ -93,7 +101,7 @@ struct Expression {
 
 struct Item {
     enum class Kind { Print, Let, Set, Add } kind = Kind::Print;
-    Position position;
+    Place place;
     std::string name;      // of a LET; the attribute of a SET or an ADD
     ExpressionPtr target;  // of a SET or an ADD: the instance
     ExpressionPtr value;
@@ -101,7 +109,7 @@ struct Item {
 };
 
 struct Statement {
-    Position position;
+    Place place;
     // One item, or an EACH with its items and what it iterates over.
     std::vector<Item> items;
     bool isEach = false;
@@ -110,7 +118,7 @@ struct Statement {
     // either, counts as an entity type.
     std::string entityType;
     std::optional<std::string> model;
-    Position sourcePosition;
+    Place sourcePlace;
     ExpressionPtr source;
     ExpressionPtr where;
 };
@@ -123,7 +131,7 @@ bool GoesOn(std::string_view statement);
 // character, to find where a name ends.
 class ScriptReader {
   public:
-    ScriptReader(std::string_view text, Position start, std::vector<std::string> modelNames);
+    ScriptReader(std::string_view text, Place start, std::vector<std::string> modelNames);
     ~ScriptReader();
 
     // The next statement; no value at the end. Throws ScriptError if it is malformed; the next call

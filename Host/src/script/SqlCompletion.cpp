@@ -7,6 +7,7 @@
 #include "Signature.h"
 #include "console/Display.h"
 #include "model/NameTable.h"
+#include "script/Script.h"
 #include "script/SqlQuery.h"
 
 namespace host {
@@ -20,16 +21,14 @@ constexpr std::array kWords{
     "THEN",  "UNION", "USING", "WHEN",   "WHERE", "WITH",
 };
 
-bool IsWordCharacter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-           (c & 0x80) != 0;
-}
+// A name in SQL may have any character that is not ASCII.
+bool IsSqlWordCharacter(char c) { return IsWordCharacter(c) || (c & 0x80) != 0; }
 
 std::vector<std::string_view> WordsOf(std::string_view text) {
     std::vector<std::string_view> words;
     for (std::size_t at = 0; at < text.size();) {
         std::size_t end = at;
-        while (end < text.size() && IsWordCharacter(text[end])) ++end;
+        while (end < text.size() && IsSqlWordCharacter(text[end])) ++end;
         if (end != at) words.push_back(text.substr(at, end - at));
         at = std::max(end, at + 1);
     }
@@ -38,14 +37,14 @@ std::vector<std::string_view> WordsOf(std::string_view text) {
 
 bool Equal(std::string_view a, std::string_view b) { return kor::Folded(a) == kor::Folded(b); }
 
-class Completer {
+class SqlCompleter {
   public:
-    Completer(std::string_view query, const Session& session)
+    SqlCompleter(std::string_view query, const Session& session)
         : query_(query), session_(session), words_(WordsOf(query)) {}
 
     Completion Complete() {
         std::size_t start = query_.size();
-        while (start > 0 && IsWordCharacter(query_[start - 1])) --start;
+        while (start > 0 && IsSqlWordCharacter(query_[start - 1])) --start;
         const std::string_view before = query_.substr(0, start);
         if (std::count(before.begin(), before.end(), '\'') % 2 != 0) return {start, {}};
         if (before.ends_with('.')) {
@@ -110,7 +109,7 @@ class Completer {
 }  // namespace
 
 Completion CompleteSql(std::string_view query, const Session& session) {
-    return Completer(query, session).Complete();
+    return SqlCompleter(query, session).Complete();
 }
 
 }  // namespace host

@@ -24,7 +24,7 @@ struct Finalize {
 using Prepared = std::unique_ptr<sqlite3_stmt, Finalize>;
 
 // Where a place in a text is that begins at `start`.
-Position PlaceIn(std::string_view text, std::size_t offset, Position start) {
+Place PlaceIn(std::string_view text, std::size_t offset, Place start) {
     const std::string_view before = text.substr(0, offset);
     const std::size_t lineStart = before.rfind('\n');
     if (lineStart == std::string_view::npos) return {start.line, start.column + offset};
@@ -126,13 +126,13 @@ class Rows {
     Columns columns_;
 };
 
-[[noreturn]] void Fail(sqlite3* database, int status, Position position) {
+[[noreturn]] void Fail(sqlite3* database, int status, Place place) {
     if ((status & 0xFF) == SQLITE_NOMEM) throw std::bad_alloc();
     if (status == SQLITE_INTERRUPT) ThrowIfInterrupted();
-    throw ScriptError(position, sqlite3_errmsg(database));
+    throw ScriptError(place, sqlite3_errmsg(database));
 }
 
-// The table that is not there, which SQLite tells by its name alone; empty for any other failure.
+// The name of the missing table, from the message of SQLite; empty for any other failure.
 std::string_view MissingTable(std::string_view message) {
     constexpr std::string_view kStart = "no such table: ";
     if (!message.starts_with(kStart)) return {};
@@ -183,7 +183,7 @@ void SqlSession::AddModels() {
     }
 }
 
-void SqlSession::Run(std::string_view text, Position start, Form form) {
+void SqlSession::Run(std::string_view text, Place start, Form form) {
     AddModels();
     // SQLite takes it for the end of the text.
     const std::size_t end = text.find('\0');
@@ -214,7 +214,7 @@ void SqlSession::Run(std::string_view text, Position start, Form form) {
 }
 
 void SqlSession::FailToPrepare(int status, std::string_view text, std::size_t first,
-                               Position start) const {
+                               Place start) const {
     const std::string_view missing = MissingTable(sqlite3_errmsg(database_));
     if (missing.empty()) {
         const auto offset = static_cast<std::size_t>(std::max(0, sqlite3_error_offset(database_)));

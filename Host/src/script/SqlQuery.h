@@ -28,14 +28,14 @@ class SqlSession {
     SqlSession(const SqlSession&) = delete;
     SqlSession& operator=(const SqlSession&) = delete;
 
-    // Runs the statements of a text, which begins at that position, and prints their rows: as
+    // Runs the statements of a text, which begins at that place, and prints their rows: as
     // boxes, CSV with headers or JSON objects. Throws ScriptError for one that fails; the rows
     // before it have been printed. Models whose names SQLite cannot have are refused.
-    void Run(std::string_view text, Position start, Form form);
+    void Run(std::string_view text, Place start, Form form);
 
   private:
     [[noreturn]] void FailToPrepare(int status, std::string_view text, std::size_t first,
-                                    Position start) const;
+                                    Place start) const;
 
     // Makes tables of the models that have come to the session.
     void AddModels();
@@ -46,12 +46,12 @@ class SqlSession {
     std::size_t modelCount_ = 0;  // that have tables
 };
 
-// Rows are boxes where other results are aligned, and CSV where these stand between tabs.
+// Rows are boxes where other results are aligned, and CSV where these are separated by tabs.
 Form SqlFormOf(Form form);
 
-// What a query that is being typed may go on with: the tables and models, the columns of the tables
-// that it names or, behind a point, of the table or its other name that stands before it, the
-// functions and the words of SQL.
+// Completions of a query that is being typed: the tables and models, the columns of the tables that
+// it names (after a point, of the table or alias before the point), the functions and the keywords
+// of SQL.
 Completion CompleteSql(std::string_view query, const Session& session);
 
 }  // namespace host

@@ -203,9 +203,7 @@ class Schema::Resolver {
         return SdaiString(keepSpelling_ ? std::string(name) : Folded(name));
     }
 
-    void Fail(SourcePosition position, std::string message) {
-        errors_.push_back({position, std::move(message)});
-    }
+    void Fail(Place place, std::string message) { errors_.push_back({place, std::move(message)}); }
 
     // Enters all types and entities before resolving any, since declarations come in any order.
     void NameEverything() {
@@ -213,7 +211,7 @@ class Schema::Resolver {
             schema_.domains_.emplace_back();
             schema_.typeNames_.push_back(Folded(type.name));
             if (!schema_.typeTable_.Add(schema_.typeNames_.back(), schema_.types_.size())) {
-                Fail(type.position, "type '" + type.name + "' is declared twice");
+                Fail(type.place, "type '" + type.name + "' is declared twice");
             }
             schema_.types_.emplace_back(Spelled(type.name), &schema_.domains_.back());
             typeDomains_.push_back(&schema_.domains_.back());
@@ -223,13 +221,13 @@ class Schema::Resolver {
             EntityType& type = *schema_.ownedEntities_.back();
             if (schema_.typeTable_.Find(std::string_view(type.folded_)).has_value() ||
                 !schema_.entityTable_.Add(type.folded_, schema_.entities_.size())) {
-                Fail(entity.position, "entity '" + entity.name + "' is declared twice");
+                Fail(entity.place, "entity '" + entity.name + "' is declared twice");
             }
             type.abstract_ = entity.abstract;
             type.number_ = schema_.entities_.size();
             schema_.entities_.push_back(&type);
             schema_.domains_.emplace_back();
-            schema_.domains_.back().base = Domain::Base::Entity;
+            schema_.domains_.back().base = Base::Entity;
             schema_.domains_.back().entity = &type;
             entityDomains_.push_back(&schema_.domains_.back());
         }
@@ -243,7 +241,7 @@ class Schema::Resolver {
             if (const Index entity = schema_.entityTable_.Find(name)) {
                 return entityDomains_[*entity];
             }
-            Unknown(expression.position, "type", expression.name);
+            Unknown(expression.place, "type", expression.name);
             return &generic_;
         }
         schema_.domains_.emplace_back();
@@ -256,26 +254,26 @@ class Schema::Resolver {
     void FillIn(Domain& domain, const TypeExpression& expression) {
         if (expression.kind == TypeExpression::Kind::Simple) {
             // The simple types come first among the bases, in the same order.
-            domain.base = static_cast<Domain::Base>(expression.simple);
+            domain.base = expression.simple;
         } else {
-            domain.base = Domain::Base::Aggregate;
+            domain.base = Base::Aggregate;
             domain.form = expression.form;
             domain.element = DomainOf(*expression.element);
         }
     }
 
-    void Unknown(SourcePosition position, const char* what, const std::string& name) {
+    void Unknown(Place place, const char* what, const std::string& name) {
         std::string suggestion;
         if (errors_.size() < kMostSuggestions) {
             std::vector<std::string> known = schema_.EntityNames();
             for (const DefinedType& type : schema_.types_) known.emplace_back(type.Name().View());
             suggestion = DidYouMean(name, known);
         }
-        Fail(position, std::string("unknown ") + what + " '" + name + "'" + suggestion);
+        Fail(place, std::string("unknown ") + what + " '" + name + "'" + suggestion);
     }
 
-    [[noreturn]] void FailOfLimit(SourcePosition position, std::string message) {
-        Fail(position, std::move(message));
+    [[noreturn]] void FailOfLimit(Place place, std::string message) {
+        Fail(place, std::move(message));
         throw TooMuch();
     }
 
@@ -300,7 +298,7 @@ class Schema::Resolver {
         if (next.has_value() && types_[*next].state != State::Resolved) {
             for (const std::size_t type : path) {
                 types_[type].state = State::Circular;
-                Fail(declaration_.types[type].position,
+                Fail(declaration_.types[type].place,
                      "type '" + declaration_.types[type].name + "' is defined by itself");
             }
             return;
@@ -338,11 +336,11 @@ class Schema::Resolver {
                 }
                 break;
             case TypeDeclaration::Kind::Enumeration:
-                domain.base = Domain::Base::Enumeration;
+                domain.base = Base::Enumeration;
                 types_[index].enumeration = &type;
                 break;
             case TypeDeclaration::Kind::Select:
-                domain.base = Domain::Base::Select;
+                domain.base = Base::Select;
                 types_[index].select = &type;
                 break;
         }
@@ -364,7 +362,7 @@ class Schema::Resolver {
                 if (!isEnumeration || !seen.insert(type).second) return false;
                 listed_ += type->members.size() + 1;
                 if (listed_ > kMostItems) {
-                    FailOfLimit(type->position,
+                    FailOfLimit(type->place,
                                 "the enumerations of the schema list more than 1,000,000 items");
                 }
                 for (const std::string& item : type->members) items->push_back(Folded(item));
@@ -411,7 +409,7 @@ class Schema::Resolver {
                 }
                 chosen_ += members.size();
                 if (chosen_ > kMostChoices) {
-                    FailOfLimit(declaration->position,
+                    FailOfLimit(declaration->place,
                                 "the selects of the schema list more than 1,000,000 types in all");
                 }
                 for (const std::string& member : members) {
@@ -433,7 +431,7 @@ class Schema::Resolver {
         } else if (const EntityType* entity = schema_.FindEntity(std::string_view(member))) {
             domain.entities.push_back(entity);
         } else {
-            Unknown(select.position, "type", member);
+            Unknown(select.place, "type", member);
         }
     }
 
@@ -447,7 +445,7 @@ class Schema::Resolver {
             for (const std::string& name : declaration_.entities[i].supertypes) {
                 const Index supertype = schema_.entityTable_.Find(std::string_view(name));
                 if (!supertype) {
-                    Unknown(declaration_.entities[i].position, "entity", name);
+                    Unknown(declaration_.entities[i].place, "entity", name);
                     continue;
                 }
                 subtypes[*supertype].push_back(i);
@@ -460,7 +458,7 @@ class Schema::Resolver {
         for (; resolved < ready.size(); ++resolved) {
             const std::size_t entity = ready[resolved];
             if (level[entity] > kMostLevels) {
-                FailOfLimit(declaration_.entities[entity].position,
+                FailOfLimit(declaration_.entities[entity].place,
                             "entity '" + declaration_.entities[entity].name +
                                 "' has more than 1,000 levels of supertypes");
             }
@@ -472,7 +470,7 @@ class Schema::Resolver {
         }
         for (std::size_t i = 0; resolved < count && i < count; ++i) {
             if (missing[i] != 0) {
-                Fail(declaration_.entities[i].position,
+                Fail(declaration_.entities[i].place,
                      "entity '" + declaration_.entities[i].name + "' is a subtype of itself");
             }
         }
@@ -488,7 +486,7 @@ class Schema::Resolver {
                 inherited_ += supertype->Slots().size() + supertype->Lineage().size() +
                               supertype->renamed_.size();
                 if (inherited_ > kMostInherited) {
-                    FailOfLimit(declaration.position,
+                    FailOfLimit(declaration.place,
                                 "the entities of the schema inherit more than 2,000,000 attributes "
                                 "and supertypes in all");
                 }
@@ -514,7 +512,7 @@ class Schema::Resolver {
         const Attribute& attribute = schema_.attributes_.back();
         // Added before the inherited attributes, so that it hides one of the same name.
         if (!type.attributes_.Add(attribute.folded, type.slots_.size())) {
-            Fail(declaration.position, "attribute '" + declaration.name + "' is declared twice");
+            Fail(declaration.place, "attribute '" + declaration.name + "' is declared twice");
         }
         type.AddSlot({&attribute, attribute.domain, false, attribute.optional}, places);
     }
@@ -529,9 +527,9 @@ class Schema::Resolver {
         const Attribute* attribute = ownerSlot ? owner->Slots()[*ownerSlot].attribute : nullptr;
         const auto place = places.find(attribute);
         if (place == places.end() || place->second >= type.firstOwnSlot_) {
-            Fail(declaration.position, "'" + declaration.redeclaredEntity + "." +
-                                           declaration.redeclaredAttribute +
-                                           "' is not an attribute of a supertype");
+            Fail(declaration.place, "'" + declaration.redeclaredEntity + "." +
+                                        declaration.redeclaredAttribute +
+                                        "' is not an attribute of a supertype");
             return;
         }
         Slot& slot = type.slots_[place->second];

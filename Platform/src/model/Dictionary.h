@@ -18,19 +18,15 @@
 #include "KORExport.h"
 #include "SdaiModel.h"
 #include "model/NameTable.h"
+#include "model/Place.h"
 #include "model/Tag.h"
 
 namespace kor {
 
 // ---- Declarations
 
-// The place of a declaration in its source, for messages.
-struct SourcePosition {
-    std::uint64_t line = 0;
-    std::uint64_t column = 0;
-};
-
-enum class SimpleType : std::uint8_t {
+// What a type finally is. The simple types come first.
+enum class Base : std::uint8_t {
     Integer,
     Real,
     Number,
@@ -38,7 +34,11 @@ enum class SimpleType : std::uint8_t {
     Boolean,
     Logical,
     Binary,
-    Generic
+    Generic,
+    Enumeration,
+    Entity,
+    Select,
+    Aggregate
 };
 
 // The properties of an aggregate type apart from the type of its members.
@@ -59,11 +59,11 @@ struct AggregateForm {
 // A type as written: a simple type, the name of a type, or an aggregate of a type.
 struct TypeExpression {
     enum class Kind : std::uint8_t { Simple, Named, Aggregate } kind = Kind::Simple;
-    SimpleType simple = SimpleType::Generic;
+    Base simple = Base::Generic;  // of a simple type
     std::string name;
     AggregateForm form;
     std::shared_ptr<const TypeExpression> element;
-    SourcePosition position;
+    Place place;
 };
 
 struct AttributeDeclaration {
@@ -74,7 +74,7 @@ struct AttributeDeclaration {
     std::string redeclaredEntity;
     std::string redeclaredAttribute;
     bool derived = false;  // declared in DERIVE
-    SourcePosition position;
+    Place place;
 
     bool Redeclares() const { return !redeclaredAttribute.empty(); }
 };
@@ -83,7 +83,7 @@ struct EntityDeclaration {
     std::string name;
     std::vector<std::string> supertypes;
     std::vector<AttributeDeclaration> attributes;  // explicit ones and redeclared derived ones
-    SourcePosition position;
+    Place place;
     bool abstract = false;  // has no instances but those of its subtypes
 };
 
@@ -94,7 +94,7 @@ struct TypeDeclaration {
     TypeExpression alias;
     std::vector<std::string> members;  // of a select or an enumeration
     std::string basedOn;               // the select or enumeration that it extends
-    SourcePosition position;
+    Place place;
 };
 
 struct SchemaDeclaration {
@@ -104,7 +104,7 @@ struct SchemaDeclaration {
 };
 
 struct Diagnostic {
-    SourcePosition position;
+    Place place;
     std::string message;
 };
 
@@ -114,21 +114,6 @@ class EntityType;
 
 // The set of values allowed somewhere. Domains belong to their schema and are compared by address.
 struct KOR_API Domain {
-    enum class Base : std::uint8_t {
-        Integer,
-        Real,
-        Number,
-        String,
-        Boolean,
-        Logical,
-        Binary,
-        Generic,
-        Enumeration,
-        Entity,
-        Select,
-        Aggregate
-    };
-
     Base base = Base::Generic;
     TagSet admitted = kAnyKind;                                  // the kinds of values allowed
     const Domain* element = nullptr;                             // of an aggregate

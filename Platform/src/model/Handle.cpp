@@ -431,13 +431,13 @@ Cell CopyOfAggregate(const SdaiAggrInstance& aggregate, const Domain* domain, Mo
 // The cell of a value without its defined type, converted as the domain requires.
 Cell PlainCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {
     using Kind = HandleAccess::Kind;
-    const Domain::Base base = domain != nullptr ? domain->base : Domain::Base::Generic;
+    const Base base = domain != nullptr ? domain->base : Base::Generic;
     const SdaiSelectH& held = HandleAccess::Held(value);
     const Kind kind = HandleAccess::KindOf(held);
     switch (kind) {
         case Kind::Unset: return {};
         case Kind::Integer:
-            if (base == Domain::Base::Real) {
+            if (base == Base::Real) {
                 return Cell::Of(Tag::Real, static_cast<double>(value));
             }
             return Cell::Of(Tag::Integer, static_cast<long>(value));
@@ -446,8 +446,8 @@ Cell PlainCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) 
         case Kind::Boolean: {
             const SdaiLogical& logical = value;
             const bool boolean = kind == Kind::Boolean
-                                     ? base != Domain::Base::Logical
-                                     : base == Domain::Base::Boolean && logical != SdaiLogical();
+                                     ? base != Base::Logical
+                                     : base == Base::Boolean && logical != SdaiLogical();
             return Cell::Of(boolean ? Tag::Boolean : Tag::Logical, logical);
         }
         case Kind::Instance:
@@ -456,7 +456,7 @@ Cell PlainCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) 
         case Kind::SharedAggregate:
             return CopyOfAggregate(*static_cast<SdaiAggrInstance*>(value), domain, model);
         case Kind::String:
-            return Cell::OfText(base == Domain::Base::Enumeration ? Tag::Enumeration : Tag::Text,
+            return Cell::OfText(base == Base::Enumeration ? Tag::Enumeration : Tag::Text,
                                 HandleAccess::TextOf(held));
         case Kind::Enumeration: return Cell::OfText(Tag::Enumeration, HandleAccess::TextOf(held));
         case Kind::Binary: return Cell::OfText(Tag::Binary, HandleAccess::TextOf(held));
@@ -523,7 +523,7 @@ std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Doma
     const SdaiSelectH& held = HandleAccess::Held(value);
     const Kind kind = HandleAccess::KindOf(held);
     const bool isItem = kind == Kind::Enumeration || (kind == Kind::String && domain != nullptr &&
-                                                      domain->base == Domain::Base::Enumeration);
+                                                      domain->base == Base::Enumeration);
     if (isItem) {
         const std::string_view item = HandleAccess::TextOf(held).View();
         const bool fits = IsWord(item) && (domain == nullptr || domain->AdmitsItem(item));
