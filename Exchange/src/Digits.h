@@ -35,8 +35,8 @@ inline constexpr std::array<std::uint64_t, 9> kFewZeros{
     1, 10, 100, 1'000, 10'000, 100'000, 1'000'000, 10'000'000, 100'000'000};
 
 // Takes all digits that begin at `at`, as the lowest decimal places of a number; with more than
-// nineteen places the number is meaningless. Returns the position behind them. Reads up to seven
-// characters beyond.
+// nineteen places the number is meaningless. Returns the position after them. Reads up to seven
+// characters more.
 inline const char* TakeDigits(const char* at, std::uint64_t& number) {
     for (;;) {
         // The bytes of digits are below ten, and the lowest other byte is marked.

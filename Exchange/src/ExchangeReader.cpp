@@ -271,7 +271,7 @@ class Reader {
         options_.progress(progress_);
     }
 
-    // Where a statement is to begin: goes on behind the second half if that begins here, too.
+    // At the start of a statement: if the second half starts here, continues after it.
     void MeetSecondHalf() {
         lexer_.Skip();
         const Input::Position here = lexer_.Now();

@@ -1,9 +1,9 @@
 // The second half of an exchange file, read by a thread of its own while the first half is read.
 //
-// It begins at a guess: behind a ";" that a "#" follows. Whether that is a statement of a data
+// It begins at a guess: after a ";" that is followed by "#". Whether that is a statement of a data
 // section, rather than part of a string or comment, is known when the reader of the first half
-// arrives there. Then the second half is kept, up to the end of its section or to the first
-// statement that cannot be judged without what stands before it: one with an error, a scope.
+// arrives there. If so, the second half is kept, up to the end of its section or to the first
+// statement that depends on the text before it: one with an error, or a scope.
 
 #ifndef EXCHANGE_SECONDHALF_H
 #define EXCHANGE_SECONDHALF_H
@@ -24,7 +24,7 @@ namespace exchange {
 
 class SecondHalf {
   public:
-    // Begins to read at the first statement that seems to begin at or behind an offset. Null where
+    // Begins to read at what seems to be the first statement at or after an offset. Returns null if
     // there is none, or no second thread. `first` is the reader of the first half.
     static std::unique_ptr<SecondHalf> Begin(const Source& source, std::uint64_t from,
                                              const std::string& file, const ReadOptions& options,
@@ -39,9 +39,9 @@ class SecondHalf {
     // The bytes read so far.
     std::uint64_t Progress() const { return progress_.load(std::memory_order_relaxed); }
 
-    // Waits until it is read. Null where memory did not suffice.
+    // Waits until it has been read. Returns null if memory ran out.
     kor::Model* Wait();
-    // Once it is read: where it ends, as the place where it begins is known; and its warnings.
+    // After Wait: where it ends, given where it starts; and its warnings.
     Input::Position End(const Input::Position& start) const;
     void TellWarnings(const Input::Position& start, Messages& messages) const;
 

@@ -189,10 +189,10 @@ class KOR_API KORUnicodeString {
         return {Narrow() + first, count};
     }
 
-    // The text that a conversion of single bytes made of this one: `bytes` are those of this text
-    // as `const char*`, each as it was or another. Where a wide character of this text has its
-    // directive, the directive that stands there now is read back; all other bytes are characters
-    // of ISO 8859-1.
+    // The text that results when a conversion has changed single bytes of this one: `bytes` are
+    // those of this text as `const char*`, each unchanged or replaced. In the place of a directive
+    // of this text, the directive that is there now is decoded; all other bytes are characters of
+    // ISO 8859-1.
     KORUnicodeString ReadBack(std::string_view bytes) const;
 
   private:
@@ -282,8 +282,8 @@ class KOR_API KORUnicodeString {
     void Release() {
         if (storage_ != Storage::InPlace) ReleaseBuffer(buffer_, storage_);
     }
-    // Whether the text, which is not in place, stands in a buffer with room for that many
-    // characters that no other text shares.
+    // Whether the buffer of the text, which is not in place, is shared with no other text and has
+    // room for that many characters.
     bool OwnsAlone(std::size_t capacity) const {
         return buffer_->owners.load(std::memory_order_acquire) == 1 &&
                buffer_->capacity >= capacity;

@@ -1,9 +1,7 @@
-// Data sets by name, wherever they live: an exchange file, a SQLite database (`sqlite:FILE`), a
-// PostgreSQL database (a `postgresql://` URI as libpq takes it). Here is the one place that opens
-// and saves them.
+// Opens and saves data sets by name: an exchange file, a SQLite database (`sqlite:FILE`), or a
+// PostgreSQL database (a `postgresql://` URI as libpq takes it).
 //
-// In a database each entity type has a table (see Tables.h for their columns), and these stand
-// beside them:
+// In a database each entity type has a table (see Tables.h for the columns). The other tables are:
 //
 //   orx_schema (name, layout)             the schema, and the version of this layout; where the
 //                                         table is missing, the schema is cdma

@@ -1,4 +1,4 @@
-// A kind of database, behind one interface: what loading and saving need of it. Each kind is a unit
+// A kind of database: the interface that loading and saving need. Each kind is a unit
 // of its own; everything else is shared.
 //
 // A database holds one connection, which goes with it; a transaction that is open then is rolled

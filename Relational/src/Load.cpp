@@ -164,7 +164,7 @@ class Loader {
         return found != relations_.end() ? &found->second : nullptr;
     }
 
-    // ---- What stands beside the tables
+    // ---- The tables that hold no entity type
 
     exchange::SchemaPtr FindSchema() {
         StoredSchema stored = ReadStoredSchema(database_, relations_);

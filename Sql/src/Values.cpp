@@ -161,11 +161,11 @@ SdaiPrimitiveH StringOf(std::string_view utf8) {
     return SdaiPrimitiveH(SdaiString(TextOf(utf8)));
 }
 
-// Takes a JSON array as it is read. What is wrong with the values is told once the text has proved
-// to be an array.
+// Builds an aggregate while a JSON array is parsed. Errors in the values are reported once the text
+// has proved to be an array.
 class ArrayReader final : public nlohmann::json_sax<Json> {
   public:
-    // Nothing where the text is no JSON array.
+    // No value if the text is not a JSON array.
     static std::optional<SdaiPrimitiveH> Read(std::string_view text) {
         ArrayReader reader;
         if (!Json::sax_parse(text, &reader) || !reader.array_.has_value()) return std::nullopt;

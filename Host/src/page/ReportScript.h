@@ -1,5 +1,5 @@
 // The script of a report, which filters trees. It is the same on every page and takes nothing but
-// texts from it; it holds no "<" and no "&", so that it is well-formed XML as it stands.
+// texts from it; it holds no "<" and no "&", so that it is well-formed XML without escapes.
 
 #ifndef HOST_REPORTSCRIPT_H
 #define HOST_REPORTSCRIPT_H

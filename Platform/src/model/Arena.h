@@ -27,8 +27,8 @@ class KOR_API Arena {
         return memory;
     }
 
-    // Takes over what another arena has handed out, behind what this one has. Nothing is taken
-    // without the memory to do so.
+    // Takes over what another arena has allocated, after what this one has. Takes nothing if memory
+    // runs out.
     void TakeOver(Arena& other) {
         ReserveFor(other);
         chunks_.insert(chunks_.end(), other.chunks_.begin(), other.chunks_.end());

@@ -206,11 +206,11 @@ class KOR_API Model final : public SdaiModel {
     // unsets references to them. Call once, after the last instance.
     std::vector<std::uint64_t> SettleReferences();
 
-    // Takes over the instances of another model of the same schema, which was read from what
-    // follows in the same data set: they stand behind those that are there, and references wait for
-    // their instances in either. False, and nothing is taken, where both models have an instance of
-    // one name, or this one would have too many types of its own. To be called before anything but
-    // instances was asked of the two; the other one is empty then.
+    // Takes over the instances of another model of the same schema, which was read from the next
+    // part of the same data set: they are appended, and references of either model find their
+    // instances in both. The other model is empty afterwards. Returns false and takes nothing if
+    // both models have an instance of the same name, or if this one would have too many types of
+    // its own. Call it before extents or back references of either model have been used.
     bool TakeOver(Model& part);
 
     // ---- Extents

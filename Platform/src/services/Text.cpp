@@ -286,7 +286,7 @@ std::size_t KORUnicodeString::Grown(std::size_t length) const {
     return std::max({length, before, std::size_t{size_} + size_ / 2});
 }
 
-// Where the text is wide, or has no room of its own for the piece behind it.
+// Appends to a text that is wide, or whose buffer has no room or is shared.
 KORUnicodeString& KORUnicodeString::AppendElsewhere(std::string_view text) {
     if (text.empty()) return *this;
     if (IsWide()) return AppendWide(text);
