@@ -16,15 +16,15 @@ namespace relational {
 
 namespace {
 
-struct Closer {
+struct PostgresqlCloser {
     void operator()(PGconn* connection) const { PQfinish(connection); }
     void operator()(PGresult* result) const { PQclear(result); }
     void operator()(char* memory) const { PQfreemem(memory); }
     void operator()(PQconninfoOption* options) const { PQconninfoFree(options); }
 };
-using Connection = std::unique_ptr<PGconn, Closer>;
-using Result = std::unique_ptr<PGresult, Closer>;
-using CopyData = std::unique_ptr<char, Closer>;
+using PostgresqlConnection = std::unique_ptr<PGconn, PostgresqlCloser>;
+using Result = std::unique_ptr<PGresult, PostgresqlCloser>;
+using CopyData = std::unique_ptr<char, PostgresqlCloser>;
 
 // A message in one line.
 std::string InOneLine(std::string_view message) {
@@ -338,7 +338,7 @@ class Postgresql final : public Database {
   public:
     explicit Postgresql(const std::string& uri) {
         char* error = nullptr;
-        const std::unique_ptr<PQconninfoOption, Closer> parsed(
+        const std::unique_ptr<PQconninfoOption, PostgresqlCloser> parsed(
             PQconninfoParse(uri.c_str(), &error));
         const CopyData freed(error);
         // The message of libpq may hold a part of the password.
@@ -509,7 +509,7 @@ class Postgresql final : public Database {
         return "SELECT " + list + " FROM " + QuotedName(table);
     }
 
-    Connection connection_;
+    PostgresqlConnection connection_;
     std::map<std::string, std::map<std::string, Form>> types_;  // by table and column
     std::map<std::string, std::set<std::string>> byRows_;       // columns that COPY does not fill
     std::map<std::string, std::string> statements_;  // the names of those that are prepared

@@ -15,12 +15,12 @@ namespace {
 // How long another program may hold the database before it counts as locked.
 constexpr int kPatience = 2'000;  // milliseconds
 
-struct Closer {
+struct SqliteCloser {
     void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
-using Connection = std::unique_ptr<sqlite3, Closer>;
-using Statement = std::unique_ptr<sqlite3_stmt, Closer>;
+using SqliteConnection = std::unique_ptr<sqlite3, SqliteCloser>;
+using Statement = std::unique_ptr<sqlite3_stmt, SqliteCloser>;
 
 [[noreturn]] void Fail(sqlite3* database) {
     switch (sqlite3_errcode(database)) {
@@ -272,7 +272,7 @@ class Sqlite final : public Database {
 
     const std::string file_;
     const bool made_;
-    Connection database_;
+    SqliteConnection database_;
     std::map<std::string, Statement> statements_;
 };
 

@@ -10,17 +10,17 @@
 namespace host {
 
 // Those that are not hidden.
-inline std::vector<const CLI::App*> Commands(const CLI::App& app) {
+inline std::vector<const CLI::App*> CommandsOf(const CLI::App& app) {
     return app.get_subcommands(
         [](const CLI::App* command) { return !command->get_group().empty(); });
 }
 
-inline std::vector<const CLI::Option*> Options(const CLI::App& command) {
+inline std::vector<const CLI::Option*> OptionsOf(const CLI::App& command) {
     return command.get_options([](const CLI::Option* option) { return option->nonpositional(); });
 }
 
 // As they are typed: "-m", "--model".
-inline std::vector<std::string> Names(const CLI::Option& option) {
+inline std::vector<std::string> SpellingsOf(const CLI::Option& option) {
     std::vector<std::string> names;
     for (const std::string& name : option.get_snames()) names.push_back('-' + name);
     for (const std::string& name : option.get_lnames()) names.push_back("--" + name);

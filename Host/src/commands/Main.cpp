@@ -256,8 +256,8 @@ void HoldStandardStreams() {
     }
 }
 
-// CLI11 puts its texts together in string streams, which swallow a lack of memory and hold half a
-// text. So each lack is noted as it is met.
+// CLI11 builds its texts with string streams, which ignore failed allocations and are left with
+// half a text. So each failed allocation is recorded.
 std::atomic<bool> ranOut = false;
 
 void NoteLack() {

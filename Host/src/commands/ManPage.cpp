@@ -40,7 +40,7 @@ std::string Bold(const std::string& word) { return "\\fB" + Escaped(word) + "\\f
 
 std::string Head(const CLI::Option& option) {
     std::vector<std::string> names;
-    for (const std::string& name : Names(option)) names.push_back(Bold(name));
+    for (const std::string& name : SpellingsOf(option)) names.push_back(Bold(name));
     std::string head = Joined(names, ", ");
     if (TakesValue(option)) head += " \\fI" + Escaped(option.get_type_name()) + "\\fR";
     return head;
@@ -78,9 +78,9 @@ void Add(std::vector<Entry>& entries, const CLI::Option& option, const std::stri
 std::string ManOptions(const CLI::App& app) {
     std::vector<Entry> entries;
     // Those of orx itself; every command has the help.
-    for (const CLI::Option* option : Options(app)) Add(entries, *option, "");
-    for (const CLI::App* command : Commands(app)) {
-        for (const CLI::Option* option : Options(*command)) {
+    for (const CLI::Option* option : OptionsOf(app)) Add(entries, *option, "");
+    for (const CLI::App* command : CommandsOf(app)) {
+        for (const CLI::Option* option : OptionsOf(*command)) {
             if (option != command->get_help_ptr()) Add(entries, *option, command->get_name());
         }
     }

@@ -100,7 +100,7 @@ std::string Quoted(const std::string& text) {
 }
 
 std::string ZshOption(const CLI::Option& option) {
-    const std::vector<std::string> names = Names(option);
+    const std::vector<std::string> names = SpellingsOf(option);
     const std::string name =
         names.size() == 1 ? '\'' + names.front() : '{' + Joined(names, ",") + "}'";
     std::string value;
@@ -116,10 +116,10 @@ std::string ZshOption(const CLI::Option& option) {
 std::string BashCompletion(const CLI::App& app) {
     std::string rows;
     std::set<std::string> withFile;
-    for (const CLI::App* command : Commands(app)) {
+    for (const CLI::App* command : CommandsOf(app)) {
         std::vector<std::string> words;
-        for (const CLI::Option* option : Options(*command)) {
-            for (const std::string& name : Names(*option)) {
+        for (const CLI::Option* option : OptionsOf(*command)) {
+            for (const std::string& name : SpellingsOf(*option)) {
                 words.push_back(name);
                 if (TakesFile(*option)) withFile.insert(name);
             }
@@ -133,11 +133,11 @@ std::string BashCompletion(const CLI::App& app) {
 std::string ZshCompletion(const CLI::App& app) {
     std::string described;
     std::string cases;
-    for (const CLI::App* command : Commands(app)) {
+    for (const CLI::App* command : CommandsOf(app)) {
         const std::string& name = command->get_name();
         described += "        '" + name + ':' + Quoted(command->get_description()) + "'\n";
         cases += "        " + name + ") _arguments";
-        for (const CLI::Option* option : Options(*command)) {
+        for (const CLI::Option* option : OptionsOf(*command)) {
             cases += " \\\n            " + ZshOption(*option);
         }
         if (name == "call") {

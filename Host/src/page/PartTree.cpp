@@ -11,7 +11,7 @@ namespace {
 // What a page can hold, and a reader takes in at once.
 constexpr std::size_t kMostLines = 10'000;
 constexpr std::size_t kMostOpen = 60;
-constexpr std::size_t kDeepest = 60;
+constexpr std::size_t kDeepestLine = 60;
 
 // What the data say of a place, as one line.
 std::string LineOf(const Node& node) {
@@ -38,7 +38,7 @@ std::string Filter(const std::string& id) {
 }  // namespace
 
 std::string PartTree(const Assembly& assembly, const std::string& id) {
-    const std::size_t depth = assembly.DeepestLevel(kMostLines, kDeepest, false);
+    const std::size_t depth = assembly.DeepestLevel(kMostLines, kDeepestLine, false);
     const std::optional<double> places = assembly.CountPlaces(depth, false);
     const bool isLarge = !places || *places > kMostOpen;
     std::string list;

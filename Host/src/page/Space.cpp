@@ -14,7 +14,7 @@ namespace {
 
 // What a drawing can hold.
 constexpr std::size_t kMostFrames = 300;
-constexpr std::size_t kDeepest = 60;
+constexpr std::size_t kDeepestFrame = 60;
 
 class Space {
   public:
@@ -136,7 +136,7 @@ class Space {
         const auto nowhere = static_cast<std::size_t>(
             std::count_if(assembly_.Roots().begin(), assembly_.Roots().end(),
                           [&](const Part* root) { return isNowhere(*root); }));
-        depth_ = assembly_.DeepestLevel(kMostFrames + nowhere, kDeepest, true);
+        depth_ = assembly_.DeepestLevel(kMostFrames + nowhere, kDeepestFrame, true);
         std::vector<std::size_t> way;  // from the root: indices of frames
         std::size_t branch = 0;
         assembly_.Walk(depth_, true, [&](const Node& node) {

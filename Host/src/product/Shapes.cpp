@@ -43,8 +43,6 @@ struct KnownName {
 constexpr KnownName kKnownNames[] = {{"INCH", "in"}, {"INCHES", "in"}, {"FOOT", "ft"},
                                      {"FEET", "ft"}, {"YARD", "yd"},   {"MILE", "mi"}};
 
-std::string Utf8Of(const SdaiPrimitiveH& value) { return TextOf(value).ToUtf8(); }
-
 std::optional<LengthUnit> SiUnit(const SdaiPrimitiveH& unit) {
     if (ToString(unit.GetAttr("NAME"_name)) != ".METRE.") return std::nullopt;
     const std::string item = ToString(unit.GetAttr("PREFIX"_name));
@@ -71,7 +69,7 @@ std::optional<LengthUnit> UnitOfLength(SdaiPrimitiveH unit) {
         }
         if (!unit.IsKindOf("CONVERSION_BASED_UNIT"_name)) return std::nullopt;
         if (!name) {
-            name = Utf8Of(unit.GetAttr("NAME"_name));
+            name = TextOf(unit.GetAttr("NAME"_name)).ToUtf8();
             std::string folded = *name;
             for (char& c : folded)
                 c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));

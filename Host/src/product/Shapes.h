@@ -1,5 +1,5 @@
-// The shapes of parts, as far as they can be told without a geometry kernel: the box around the
-// points of a part, and its unit of length.
+// The shapes of parts, as far as they can be determined without a geometry kernel: the box around
+// the points of a part, and its unit of length.
 
 #ifndef HOST_SHAPES_H
 #define HOST_SHAPES_H

@@ -29,7 +29,7 @@ void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* ins
 constexpr TagSet kOwning{Tag::Text, Tag::Enumeration, Tag::Binary, Tag::Aggregate, Tag::Typed};
 
 // Limit on what all complex types together may inherit.
-constexpr std::size_t kMostInherited = 2'000'000;
+constexpr std::size_t kMostInheritedByOwn = 2'000'000;
 
 }  // namespace
 
@@ -113,7 +113,7 @@ const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& par
     for (const EntityType* part : parts) {
         inheritedByOwn_ += part->IsDeclared() ? part->Slots().size() + part->Lineage().size() : 0;
     }
-    if (!MayAddOwn() || inheritedByOwn_ > kMostInherited) return nullptr;
+    if (!MayAddOwn() || inheritedByOwn_ > kMostInheritedByOwn) return nullptr;
     const EntityType* entity = AddOwn(EntityType::MakeComplex(parts, ownEntities_.size()));
     // Undeclared parts of the same name may have different numbers of values.
     if (!extentNumbers_.Find(std::string_view(entity->FoldedName()))) {
@@ -254,7 +254,7 @@ void Model::Connect(std::uintptr_t chain, SdaiEntityInstance* instance) {
     }
 }
 
-// Puts a chain behind another one.
+// Appends a chain to another.
 void Model::Append(std::uintptr_t chain, std::uintptr_t behind) {
     for (;;) {
         auto* place = reinterpret_cast<std::byte*>(chain & ~kBare);
