@@ -46,7 +46,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     session.Add(Model("db", kDatabase));
     host::Printer printer(session, host::Form{static_cast<int>(silent ? size % 4 : 0)});
     host::Evaluator evaluator(TheModule(), session, printer);
-    host::ScriptReader reader(AsText(data, size), {}, session.ModelNames());
+    host::ScriptReader reader(AsText(data, size), host::kStartOfScript, session.ModelNames());
     for (int i = 0; i < kMostStatements && IsSmall(session); ++i) {
         try {
             const std::optional<host::Statement> statement = reader.Next();
