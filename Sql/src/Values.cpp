@@ -234,7 +234,9 @@ std::string Shown(sqlite3_value* value) {
             constexpr std::size_t kMost = 40;
             std::string_view text = TextIn(value);
             std::string_view shown = text.substr(0, kMost);
-            while (shown.size() < text.size() && (text[shown.size()] & 0xC0) == 0x80) {
+            // Not in the middle of a character; a text may be no UTF-8 at all.
+            while (!shown.empty() && shown.size() < text.size() &&
+                   (text[shown.size()] & 0xC0) == 0x80) {
                 shown.remove_suffix(1);
             }
             return '\'' + std::string(shown) + (shown.size() < text.size() ? "...'" : "'");

@@ -117,6 +117,12 @@ TEST_F(SqlFunctions, RefuseWhatTheyCannotTake) {
               "found NULL"},
              {"GetMemberCount('[[{}]]')",
               "GetMemberCount: argument 1: a JSON array of values expected, found an object"},
+             // Bytes that continue a character which nothing begins.
+             {"GetInst(CAST(X'"
+              "8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E"
+              "8E8E8E8E8E8E' AS TEXT), 'ID')",
+              "GetInst: argument 1: an instance, by its number, '#12' or '@model#12', expected, "
+              "found '...'"},
              {"ORXTrunc('a')", "wrong number of arguments to function ORXTrunc()"},
          }) {
         EXPECT_EQ(database.Value(std::string("SELECT ") + each.call), each.message) << each.call;
