@@ -172,6 +172,13 @@ TEST_F(Statements, EachPrintsOnlyThePrintingItems) {
                  "#3\t'Bolt'\t'x'\n#4\t'Nut'\t'x'\n");
 }
 
+TEST_F(Statements, AddStoresAMemberAsTheAttributeIsDeclared) {
+    ExpectPrints(RunOnParts("LET p = NEW CARTESIAN_POINT(NAME = 'p', COORDINATES = (1., 2.))\n"
+                            "ADD 31 TO p.COORDINATES\n"
+                            "p.COORDINATES\n"),
+                 "(1.,2.,31.)\n");
+}
+
 TEST_F(Statements, EachPrintsTheListOfAFunctionThatReturnsNothing) {
     ExpectPrints(Run("EACH p IN AXIS2_PLACEMENT_3D WHERE IsSame0(p, #15): "
                      "ComputeABSPlacement(#13, p, ())\n",

@@ -135,7 +135,7 @@ void Evaluator::Set(const Item& item) const {
     Put(instance, item.name, item.place, Evaluate(*item.value));
 }
 
-// The first member creates the aggregate.
+// The first member creates the aggregate. A member is stored as the attribute's domain says.
 void Evaluator::Add(const Item& item) const {
     const SdaiPrimitiveH value = Evaluate(*item.value);
     CheckNesting(value, 1, item.place);
@@ -145,9 +145,11 @@ void Evaluator::Add(const Item& item) const {
         const kor::EntityType& entity = *kor::Instance::Of(instance).Type().entity;
         const kor::Index slot = entity.SlotOf(std::string_view(item.name));
         const kor::Domain* domain = entity.Slots()[*slot].domain;
-        CheckKind(value, domain != nullptr ? domain->element : nullptr, item.name, item.place);
-        CheckItem(value, domain != nullptr ? domain->element : nullptr, item.name, item.place);
-        members->Append(value);
+        const kor::Domain* element = domain != nullptr ? domain->element : nullptr;
+        CheckKind(value, element, item.name, item.place);
+        CheckItem(value, element, item.name, item.place);
+        const kor::CellHolder member(kor::ToCell(value, element));
+        members->Append(kor::ToHandle(member.Get(), element != nullptr && element->IsSelect()));
         session_.NoteChange(instance.FindEntityInstanceModel());
     } else if (present.exists()) {
         throw ScriptError(item.place,
