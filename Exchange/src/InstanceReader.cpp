@@ -3,6 +3,7 @@
 #include "InstanceReader.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <limits>
 #include <string>
@@ -62,6 +63,14 @@ const EntityType& Own(Place place, const EntityType* entity) {
 }
 
 }  // namespace
+
+void InstanceReader::AddExternal(std::string name) {
+    std::uint64_t id = 0;
+    const char* const digits = name.data() + 1;
+    const bool isNumber = std::from_chars(digits, name.data() + name.size(), id).ec == std::errc();
+    if (name.front() == '#' && isNumber) model_->KeepFree(id);
+    externals_.insert(std::move(name));
+}
 
 // ---- Values
 

@@ -63,8 +63,8 @@ class InstanceReader {
         known_.Clear();
     }
 
-    // A name with an address in the reference section: #5 or @5.
-    void AddExternal(std::string name) { externals_.insert(std::move(name)); }
+    // A name with an address in the reference section: #5 or @5. No instance of the model gets it.
+    void AddExternal(std::string name);
 
     void AddExternals(const InstanceReader& other) { externals_ = other.externals_; }
 

@@ -41,10 +41,10 @@ class InstanceTextReader::Texts {
           reader_(lexer_, problems_),
           model_(model) {
         problems_.EnterData();
+        reader_.Into(model);
         for (const std::string& reference : structure.references) {
             reader_.AddExternal(ExternalName(reference.substr(0, reference.find('='))));
         }
-        reader_.Into(model);
         reader_.TakeInfinite();
     }
 

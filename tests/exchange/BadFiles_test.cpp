@@ -276,6 +276,22 @@ TEST(BadFiles, ALenientReaderNumbersGreatNamesAnew) {
     File(written).dataSet.model->Find(6);
 }
 
+// Nor do other instances that the model numbers.
+TEST(BadFiles, ALenientReaderGivesGreatNamesNoNumberOfAnExternalReference) {
+    std::string text =
+        FileOf("#99999999999999999999=ITEM('great');\n#2=ITEM('two');\n#4=ITEM('four');");
+    text.insert(text.find("DATA;"), "REFERENCE;\n#1=<x#y>;\n#005=<x#z>;\n@6=<x#v>;\nENDSEC;\n");
+    const File file(text, true);
+    ASSERT_NE(file.dataSet.model, nullptr);
+    EXPECT_THAT(file.Instances(), ElementsAre(3, 2, 4));
+    const SdaiEntity* item = file.dataSet.model->GetEntityDefinition("ITEM");
+    // #5 has an address; @6 names a value, and no instance.
+    EXPECT_EQ(item->CreateEntityInstance(file.dataSet.model.get())->GetInstanceNameId(), 6U);
+    EXPECT_EQ(item->CreateEntityInstance(file.dataSet.model.get())->GetInstanceNameId(), 7U);
+    const std::string written = exchange::ToExchangeText(file.dataSet);
+    EXPECT_THAT(File(written).Instances(), ElementsAre(3, 2, 4, 6, 7)) << written;
+}
+
 TEST(BadFiles, TellTheColumnInBytes) {
     // Characters of one, two and four bytes stand before the reference.
     const Marked marked(FileOf("#1=CURVE('\xE9\xC3\xA9\xF0\x9F\x98\x80',\t^#99);"));

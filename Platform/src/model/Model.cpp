@@ -201,11 +201,22 @@ Instance& Model::Create(const ModelType& type) {
     for (std::size_t i = 0; i < values.size(); ++i) {
         if (type.entity->Slots()[i].derived) values[i] = Cell::Of(Tag::Derived, 0);
     }
-    return Create(type, largestId_ < kLargestId ? largestId_ + 1 : SmallestFreeId(), values);
+    return Create(type, NextId(), values);
+}
+
+std::uint64_t Model::NextId() {
+    std::uint64_t id = largestId_;
+    do {
+        if (id == kLargestId) return SmallestFreeId();
+        ++id;
+    } while (keptFree_.contains(id));
+    return id;
 }
 
 std::uint64_t Model::SmallestFreeId() {
-    while (ids_.Find(smallestFreeId_) != nullptr) ++smallestFreeId_;
+    while (ids_.Find(smallestFreeId_) != nullptr || keptFree_.contains(smallestFreeId_)) {
+        ++smallestFreeId_;
+    }
     return smallestFreeId_;
 }
 

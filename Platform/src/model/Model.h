@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -166,6 +167,8 @@ class KOR_API Model final : public SdaiModel {
     // Creates an instance without values, numbered one above the largest number or, if that is
     // impossible, with the smallest free one.
     Instance& Create(const ModelType& type);
+    // Keeps a number free: an instance that the model numbers itself gets another.
+    void KeepFree(std::uint64_t id) { keptFree_.insert(id); }
     // Renumbers an instance with the smallest free number, which is returned.
     std::uint64_t MoveToFreeId(SdaiEntityInstance& instance);
 
@@ -251,6 +254,7 @@ class KOR_API Model final : public SdaiModel {
     const Relation* MakeRelation(std::size_t number) const;
     void SettleRelations();
     ModelType& AddType(const EntityType& entity);
+    std::uint64_t NextId();
     std::uint64_t SmallestFreeId();
     bool MayAddOwn() const;
     const EntityType* AddOwn(std::unique_ptr<EntityType> entity);
@@ -295,6 +299,7 @@ class KOR_API Model final : public SdaiModel {
     std::vector<Cell> retired_;
     std::uint64_t largestId_ = 0;
     std::uint64_t smallestFreeId_ = 1;  // no number below it is free
+    std::set<std::uint64_t> keptFree_;
     std::size_t inheritedByOwn_ = 0;    // attributes and supertypes, over all complex types
 };
 
