@@ -4,45 +4,15 @@
 #ifndef HOST_SHAPES_H
 #define HOST_SHAPES_H
 
-#include <array>
-#include <limits>
-#include <memory>
 #include <optional>
-#include <string>
+#include <vector>
 
 #include "model/Model.h"
 #include "product/Assembly.h"
+#include "product/Geometry.h"
+#include "product/LengthUnit.h"
 
 namespace host {
-
-using Point3 = std::array<double, 3>;
-
-// An upright box; empty without a point.
-struct Box {
-    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
-    Point3 least{kInfinity, kInfinity, kInfinity};
-    Point3 most{-kInfinity, -kInfinity, -kInfinity};
-
-    bool IsEmpty() const { return !(least[0] <= most[0]); }
-    // A point that is not finite, or too far away for any product, is ignored.
-    void Add(const Point3& point);
-    void Add(const Box& other);
-    // Its eight corners: bit i of the number selects the larger i-th coordinate.
-    Point3 Corner(unsigned number) const;
-    Point3 Middle() const;
-};
-
-// The box around a box that is placed.
-Box Placed(const Box& box, const Placement& placement);
-
-// A point that is placed.
-Point3 Placed(const Point3& point, const Placement& placement);
-
-struct LengthUnit {
-    std::string symbol;  // "mm", "in", or the name that the data give it, in UTF-8
-    double metres;       // positive and finite
-};
 
 // Exchange data: the representations of a PRODUCT_DEFINITION, and those that are related to them
 // without a transformation. A box goes around vertices, edges (arcs and B-splines as far as they
