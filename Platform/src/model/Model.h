@@ -300,7 +300,7 @@ class KOR_API Model final : public SdaiModel {
     std::uint64_t largestId_ = 0;
     std::uint64_t smallestFreeId_ = 1;  // no number below it is free
     std::set<std::uint64_t> keptFree_;
-    std::size_t inheritedByOwn_ = 0;    // attributes and supertypes, over all complex types
+    std::size_t inheritedByOwn_ = 0;  // attributes and supertypes, over all complex types
 };
 
 }  // namespace kor
