@@ -63,7 +63,8 @@ class InstanceReader {
         known_.Clear();
     }
 
-    // A name with an address in the reference section: #5 or @5. No instance of the model gets it.
+    // A name with an address in the reference section: #5 or @5. Call after Into; the model gives
+    // no new instance that number.
     void AddExternal(std::string name);
 
     void AddExternals(const InstanceReader& other) { externals_ = other.externals_; }

@@ -1,5 +1,5 @@
-// A kind of database: the interface that loading and saving need. Each kind is a unit
-// of its own; everything else is shared.
+// A kind of database: the interface that loading and saving need. Each kind is a unit of its own;
+// everything else is shared.
 //
 // A database holds one connection, which goes with it; a transaction that is open then is rolled
 // back. What fails throws DatabaseError.
