@@ -3,6 +3,9 @@
 #include "Expectation.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <string_view>
+#include <vector>
 
 #include "model/Aggregate.h"
 #include "model/Cell.h"

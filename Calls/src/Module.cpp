@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 #include "KORMemory.h"

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "Exchange.h"
 #include "services/Suggestions.h"

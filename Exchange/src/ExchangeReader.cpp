@@ -5,9 +5,16 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
+#include <memory>
 #include <set>
+#include <span>
+#include <string>
+#include <string_view>
+#include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "Exchange.h"
 #include "ExchangeLexer.h"

@@ -4,9 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
+#include <memory>
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "Exchange.h"
 #include "ExchangeText.h"

@@ -5,10 +5,15 @@
 #ifndef EXCHANGE_INSTANCEREADER_H
 #define EXCHANGE_INSTANCEREADER_H
 
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <optional>
 #include <set>
 #include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Exchange.h"

@@ -1,5 +1,7 @@
 // Messages about files.
 
+#include <string>
+
 #include "Exchange.h"
 
 namespace exchange {

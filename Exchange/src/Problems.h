@@ -4,6 +4,7 @@
 #define EXCHANGE_PROBLEMS_H
 
 #include <string>
+#include <utility>
 
 #include "Exchange.h"
 #include "Input.h"

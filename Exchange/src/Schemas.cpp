@@ -4,6 +4,9 @@
 #include <array>
 #include <mutex>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Exchange.h"
 #include "Quoted.h"

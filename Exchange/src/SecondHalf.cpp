@@ -3,8 +3,11 @@
 #include "SecondHalf.h"
 
 #include <algorithm>
+#include <new>
+#include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace exchange {
 

@@ -3,6 +3,8 @@
 #include "Tables.h"
 
 #include <algorithm>
+#include <string_view>
+#include <utility>
 
 #include "ExchangeWriter.h"
 

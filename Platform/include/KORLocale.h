@@ -3,6 +3,8 @@
 #ifndef KORLOCALE_H
 #define KORLOCALE_H
 
+#include <string_view>
+
 #include "KORUnicodeString.h"
 
 class KOR_API KORLocale {

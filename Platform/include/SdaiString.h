@@ -5,6 +5,7 @@
 #define SDAISTRING_H
 
 #include <climits>
+#include <string>
 #include <string_view>
 
 #include "KORUnicodeString.h"

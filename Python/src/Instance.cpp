@@ -3,6 +3,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "Expectation.h"
 #include "Package.h"

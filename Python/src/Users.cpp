@@ -3,6 +3,7 @@
 #include "Users.h"
 
 #include <algorithm>
+#include <string>
 
 namespace python {
 

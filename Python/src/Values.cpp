@@ -1,6 +1,9 @@
 // Conversion between values of the data access interface and Python objects.
 
 #include <cstdio>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Arguments.h"

@@ -2,7 +2,9 @@
 
 #include "DataSets.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <memory>
 
 #include "Database.h"
 #include "Load.h"

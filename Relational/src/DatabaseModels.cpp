@@ -2,6 +2,8 @@
 
 #include "DatabaseModels.h"
 
+#include <utility>
+
 #include "DataSets.h"
 #include "services/Suggestions.h"
 

@@ -5,6 +5,9 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
+#include <string_view>
+#include <system_error>
+#include <utility>
 
 #include "model/Aggregate.h"
 

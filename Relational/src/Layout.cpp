@@ -3,7 +3,9 @@
 #include "Layout.h"
 
 #include <algorithm>
+#include <set>
 #include <unordered_set>
+#include <utility>
 
 #include "DataSets.h"
 

@@ -3,7 +3,14 @@
 #include "Load.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
 #include <optional>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Fingerprint.h"
 #include "Layout.h"

@@ -7,8 +7,18 @@
 #include <array>
 #include <bit>
 #include <charconv>
-#include <cstring>
+#include <cstdint>
+#include <cstdlib>
 #include <limits>
+#include <map>
+#include <memory>
+#include <new>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Database.h"
 

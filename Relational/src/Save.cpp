@@ -3,10 +3,15 @@
 #include "Save.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
+#include <string_view>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include "Fingerprint.h"
 #include "Layout.h"

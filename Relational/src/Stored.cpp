@@ -3,6 +3,8 @@
 #include "Stored.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <utility>
 
 #include "Values.h"
 

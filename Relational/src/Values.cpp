@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <limits>
+#include <string_view>
+#include <system_error>
+#include <vector>
 
 #include "ExchangeText.h"
 #include "model/Aggregate.h"

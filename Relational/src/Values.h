@@ -3,6 +3,7 @@
 #ifndef RELATIONAL_VALUES_H
 #define RELATIONAL_VALUES_H
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 

@@ -2,6 +2,7 @@
 
 #include "Connection.h"
 
+#include <new>
 #include <stdexcept>
 
 #include "Functions.h"

@@ -7,8 +7,13 @@
 // unless given. Returns the name. The files of the program are not touched; DETACH releases a
 // model.
 
+#include <exception>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 #include "Connection.h"
 #include "Exchange.h"

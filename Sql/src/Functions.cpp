@@ -3,8 +3,13 @@
 #include "Functions.h"
 
 #include <array>
+#include <exception>
 #include <mutex>
+#include <new>
+#include <span>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "Arguments.h"
 #include "Values.h"

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <stdexcept>
+#include <system_error>
 
 #include "model/NameTable.h"
 #include "services/Suggestions.h"

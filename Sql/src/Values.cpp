@@ -3,9 +3,13 @@
 #include "Values.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <new>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "Arguments.h"

@@ -3,6 +3,8 @@
 #ifndef SQL_VALUES_H
 #define SQL_VALUES_H
 
+#include <string_view>
+
 #include "Models.h"
 #include "Module.h"
 #include "Sqlite.h"

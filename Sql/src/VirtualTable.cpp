@@ -4,11 +4,19 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <deque>
+#include <exception>
 #include <limits>
+#include <new>
 #include <optional>
 #include <set>
+#include <span>
 #include <stdexcept>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "SdaiUsers.h"
 #include "Tables.h"

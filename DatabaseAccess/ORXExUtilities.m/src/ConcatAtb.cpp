@@ -2,6 +2,10 @@
 
 #include "ConcatAtb.h"
 
+#include <climits>
+#include <optional>
+#include <utility>
+
 #include "Attributes.h"
 #include "Fields.h"
 #include "Function.h"

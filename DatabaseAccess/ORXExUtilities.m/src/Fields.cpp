@@ -2,6 +2,8 @@
 
 #include "Fields.h"
 
+#include <utility>
+
 #include "KORLocale.h"
 
 namespace orx {

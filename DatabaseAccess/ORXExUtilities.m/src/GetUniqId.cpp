@@ -1,5 +1,7 @@
 // Unique identifiers.
 
+#include <string_view>
+
 #include "Function.h"
 #include "KORSystem.h"
 

@@ -1,6 +1,9 @@
 // Identity comparisons: each function follows a short chain of attributes from one or both
 // arguments and tests whether both ends are the same instance.
 
+#include <algorithm>
+#include <initializer_list>
+
 #include "Attributes.h"
 #include "Identity.h"
 

@@ -1,5 +1,7 @@
 // Keys of V5 documents: a marker followed by the document's encoded key.
 
+#include <string_view>
+
 #include "ConcatAtb.h"
 #include "Function.h"
 

@@ -2,6 +2,9 @@
 
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "commands/Commands.h"
 #include "commands/Loading.h"

@@ -1,6 +1,8 @@
 // orx check: reports values that violate the schema.
 
+#include <cstdint>
 #include <iostream>
+#include <string>
 
 #include "Conformity.h"
 #include "commands/Commands.h"

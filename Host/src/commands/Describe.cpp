@@ -1,8 +1,10 @@
 // orx describe: the contents of data sets.
 
+#include <cstdint>
 #include <iomanip>
 #include <iostream>
 #include <map>
+#include <string>
 
 #include "ExchangeText.h"
 #include "commands/Commands.h"

@@ -1,6 +1,8 @@
 // orx diff: the differences between two data sets.
 
+#include <cstdint>
 #include <iostream>
+#include <string>
 
 #include "Comparison.h"
 #include "commands/Commands.h"

@@ -1,6 +1,7 @@
 // orx functions: the export table.
 
 #include <iostream>
+#include <string>
 
 #include "Signature.h"
 #include "commands/Commands.h"

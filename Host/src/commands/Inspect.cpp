@@ -2,8 +2,9 @@
 
 #include "commands/Inspect.h"
 
-#include <algorithm>
+#include <cstdint>
 #include <iostream>
+#include <memory>
 #include <span>
 
 #include "Expectation.h"

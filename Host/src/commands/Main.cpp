@@ -8,12 +8,14 @@
 #include <atomic>
 #include <charconv>
 #include <csignal>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <new>
 #include <sstream>
 #include <string>
-#include <string_view>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "DataSets.h"

@@ -1,5 +1,8 @@
 // orx sql: queries over data sets.
 
+#include <memory>
+#include <string>
+
 #include "commands/Commands.h"
 #include "commands/Loading.h"
 #include "console/Console.h"

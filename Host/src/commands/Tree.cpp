@@ -2,8 +2,13 @@
 
 #include <unistd.h>
 
+#include <cstdint>
 #include <iostream>
+#include <memory>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "ExchangeText.h"
 #include "commands/Commands.h"

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <iostream>
+#include <utility>
 
 #include "ExchangeText.h"
 #include "console/Json.h"

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "SdaiPrimitiveH.h"
 #include "commands/Options.h"

@@ -5,7 +5,11 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <span>
+#include <string>
+#include <vector>
 
+#include "console/Printable.h"
 #include "page/Drawing.h"
 #include "page/Html.h"
 

@@ -5,7 +5,12 @@
 #include <limits>
 #include <map>
 #include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
 
+#include "console/Printable.h"
 #include "page/Drawing.h"
 #include "page/Html.h"
 

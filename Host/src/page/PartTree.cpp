@@ -1,5 +1,8 @@
 // The tree of parts on a page.
 
+#include <optional>
+#include <string>
+
 #include "console/Display.h"
 #include "page/Html.h"
 #include "page/Sections.h"

@@ -4,6 +4,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 #include "DataSets.h"
 #include "Exchange.h"

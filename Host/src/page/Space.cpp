@@ -1,9 +1,14 @@
 // The parts in space: drawings and positions.
 
 #include <algorithm>
+#include <optional>
+#include <string>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "console/Display.h"
+#include "console/Printable.h"
 #include "page/Drawing.h"
 #include "page/Html.h"
 #include "page/Sections.h"

@@ -3,6 +3,7 @@
 #include "product/Assembly.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "KORMath.h"
 #include "SdaiIterator.h"

@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <cmath>
 #include <cstdlib>
 #include <string_view>
+#include <system_error>
 #include <unordered_map>
 
 #include "SdaiIterator.h"

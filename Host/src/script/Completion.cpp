@@ -3,8 +3,8 @@
 #include "script/Completion.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
+#include <utility>
 
 #include "SdaiAggrInstance.h"
 #include "Signature.h"

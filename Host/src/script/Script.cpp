@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
+#include <system_error>
+#include <utility>
 
 #include "ExchangeText.h"
 #include "console/Printable.h"

@@ -3,6 +3,7 @@
 #include "script/Session.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "KORDMInstance.h"
 

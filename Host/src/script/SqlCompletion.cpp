@@ -2,6 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "Connection.h"
 #include "Signature.h"

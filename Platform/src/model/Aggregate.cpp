@@ -3,12 +3,14 @@
 #include "model/Aggregate.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <mutex>
 #include <new>
-#include <stdexcept>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "SdaiEntityInstance.h"

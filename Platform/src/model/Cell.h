@@ -8,6 +8,7 @@
 #ifndef KOR_CELL_H
 #define KOR_CELL_H
 
+#include <atomic>
 #include <bit>
 #include <cstdint>
 #include <cstring>

@@ -1,8 +1,15 @@
 // SdaiPrimitiveH and SdaiSelectH, and the conversion between handles and a model's values.
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
-#include <limits>
+#include <cstring>
 #include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "SdaiPrimitiveH.h"
 #include "model/Aggregate.h"

@@ -13,6 +13,7 @@
 #include <memory>
 #include <random>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 class SdaiEntityInstance;

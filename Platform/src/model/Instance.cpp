@@ -1,5 +1,7 @@
 // The operations of the data access interface on instances, entity types and models.
 
+#include <string_view>
+
 #include "model/Model.h"
 
 using kor::EntityType;

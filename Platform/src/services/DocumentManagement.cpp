@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstdint>
 #include <functional>
+#include <memory>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "KORDMInstance.h"
 #include "KORDMNarvo.h"

@@ -6,8 +6,8 @@
 #include <charconv>
 #include <climits>
 #include <cmath>
-#include <limits>
 #include <string_view>
+#include <system_error>
 
 namespace {
 

@@ -2,17 +2,19 @@
 
 #include <locale.h>
 #include <algorithm>
+#include <atomic>
 #include <charconv>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <optional>
-#include <stdexcept>
 #include <string>
-#include <type_traits>
+#include <string_view>
+#include <system_error>
 
 #include "KORUnicodeString.h"
 #include "SdaiString.h"
