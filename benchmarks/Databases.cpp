@@ -1,5 +1,6 @@
-// Data sets in databases against the same rows by plain means: SQLite's own interface, psql. Prints
-// a table, and fails where a figure is beyond what docs/databases.md promises.
+// Compares data sets in databases with the same rows read and written directly: by SQLite's own
+// interface, by psql. Prints a table, and fails if a figure exceeds what docs/databases.md
+// promises.
 //
 //     orx-bench-databases [PARTS]
 
@@ -31,7 +32,7 @@ double Seconds(const std::function<void()>& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// A line of the table; `most`: what the ratio may be at most.
+// A row of the table; `most` is the largest ratio allowed.
 void Report(const char* what, double ours, double plain, double most) {
     const bool good = ours <= most * plain;
     allGood = allGood && good;
@@ -40,7 +41,7 @@ void Report(const char* what, double ours, double plain, double most) {
     std::fflush(stdout);
 }
 
-// Kilobytes of memory, as the system counts them: VmRSS, VmHWM.
+// Memory in kilobytes, as the system counts it: VmRSS, VmHWM.
 long Memory(const std::string& which) {
     std::ifstream status("/proc/self/status");
     for (std::string line; std::getline(status, line);) {
@@ -91,7 +92,7 @@ void Change(const exchange::DataSet& dataSet, long count) {
     }
 }
 
-// Loading in a process of its own: its memory at most, against that of the model.
+// Loads in a separate process and compares its peak memory with that of the model.
 void MeasureMemory(const char* what, const std::string& name) {
     std::fflush(stdout);
     const pid_t child = fork();
@@ -112,7 +113,7 @@ void MeasureMemory(const char* what, const std::string& name) {
     allGood = allGood && status == 0;
 }
 
-// What only saving and changing take, of whatever place.
+// The time for saving alone, with and without changes, in any kind of database.
 void MeasureChanges(const std::string& place, const std::string& name) {
     const exchange::DataSet dataSet = Open(name);
     double empty = 1e9;
@@ -163,7 +164,7 @@ void StepThrough(const std::string& file) {
     sqlite3_close(database);
 }
 
-// The same rows into the same tables, by prepared statements in one transaction.
+// Inserts the same rows into the same tables, by prepared statements in one transaction.
 void InsertPlainly(const std::string& file, long count) {
     sqlite3* database = nullptr;
     sqlite3_open(file.c_str(), &database);
@@ -270,7 +271,7 @@ int Measure(int argc, char** argv) {
             out += "\\copy " + table + " TO '" + files / table + "'\n";
         }
         Psql(uri, out);
-        // Into the same tables, the keys behind the rows.
+        // The same tables; keys are added after the rows.
         std::string keys;
         const std::string sql =
             relational::TablesAsSql(*exchange::BuiltInSchema("cdma"), "postgresql");

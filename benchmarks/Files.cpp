@@ -1,4 +1,4 @@
-// Reading and writing exchange files of 1 to 100 megabytes, each in a process of its own.
+// Reading and writing exchange files of 1 to 100 megabytes, each in a separate process.
 
 #include <cmath>
 #include <cstdio>
@@ -28,7 +28,7 @@ struct Measured {
     }
 };
 
-// Reads with a schema of an EXPRESS file, if one is given.
+// Reads with the schema of an EXPRESS file, if one is given.
 Measured Measure(const std::string& file, const std::string& schema = "") {
     const std::string copy = file + ".copy";
     const std::string command =
@@ -75,7 +75,7 @@ void AddFiles(Table& table, const std::string& directory) {
         const double perByte = 1e9 / m.bytes;
         const std::string of = " of " + std::to_string(megabytes) + " MB";
         AddReading(table, of, megabytes, m);
-        // Nothing of it is part of this project.
+        // The full schema is not part of this project.
         const std::string fullSchema = FULL_SCHEMA;
         if (megabytes == 46 && std::filesystem::exists(fullSchema)) {
             AddReading(table, of + ", the full schema", megabytes, Measure(file, fullSchema));

@@ -1,9 +1,9 @@
-// Generates a database of parts to measure with, as an exchange file of the schema "cdma":
+// Generates a database of parts for benchmarks, as an exchange file of the schema "cdma":
 //
 //     generate-database PARTS > FILE
 //
-// Four parts at a time are the revisions of one. Each part has an identity, a configuration item
-// and a handler. The same arguments give the same file.
+// Every four parts are revisions of one. Each part has an identity, a configuration item and a
+// handler. The same arguments produce the same file.
 
 #include <cstdio>
 #include <cstdlib>

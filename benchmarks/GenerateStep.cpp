@@ -1,12 +1,12 @@
-// Generates a STEP file to measure with: an assembly of occurrences, and the geometry of its parts
-// in the mixture in which CAD systems write it.
+// Generates a STEP file for benchmarks: an assembly of occurrences, and the geometry of its parts
+// in the mixture that CAD systems write.
 //
 //     generate-step OCCURRENCES MEGABYTES [tree|flat|deep] > FILE
 //
-// The occurrences stand in a tree in which each assembly has up to ten components; or all in one
-// assembly; or ten in each of a chain of assemblies, each a component of the one before it. A tenth
-// as many parts are used by all of them. Geometry follows until the file has about so many
-// megabytes. The same arguments give the same file.
+// The occurrences form a tree in which each assembly has up to ten components; or all are in one
+// assembly; or there are ten in each of a chain of assemblies, each a component of the previous
+// one. The number of parts is a tenth of the number of occurrences. Geometry follows until the file
+// reaches about the given size. The same arguments produce the same file.
 
 #include <cstdint>
 #include <cstdio>
@@ -62,7 +62,7 @@ class Generator {
         std::snprintf(text, sizeof text, "%.*f", static_cast<int>(random_() % 13) + 1,
                       std::uniform_real_distribution(-most, most)(random_));
         std::string real(text);
-        // Trailing zeros go, the point stays.
+        // Trailing zeros are removed, the point is not.
         real.erase(real.find_last_not_of('0') + 1);
         return real;
     }
@@ -116,7 +116,7 @@ class Generator {
         const long assemblies = partCount / 2 + 1;
         for (long i = 0; i < occurrences_; ++i) {
             const long parent = shape_ == "flat" ? 0 : shape_ == "deep" ? i / 10 : i % assemblies;
-            // A component has a larger number than its parent, so that no part holds itself.
+            // A component has a larger number than its parent, so that no part contains itself.
             const long least = parent + 1;
             const bool isNext = shape_ == "deep" && i % 10 == 0;
             const long component =
@@ -156,7 +156,7 @@ class Generator {
         Add("CONTEXT_DEPENDENT_SHAPE_REPRESENTATION(" + Ref(relationship) + ',' + Ref(shape) + ')');
     }
 
-    // A face with its surface, loop and four edges; now and then a curve of many points.
+    // A face with its surface, loop and four edges; sometimes a curve of many points.
     void Face() {
         std::vector<Id> vertices;
         for (int i = 0; i < 4; ++i) {

@@ -1,5 +1,6 @@
-// The instructions that the calls of the functions take, and the operations of texts: run under
-// callgrind, which writes a file of counts for each. benchmarks/instructions.py does, and tells.
+// Executes the functions and the text operations for counting their instructions: run under
+// callgrind, which writes a file of counts for each. benchmarks/instructions.py starts it and
+// prints the table.
 //
 //   orx-instructions MODULE
 
@@ -17,12 +18,12 @@ namespace {
 
 constexpr int kCalls = 100;
 
-// Where results go, so that no call is left out.
+// Receives results, so that no call is optimized away.
 volatile long sink;
 
 template <class Call>
 void Count(const std::string& name, Call call) {
-    // What is made when it is first asked for is not counted.
+    // Anything created on first use is not counted.
     for (int i = 0; i < 3; ++i) call();
     CALLGRIND_ZERO_STATS;
     for (int i = 0; i < kCalls; ++i) call();

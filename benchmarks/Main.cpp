@@ -1,7 +1,7 @@
 // Measures the whole library and prints one table.
 //
 //     orx-bench DIRECTORY             keeps its files there, and writes bench.json
-//     orx-bench DIRECTORY --scale     the same of whole data sets of up to a million occurrences or
+//     orx-bench DIRECTORY --scale     measures whole data sets of up to a million occurrences or
 //                                     parts, and writes scale.json
 
 #include <cstdio>

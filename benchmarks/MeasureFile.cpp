@@ -1,13 +1,14 @@
-// Reads an exchange file and writes it again, and prints what that took as a line of numbers:
+// Reads an exchange file, writes it again, and prints the measurements as a line of numbers:
 //
 //     measure-file FILE COPY [SCHEMA]
 //
-// The file is read with the schema that it names, or with the first of an EXPRESS file. It and the
-// classification of its bytes are measured by turns. The numbers:
+// The file is read with the schema that it names, or with the first one of an EXPRESS file. Reading
+// and the classification of the bytes are measured in turn. The numbers:
 //
-//     bytes of the file, instances, seconds to read it, seconds to classify its bytes, bytes of
-//     memory at the most while it was read, seconds to write COPY, seconds to write the same bytes,
-//     seconds on the clock to read it with two threads
+//     bytes of the file, instances, seconds to read it, seconds to classify its bytes, peak memory
+//     in
+//     bytes while it was read, seconds to write COPY, seconds to write the same bytes, elapsed
+//     seconds to read it with two threads
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -31,8 +32,8 @@ double SecondsOn(clockid_t clock) {
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
-// The seconds of processor time that it takes, which other work on the machine disturbs least; of
-// several runs the fastest.
+// The processor time in seconds, which other work on the machine disturbs least; the minimum of
+// several runs.
 class Fastest {
   public:
     explicit Fastest(clockid_t clock = CLOCK_PROCESS_CPUTIME_ID) : clock_(clock) {}
@@ -58,8 +59,8 @@ double Seconds(int runs, Work work) {
     return fastest.Seconds();
 }
 
-// The floor of reading: each byte is classified, and the places where the class changes, the bounds
-// of what an exchange file consists of, are counted.
+// The floor of reading: classifies each byte and counts the places where the class changes, roughly
+// the token boundaries of an exchange file.
 std::uint64_t CountBounds(const std::string& text) {
     static const auto kClasses = [] {
         std::array<unsigned char, 256> classes{};
@@ -92,7 +93,7 @@ std::string Content(const std::string& path) {
     return std::move(text).str();
 }
 
-// The most memory that the process has had so far.
+// The peak memory of the process so far.
 double PeakBytes() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);

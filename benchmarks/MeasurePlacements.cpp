@@ -1,6 +1,6 @@
-// Reads an exchange file, and works out the placements of all its occurrences once for each line of
-// the standard input, by GetAbsPlacement as an engine calls it. Prints the seconds of processor
-// time that each round took, and the sum of the numbers, which another program's must equal.
+// Reads an exchange file, and for each line of standard input computes the placements of all its
+// occurrences, by GetAbsPlacement as an engine calls it. Prints the seconds of processor time of
+// each round, and the sum of the numbers, which must equal that of another program.
 //
 //     measure-placements FILE
 

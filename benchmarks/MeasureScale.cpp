@@ -1,13 +1,12 @@
-// Loads a data set, asks a function about everything in it, and prints what that took as a line of
+// Loads a data set, calls a function for everything in it, and prints the measurements as a line of
 // numbers:
 //
 //     measure-scale FUNCTION FILE
 //
-//     bytes of the file, seconds to load it, calls, seconds to make them, bytes of memory at the
-//     most
+//     bytes of the file, seconds to load it, calls, seconds for the calls, peak memory in bytes
 //
-// or, with a number in the place of the file, makes so many links with their placements in an empty
-// model, asking GetAbsPlacement about each before the next is made; the bytes are 0 then.
+// If FILE is a number, it creates that many links with their placements in an empty model instead,
+// and calls GetAbsPlacement for each before it creates the next; the bytes are then 0.
 
 #include <sys/resource.h>
 
@@ -29,7 +28,7 @@ using Handle = const SdaiPrimitiveH&;
 using OneArgument = SdaiPrimitiveH(Handle);
 using TwoArguments = SdaiPrimitiveH(Handle, Handle);
 
-// The seconds of processor time that it takes, which other work on the machine disturbs least.
+// The processor time in seconds, which other work on the machine disturbs least.
 template <class Work>
 double Seconds(Work work) {
     const auto now = [] {
@@ -42,14 +41,14 @@ double Seconds(Work work) {
     return now() - start;
 }
 
-// The most memory that the process has had so far.
+// The peak memory of the process so far.
 double PeakBytes() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return 1024.0 * static_cast<double>(usage.ru_maxrss);
 }
 
-// Calls ask(instance) for each instance of a type; gives the number of calls.
+// Calls ask(instance) for each instance of a type; returns the number of calls.
 template <class Ask>
 long ForEach(const SdaiModel& model, const SdaiName& type, Ask ask) {
     const SdaiAggrInstance* extent = model.GetEntityExtent(type);
@@ -73,13 +72,13 @@ bool IsIdentity(const SdaiPrimitiveH& placement) {
     return true;
 }
 
-// Asks about everything, and looks at each answer.
+// Calls the function for everything, and checks each result.
 long Ask(const std::string& function, const SdaiModel& model) {
     const bench::Module& module = bench::TheModule();
     const auto one = [&] { return module.Find<OneArgument>(function); };
     const auto two = [&] { return module.Find<TwoArguments>(function); };
     if (function == "GetAbsPlacement") {
-        // The occurrences are moved, so that no placement that is found is the default.
+        // The occurrences are moved, so that no placement found equals the default.
         return ForEach(model, "NEXT_ASSEMBLY_USAGE_OCCURRENCE"_name,
                        [call = one()](SdaiEntityInstance* link) {
                            Expect(!IsIdentity(call(SdaiPrimitiveH(link))));
@@ -123,7 +122,7 @@ long Ask(const std::string& function, const SdaiModel& model) {
     throw std::runtime_error("no work for " + function);
 }
 
-// Makes links with placements in the component's parent, asking about each.
+// Creates links with placements in the component's parent, and calls the function for each.
 long Build(long count) {
     kor::Model model(exchange::BuiltInSchema("AUTOMOTIVE_DESIGN"));
     auto* placement = bench::TheModule().Find<OneArgument>("GetAbsPlacement");

@@ -1,4 +1,5 @@
-// The module as an engine loads it, and the same sources built for a platform without a trace.
+// The module as an engine loads it, and the same sources built for a platform without a trace
+// service.
 
 #ifndef BENCHMARKS_MODULES_H
 #define BENCHMARKS_MODULES_H

@@ -30,15 +30,15 @@ std::string Grouped(long number) {
 
 constexpr std::size_t kItems = 1'000'000;
 
-// An item, handler or record as a plain struct: no larger than what it says.
+// An item, handler or record as a plain struct, with nothing but its contents.
 struct PlainReference {
     const char* id;
     const char* name;
     const PlainPart* part;
 };
 
-// A million items and as many handlers. Most are of some thousand parts; those at a position asked
-// for are of a part of their own, so that a search for it visits all before them.
+// A million items and as many handlers. Most belong to one of a thousand parts. Those at a position
+// in kCounts belong to a part of their own, so that a search for it visits all before them.
 class Items {
   public:
     Items() : model_(exchange::BuiltInSchema("cdma")), parts_(1000), plain_(kItems) {
@@ -68,7 +68,7 @@ class Items {
 
     static constexpr std::size_t kCounts[] = {1'000, 10'000, 100'000, kItems};
 
-    // The part whose item and handler are the last of so many, and that item.
+    // The part whose item and handler are at position `count`, and that item.
     SdaiPrimitiveH Part(std::size_t count) const { return found_.at(count).part; }
     SdaiPrimitiveH Item(std::size_t count) const { return found_.at(count).item; }
     const PlainPart* PlainOf(std::size_t count) const { return &found_.at(count).plain; }
@@ -200,7 +200,7 @@ void AddWalks(Table& table, const Items& items) {
     auto* isConfigurated = TheModule().Find<SdaiPrimitiveH(Handle)>("IsPartConfigurated");
     auto* idEff = TheModule().Find<SdaiPrimitiveH(Handle, Handle)>("ORXIdEff");
     auto* idCfg = TheModule().Find<SdaiPrimitiveH(Handle)>("ORXIdCfg");
-    // The identifier of an item is built besides.
+    // The function also builds the identifier of an item.
     const auto identifier = [&items](std::size_t count, const char* rest) {
         return Repeat([&items, part = items.PlainOf(count), rest] {
             const std::string_view id = items.Find(part)->id;
@@ -318,7 +318,7 @@ void AddVersions(Table& table, const Records& records) {
             }
             return newer->Identity() == older->Identity();
         }));
-    // It goes on to the last record wherever the part is found.
+    // IsVersion always visits all records.
     table.Measure(
         {.section = section, .name = "IsVersion" + of, .unit = "ns/record", .target = kWalk},
         kRecords, Repeat([=, part = records.Newer(), flag = SdaiPrimitiveH(1)] {

@@ -1,5 +1,5 @@
-// The reader of exchange files, strict and lenient: what is read is written, and read and written
-// again as the same text.
+// The reader of exchange files, strict and lenient: what it reads can be written, and reading and
+// writing that again produces the same text.
 
 #include "Input.h"
 

@@ -1,4 +1,4 @@
-// The reader of EXPRESS schemas: a schema that is read can be used.
+// The reader of EXPRESS schemas: a schema that was read can be used.
 
 #include "Input.h"
 

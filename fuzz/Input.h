@@ -1,4 +1,4 @@
-// What the fuzz targets have in common.
+// Shared by the fuzz targets.
 
 #ifndef FUZZ_INPUT_H
 #define FUZZ_INPUT_H
@@ -12,7 +12,7 @@
 
 #include "RandomWorld.h"
 
-// Choices that the input makes; all are 0 once it is used up.
+// Choices made by the input; all are 0 once it is used up.
 class FuzzedChoices final : public Choices {
   public:
     explicit FuzzedChoices(FuzzedDataProvider& input) : input_(input) {}
@@ -28,7 +28,7 @@ inline std::string_view AsText(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }
 
-// What must hold, whatever the input.
+// Aborts if something does not hold that must hold for any input.
 inline void Require(bool holds, std::string_view promise, std::string_view detail = "") {
     if (holds) return;
     std::fprintf(stderr, "broken: %.*s\n%.*s\n", static_cast<int>(promise.size()), promise.data(),

@@ -1,5 +1,5 @@
-// The reader and the evaluator of scripts, on two small models: what they are in the end can be
-// written and read, or there is a reason why not.
+// The reader and the evaluator of scripts, on two small models: the resulting models can be written
+// and read, or there is a reason why not.
 
 #include <iostream>
 
@@ -22,7 +22,7 @@ constexpr std::string_view kDatabase =
     "#3=PART_LINK('l',$,#2,$,$,$,$);#5=CDM_DOCUMENT('T','N','O','F');"
     "#6=RANGE_EFFECTIVITY('R',(#3),1,5);ENDSEC;END-ISO-10303-21;";
 
-// A script that goes on for longer, or makes more, says nothing new.
+// Limits: longer scripts and larger models reveal nothing new.
 constexpr int kMostStatements = 20;
 constexpr std::uint64_t kMostInstances = 2'000;
 

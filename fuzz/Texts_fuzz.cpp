@@ -26,7 +26,7 @@ void CallFunctions(const SdaiString& text, const SdaiString& other, long number)
     }
 }
 
-// A number that is read and written reads as the same again.
+// A number that is read and written must read as the same number again.
 template <class Number>
 void Convert(const KORUnicodeString& text) {
     Number number{};
@@ -72,7 +72,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
                                             : input.ConsumeIntegral<long>();
     const std::string other = input.ConsumeRandomLengthString();
     const std::string text = input.ConsumeRemainingBytesAsString();
-    // Bytes, or characters of every language.
+    // Bytes, or characters of any language.
     const bool utf8 = (number & 1) != 0;
     const auto textOf = [utf8](const std::string& bytes) {
         return utf8 ? SdaiString::FromUtf8(bytes) : SdaiString(std::string_view(bytes));

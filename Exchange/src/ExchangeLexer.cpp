@@ -3,8 +3,10 @@
 #include "ExchangeLexer.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
+#include <system_error>
 
 #include "ExchangeText.h"
 #include "Quoted.h"
@@ -231,6 +233,9 @@ std::string ExchangeLexer::NameOf(std::uint64_t id) const {
 
 // ---- Literals
 
+// Checks the form of a number and finds its end, which takes its digits, eight at a time. Of most
+// numbers, these give the value with one division; std::from_chars, which reads the number again,
+// is for the rest.
 Cell ExchangeLexer::Number(bool realExpected) {
     const char* const start = in_.at;
     const bool negative = *start == '-';
@@ -270,8 +275,9 @@ Cell ExchangeLexer::Number(bool realExpected) {
     }
     CheckLength(start, at);
     in_.at = at;
-    // If a double represents both the digits and the power exactly, one operation yields the
-    // nearest double; otherwise the library computes it.
+    // If a double represents both the digits and the power exactly, as with up to 15 digits and a
+    // power of up to 22, one operation yields the nearest double; otherwise std::from_chars
+    // computes it.
     constexpr std::uint64_t kExact = std::uint64_t{1} << 53;
     if (count <= 19 && digits <= kExact && scale >= -22 && scale <= 22) {
         double value = static_cast<double>(digits);

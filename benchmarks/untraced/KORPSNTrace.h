@@ -1,5 +1,5 @@
-// A platform without a trace service, to measure what the trace costs while it is off: the module's
-// sources are built a second time against this header.
+// A platform without a trace service, for measuring what tracing costs while it is off: the
+// module's sources are built a second time against this header.
 
 #ifndef KORPSNTRACE_H
 #define KORPSNTRACE_H

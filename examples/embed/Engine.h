@@ -16,7 +16,7 @@
 class Engine {
   public:
     // Loads the module and binds every function of the export table. Throws std::runtime_error with
-    // the reason when a part of it is missing.
+    // the reason if the module or a function is missing.
     explicit Engine(const char* module = "libORXExUtilities.so.0.2")
         : module_(dlopen(module, RTLD_NOW | RTLD_LOCAL)) {
         if (module_ == nullptr) throw std::runtime_error(dlerror());
@@ -26,27 +26,28 @@ class Engine {
             symbols_.emplace(row.name, symbol);
         }
     }
-    // The module stays loaded: handles that it gave may outlive the engine.
+    // The module stays loaded: handles that it returned may outlive the engine.
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
-    // Calls a function that takes handles and gives one, as all but three of those with arguments
-    // do (ORXExportTable.h). Throws for a name that is none, another number of arguments than the
-    // function's, or one of the three.
+    // Calls a function that takes handles and returns one, as all but three of those with arguments
+    // do (ORXExportTable.h). Throws for an unknown name, a wrong number of arguments, or one of the
+    // three.
     template <class... Handles>
     SdaiPrimitiveH Call(std::string_view name, const Handles&... arguments) const {
         Check(name, sizeof...(arguments));
         return As<SdaiPrimitiveH(AsHandle<Handles>...)>(name)(arguments...);
     }
 
-    // A function as the type that it has.
+    // A function with its actual type.
     template <class Signature>
     Signature* As(std::string_view name) const {
         return reinterpret_cast<Signature*>(symbols_.at(name));
     }
 
   private:
-    // Says whether the name is misspelt, the number of arguments wrong, or the function another.
+    // Throws with the reason: a misspelt name, a wrong number of arguments, or one of the three
+    // functions.
     static void Check(std::string_view name, std::size_t count) {
         const orx::Export* row = orx::FindExport(name);
         if (row == nullptr) {

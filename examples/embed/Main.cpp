@@ -1,5 +1,5 @@
-// An engine in one page: a model of the database side is built in memory, a small mapping carries
-// it into exchange data, and the exchange data are written to a file.
+// An engine in one page: it builds a model of the database side in memory, a small mapping
+// transfers it to exchange data, and these are written to a file.
 //
 //     embed exported.stp
 
@@ -45,7 +45,7 @@ void FillDatabase(SdaiModel& database) {
     SdaiAppInstance* frame = CreatePart(database, "TR-110", "Frame");
     SdaiAppInstance* wheel = CreatePart(database, "TR-122", "Wheel");
 
-    // The model keeps a copy of the list: it may stand on the stack.
+    // The model keeps a copy of the list, so that it may be a local variable.
     SdaiAggrInstance links;
     for (SdaiAppInstance* component : {frame, wheel, wheel}) {
         SdaiAppInstance* link = Create(database, "part_link"_name);
@@ -55,7 +55,7 @@ void FillDatabase(SdaiModel& database) {
     trolley->PutAttr("KORASS"_name, &links);
 }
 
-// The mapping: a product for each part, the part's key as its description.
+// The mapping: a product for each part, with the part's key as its description.
 void Export(const Engine& engine, const SdaiModel& database, SdaiModel& step) {
     SdaiIterator_Of_SdaiEntityInstanceH part(database.GetEntityExtent("part_object"_name));
     while (part.Next()) {
@@ -77,13 +77,13 @@ int Run(const std::string& target) {
     FillDatabase(*database);
     Export(engine, *database, *step);
 
-    // One of the four functions of another shape, by its declaration in ORXExUtilities.h.
+    // One of the four functions with other signatures, by its declaration in ORXExUtilities.h.
     const SdaiPrimitiveH date =
         engine.As<decltype(BuildDatedEff)>("BuildDatedEff")("12312099235959", step.get());
     const SdaiPrimitiveH year = date.GetAttr("DATE_COMPONENT"_name).GetAttr("YEAR_COMPONENT"_name);
     std::cout << static_cast<long>(year) << '\n';
 
-    // What a function reads and decides, caught in a file.
+    // Writes what a function reads and decides to a file.
     const std::string traceFile = target + ".trace";
     if (!KORPSNTrace::Configure(12, traceFile.c_str())) {
         throw std::runtime_error(traceFile + ": the trace cannot be written");

@@ -1,5 +1,5 @@
 // There and back: the parts of a STEP file become parts of the database, with the placements of
-// their components, and these become products of a new STEP file again.
+// their components, and those become products of a new STEP file.
 //
 //     journey IN.stp DATABASE.stp OUT.stp
 
@@ -20,7 +20,7 @@ using namespace sdai_names;
 using Messages = std::vector<std::string>;
 using ModelPtr = std::unique_ptr<SdaiModel>;
 
-// A model, or the reason why there is none.
+// The model; throws if there is none, with the reason.
 ModelPtr Need(ModelPtr model, const Messages& messages) {
     if (model == nullptr) throw std::runtime_error(messages.front());
     return model;
@@ -48,7 +48,7 @@ void PutTriple(SdaiAppInstance& link, const SdaiName& attribute,
     link.PutAttr(attribute, &triple);
 }
 
-// A part for each product definition; a link for each occurrence, placed where it is.
+// A part for each product definition, and a link for each occurrence, with its placement.
 void Import(const SdaiModel& step, SdaiModel& database) {
     std::map<SdaiEntityInstance*, SdaiAppInstance*> parts;
     for (SdaiEntityInstance* definition : orx::Extent(step, "PRODUCT_DEFINITION"_name)) {
@@ -74,7 +74,7 @@ void Import(const SdaiModel& step, SdaiModel& database) {
     for (auto& [assembly, owned] : links) assembly->PutAttr("KORASS"_name, &owned);
 }
 
-// A product for each part, with the part's key as its description; an occurrence for each link.
+// A product for each part, with the part's key as its description, and an occurrence for each link.
 void Export(const SdaiModel& database, SdaiModel& step) {
     std::map<SdaiEntityInstance*, SdaiAppInstance*> definitions;
     for (SdaiEntityInstance* part : orx::Extent(database, "part_object"_name)) {

@@ -1,13 +1,12 @@
 // Runs each script of this folder with orx and compares what it prints.
 //
-// NAME.orx is a script; its first line may say with which options it runs, file names relative to
-// this folder:
+// NAME.orx is a script; its first line may contain the options for its run, with file names
+// relative to this folder:
 //
 //     -- options: -m db=parts.stp -n step=AUTOMOTIVE_DESIGN
 //
-// NAME.expected is what it prints to the standard output. Where NAME.errors is there, it is what it
-// prints to the standard error stream, and the exit status is 1; else that stays empty and the
-// status is 0.
+// NAME.expected is the expected standard output. If NAME.errors exists, it is the expected standard
+// error output, and the exit status is 1; otherwise that must be empty and the status 0.
 
 #include <gtest/gtest.h>
 
@@ -33,7 +32,7 @@ class Conformance : public testing::TestWithParam<std::string> {};
 
 TEST_P(Conformance, PrintsWhatIsExpected) {
     const std::string script = GetParam() + ".orx";
-    // Scripts call functions with values of other kinds on purpose.
+    // Some scripts deliberately pass values of other kinds, of which orx would warn.
     std::vector<std::string> arguments{"run", "--quiet"};
     std::istringstream text(ReadFile(kFolder + script));
     std::string first;

@@ -1,4 +1,4 @@
-// Is linked with the module.
+// A program that is linked with the module.
 
 #include <iostream>
 

@@ -1,5 +1,5 @@
-// Loads the module by name and calls every function of its table that takes handles, without
-// arguments that exist: each gives its default.
+// Loads the module by name and calls every function of its table that takes and returns handles
+// only, with unset arguments: each returns its default.
 
 #include <iostream>
 

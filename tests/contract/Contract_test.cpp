@@ -1,5 +1,5 @@
 // What the mapping functions rely on in their platform, tested through the contract headers only.
-// Every platform for the functions must pass.
+// Every platform for the functions must pass these tests.
 
 #include <gtest/gtest.h>
 
@@ -89,7 +89,7 @@ TEST(Contract, AnEntityDefinitionKnowsItsAttributes) {
     const SdaiEntity* part = model->GetEntityDefinition("part_object");
     EXPECT_NE(part->AttrDefinition("docs2"), nullptr);
     EXPECT_EQ(part->AttrDefinition("docs99"), nullptr);
-    // Inherited ones included.
+    // Inherited attributes included.
     EXPECT_NE(model->GetEntityDefinition("range_effectivity")->AttrDefinition("usage"), nullptr);
 }
 
@@ -183,8 +183,8 @@ TEST(Contract, ASelectGivesWhatItHoldsAndAPlainValueItself) {
 
 // ---- Users
 
-// The instances that an iterator visits and for which it holds. A platform without back references
-// visits others besides.
+// The visited instances for which refers(instance) holds. A platform without back references visits
+// others as well.
 template <class Refers>
 std::vector<SdaiEntityInstance*> Visited(SdaiIterator_Of_Users&& user, Refers refers) {
     std::vector<SdaiEntityInstance*> visited;
@@ -207,7 +207,7 @@ TEST(Contract, UsersComeInTheOrderOfTheExtentWhateverIsWritten) {
     third->PutAttr("ref"_name, part);
     second->PutAttr("ref"_name, other);
     first->PutAttr("ref"_name, part);
-    // Through another attribute, and of another type.
+    // A reference through another attribute, and one from another type.
     second->PutAttr("parent"_name, part);
     Create(*model, "configuration_item")->PutAttr("design"_name, part);
     const auto users = [&](std::vector<const SdaiEntityInstance*> targets) {

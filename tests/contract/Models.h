@@ -1,5 +1,5 @@
-// What the platform under test supplies to the contract tests beside the contract itself: a way to
-// make models, which the contract leaves to it.
+// What a platform under test supplies to the contract tests besides the contract itself, which does
+// not cover the creation of models.
 
 #ifndef TESTS_CONTRACT_MODELS_H
 #define TESTS_CONTRACT_MODELS_H

@@ -32,7 +32,7 @@
 
 namespace {
 
-// What an expression gives, references and const taken off.
+// Whether an expression has a type, apart from references and const.
 template <class Wanted, class Given>
 constexpr bool Gives(const Given&) {
     return std::same_as<Wanted, Given>;
@@ -352,7 +352,7 @@ TEST(UseLogical, FollowsTheThreeValuedTables) {
     static_assert(Gives<SdaiBoolean>(sdaiTRUE == sdaiLTRUE));
     static_assert(Gives<SdaiBoolean>(sdaiTRUE == sdaiTRUE));
 
-    // UNKNOWN is not lost beside a boolean, on whichever side that stands.
+    // UNKNOWN combined with a boolean is not lost, on either side.
     EXPECT_EQ(Written(sdaiTRUE && unknown), "UNKNOWN");
     EXPECT_EQ(Written(unknown && sdaiTRUE), "UNKNOWN");
     EXPECT_EQ(Written(sdaiFALSE || unknown), "UNKNOWN");
@@ -397,7 +397,7 @@ TEST(UseText, IsBuiltChangedAndSearched) {
     text.Append("!");
     EXPECT_EQ(text.Compare("wheelhee!"), 2);
     EXPECT_EQ(text.Compare("x"), 0);
-    // The text may have characters beyond U+00FF, elsewhere or in the part.
+    // The text may contain characters beyond U+00FF, outside the part or in it.
     for (const KORUnicodeString& whole :
          {text, KORUnicodeString::FromUtf8("wheelhee!Ł"), KORUnicodeString::FromUtf8("wheelŁ")}) {
         EXPECT_EQ(whole.ComparePart(0, 5, "wheel"), 2);

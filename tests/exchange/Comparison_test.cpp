@@ -140,13 +140,13 @@ TEST(Comparison, SeesWhatIsSharedAndWhatIsNot) {
                      "#3=AXIS2_PLACEMENT_3D('b'," +
                          second + ",$,$);#4=CARTESIAN_POINT('',(0.,0.,0.));");
     };
-    // In one data set both placements lie on one point, in the other on two.
+    // In one data set both placements refer to one point, in the other to two.
     EXPECT_THAT(Differences(placements("#1"), placements("#4")),
                 ElementsAre(testing::HasSubstr(".LOCATION: ")));
 }
 
 TEST(Comparison, KeepsTogetherWhatIsSharedAmongInstancesOfEqualContent) {
-    // Four equal placements, two on each of two equal points, in two orders.
+    // Four equal placements, two at each of two equal points, in two orders.
     const auto placements = [](const std::vector<int>& points) {
         std::string data = "#1=CARTESIAN_POINT('',(0.,0.,0.));#2=CARTESIAN_POINT('',(0.,0.,0.));";
         for (std::size_t i = 0; i < points.size(); ++i) {
@@ -183,8 +183,7 @@ TEST(Comparison, ComparesSelectValuesWithTheirTypes) {
 }
 
 TEST(Comparison, FindsEachSingleChangeInARandomDataSet) {
-    // A forest of parts; one of its values is changed, and its instances are renumbered and written
-    // in another order.
+    // A forest of parts; one value is changed, and the instances are renumbered and reordered.
     std::mt19937 random(7);
     constexpr int kParts = 60;
     std::vector<std::string> lines;

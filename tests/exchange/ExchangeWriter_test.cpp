@@ -1,4 +1,4 @@
-// The writer of exchange files: what it writes, and what becomes of the target when it cannot.
+// The writer of exchange files: its output, and the state of the target file if writing fails.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,9 +14,9 @@
 
 #include "Exchange.h"
 #include "Orx.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 
-// Counts who sets the mask, which is one for the whole process.
+// Counts calls that set the mask, which is shared by the whole process.
 static int maskCalls = 0;
 extern "C" mode_t umask(mode_t mask) noexcept {
     ++maskCalls;
@@ -151,7 +151,7 @@ TEST(ExchangeWriter, WritesTypeNamesOfTheDatabaseSchemaInUpperCase) {
     EXPECT_EQ(again.model->SchemaName().View(), "cdma");
 }
 
-// ---- The file around them
+// ---- The header and the sections
 
 TEST(ExchangeWriter, KeepsTheHeader) {
     const std::string text =
@@ -255,7 +255,7 @@ TEST(WriteDataSet, GivesANewFileTheUsualMode) {
     EXPECT_EQ(ModeOf(target.directory / "new.stp") & 07777, 0640U);
 }
 
-// Another thread may make a file meanwhile.
+// Another thread may create a file at the same time.
 TEST(WriteDataSet, LeavesTheMaskOfTheProcessAlone) {
     Target target;
     const int before = maskCalls;
@@ -276,7 +276,7 @@ TEST(WriteDataSet, ReplacesAFileAndKeepsItsMode) {
     }
 }
 
-// Whoever has the old file open goes on reading it.
+// A program that has the old file open keeps reading it.
 TEST(WriteDataSet, PutsANewFileInThePlaceOfTheOldOne) {
     Target target;
     const std::string path = target.directory.Write("old.stp", "old content");
@@ -348,7 +348,7 @@ TEST(WriteDataSet, TakesTheLongestNameThatThereIs) {
     }
 }
 
-// ---- Files with further names
+// ---- Files with several names
 
 struct LinkedTarget : Target {
     std::string path =
@@ -401,7 +401,7 @@ TEST(WriteDataSet, TellsOfATargetThatIsADirectory) {
     EXPECT_THAT(target.Files(), ElementsAre());
 }
 
-// Without the rights of the system's administrator while it lives.
+// Drops the privileges of root while it exists.
 class PlainUser {
   public:
     PlainUser() {
@@ -450,7 +450,7 @@ TEST(WriteDataSet, TellsOfAnOwnerThatCannotBeKept) {
                   "user 65534, group 0");
 }
 
-// Who is in the new group need not have been in the old one.
+// Members of the new group need not have been members of the old one.
 TEST(WriteDataSet, GivesAnotherGroupNoMoreThanOthersHave) {
     if (geteuid() != 0) GTEST_SKIP() << "only the administrator can become somebody else";
     Target target;
@@ -483,7 +483,7 @@ TEST(WriteDataSet, LeavesATargetInAnUnwritableDirectoryAsItWas) {
 TEST(WriteDataSet, TellsOfAFullDevice) {
     if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "there is no /dev/full";
     Target target;
-    // A plain user cannot replace the device.
+    // A user other than root cannot replace the device.
     const PlainUser user;
     target.ExpectFailure("/dev/full");
     EXPECT_TRUE(S_ISCHR(ModeOf("/dev/full")));

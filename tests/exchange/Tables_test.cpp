@@ -63,8 +63,8 @@ TEST_F(Tables, AreNamedInLowerCaseThroughout) {
                 ElementsAre(ColumnKind::Text, ColumnKind::Integer, ColumnKind::Real));
 }
 
-// Inherited ones first; what is derived in the subtype is left out; `name` and `instance_` are
-// taken by inherited attributes.
+// Inherited attributes come first; those derived in the subtype are omitted; `name` and `instance_`
+// are already used by inherited attributes.
 TEST_F(Tables, AppendToNamesThatAreTaken) {
     const std::vector<Column> columns = exchange::ColumnsOf(Entity("renamed"));
     EXPECT_THAT(NamesOf(columns), ElementsAre("name", "instance_", "name_", "instance__"));

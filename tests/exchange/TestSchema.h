@@ -1,5 +1,5 @@
 // A small schema for the tests of readers: texts, references, selects, lists, and a type with two
-// subtypes that may go together.
+// subtypes that may be combined.
 
 #ifndef TESTS_TESTSCHEMA_H
 #define TESTS_TESTSCHEMA_H
@@ -26,7 +26,7 @@ ENTITY left SUBTYPE OF (base); left_item : OPTIONAL item; END_ENTITY;
 ENTITY right SUBTYPE OF (base); right_item : OPTIONAL item; END_ENTITY;
 END_SCHEMA;)";
 
-// The built-in schemas, and that one before them.
+// The built-in schemas, preceded by that one.
 inline exchange::SchemaCatalog TestSchemas() {
     static const std::vector<exchange::SchemaPtr> parsed = [] {
         exchange::Messages messages;

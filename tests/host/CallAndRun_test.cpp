@@ -94,7 +94,7 @@ TEST_F(CallAndRun, PrintsLists) {
     ExpectResults(
         {
             {"(1.,2.,3.)", "(1.,2.,3.)"},
-            // A list of numbers is a list of reals.
+            // A list whose members are all numbers is a list of reals.
             {"(1,2)", "(1.,2.)"},
             {"(1,2.5)", "(1.,2.5)"},
             {"( 1. , 2. )", "(1.,2.)"},
@@ -128,7 +128,7 @@ TEST_F(CallAndRun, PrintsInstancesAndAttributes) {
             {"#3.FRAME_OF_REFERENCE", "(#2)"},
             {"#5.OF_PRODUCT", "#3"},
             {"#5.OF_PRODUCT.NAME", "'Bolt'"},
-            // An attribute of what is unset is unset.
+            // An attribute of an unset value is unset.
             {"#3.DESCRIPTION.NAME", "$"},
         },
         {"-m", "parts.stp"});
@@ -259,12 +259,12 @@ TEST_F(CallAndRun, PrintsTheListOfAFunctionThatReturnsNothing) {
     ExpectResults(
         {
             {"ComputeABSPlacement(#13, #15, ())", kIdentityAnd345},
-            // The twelve values come behind what the list holds.
+            // The twelve values are appended to the list.
             {"ComputeABSPlacement(#13, #15, (7,8))", "(7.,8.,1.,0.,0.,0.,1.,0.,0.,0.,1.,3.,4.,5.)"},
             // The list is emptied first.
             {"GetPlacement0(#25, 'REP_1', (7,8))", kIdentityAnd345},
             {"GetPlacement0(#25, 'REP_2', ())", kIdentityAnd345},
-            // Nothing is computed: the list stays as it is.
+            // Nothing is computed: the list does not change.
             {"GetPlacement0($, 'REP_1', (7,8))", "(7.,8.)"},
         },
         {"-m", "assembly.stp"});
@@ -299,10 +299,10 @@ TEST_F(CallAndRun, MakesAListLiteralAnewEachTime) {
                      "#21\t0\t(1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,0.)\n");
 }
 
-// ---- Functions that make instances
+// ---- Functions that create instances
 
 TEST_F(CallAndRun, MakesInstancesInTheModelThatIsGiven) {
-    // Made in this order: the time offset, the time, the calendar date, the date and time.
+    // Created in this order: the time offset, the time, the calendar date, the date and time.
     ExpectPrints(Call({"-n", "step=CONFIG_CONTROL_DESIGN", "BuildDatedEff('12312099235959', @step)",
                        "#4.DATE_COMPONENT", "#4.TIME_COMPONENT", "#3.MONTH_COMPONENT",
                        "#3.DAY_COMPONENT", "#3.YEAR_COMPONENT", "#2.HOUR_COMPONENT",

@@ -1,4 +1,4 @@
-// Columns of the output: aligned by what a terminal shows, whatever the characters.
+// Columns of the output: aligned by the width on a terminal, whatever the characters.
 
 #include "console/Columns.h"
 
@@ -9,7 +9,7 @@ namespace {
 using host::Columns;
 using host::Form;
 
-// Wide characters, one with a mark above it, one beyond the Basic Multilingual Plane.
+// Wide characters, one with a combining mark, one beyond the Basic Multilingual Plane.
 std::string Written(Form form) {
     testing::internal::CaptureStdout();
     {

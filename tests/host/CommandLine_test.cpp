@@ -1,4 +1,4 @@
-// What the command line takes beside its options, and what it says of slips of the pen.
+// Arguments of the command line that are not options, and the messages about typing errors.
 
 #include <filesystem>
 
@@ -119,7 +119,7 @@ TEST_F(CommandLine, TellsWhatATextAndAModelNeed) {
     EXPECT_THAT(Call({"GetMembrCount(())"}).err, Not(HasSubstr("quotes")));
 }
 
-// ---- What documents and shells know of the options
+// ---- Options in the man page and in completions
 
 namespace {
 
@@ -136,7 +136,7 @@ std::vector<std::string> Commands(const std::string& help) {
     return commands;
 }
 
-// The long options in the help on a command.
+// The long options in the help of a command.
 std::vector<std::string> LongOptions(const std::string& help) {
     std::vector<std::string> options;
     for (const std::string& line : Lines(help)) {
@@ -175,7 +175,7 @@ TEST_F(CommandLine, HasALineInTheManPageAndTheCompletionsForEachOption) {
         EXPECT_GE(options.size(), 1U);
         for (const std::string& option : options) {
             EXPECT_THAT(offered, testing::ContainsRegex("[' ]" + option + "[' ]")) << option;
-            // One entry, which names the command.
+            // Each option has one entry, which names the command.
             const std::size_t entry = described.find("\\fB" + option + "\\fR");
             ASSERT_NE(entry, std::string::npos) << option;
             const std::string paragraph =

@@ -1,5 +1,5 @@
-// Names in every language: from a file through the functions into a file, and through JSON, the
-// tree and the report.
+// Names in every language: from a file through the functions to a file, and in JSON, the tree and
+// the report.
 
 #include <nlohmann/json.hpp>
 
@@ -26,7 +26,7 @@ const Language kLanguages[] = {
     {"Emoji", "Räder 🚲 😀", "😀"},
 };
 
-// Whether a text stands in the file as UTF-8 or in directives.
+// How a file contains a text: as UTF-8 or in directives.
 enum class Written { Utf8, Directives };
 
 bool BeginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
@@ -49,7 +49,7 @@ std::string Hex(unsigned long value, int digits) {
     return text;
 }
 
-// As an exchange file may have it, without quotes.
+// As in an exchange file, without quotes.
 std::string InFile(const std::string& utf8, Written written) {
     if (written == Written::Utf8) return utf8;
     std::string text;
@@ -85,7 +85,7 @@ std::string Field(const std::string& utf8) { return Field('S', utf8); }
 
 std::string Quoted(const std::string& text) { return "'" + text + "'"; }
 
-// What a call gives: a text, a number or a logical.
+// Calls with their results: a text, a number or a logical.
 using Calls = std::vector<std::pair<std::string, json>>;
 
 class EveryLanguage : public HostTest,
@@ -131,7 +131,7 @@ class EveryLanguage : public HostTest,
                InFile("S0003ORX" + Field(Name()) + Field(Letter())) + ",$,$);\n";
     }
 
-    // Calls functions, and compares what they give, as JSON.
+    // Calls functions and compares the results as JSON.
     void ExpectGives(const std::vector<std::string>& options, const Calls& calls) const {
         std::vector<std::string> arguments{"--json"};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -243,7 +243,7 @@ TEST_P(EveryLanguage, GoesFromAFileIntoAFile) {
     ExpectGives({"-m", "out.stp"}, {{"DecodeKey(#1.S_PART_NUMBER, 1)", Name()},
                                     {"ORX_GetDocName(#1.S_DESC, 0)", Name()},
                                     {"ReadPartVersion(#1.S_CHG_NUM)", Letter()}});
-    // A data set read and written again says the same.
+    // A data set that is read and written again does not change.
     ExpectPrints(Call({"-m", "m=db.stp", "-o", "m=again.stp", "1"}), "1\n");
     ExpectPrints(Orx({"diff", "db.stp", "again.stp"}), "");
 }
@@ -251,7 +251,7 @@ TEST_P(EveryLanguage, GoesFromAFileIntoAFile) {
 TEST_P(EveryLanguage, IsShownInTreesAndReports) {
     const OrxResult tree = Orx({"tree", "-m", "db.stp"});
     EXPECT_EQ(tree.err, "");
-    // A number that is the name is not repeated.
+    // A part number that equals the name is not repeated.
     EXPECT_EQ(tree.out, Name() + "\n└── " + Letter() + " [2" + Letter() + "]\n");
     const std::vector<std::string> lines = Lines(Orx({"tree", "--json", "-m", "db.stp"}).out);
     ASSERT_EQ(lines.size(), 2U);
@@ -273,7 +273,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, EveryLanguage,
                                          : "InDirectives");
                          });
 
-// ---- What is no text
+// ---- Invalid texts
 
 class BrokenTexts : public HostTest {};
 
@@ -298,7 +298,7 @@ TEST_F(BrokenTexts, HalfASurrogatePairIsAnErrorAtItsPlace) {
 }
 
 TEST_F(BrokenTexts, AFileThatIsNotUtf8ThroughoutIsIso8859) {
-    // A part in ISO 8859-1, after one whose bytes would be UTF-8 for one letter.
+    // A part in ISO 8859-1, after one whose bytes would be one letter in UTF-8.
     folder.Write("latin.stp",
                  ExchangeFile("cdma",
                               "#1=PART_OBJECT('\xC3\xA9','A',1,$,$,$,$,$,$,$);\n"

@@ -1,5 +1,5 @@
-// What goes wrong around orx: disks that are full, files that cannot be written, interrupts, too
-// little memory. Nothing is left half done.
+// Failures outside orx: full disks, files that cannot be written, interrupts, lack of memory.
+// Nothing may be left half done.
 
 #include <sys/resource.h>
 #include <csignal>
@@ -24,7 +24,7 @@ std::string ManyPoints() {
     return ExchangeFile("AUTOMOTIVE_DESIGN", data);
 }
 
-// Puts a limit on what this process and those that it starts may use, for as long as it lives.
+// Limits what this process and its children may use, while it exists.
 class Limit {
   public:
     Limit(__rlimit_resource resource, rlim_t value) : resource_(resource) {
@@ -104,7 +104,7 @@ TEST_F(Faults, AFolderThatHasGoneIsTold) {
     EXPECT_THAT(result.err, HasSubstr("cannot be written: No such file or directory"));
 }
 
-// Whether a process has the file open that is to become the target.
+// Whether a process has a file in the folder open: the new content of the target.
 bool IsWriting(pid_t process, const std::string& folder) {
     std::error_code error;
     std::filesystem::directory_iterator descriptors("/proc/" + std::to_string(process) + "/fd",
@@ -119,8 +119,8 @@ bool IsWriting(pid_t process, const std::string& folder) {
     return false;
 }
 
-// Starts orx in a folder, which is to write the target into it, and sends it a signal when it does.
-// Gives the status that it ended with.
+// Starts orx in a folder, makes it write the target, and sends it a signal while it writes. Returns
+// its status.
 int InterruptWhileWriting(const std::string& source, const std::string& folder,
                           const std::string& target, int signal) {
     const std::string model = "m=" + source;
@@ -149,7 +149,7 @@ TEST_F(Faults, AnInterruptWhileWritingLeavesTheOldFileAndNoOther) {
     for (const int signal : {SIGINT, SIGTERM, SIGKILL}) {
         SCOPED_TRACE(signal);
         bool interrupted = false;
-        // It may be quicker than the signal.
+        // It may finish before the signal arrives.
         for (int attempt = 0; attempt < 10 && !interrupted; ++attempt) {
             std::ofstream(target_) << "the old file\n";
             const int status = InterruptWhileWriting(source_, folder_ / "out", target_, signal);
@@ -223,11 +223,11 @@ TEST_F(Faults, TooLittleMemoryIsToldAndNothingIsHalfRead) {
     constexpr rlim_t kMegabyte = 1 << 20;
     bool failed = false;
     bool succeeded = false;
-    // From where the program hardly starts to where it has enough.
+    // From where the program barely starts to where it has enough.
     for (rlim_t memory = 12 * kMegabyte; memory <= 128 * kMegabyte; memory += 3 * kMegabyte / 2) {
         SCOPED_TRACE(memory / kMegabyte);
         const OrxResult result = run(memory);
-        // The loader finds no room for the libraries, or this process none to start another.
+        // The loader has no room for the libraries, or this process cannot start another.
         if (result.status == 127 || result.status == -1) continue;
         if (result.status == 0) {
             EXPECT_EQ(result.out, "(1.,2.,3.)\n");
@@ -246,7 +246,7 @@ TEST_F(Faults, TooLittleMemoryIsToldAndNothingIsHalfRead) {
     EXPECT_TRUE(succeeded);
 }
 
-// ---- Great numbers
+// ---- Large numbers
 
 TEST_F(Faults, NumbersBeyond32BitsAreReadAndWritten) {
     const std::string file = folder_.Write(
@@ -264,9 +264,9 @@ TEST_F(Faults, NumbersBeyond32BitsAreReadAndWritten) {
                                              "-9223372036854775808,4294967297,#4294967297);"));
 }
 
-// ---- What a sanitizer finds
+// ---- Sanitizers
 
-// Reads memory that has been given back.
+// Reads memory that has been freed.
 int ReadFreed() {
     int* volatile memory = new int(1);
     delete memory;

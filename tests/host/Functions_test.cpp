@@ -91,7 +91,7 @@ const std::vector<Row> kFunctions{
     {"RemoveValueVersion", "Version"},
 };
 
-// The objects of an output that is one array, or one object a line.
+// The objects of an output that is one array, or one object per line.
 std::vector<nlohmann::json> Objects(const std::string& output) {
     nlohmann::json all = nlohmann::json::parse(output, nullptr, false);
     if (all.is_array()) return {all.begin(), all.end()};
@@ -100,7 +100,7 @@ std::vector<nlohmann::json> Objects(const std::string& output) {
     return objects;
 }
 
-// Whether a member of the object is that text.
+// Whether a member of the object equals the text.
 bool Has(const nlohmann::json& object, const std::string& text) {
     return std::any_of(object.begin(), object.end(),
                        [&](const nlohmann::json& member) { return member == text; });
@@ -121,7 +121,7 @@ TEST_F(Functions, ListsEveryFunctionOnALineOfItsOwn) {
             std::istringstream words(line);
             std::string first;
             words >> first;
-            // The name may be followed by its arguments at once.
+            // The name may be followed directly by its arguments.
             if (first == row.name || first.rfind(row.name + "(", 0) == 0) ++found;
         }
         EXPECT_EQ(found, 1) << row.name;
@@ -152,7 +152,7 @@ TEST_F(Functions, TellsTheTraceLabels) {
     const std::vector<nlohmann::json> objects = Objects(Orx({"functions", "--json"}).out);
     const std::pair<std::string, std::string> labels[] = {
         {"GetItem", "SdaiPrimitiveH GetItem ->"},
-        // Labels that are not formed as the others are.
+        // Labels that differ from the usual form.
         {"IsEncodedKey", "SdaiPrimitiveH IsEncodeKey ->"},
         {"GetPlacement0", "void GetPlacement0 ->"},
         {"GetAbsPlacement", "SdaiPrimitiveH GetAbsPlacement->"},

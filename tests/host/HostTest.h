@@ -1,4 +1,4 @@
-// What the tests of `orx` have in common: a folder to run it in, and data sets to run it on.
+// Shared by the tests of `orx`: a folder to run it in, and data sets to run it on.
 
 #ifndef TESTS_HOSTTEST_H
 #define TESTS_HOSTTEST_H
@@ -12,7 +12,7 @@
 
 #include "Orx.h"
 
-// An exchange file.
+// An exchange file with a schema and a data section.
 inline std::string ExchangeFile(const std::string& schema, const std::string& data) {
     return "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
            "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('" +
@@ -29,8 +29,8 @@ inline std::string Parts() {
                         "#5=PRODUCT_DEFINITION_FORMATION('A',$,#3);\n");
 }
 
-// A component in an assembly: #13 is placed at (1,2,3) in #20, #15 at (4,6,8) in #21, both with the
-// axes of their space.
+// A component in an assembly: #13 is placed at (1,2,3) in #20, #15 at (4,6,8) in #21, both with
+// unrotated axes.
 inline std::string Assembly() {
     return ExchangeFile("AUTOMOTIVE_DESIGN",
                         "#10=CARTESIAN_POINT('',(1.,2.,3.));\n"
@@ -67,14 +67,14 @@ inline std::vector<std::string> Lines(const std::string& text) {
     return lines;
 }
 
-// The command went well and printed this.
+// The command must succeed and print this.
 inline void ExpectPrints(const OrxResult& result, const std::string& expected) {
     EXPECT_EQ(result.out, expected);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.status, 0);
 }
 
-// Runs orx in a folder of its own, in which the data sets above lie.
+// Runs orx in its own folder, which contains the data sets above.
 class HostTest : public testing::Test {
   protected:
     HostTest() {
@@ -93,7 +93,7 @@ class HostTest : public testing::Test {
         return Orx(arguments);
     }
 
-    // Runs a script, which is the file script.orx.
+    // Runs a script, as the file script.orx.
     OrxResult Run(const std::string& script, std::vector<std::string> options = {}) const {
         folder.Write("script.orx", script);
         options.insert(options.begin(), "run");

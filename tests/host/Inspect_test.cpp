@@ -1,4 +1,4 @@
-// `orx show` and `orx users`, by themselves and in the shell.
+// `orx show` and `orx users`, on the command line and in the shell.
 
 #include <nlohmann/json.hpp>
 
@@ -11,8 +11,8 @@ namespace {
 class Inspect : public HostTest {
   protected:
     Inspect() {
-        // A formation that refers to a product twice over, through its attribute and through a
-        // select; one that refers to itself; a list of what no schema declares.
+        // Of a type that no schema declares: an instance that refers to a product in lists and
+        // through a select, and one that refers to itself. A formation that refers to the product.
         folder.Write("uses.stp",
                      ExchangeFile("AUTOMOTIVE_DESIGN",
                                   "#1=PRODUCT('P1','Bolt',$,(#2));\n"

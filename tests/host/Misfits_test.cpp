@@ -1,4 +1,4 @@
-// Arguments of another kind than the export table says.
+// Arguments of another kind than in the export table.
 
 #include "HostTest.h"
 

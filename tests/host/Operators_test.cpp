@@ -1,4 +1,5 @@
-// Comparisons, logic, members of lists, COUNT; what becomes of data that are not as declared.
+// Comparisons, logic, members of lists, COUNT; the handling of data that do not match their
+// declarations.
 
 #include "HostTest.h"
 
@@ -193,7 +194,7 @@ TEST_F(Operators, KeepGoingGoesOnWithTheNextMember) {
     EXPECT_EQ(result.status, 1);
 }
 
-// ---- Data that are not as declared
+// ---- Data that do not match their declarations
 
 TEST_F(Operators, AnAttributeThatAnInstanceLacksIsAnError) {
     EXPECT_THAT(Error("#3.NAMES"),

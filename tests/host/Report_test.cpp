@@ -34,7 +34,7 @@ class Report : public HostTest {
         return ReadXml(ReadFile(folder / "page.html"));
     }
 
-    // The same for data that the reader warns of.
+    // The same for data with warnings.
     XmlElement PageOfOddData(const std::string& schema, const std::string& data) const {
         folder.Write("data.stp", ExchangeFile(schema, data));
         EXPECT_EQ(Orx({"report", "-m", "data.stp", "-o", "page.html"}).status, 0);
@@ -46,7 +46,7 @@ class Report : public HostTest {
         return PageOf("data.stp");
     }
 
-    // The rows of the table whose first column head is this.
+    // The rows of the table with this heading in its first column.
     static std::vector<std::vector<std::string>> Rows(const XmlElement& page,
                                                       const std::string& head) {
         std::vector<std::vector<std::string>> rows;
@@ -59,13 +59,13 @@ class Report : public HostTest {
         return rows;
     }
 
-    // The drawing of a class.
+    // The drawing with a class; null if there is none.
     static const XmlElement* Drawing(const XmlElement& page, const std::string& ofClass) {
         const auto drawings = page.All("svg", ofClass);
         return drawings.empty() ? nullptr : drawings.front();
     }
 
-    // The left and the right end of the bar with that title, in per cent of the width.
+    // The left and right ends of the bar with this title, in percent of the width.
     static std::pair<double, double> Ends(const XmlElement& page, const std::string& title) {
         for (const XmlElement* bar : page.All("g", "bar")) {
             if (bar->Texts("title").at(0) != title) continue;
@@ -113,9 +113,8 @@ TEST_F(Report, ShowsTheStructure) {
 }
 
 TEST_F(Report, AddsPlacementsUpDownTheTree) {
-    // The arm is turned by a quarter and stands at 25. The head, at 410 above it, has its x axis
-    // along the arm's y, which is -x, its y axis along z, and its z axis along the arm's x, which
-    // is y.
+    // The arm is turned by a quarter and is at 25. The head, 410 above it, has its x axis along the
+    // arm's y, which is -x, its y axis along z, and its z axis along the arm's x, which is y.
     EXPECT_THAT(
         Rows(PageOf(kAssembly), "part"),
         ElementsAre(ElementsAre("Desk lamp", "0", "0", "0", "1, 0, 0", "0, 1, 0", "0, 0, 1"),
@@ -124,8 +123,8 @@ TEST_F(Report, AddsPlacementsUpDownTheTree) {
                     ElementsAre("  Arm", "0", "0", "35", "0, 1, 0", "-1, 0, 0", "0, 0, 1"),
                     ElementsAre("  Head", "0", "0", "435", "-1, 0, 0", "0, 0, 1", "0, 1, 0"),
                     ElementsAre(" Screw", "0", "12.5", "-3", "1, 0, 0", "0, 0, 1", "0, -1, 0")));
-    // The axle stands at (0,120,-40) with its z axis along y and its y axis along -z; the wheels
-    // are 250 to its left and right.
+    // The axle is at (0,120,-40) with its z axis along y and its y axis along -z; the wheels are
+    // 250 to its left and right.
     const auto rows = Rows(PageOf(kDatabase), "part");
     ASSERT_EQ(rows.size(), 7U);
     EXPECT_THAT(rows[4], ElementsAre("  Wheel, sealed bearing", "-250", "120", "-40", "0, 1, 0",
@@ -156,7 +155,8 @@ TEST_F(Report, DrawsTheFrames) {
     const XmlElement& y = *frames[0]->All("line", "y").front();
     EXPECT_LT(number(y, "x1"), number(y, "x2"));
     EXPECT_GT(number(y, "y1"), number(y, "y2"));
-    // The head stands straight above the lamp's origin, and the arm below it at 35/435 of the way.
+    // The head is straight above the lamp's origin, and the arm is below it, at 35/435 of its
+    // height.
     const auto origin = [&](std::size_t i) -> const XmlElement& {
         return *frames[i]->All("circle").front();
     };
@@ -164,7 +164,7 @@ TEST_F(Report, DrawsTheFrames) {
     const double height = number(origin(0), "cy") - number(origin(4), "cy");
     EXPECT_GT(height, 100);
     EXPECT_NEAR(number(origin(0), "cy") - number(origin(3), "cy"), height * 35 / 435, 0.11);
-    // Each place has its name, once.
+    // Each place is labelled once.
     EXPECT_THAT(drawing->Texts("text", "label"),
                 UnorderedElementsAre("Desk lamp, Base", "Arm with head", "Arm", "Head", "Screw"));
 }
@@ -215,11 +215,11 @@ TEST_F(Report, DrawsEffectivitiesToScale) {
     const double rank = (r12Right - r12Left) / 99;
     EXPECT_NEAR(e08Right - e08Left, 10 * rank, 0.005);
     EXPECT_NEAR(e08Left - r12Left, 9 * rank, 0.005);
-    // An open end goes to the end of the drawing, beyond every bound.
+    // An open end extends to the end of the drawing, beyond every bound.
     EXPECT_NEAR(Ends(page, "R13: 101 – open").second, 100, 0.002);
     EXPECT_LT(r12Right, 96);
-    // Dates: 1811 days and 16 hours from the start of one to the start of the other, which is a
-    // second behind its end; the option's start is 502 days and four hours behind.
+    // Dates: D02 starts 1811 days and 16 hours after D01, one second after the end of D01; E07
+    // starts 502 days and four hours after D01.
     const auto [d01Left, d01Right] = Ends(page, "D01: 2025-01-15 08:00:00 – 2029-12-31 23:59:59");
     const double day = (Ends(page, "D02: 2030-01-01 – open").first - d01Left) / (1811 + 2.0 / 3);
     EXPECT_NEAR(d01Right, Ends(page, "D02: 2030-01-01 – open").first, 0.003);
@@ -262,8 +262,8 @@ TEST_F(Report, ShowsFractionsOfASecond) {
 }
 
 TEST_F(Report, TakesTheDatesAndRanksThatTheFunctionsTake) {
-    // What is an effectivity of its own and hangs on an option has bounds of its own; its end is
-    // open where both are.
+    // An instance that is both an effectivity of its own and an option's has bounds of its own; its
+    // end is open if both ends are.
     const XmlElement page = PageOfData(
         "cdma",
         "#1=(DATE_EFFECTIVITY('01012024000000','12312024000000')EFFECTIVITY_OBJECT('D',$)"
@@ -282,7 +282,7 @@ TEST_F(Report, TakesTheDatesAndRanksThatTheFunctionsTake) {
 }
 
 TEST_F(Report, TakesNothingForAnInstanceThatIsNone) {
-    // Every attribute that should be an instance, or instances, is a text.
+    // Every attribute that should be an instance or a list of instances is something else.
     const XmlElement page =
         PageOfOddData("AUTOMOTIVE_DESIGN",
                       "#1=PRODUCT_DEFINITION_FORMATION('1','','x');\n"
@@ -358,7 +358,7 @@ TEST_F(Report, ShowsHostileTextsAsTexts) {
             text + ",#1,#2,$,$,$,$);\n" + "#4=CONFIGURATION_ITEM(" + text + "," + text + ",#1);\n" +
             "#5=RANGE_EFFECTIVITY(" + text + ",(#3),1,2);\n" + "#6=CDMA_ID(#1," + text +
             ",$,$,$);\n#7=CDMA_REVISION_HISTORY((#6));\n");
-    // The page's own script alone, and nothing of the data in it.
+    // Only the page's own script, which contains none of the data.
     ASSERT_EQ(page.All("script").size(), 1U);
     EXPECT_EQ(page.Texts("script"), PageOf(kAssembly).Texts("script"));
     EXPECT_THAT(page.All("b"), IsEmpty());
@@ -414,18 +414,18 @@ TEST_F(Report, ShowsARealAssembly) {
     const std::string file = SHARED_DATA "/data/as1-oc-214.stp";
     if (!std::ifstream(file)) GTEST_SKIP() << file << " is not there";
     const XmlElement page = PageOf(file);
-    // Positions in the whole: the places of tests/host/Tree_test.cpp and the root.
+    // Positions in the root: the placements in tests/host/Tree_test.cpp, and the root.
     const auto rows = Rows(page, "part");
     ASSERT_EQ(rows.size(), 28U);
-    // The rod assembly stands at (-10,75,60); its z axis is x, so the nut at 185 along it is at
-    // 175, its x axis is -z, so -10 along it is +10 in z.
+    // The rod assembly is at (-10,75,60). Its z axis is x, so the nut at 185 along it is at 175;
+    // its x axis is -z, so -10 along it is +10 in z.
     EXPECT_THAT(rows[1], Contains("-10"));
     EXPECT_THAT(std::vector(rows[2].begin(), rows[2].begin() + 4),
                 ElementsAre("  nut", "175", "67.5", "70"));
-    // The vertices of the plate go from (0,0,0) to (180,150,20).
+    // The vertices of the plate range from (0,0,0) to (180,150,20).
     EXPECT_THAT(rows[27], Contains(" plate"));
     EXPECT_EQ(rows[27].at(7), "180 × 150 × 20");
-    // The rod is a cylinder of radius 5, bounded by rational curves, from 0 to 200.
+    // The rod is a cylinder of radius 5 from 0 to 200, bounded by rational curves.
     EXPECT_THAT(rows[4], Contains("  rod"));
     EXPECT_EQ(rows[4].at(7), "10 × 10 × 200");
     EXPECT_THAT(page.Texts("th"), Contains("box (mm)"));
@@ -435,7 +435,7 @@ TEST_F(Report, ShowsARealAssembly) {
 
 namespace {
 
-// A part in millimetres whose shape representation #10 has these items; numbers up to 20 are taken.
+// A part in millimetres whose shape representation #10 has these items; numbers up to 20 are used.
 std::string PartOfItems(const std::string& items, const std::string& more,
                         const std::string& unit =
                             "(LENGTH_UNIT()NAMED_UNIT(*)"
@@ -468,7 +468,7 @@ const std::string kCorners =
 
 class Shape : public Report {
   protected:
-    // The sizes of the places, as the page tells them.
+    // The sizes of the places in the page.
     std::vector<std::string> Sizes(const std::string& data) const {
         std::vector<std::string> sizes;
         for (const auto& row : Rows(PageOfOddData("AUTOMOTIVE_DESIGN", data), "part")) {
@@ -493,8 +493,8 @@ TEST_F(Shape, GoesAroundTheVerticesAndNotAroundWhatPlacesAxesLinesAndSurfaces) {
 }
 
 TEST_F(Shape, GoesAroundSplinesAsFarAsTheyReachAndNotAroundParameterSpaces) {
-    // x(t) = 10(1-t)² + 24t(1-t) is largest at 1/7, 504/49; y(t) = 30t(1-t) + 10t² at 3/4, 11.25;
-    // z(t) = -8t(1-t) least at 1/2, -2.
+    // x(t) = 10(1-t)² + 24t(1-t) has its maximum 504/49 at 1/7; y(t) = 30t(1-t) + 10t² its maximum
+    // 11.25 at 3/4; z(t) = -8t(1-t) its minimum -2 at 1/2.
     EXPECT_THAT(
         Sizes(PartOfItems(
             "#20",
@@ -505,8 +505,7 @@ TEST_F(Shape, GoesAroundSplinesAsFarAsTheyReachAndNotAroundParameterSpaces) {
                 "#34=DEFINITIONAL_REPRESENTATION('',(#35),$);\n#35=LINE('',#36,$);\n"
                 "#36=CARTESIAN_POINT('',(500.,600.));\n")),
         ElementsAre("10.2857 × 11.25 × 2"));
-    // A quarter of a circle around the x axis of its plane, from -45° to 45°: from 10 cos 45°
-    // to 10.
+    // A quarter circle around the x axis of its plane, from -45° to 45°: x from 10 cos 45° to 10.
     EXPECT_THAT(
         Sizes(PartOfItems(
             "#20",
@@ -518,7 +517,7 @@ TEST_F(Shape, GoesAroundSplinesAsFarAsTheyReachAndNotAroundParameterSpaces) {
             "#22=CARTESIAN_POINT('',(14.142135623730951,0.,0.));\n"
             "#23=CARTESIAN_POINT('',(7.071067811865476,7.071067811865476,0.));\n")),
         ElementsAre("2.92893 × 14.1421 × 0"));
-    // Where knots do not fit, and of other curves, the control points count.
+    // For invalid knots, and for other curves, the box encloses the control points.
     for (const char* curve : {"B_SPLINE_CURVE_WITH_KNOTS('',2,(#23,#32,#24),.UNSPECIFIED.,.F.,.F.,"
                               "(3,2),(0.,1.),.UNSPECIFIED.)",
                               "B_SPLINE_CURVE_WITH_KNOTS('',2,(#23,#32,#24),.UNSPECIFIED.,.F.,.F.,"
@@ -534,10 +533,10 @@ TEST_F(Shape, GoesAroundSplinesAsFarAsTheyReachAndNotAroundParameterSpaces) {
 
 TEST_F(Shape, GoesAroundArcsAsFarAsTheyReach) {
     const std::string circle = "CIRCLE('',#14,10.)";
-    // A quarter, and the three other ones.
+    // A quarter circle, and the other three quarters.
     EXPECT_THAT(Sizes(PartOfItems("#20", EdgeOn(circle, ".T."))), ElementsAre("10 × 10 × 0"));
     EXPECT_THAT(Sizes(PartOfItems("#20", EdgeOn(circle, ".F."))), ElementsAre("20 × 20 × 0"));
-    // A whole one around the x axis, and one that is no edge.
+    // A whole circle around the x axis, and an ellipse that is not an edge.
     EXPECT_THAT(Sizes(PartOfItems("#20",
                                   "#20=EDGE_CURVE('',#21,#21,#25,.T.);\n"
                                   "#21=VERTEX_POINT('',#22);\n#25=CIRCLE('',#17,10.);\n"
@@ -558,9 +557,9 @@ TEST_F(Shape, GoesAroundWholeSpheresAndTori) {
                                ";\n#23=VERTEX_LOOP('',#24);\n#24=VERTEX_POINT('',#13);\n");
     };
     EXPECT_THAT(Sizes(whole("SPHERICAL_SURFACE('',#14,7.)")), ElementsAre("14 × 14 × 14"));
-    // Around the x axis.
+    // A torus around the x axis.
     EXPECT_THAT(Sizes(whole("TOROIDAL_SURFACE('',#17,10.,2.)")), ElementsAre("4 × 24 × 24"));
-    // A face that has edges lies between them.
+    // A face with edges is bounded by them.
     EXPECT_THAT(Sizes(PartOfItems("#20,#21,#23",
                                   "#20=ADVANCED_FACE('',(),#40,.T.);\n"
                                   "#40=SPHERICAL_SURFACE('',#14,500.);\n" +
@@ -582,7 +581,7 @@ TEST_F(Shape, GoesAroundTessellationsAndPolygons) {
 }
 
 TEST_F(Shape, GoesAroundMappedItemsWhereTheyAreMapped) {
-    // Turned by a quarter about z: (x,y) goes to (-y,x). Once at its place, once 100 higher.
+    // A quarter turn about z: (x,y) goes to (-y,x). Once in place, once 100 higher.
     const std::string mapped =
         "#30=MAPPED_ITEM('',#32,#33);\n#31=MAPPED_ITEM('',#32,#34);\n"
         "#32=REPRESENTATION_MAP(#14,#35);\n#33=AXIS2_PLACEMENT_3D('',#13,$,#16);\n"
@@ -596,7 +595,7 @@ TEST_F(Shape, GoesAroundMappedItemsWhereTheyAreMapped) {
                                   "CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,#13,2.,$);\n" +
                                       mapped)),
                 ElementsAre("20 × 40 × 60"));
-    // A representation that is mapped into itself.
+    // A representation mapped into itself.
     EXPECT_THAT(Sizes(PartOfItems("#21,#23,#30",
                                   "#30=MAPPED_ITEM('',#32,#14);\n"
                                   "#32=REPRESENTATION_MAP(#14,#10);\n" +
@@ -609,7 +608,8 @@ TEST_F(Shape, TakesRepresentationsThatAreRelatedWithoutATransformation) {
     EXPECT_THAT(Sizes(PartOfItems(
                     "#14", "#31=SHAPE_REPRESENTATION_RELATIONSHIP('','',#30,#10);\n" + other)),
                 ElementsAre("10 × 20 × 30"));
-    // Neither with one, nor the shape of another part: there is nothing to be drawn but that part.
+    // Not if there is a transformation, and not if the representation is the shape of another part:
+    // then only that part is drawn.
     EXPECT_THAT(Sizes(PartOfItems("#14",
                                   "#31=(REPRESENTATION_RELATIONSHIP('','',#30,#10)"
                                   "REPRESENTATION_RELATIONSHIP_WITH_TRANSFORMATION($)"
@@ -627,7 +627,7 @@ TEST_F(Shape, TakesRepresentationsThatAreRelatedWithoutATransformation) {
 
 TEST_F(Shape, IsDrawnToScaleFromFourSides) {
     const XmlElement page = PageOfData("AUTOMOTIVE_DESIGN", PartOfItems("#21,#23", kCorners));
-    // Width and height of what is drawn.
+    // Width and height of a drawn box.
     const auto size = [](const XmlElement& box) {
         double least[2] = {1e9, 1e9};
         double most[2] = {-1e9, -1e9};
@@ -649,7 +649,7 @@ TEST_F(Shape, IsDrawnToScaleFromFourSides) {
         std::size_t sides;
         double ratio;  // of width and height
     } const views[] = {
-        // x and y go to the right by cos 30° each; x and y go down and up by half, z up.
+        // x and y each go right by cos 30°; x goes down and y up by half; z goes up.
         {"frames", 3, 30 * std::sqrt(0.75) / (15 + 30)},
         {"view front", 1, 10.0 / 30},
         {"view above", 1, 10.0 / 20},
@@ -668,7 +668,7 @@ TEST_F(Shape, IsDrawnToScaleFromFourSides) {
 
 namespace {
 
-// An assembly in one unit, in which the part in another stands at x = 2, turned by a quarter.
+// An assembly in one unit; its part, in another unit, is at x = 2, turned by a quarter.
 std::string AssemblyInUnits(const std::string& unit, const std::string& unitOfPart) {
     return PartOfItems("#14,#21,#23", kCorners, unitOfPart) +
            "#50=PRODUCT('W','Whole','',());\n#51=PRODUCT_DEFINITION_FORMATION('A','',#50);\n"
@@ -711,14 +711,14 @@ TEST_F(Shape, SaysLengthsInTheUnitOfTheFile) {
             EXPECT_THAT(Drawing(page, view)->Texts("text", "note").at(0),
                         testing::EndsWith(std::string(" ") + symbol));
         }
-        // The part's (x,y) goes to (2-y,x); the assembly is as large as what is in it.
+        // The part's (x,y) goes to (2-y,x); the assembly is as large as its contents.
         const auto rows = Rows(page, "part");
         ASSERT_EQ(rows.size(), 2U);
         EXPECT_EQ(rows[0][7], "20 × 10 × 30");
         EXPECT_EQ(rows[1][1], "2");
         EXPECT_EQ(rows[1][7], "10 × 20 × 30");
     }
-    // The lamp has no geometry but a unit, the database none.
+    // The lamp has a unit but no geometry, the database neither.
     EXPECT_THAT(PageOf(kAssembly).Texts("th"), Contains("x (mm)"));
     EXPECT_THAT(PageOf(kDatabase).Texts("th"), Contains("x"));
 }
@@ -753,7 +753,7 @@ TEST_F(Shape, IsNotToldWhereTheUnitIsNone) {
 }
 
 TEST_F(Shape, BearsGeometryThatMakesNoSense) {
-    // Values that are missing, of other kinds, or too large, and cycles.
+    // Missing values, values of other kinds, values that are too large, and cycles.
     EXPECT_THAT(
         Sizes(PartOfItems(
             "#21,#23,#30,#31,#32,#33,#34,#35,#36,#37,#38,#39,#40,#41,#42,#43",
@@ -769,7 +769,7 @@ TEST_F(Shape, BearsGeometryThatMakesNoSense) {
 }
 
 TEST_F(Shape, IsLeftOutWherePartsShareTooMuch) {
-    // 5,000 parts, each with a shape of its own that has the same 5,000 points.
+    // 5,000 parts, each with a separate shape that has the same 5,000 points.
     std::string data = "#1=SHELL('',(#2";
     for (int i = 3; i <= 5001; ++i) data += ",#" + std::to_string(i);
     data += "));\n";
@@ -788,7 +788,7 @@ TEST_F(Shape, IsLeftOutWherePartsShareTooMuch) {
                 HasSubstr("Some boxes are missing, since the parts share too much geometry."));
 }
 
-// ---- Finding one's way
+// ---- Navigation
 
 TEST_F(Report, BeginsWithItsContents) {
     const auto links = [](const XmlElement& page) {
@@ -866,7 +866,7 @@ TEST_F(Report, CollapsesALargeTreeBelowItsSecondLevel) {
     ASSERT_EQ(fields.size(), 1U);
     EXPECT_EQ(fields[0]->attributes.at("data-tree"),
               large.All("ul", "tree").at(0)->attributes.at("id"));
-    // A small one is open, and needs no filter.
+    // A small tree is expanded, and needs no filter.
     const XmlElement small = PageOfData("cdma", DatabaseOfLevels(3, 3));
     for (const XmlElement* details : small.All("ul", "tree").at(0)->All("details")) {
         EXPECT_EQ(details->attributes.count("open"), 1U);
@@ -875,8 +875,8 @@ TEST_F(Report, CollapsesALargeTreeBelowItsSecondLevel) {
 }
 
 TEST_F(Report, LeavesTheLowestLevelsOutOfAHugeTree) {
-    // 1 + 10 + 100 + 1,000 + 10,000 lines: the last level is too much. Of 300 places to be drawn,
-    // there is room for the first three levels.
+    // 1 + 10 + 100 + 1,000 + 10,000 lines: the last level is too much. The first three levels fit
+    // into the 300 places that can be drawn.
     const XmlElement page = PageOfData("cdma", DatabaseOfLevels(10, 4));
     EXPECT_EQ(page.All("ul", "tree").at(0)->All("li").size(), 1111U);
     EXPECT_THAT(page.Texts("p"), Contains("Down to level 4. orx tree shows all."));
@@ -892,7 +892,7 @@ TEST_F(Report, LeavesTheLowestLevelsOutOfAHugeTree) {
 
 namespace {
 
-// The SHA-256 of a text, as Base64.
+// The SHA-256 of a file, as Base64.
 std::string Sha256(const std::string& file) {
     const auto pipe = std::unique_ptr<FILE, int (*)(FILE*)>(
         popen(("sha256sum < '" + file + "'").c_str(), "r"), pclose);
@@ -922,7 +922,7 @@ class ReportInBrowser : public Report {
         }
     }
 
-    // What the browser prints about a file of the folder.
+    // The output of the browser for a file in the folder.
     std::string Browse(const std::string& file, const std::string& options) const {
         const std::string command =
             "cd '" + folder.Path() + "' && HOME=. timeout 100 chromium --headless --no-sandbox " +
@@ -933,8 +933,8 @@ class ReportInBrowser : public Report {
         return ReadFile(folder / "browser.out");
     }
 
-    // What an expression of JavaScript gives on page.html, which is allowed to run it, on a display
-    // of that width. The page's own script has run before.
+    // The value of a JavaScript expression on page.html, which is made to allow it, on a display of
+    // this width. The page's own script has already run.
     std::string Ask(const std::string& expression, const std::string& width) const {
         const std::string script =
             "parent.document.title = 'answer: ' + (" + expression + ") + ';';";
@@ -942,7 +942,7 @@ class ReportInBrowser : public Report {
         std::string page = ReadFile(folder / "page.html");
         page.insert(page.find("script-src ") + 11, "'sha256-" + hash + "' ");
         page.insert(page.find("</body>"), "<script>" + script + "</script>\n");
-        // A frame may be narrower than the browser's windows.
+        // A frame can be narrower than the browser's windows.
         std::string frame = "<!DOCTYPE html><html><body><iframe width=\"" + width +
                             "\" height=\"800\" style=\"border: 0\" srcdoc=\"";
         for (const char c : page)
@@ -976,7 +976,7 @@ TEST_F(ReportInBrowser, FiltersTheTree) {
     const std::size_t name = data.find("'P.2'");
     data.replace(name, 5, "'Gear box'");
     PageOfData("cdma", data);
-    // For each text: the lines that are found, and how many are shown and opened.
+    // For each text: how many lines are found, shown and expanded.
     const std::string answer =
         Ask("['p.3.1', ' P.3.1.4 ', 'gear', 'nothing', ''].map(text => {"
             " const field = document.querySelector('.filter input');"
@@ -986,15 +986,15 @@ TEST_F(ReportInBrowser, FiltersTheTree) {
             " document.querySelectorAll('.tree details[open]').length].join(' ');"
             "}).join(', ') + ', ' + document.querySelector('.filter').hidden",
             "800");
-    // Found are a part with its five components, below two lines, which are opened as it is; one
-    // below three lines; one with the 30 lines below it, which stay closed; none; and all, as at
-    // the beginning.
+    // The matches: a part with its five components, below two lines, which are expanded as it is; a
+    // part below three lines; a part with 30 lines below it, which stay collapsed; none; and all,
+    // as at the beginning.
     EXPECT_EQ(answer,
               "6 of 156 lines 8 3, 1 of 156 lines 4 3, 1 of 156 lines 32 1, "
               "0 of 156 lines 0 0,  156 1, false");
 }
 
-// Nothing reaches beyond a display of 390 pixels, and no text is smaller than 8 pixels there.
+// Nothing extends beyond a display of 390 pixels, and no text is smaller than 8 pixels there.
 TEST_F(ReportInBrowser, IsReadableOnANarrowDisplay) {
     const std::string readable =
         "[innerWidth, document.documentElement.scrollWidth - innerWidth > 0,"
@@ -1009,7 +1009,7 @@ TEST_F(ReportInBrowser, IsReadableOnANarrowDisplay) {
     }
 }
 
-// Rendered by a browser, the page is no empty one: its picture takes many times as much.
+// The browser renders the page: its picture is many times as large as that of an empty page.
 TEST_F(ReportInBrowser, IsShown) {
     const auto sizeOfPicture = [this](const std::string& page) -> std::uintmax_t {
         Browse(page, "--window-size=1100,1600 --screenshot=" + page + ".png");

@@ -66,7 +66,7 @@ TEST_F(Sql, RunsStatementsOneAfterTheOther) {
     ExpectPrints(Orx({"sql", "parts.stp", "SELECT COUNT(*) FROM product"}), "COUNT(*)\n2\n");
 }
 
-// ---- What is wrong
+// ---- Errors
 
 TEST_F(Sql, RefusesU0000) {
     const std::string query = "SELECT 1;\n ";
@@ -122,7 +122,7 @@ TEST_F(Sql, NamesTablesByTheirModels) {
     };
     ExpectPrints(query("SELECT a.id, b.id FROM parts.product a JOIN b.product b USING (instance)"),
                  "id,id\nP1,Q1\n");
-    // Without a name it is the first one's.
+    // Without a name, the query uses the first model.
     ExpectPrints(query("SELECT COUNT(*) AS n FROM product"), "n\n2\n");
     ExpectPrints(query("SELECT GetInst(3, 'ID') AS a, GetInst('#3', 'ID') AS b, "
                        "GetInst('@b#3', 'ID') AS c, GetInst('@parts#4', 'ID') AS d"),

@@ -259,7 +259,7 @@ TEST_F(Statements, CarryOutAMappingFromTheDatabaseIntoAnExchangeFile) {
                      "EACH q IN @step.PRODUCT: q.ID; q.NAME\n",
                      options),
                  "@step#2\t'P-1'\t'Bolt M6'\n@step#3\t'P-2'\t$\n");
-    // What was written says the same when it is read.
+    // The written data read the same.
     ExpectPrints(Run("EACH q IN PRODUCT: q.ID; q.NAME; DecodeKey(q.DESCRIPTION, 1); "
                      "q.FRAME_OF_REFERENCE\n",
                      {"-m", "out.stp"}),

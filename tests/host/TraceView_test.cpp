@@ -1,4 +1,4 @@
-// The trace that orx writes: for what, of which functions, how deep.
+// The trace that orx writes: which statements, which functions, how deep.
 
 #include "HostTest.h"
 
@@ -16,7 +16,7 @@ const std::string kCount =
 
 class TraceView : public HostTest {
   protected:
-    // What a trace of statements says.
+    // The trace of a script.
     std::string TraceOf(const std::string& script, std::vector<std::string> options = {}) const {
         options.insert(options.begin(), {"--quiet", "-m", "assembly.stp", "-t", "trace.txt"});
         EXPECT_EQ(Run(script, options).err, "");
@@ -60,7 +60,7 @@ TEST_F(TraceView, ShowsSomeFunctionsAlone) {
     EXPECT_EQ(TraceOf(script, {"--trace-only", "IsFree"}), "");
 }
 
-// IsaNARVORepProperty asks IsaNARVOModel about the name of a document file.
+// IsaNARVORepProperty calls IsaNARVOModel with the name of a document file.
 class NestedTraceView : public TraceView {
   protected:
     NestedTraceView() {
@@ -71,7 +71,7 @@ class NestedTraceView : public TraceView {
                                   "#22=PROPERTY_DEFINITION_REPRESENTATION(#21,$);\n"));
     }
 
-    // The lines of a trace that are of a function.
+    // The trace lines of a function.
     static std::string Of(const std::string& function, const std::string& trace) {
         std::string part;
         for (const std::string& line : Lines(trace)) {
@@ -93,7 +93,7 @@ TEST_F(NestedTraceView, ShowsAFunctionWhereverItIsCalled) {
     const std::string nested = TraceOf(script, {"--trace-only", "IsaNARVOModel"});
     EXPECT_EQ(nested, Of("IsaNARVOModel", all));
     EXPECT_EQ(TraceOf(script, {"--trace-only", "IsaNARVORepProperty"}), all);
-    // Counted from the function that is shown alone.
+    // The depth counts from the function that is shown.
     EXPECT_EQ(TraceOf(script, {"--trace-only", "IsaNARVOModel", "--trace-depth", "1"}), nested);
 }
 

@@ -14,7 +14,7 @@ const std::string kAssembly = SOURCE_DIRECTORY "/examples/assembly.stp";
 const std::string kDatabase = SOURCE_DIRECTORY "/tests/host/trolley.stp";
 const std::string kAs1 = SHARED_DATA "/data/as1-oc-214.stp";
 
-// A part of the database with these links.
+// A part of the database with links.
 std::string Part(int number, const std::string& id, const std::string& links) {
     return "#" + std::to_string(number) + "=PART_OBJECT('" + id + "',$,$,$,$," + links +
            ",$,$,$,$);\n";
@@ -73,8 +73,8 @@ TEST_F(Tree, ShowsTheStructureOfADatabaseAndCounts) {
 }
 
 TEST_F(Tree, ShowsThePlacementOfEachOccurrence) {
-    // The arm is turned by a quarter about z; the screw's z axis is -y, and its x axis x, so its y
-    // axis is z; the head's axes are y and z, so its third one is x.
+    // The arm is turned by a quarter about z. The screw's z axis is -y and its x axis x, so its y
+    // axis is z. The head's x and y axes are y and z, so its z axis is x.
     ExpectPrints(TreeOf(kAssembly, {"--placements"}),
                  "Desk lamp [LA-1]\n"
                  "├── Base [LA-3]  #202 (1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,0.)\n"
@@ -136,7 +136,7 @@ TEST_F(Tree, EndsAtAPartOfItself) {
     ExpectPrints(
         TreeOfDatabase(Part(1, "A", "(#11)") + Part(2, "B", "(#12)") + Link(11, 2) + Link(12, 2)),
         "A\n└── B\n    └── B  (a part of itself: not shown again)\n");
-    // A circle without a beginning is shown from its first part.
+    // A cycle without a root is shown from its first part.
     ExpectPrints(
         TreeOfDatabase(Part(1, "A", "(#11)") + Part(2, "B", "(#12)") + Link(11, 2) + Link(12, 1)),
         "A\n└── B\n    └── A  (a part of itself: not shown again)\n");
@@ -169,7 +169,7 @@ TEST_F(Tree, IsCutWhereItHasMoreLinesThanAnybodyReads) {
             Link(100 + i, i + 1) + Link(200 + i, i + 1);
     }
     data += Part(kLevels + 1, "last", "$");
-    // With an occurrence in each line there are 1 + 2 + 4 + ... + 2^40 of them.
+    // One line per occurrence is 1 + 2 + 4 + ... + 2^40 lines.
     const OrxResult cut = TreeOfDatabase(data, {"--placements", "--lines", "1000"});
     EXPECT_EQ(cut.status, 0);
     ASSERT_EQ(Lines(cut.out).size(), 1001U);
@@ -179,7 +179,7 @@ TEST_F(Tree, IsCutWhereItHasMoreLinesThanAnybodyReads) {
     EXPECT_EQ(nlohmann::json::parse(Lines(json.out).back()),
               nlohmann::json::parse(R"({"model": "data", "remark": "lines", "lines": 3,
                                         "places": 2199023255551})"));
-    // Up to a depth there are fewer; together they are one line each.
+    // Fewer lines down to a depth; without placements, equal parts share a line.
     EXPECT_EQ(
         Lines(TreeOf("data.stp", {"--placements", "--lines", "3", "--depth", "4"}).out).back(),
         "the first 3 lines of 31 (--lines shows more)");
@@ -188,7 +188,7 @@ TEST_F(Tree, IsCutWhereItHasMoreLinesThanAnybodyReads) {
         31U);
     EXPECT_EQ(Lines(TreeOf("data.stp", {"--lines", "3"}).out).back(),
               "the first 3 lines of 41 (--lines shows more)");
-    // What is a part of itself has no such number.
+    // If a part contains itself, the number of lines is not known.
     EXPECT_EQ(Lines(TreeOfDatabase(
                         Part(1, "A", "(#11)") + Part(2, "B", "(#12)") + Link(11, 2) + Link(12, 2),
                         {"--lines", "2"})
@@ -281,8 +281,8 @@ TEST_F(Tree, ShowsARealAssembly) {
                  "│   │   └── nut\n"
                  "│   └── l-bracket\n"
                  "└── plate\n");
-    // Thirteen occurrences in the data, in the places of the tree: 3 in the rod assembly, 10 in
-    // each of the two bracket assemblies, and these four themselves.
+    // The data contain thirteen occurrences, which the tree shows in several places: 3 in the rod
+    // assembly, 10 in each of the two bracket assemblies, and 4 below the root.
     const std::vector<nlohmann::json> lines = Objects(TreeOf(kAs1, {"--json", "--placements"}));
     std::set<std::string> links;
     std::size_t places = 0;
@@ -305,7 +305,7 @@ TEST_F(Tree, NamesOccurrences) {
                  "│   ├── Arm [LA-4]  'tube'\n"
                  "│   └── Head [LA-5]  'head'\n"
                  "└── Screw [LA-6]  'screw'\n");
-    // Links of a database have ids; two of one part are two lines.
+    // Links of a database have ids; two links to one part are two lines.
     ExpectPrints(
         TreeOfDatabase(Part(1, "A", "(#3,#4)") + Part(2, "B", "$") + Link(3, 2) + Link(4, 2),
                        {"--names"}),
@@ -313,9 +313,9 @@ TEST_F(Tree, NamesOccurrences) {
 }
 
 TEST_F(Tree, PlacesOccurrencesInTheRoot) {
-    // The arm is turned by a quarter about z, x to y and y to -x, and raised by 25. The tube stands
-    // 10 above it. The head's axes y, z and x are, in the lamp, -x, z and y; it is 410 above the
-    // arm.
+    // The arm is turned by a quarter about z, x to y and y to -x, and raised by 25. The tube is 10
+    // above it. The head's x, y and z axes, which are y, z and x in the arm, are -x, z and y in the
+    // lamp; it is 410 above the arm.
     ExpectPrints(TreeOf(kAssembly, {"--absolute"}),
                  "Desk lamp [LA-1]\n"
                  "├── Base [LA-3]  #202 (1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,0.)\n"
@@ -380,7 +380,7 @@ TEST_F(Tree, ListsThePartsOfEachRoot) {
 }
 
 TEST_F(Tree, LeavesOutAPartsListThatHasNoEnd) {
-    // A and B consist of each other; C of D.
+    // A and B contain each other; C contains D.
     folder.Write("data.stp", ExchangeFile("cdma", Part(1, "A", "(#11)") + Part(2, "B", "(#12)") +
                                                       Part(3, "C", "(#13)") + Part(4, "D", "$") +
                                                       Link(11, 2) + Link(12, 1) + Link(13, 4)));
@@ -391,7 +391,7 @@ TEST_F(Tree, LeavesOutAPartsListThatHasNoEnd) {
 }
 
 TEST_F(Tree, CountsBeyondWhatCanBeWalked) {
-    // Each of 60 levels has two of the next: 2^60 of the last.
+    // Each of 60 levels contains two of the next: 2^60 of the last.
     std::string data;
     for (int i = 1; i <= 60; ++i) {
         const int first = 100 + 2 * i;

@@ -1,4 +1,4 @@
-// Whatever a script puts into a model can be saved and read again, or saving reports why not.
+// Whatever a script stores in a model can be saved and read again, or saving reports why not.
 
 #include <random>
 
@@ -58,7 +58,7 @@ TEST(WrittenScripts, SaveWhatCanBeReadOrTellWhyNot) {
             script += Literal(random) + (isNew ? ")\n" : "\n");
         }
         const std::string copy = folder / "copy.stp";
-        // Statements that are refused are passed over; what is there in the end is saved.
+        // Statements that are refused are skipped; the resulting model is saved.
         const OrxResult written = RunOrx({"run", "--keep-going", "-m", "m=" + source, "-o",
                                           "m=" + copy, folder.Write("script", script)});
         if (written.status == 2) {

@@ -1,4 +1,5 @@
-// ConcatModelAtb, ConcatPartAtb and ConcatDocAtb: keys of the attributes of database objects.
+// ConcatModelAtb, ConcatPartAtb and ConcatDocAtb: keys built from the attributes of database
+// objects.
 
 #include <gmock/gmock.h>
 
@@ -18,7 +19,7 @@ constexpr char kConcatDocAtb[] = "SdaiPrimitiveH ConcatDocAtb ->";
 
 const SdaiPrimitiveH kMissing;
 
-// The key of a database object, given by its type and attributes as an exchange file writes them.
+// The key of a database object, which is written as in an exchange file.
 using Concat = SdaiPrimitiveH(const SdaiPrimitiveH&);
 std::string KeyOf(Concat* concat, const std::string& object, const std::string& schema = "cdma") {
     const TestModel model(schema, "#1=" + object + ";");
@@ -46,7 +47,7 @@ std::string SchemaWith(const std::string& schema, const std::string& type) {
 // ---- ConcatModelAtb
 
 TEST(ConcatModelAtb, WritesTypeNextRevisionAndNickname) {
-    // The name and the software version are no part of the key.
+    // The name and the software version are not part of the key.
     ExpectKeys(ConcatModelAtb,
                {{"MODEL_OBJECT('Wheel','3D',7,'A','','V5')", "S00023DI00017S0001AS0000"},
                 {"MODEL_OBJECT('','2D',10,'AB','left wheel','')",
@@ -81,7 +82,7 @@ TEST(ConcatModelAtb, WritesLengthsWithFourDigits) {
 }
 
 TEST(ConcatModelAtb, CountsCharacters) {
-    // Each is one byte, whether an exchange file needs a directive for it or not.
+    // Each character is one byte, whether an exchange file needs a directive for it or not.
     EXPECT_EQ(KeyOf(ConcatModelAtb, R"(MODEL_OBJECT('','\X\E9t\X\E9',1,'''','\\',''))"),
               "S0003\xE9t\xE9I00011S0001'S0001\\");
 }
@@ -157,16 +158,16 @@ TEST(ConcatDocAtb, TakesTheTableAfterTheFirstUnderscore) {
     } kCases[] = {
         {"PDM_DOCUMENT", "S0001TS0001NS0001OS0001F"},
         {"PDM_DOCCAD", "S0001TS0001NS0001O"},
-        // All that follows counts
+        // The whole rest of the name counts
         {"PDM_OLD_DOCUMENT", "S0001TS0001O"},
         {"PDM_DOCUMENT_OLD", "S0001TS0001O"},
         {"PDM__DOCCAD", "S0001TS0001O"},
-        // and must be the same text, where the one begins with the other as well
+        // and must be equal to a table's name, not a prefix of it or the reverse
         {"PDM_DOCUMENTS", "S0001TS0001O"},
         {"PDM_DOCCADX", "S0001TS0001O"},
         {"PDM_DOC", "S0001TS0001O"},
         {"PDM_", "S0001TS0001O"},
-        // The whole name where there is no underscore
+        // The whole name if there is no underscore
         {"DOCUMENT", "S0001TS0001NS0001OS0001F"},
         {"DOCCAD", "S0001TS0001NS0001O"},
         {"SHEET", "S0001TS0001O"},
@@ -178,7 +179,7 @@ TEST(ConcatDocAtb, TakesTheTableAfterTheFirstUnderscore) {
 }
 
 TEST(ConcatDocAtb, TellsTheTablesByTheirLetterCase) {
-    // Only the database schema spells names as it likes.
+    // Only the database schema has names in lower or mixed case.
     EXPECT_EQ(
         KeyOf(ConcatDocAtb, "PDM_DOCUMENT('T','N','O','F')", SchemaWith("cdma", "pdm_document")),
         "S0001TS0001O");
@@ -226,7 +227,7 @@ TEST(ConcatDocAtb, TracesTheTableAndTheKey) {
     }
 }
 
-// ---- Keys that come back apart
+// ---- Keys that are decoded again
 
 TEST(ConcatAtb, WritesKeysThatDecodeFieldByField) {
     const TestModel model("cdma", R"(
@@ -255,7 +256,7 @@ TEST(ConcatAtb, WritesKeysThatDecodeFieldByField) {
     EXPECT_EQ(text(ofPart, 4), "");
     EXPECT_EQ(text(ofPart, 5), "EMPTY VALUE");
 
-    // The place of the notes depends on the table.
+    // The position of the notes depends on the table.
     const SdaiPrimitiveH ofDocument = ConcatDocAtb(model[3]);
     EXPECT_TRUE(IsTrue(IsEncodedKey(ofDocument)));
     EXPECT_EQ(text(ofDocument, 2), "Manual");

@@ -23,7 +23,7 @@ std::string Returned(const std::string& value) {
     return ">> la valeur retournee est : " + value + " <<";
 }
 
-// The number of comparisons of instances that a trace shows.
+// The number of instance comparisons in a trace.
 std::size_t Comparisons(const TraceCapture& trace) { return trace.Messages(kIsSame0).size() / 3; }
 
 // ---- ORXIdEff
@@ -31,7 +31,7 @@ std::size_t Comparisons(const TraceCapture& trace) { return trace.Messages(kIsSa
 constexpr char kORXIdEff[] = "SdaiPrimitiveH ORXIdEff ->";
 constexpr char kBothExist[] = "Part & Effectivity exist : OK ";
 
-// Part #1 is designed by CFG1, #2 by the third item, #3 by none; the last item has no design.
+// Part #1 is the design of CFG1, #2 of the third item, #3 of none; the last item has no design.
 constexpr char kItems[] = R"(
     #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
     #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
@@ -54,7 +54,7 @@ TEST(ORXIdEff, NamesTheFirstItemThatDesignsThePart) {
     } cases[] = {
         {1, "S0003ORXS0004CFG1S0016date_effectivity", {kRetrieved}, 1},
         {2, "S0003ORXS0005CFG-3S0016date_effectivity", {kNoDesign, kRetrieved}, 2},
-        // The last item visited stands in where none matches.
+        // If no item matches, the last one visited is used.
         {3, "S0003ORXS0004lastS0016date_effectivity", {kNoDesign, kNoDesign}, 3},
     };
     for (const auto& c : cases) {
@@ -108,7 +108,7 @@ TEST(ORXIdEff, NamesTheTypeOfTheEffectivity) {
         {"DATE_EFFECTIVITY($,$,$,$)", "S0016date_effectivity"},
         {"OPTION_EFFECTIVITY($,$,'option_range',$,$,$,$,$)", "S0012option_range"},
         {"OPTION_EFFECTIVITY($,$,'option_date',$,$,$,$,$)", "S0011option_date"},
-        // Any other text goes out as it is.
+        // Any other text is used as it is.
         {"OPTION_EFFECTIVITY($,$,'Some other type',$,$,$,$,$)", "S0015Some other type"},
         {"OPTION_EFFECTIVITY($,$,'',$,$,$,$,$)", "S0000"},
         {"OPTION_EFFECTIVITY('E',$,$,'O',$,$,$,$)", "S0009UNDEFINED"},
@@ -181,7 +181,7 @@ TEST(ORXIdCfg, AppendsTheFirstHandlerThatAppliesToTheDesign) {
     } cases[] = {
         {11, "S0003ORXS0004CFG1S0002H7", {kRetrieved}, 1},
         {12, "S0003ORXS0004CFG2S0009handler 2", {kNoDesign, kRetrieved}, 2},
-        // No fall-back here.
+        // Here there is no fallback.
         {13, "S0003ORXS0004CFG3", {kNoDesign, kNoDesign}, 3},
     };
     for (const auto& c : cases) {
@@ -213,12 +213,12 @@ TEST(ORXIdCfg, SearchesTheModelThatHoldsTheDesign) {
     put(items[3], "apply", parts[1]);
     put(parts[3], "apply", parts[1]);
     EXPECT_EQ(TextIn(ORXIdCfg(items[2])), "S0003ORXS0004CFG1S0012of the parts");
-    // Only the one beside the item does.
+    // Only the one in the item's model does.
     put(parts[3], "apply", SdaiPrimitiveH());
     EXPECT_EQ(TextIn(ORXIdCfg(items[2])), "S0003ORXS0004CFG1");
 }
 
-// What is set but no instance is compared as it is: it has no type to name.
+// A value that is set but not an instance is compared, too, and has no type name.
 TEST(ORXIdCfg, ComparesWhatIsSetWhateverItIs) {
     const TestModel model(
         "SCHEMA small;"
@@ -266,9 +266,9 @@ TEST(ORXIdCfg, WritesLengthsInFourDigits) {
         {std::string(12, 'C'), "0012"},
         {std::string(999, 'C'), "0999"},
         {std::string(9999, 'C'), "9999"},
-        // What four digits cannot hold takes more.
+        // A length that does not fit into four digits has more.
         {std::string(10000, 'C'), "10000"},
-        // Characters count, not bytes of an encoding.
+        // Characters are counted, not bytes.
         {"\xE9t\xE9", "0003"},
         // A text may look like fields.
         {"S0003ORXS0000", "0013"},

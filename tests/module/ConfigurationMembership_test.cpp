@@ -15,7 +15,7 @@ namespace {
 constexpr char kIsSame0[] = "SdaiPrimitiveH IsSame0->";
 constexpr char kMissing[] = "KO : At least one of the entities doesn't exist";
 
-// What IsSame0 traces when it compares two parts.
+// The trace of IsSame0 comparing two parts.
 std::vector<std::string> Comparisons(std::initializer_list<bool> answers) {
     std::vector<std::string> messages;
     for (const bool same : answers) {
@@ -32,7 +32,7 @@ constexpr char kIsPartInCfgitm[] = "SdaiPrimitiveH IsPartInCfgitm ->";
 constexpr char kNotIn[] = ">> Part NOT IN CfgItem <<";
 constexpr char kIn[] = ">> Part IS IN CfgItem <<";
 
-// Two parts with equal values, and items that design the first one, the second one and none.
+// Two parts with equal values, and items with the first, the second and no design.
 constexpr char kItems[] = R"(
     #1=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
     #2=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);
@@ -68,7 +68,7 @@ TEST(IsPartInCfgitm, AsksIsSame0) {
 
 TEST(IsPartInCfgitm, IsFalseForAnItemWithoutDesign) {
     const TestModel model("cdma", kItems);
-    // A part has no such attribute at all.
+    // A part does not even have the attribute.
     for (const SdaiPrimitiveH& item : {model[13], model[1], "C3"_h}) {
         EXPECT_TRUE(IsFalse(IsPartInCfgitm(model[1], item)));
         TraceCapture trace;
@@ -110,7 +110,7 @@ constexpr char kRetrieved[] = " The same Part has just been retrieved : OK ";
 constexpr char kConfigurated[] = " >> PART IS CONFIGURATED << ";
 constexpr char kNotConfigurated[] = ">> Part IS NOT configurated <<";
 
-// Five items; the second has no design, and the last but one has that of the third.
+// Five items; the second has no design, and the last but one has the same as the third.
 constexpr char kFiveItems[] = R"(
     #1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);
     #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
@@ -273,21 +273,21 @@ const Use kUses[] = {
      33,
      true,
      {"3 link(s) found in part KORASS", "1 link(s) found in effectivity usage", kLinkFound, kUsed}},
-    // A link that the usage lists twice is found once.
+    // A link listed twice in the usage is found once.
     {"TwoLinks",
      1,
      34,
      true,
      {"3 link(s) found in part KORASS", "4 link(s) found in effectivity usage", kLinkFound,
       kLinkFound, kUsed}},
-    // A link that the part lists twice is found twice.
+    // A link listed twice in the part is found twice.
     {"SameLinkTwiceInPart",
      4,
      33,
      true,
      {"2 link(s) found in part KORASS", "1 link(s) found in effectivity usage", kLinkFound,
       kLinkFound, kUsed}},
-    // Links with equal values are still others.
+    // Links with equal values are still different links.
     {"LinksOfOthers",
      1,
      35,
@@ -327,7 +327,7 @@ TEST(IsUsedByPart, TellsTheFirstOfSeveralReasons) {
         unsigned long effectivity;
         const char* reason;
     } cases[] = {
-        // Neither configured nor linked, with an effectivity of nothing.
+        // Neither configured nor linked, with an effectivity without usage.
         {7, 31, "Part not configurated !"},
         {7, 32, "Part not configurated !"},
         {8, 31, "Part not configurated !"},
@@ -447,7 +447,7 @@ TEST(IsPartConfigurated, ComparesADesignThatIsSetWhateverItIs) {
 TEST(IsPartConfigurated, CountsItemsOfSubtypes) {
     const TestModel model(kOddLinks, "#1=PART((),$);#2=SPECIAL_ITEM(#1);#3=PART((),#1);");
     EXPECT_TRUE(IsTrue(IsPartConfigurated(model[1])));
-    // Only a configuration_item configures: #3 has a design, too, but is none.
+    // Only a configuration_item configures a part: #3 has a design, too, but is not one.
     EXPECT_TRUE(IsFalse(IsPartConfigurated(model[3])));
     const TestModel none(kOddLinks, "#1=PART((),$);#3=PART((),#1);");
     EXPECT_TRUE(IsFalse(IsPartConfigurated(none[1])));

@@ -18,7 +18,7 @@ const char* const kLabel = "SdaiPrimitiveH GetExternalName ->";
 // Results must not depend on the trace: every table runs with it off and on.
 const int kTraceLevels[] = {0, 12};
 
-// #1x have an identifier of their own or lack it; #2x are sources.
+// #1x have an identifier of their own or have none; #2x are sources.
 const TestModel& Names() {
     static const TestModel model("AUTOMOTIVE_DESIGN", R"(
 #11=APPLIED_EXTERNAL_IDENTIFICATION_ASSIGNMENT('own.pdf',$,$,());
@@ -43,7 +43,7 @@ const TestModel& Names() {
 // A handle on an instance of the model; unset for 0.
 SdaiPrimitiveH At(unsigned long id) { return id != 0 ? Names()[id] : SdaiPrimitiveH(); }
 
-// The external name of an instance with that identifier.
+// The external name of an instance with this identifier.
 std::string NameOf(const std::string& identifier) {
     const TestModel model("AUTOMOTIVE_DESIGN",
                           "#1=APPLIED_EXTERNAL_IDENTIFICATION_ASSIGNMENT('',$,$,());");
@@ -77,7 +77,7 @@ TEST(GetExternalName, IsTheAssignedIdentifierOrElseThatOfTheSource) {
         {13, 0, "", "no source"},
         {15, 21, "Left Door", "its own identifier names a model file"},
         {13, 23, "Right Door", "the source's identifier does"},
-        // The source is not asked for an instance that is not there.
+        // If the instance is missing, the source is not used.
         {0, 21, "", "no instance"},
         {0, 23, "", "no instance"},
         {0, 0, "", "neither"},
@@ -109,7 +109,7 @@ TEST(GetExternalName, GivesAModelFileInDatabaseForm) {
         {"a.model.model", "a.model"},
         {"\xB1.model", " "},
         {"..model", "."},
-        // Seven characters are needed.
+        // At least seven characters are required.
         {".model", ".model"},
         {"xmodel", "xmodel"},
         {"model", "model"},

@@ -1,5 +1,5 @@
-// The traces of functions that call others, whole: every line in its order, and the lines of the
-// calls where they belong.
+// The complete traces of functions that call others: every line in order, with the lines of nested
+// calls in their places.
 
 #include <gmock/gmock.h>
 
@@ -17,7 +17,7 @@ using Entries = std::vector<TraceEntry>;
 
 const SdaiPrimitiveH kMissing;
 
-// Traces a call and compares the whole.
+// Traces a call and compares the complete trace.
 template <class Function>
 void ExpectTrace(Function call, const TraceEntry& expected) {
     const TraceCapture trace;
@@ -31,7 +31,7 @@ TraceEntry Compared(const std::string& type1, const std::string& type2, bool sam
                             same ? "IsSame0 retourne sdaiLTRUE" : "IsSame0 retourne sdaiLFALSE"});
 }
 
-// IsSame0 with an argument that is not there.
+// IsSame0 with a missing argument.
 TraceEntry ComparedWithNothing() { return Call("IsSame0", {"IsSame0 retourne sdaiLFALSE"}); }
 
 TraceEntry GetInstOf(const std::string& type, const std::string& attribute) {
@@ -44,7 +44,8 @@ TraceEntry GetInstOf(const std::string& type, const std::string& attribute) {
 
 namespace {
 
-// #1 to #4 are identified; #11 to #13 are sources; #21 to #26 lead to document files or elsewhere.
+// #1 to #4 have identifiers; #11 to #13 are sources; #21 to #26 lead to document files or
+// elsewhere.
 const TestModel& Names() {
     static const TestModel model("AUTOMOTIVE_DESIGN", R"(
         #1=APPLIED_EXTERNAL_IDENTIFICATION_ASSIGNMENT($,$,$,());
@@ -95,7 +96,8 @@ TEST(NestedTrace, GetExternalNameReadsNoSourceForAnIdentifierOfItsOwn) {
 }
 
 TEST(NestedTrace, GetExternalNameConvertsFromSevenCharactersOn) {
-    // What six would give is empty, and would not become the name: only the trace tells.
+    // Six characters would convert to an empty name, which would not be used: only the trace shows
+    // it.
     ExpectTrace([] { GetExternalName(Names()[2], kMissing); },
                 Call("GetExternalName", {" -> nom de fichier retourne :.model"}));
     ExpectTrace([] { GetExternalName(Names()[3], kMissing); },
@@ -118,7 +120,7 @@ TEST(NestedTrace, GetRepFromPropertyReadsTwoDefinitionsAndWritesNothingItself) {
         [] { GetRepFromProperty(Names()[25]); },
         Call("GetRepFromProperty", {GetInstOf("PROPERTY_DEFINITION_REPRESENTATION", "DEFINITION"),
                                     GetInstOf("PROPERTY_DEFINITION", "DEFINITION")}));
-    // The way ends at what is no property definition.
+    // The path ends at an instance that is not a property definition.
     ExpectTrace([] { GetRepFromProperty(Names()[26]); },
                 Call("GetRepFromProperty",
                      {GetInstOf("PROPERTY_DEFINITION_REPRESENTATION", "DEFINITION")}));
@@ -153,7 +155,7 @@ TEST(NestedTrace, ORX_GetModelId_ExpMakesAnIdentifierForATypeWithoutNumberAfterR
         #2=MODEL_OBJECT('Wheel','3D',7,'A','','V5 R19');)");
     const TraceCapture trace;
     ORX_GetModelId_Exp(model[1]);
-    // The identifier is another one each time.
+    // The identifier differs each time.
     std::vector<std::string> lines = trace.Lines();
     ASSERT_GT(lines.size(), 4U);
     const std::string value = "      SdaiPrimitiveH GetUniqId -> valeur rendue = ";
@@ -168,7 +170,7 @@ TEST(NestedTrace, ORX_GetModelId_ExpMakesAnIdentifierForATypeWithoutNumberAfterR
                      "ORX_GetModelId en mode EXPORT de donnees retourne: "
                      ">EMPTY\xB1VALUE_ORXExchangedRep2_EMPTY VALUE<"}))));
 
-    // A type that has the number is asked for it, and no identifier is made.
+    // If the type has the number, it is read, and no identifier is created.
     ExpectTrace(
         [&] { ORX_GetModelId_Exp(model[2]); },
         Call("ORX_GetModelId_Exp",
@@ -253,8 +255,8 @@ TEST(NestedTrace, DecodeNARVOV5TestsTheKeyAndDecodesWhatFollowsTheMarker) {
 
 namespace {
 
-// Part #1 is the design of item #23 and applied by handler #33; before these stand an item and a
-// handler of nothing, and of document #2. The last ones are of #1, too.
+// Part #1 is the design of item #23 and applied by handler #33. Before these come an item and
+// a handler of nothing, and of document #2. The last ones are of #1, too.
 constexpr char kConfigurations[] = R"(
     #1=PART_OBJECT('P1',$,$,$,$,(#11,#12),$,$,$,$);
     #2=CDM_DOCUMENT('T','N','O','F');
@@ -278,7 +280,7 @@ const TestModel& Configurations() {
     return model;
 }
 
-// The lines of a walk to the third, which refers to the part.
+// The lines of a search up to the third instance, which refers to the part.
 Entries WalkToThePart() {
     return {"NO design on the current configuration_item",
             Compared("part_object", "CDM_DOCUMENT", false),
@@ -356,7 +358,7 @@ TEST(NestedTrace, ORXIdEffComparesThePartWithEachDesignUpToItsOwn) {
         Call("ORXIdEff",
              Joined(Joined(begin, WalkToThePart()),
                     {">> la valeur retournee est : S0003ORXS0002C3S0016date_effectivity <<"})));
-    // The last item stands for a part that is no design.
+    // The last item is used for a part that is not a design.
     ExpectTrace(
         [] { ORXIdEff(Configurations()[3], Configurations()[42]); },
         Call("ORXIdEff",
@@ -374,7 +376,7 @@ TEST(NestedTrace, ORXIdCfgComparesTheDesignWithWhatEachHandlerAppliesToUpToItsOw
         [] { ORXIdCfg(Configurations()[24]); },
         Call("ORXIdCfg", Joined(Joined(begin, WalkToThePart()),
                                 {">> la valeur retournee est : S0003ORXS0002C4S0002H3 <<"})));
-    // The design comes first in a comparison: here it is the document.
+    // The design is the first argument of a comparison: here it is the document.
     ExpectTrace([] { ORXIdCfg(Configurations()[22]); },
                 Call("ORXIdCfg",
                      Joined(begin, {"NO design on the current configuration_item",
@@ -416,7 +418,7 @@ TEST(NestedTrace, GetStartDateAndGetEndDateBuildTheDateAfterTheirOwnLine) {
                     Call("GetEndDate", {exist, DateBuilt("12312099235959",
                                                          {"2099", "12", "31", "23", "59", "59"})}));
     }
-    // Whatever has no start gets a date of zeros.
+    // An effectivity without a start gets a date of zeros.
     ExpectTrace([&] { GetStartDate(Configurations()[43], target[1]); },
                 Call("GetStartDate", {exist, DateBuilt("", {"0", "0", "0", "0", "0", "0"})}));
     for (const SdaiPrimitiveH& anchor : {SdaiPrimitiveH(), target[1]}) {
@@ -485,8 +487,8 @@ TEST(NestedTrace, QuantifyRefComparesEveryComponentWithTheLeaf) {
 namespace {
 
 // The component #2 in the parent #1, by the link #3. The placement #20 of the parent's shape #8
-// turns x to y, y to z and z to x; #30 of the component's shape #10 is turned by nothing.
-// Among the items of both shapes, a direction stands first.
+// takes x to y, y to z and z to x; #30 of the component's shape #10 has no rotation. The first item
+// of both shapes is a direction.
 constexpr char kLink[] = R"(
     #1=PRODUCT_DEFINITION('','',$,$);
     #2=PRODUCT_DEFINITION('','',$,$);
@@ -514,7 +516,7 @@ std::string Relationship(const std::string& rep1, const std::string& rep2) {
            "SHAPE_REPRESENTATION_RELATIONSHIP());";
 }
 
-// What comparing a member with a placement writes.
+// The trace of comparing an item with a placement.
 TraceEntry DirectionCompared() { return Compared("DIRECTION", "AXIS2_PLACEMENT_3D", false); }
 TraceEntry PlacementCompared(bool same) {
     return Compared("AXIS2_PLACEMENT_3D", "AXIS2_PLACEMENT_3D", same);
@@ -548,12 +550,12 @@ Entries Composed(const char* wiring, const Entries& translation, const Entries& 
     return Joined(lines, {"...CALCUL POSITIONNEMENT FINI"});
 }
 
-// As it stands: the turn of #20, and its origin seen from that of #30.
+// Not crossed: the rotation of #20, and its origin relative to that of #30.
 Entries NotCrossed() {
     return Composed("... Cablage NON croise", {"t_1 = 3", "t_2 = 4", "t_3 = 5"},
                     {"0  1  0", "0  0  1", "1  0  0", "3  4  5"});
 }
-// The other way round: the turn back.
+// Crossed: the inverse rotation.
 Entries Crossed() {
     return Composed("... Cablage croise", {"t_1 = -3", "t_2 = -4", "t_3 = -5"},
                     {"0  0  1", "1  0  0", "0  1  0", "-3  -4  -5"});
@@ -567,7 +569,7 @@ TraceEntry Placement0(const Entries& lines) {
 
 class Placement0Trace : public testing::Test {
   protected:
-    // What GetPlacement1 or GetPlacement2 writes around GetPlacement0.
+    // The trace of GetPlacement1 or GetPlacement2 around GetPlacement0.
     static void Expect(const char* function, const std::string& rep1, const std::string& rep2,
                        const Entries& lines) {
         const TestModel model("AUTOMOTIVE_DESIGN", kLink + Relationship(rep1, rep2) + kPlacements);
@@ -635,7 +637,7 @@ const Entries kDefault{"Use of default placement",
                        "0  0  1",
                        "0  0  0"};
 
-// A shape definition representation on the walk.
+// A shape definition representation in the search.
 Entries Shape(int id, int productShape, const std::string& definition) {
     return {" - CurrShapeDefRep : #" + std::to_string(id) + "=SHAPE_DEFINITION_REPRESENTATION",
             " - CurrP_D_S : #" + std::to_string(productShape) + "=PRODUCT_DEFINITION_SHAPE",
@@ -678,7 +680,7 @@ void ExpectAbsPlacement(const std::string& data, std::initializer_list<Entries> 
 
 TEST(AbsPlacementTrace, NamesTheSchemaBeforeItWalksTheContexts) {
     testing::internal::CaptureStderr();
-    // The contexts of a product definition, of nothing, and of the link.
+    // The contexts of a product definition, of no instance, and of the link.
     ExpectAbsPlacement(
         "#71=CONTEXT_DEPENDENT_SHAPE_REPRESENTATION($,#4);"
         "#72=CONTEXT_DEPENDENT_SHAPE_REPRESENTATION($,$);" +
@@ -689,7 +691,7 @@ TEST(AbsPlacementTrace, NamesTheSchemaBeforeItWalksTheContexts) {
          kItemDefined,
          {"SHAPE_REPRESENTATION of the RELATED part NOT FOUND"},
          kDefault});
-    // The one message that goes past the trace.
+    // The only message that is printed without the trace.
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "SHAPE_REPRESENTATION of the RELATING part NOT FOUND\n");
     ExpectAbsPlacement("#71=CONTEXT_DEPENDENT_SHAPE_REPRESENTATION($,#4);",
@@ -707,7 +709,8 @@ TEST(AbsPlacementTrace, ComparesNoSideThatIsFound) {
     const Entries sameOrder{Compared("SHAPE_REPRESENTATION", "REPRESENTATION", false),
                             Compared("REPRESENTATION", "REPRESENTATION", true),
                             Compared("SHAPE_REPRESENTATION", "SHAPE_REPRESENTATION", true)};
-    // Relating, the link's own, relating again, related; what follows is not visited.
+    // The relating side, the link's own, the relating side again, the related side; the rest is not
+    // visited.
     ExpectAbsPlacement(
         "#7=SHAPE_DEFINITION_REPRESENTATION(#4,#8);"
         "#73=SHAPE_DEFINITION_REPRESENTATION(#6,$);"
@@ -728,7 +731,7 @@ TEST(AbsPlacementTrace, ComparesNoSideThatIsFound) {
          {DefinitionsCompared(true)},
          Wired("10=SHAPE_REPRESENTATION", "8=REPRESENTATION", sameOrder),
          PlacedByItems()});
-    // The link's own, related, related again, relating.
+    // The link's own, the related side, the related side again, the relating side.
     ExpectAbsPlacement(
         "#73=SHAPE_DEFINITION_REPRESENTATION(#6,$);"
         "#9=SHAPE_DEFINITION_REPRESENTATION(#5,#10);"
@@ -772,7 +775,7 @@ TEST(AbsPlacementTrace, ComparesTheRepresentationsOfTheRelationshipWithThoseOfTh
                               {Compared("REPRESENTATION", "REPRESENTATION", true),
                                Compared("SHAPE_REPRESENTATION", "SHAPE_REPRESENTATION", true)}),
                         PlacedByItems()});
-    // The second is another one: both ways are tried.
+    // The second is a different one: both ways are tried.
     ExpectAbsPlacement(
         kShapes + Relationship("#8", "#76") + "#76=PRESENTATION_VIEW('',(),$);" + kPlacements,
         {until,
@@ -782,7 +785,7 @@ TEST(AbsPlacementTrace, ComparesTheRepresentationsOfTheRelationshipWithThoseOfTh
                 Compared("PRESENTATION_VIEW", "REPRESENTATION", false),
                 "Cannot understand the STEP WILD WEB - 1"}),
          kDefault});
-    // The first is.
+    // The first is a different one.
     ExpectAbsPlacement(
         kShapes + Relationship("#76", "#8") + "#76=PRESENTATION_VIEW('',(),$);" + kPlacements,
         {until,
@@ -819,8 +822,8 @@ TEST(AbsPlacementTrace, TellsThatTheLinkIsMissing) {
 
 namespace {
 
-// The comparisons of the assembly, each with the lines that it writes up to its decision, of two
-// that are the same and of two that are not.
+// The comparisons of the assembly, each with the lines that it writes up to its decision, for two
+// equal and two different instances.
 class ComparisonTrace : public testing::Test {
   protected:
     using Function = SdaiPrimitiveH (*)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);

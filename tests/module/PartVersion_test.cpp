@@ -19,7 +19,7 @@ const char* const kLabel = "SdaiPrimitiveH ReadPartVersion ->";
 // Results must not depend on the trace: every table runs with it off and on.
 const int kTraceLevels[] = {0, 12};
 
-// The starting value is the process's: each test begins and ends with the usual one.
+// The starting value is global: each test begins and ends with the usual one.
 class ReadPartVersionTest : public testing::Test {
   protected:
     ReadPartVersionTest() { KORDMNarvo::SetRevVerStartValue("A"); }

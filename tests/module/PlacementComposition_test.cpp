@@ -49,14 +49,14 @@ Reals Numbers(const std::string& text) {
     return numbers;
 }
 
-// A placement as the data give it: coordinate lists "(x,y,z)", "" for one that is not set.
+// A placement as in the data: coordinate lists "(x,y,z)", "" if unset.
 struct Frame {
     std::string location;
     std::string axis;
     std::string refDirection;
 };
 
-// The AXIS2_PLACEMENT_3D with that number; its parts take the three numbers that follow.
+// The AXIS2_PLACEMENT_3D with this number; its components have the next three numbers.
 std::string Instances(unsigned long id, const Frame& frame) {
     const std::pair<const char*, const std::string&> parts[] = {{"CARTESIAN_POINT", frame.location},
                                                                 {"DIRECTION", frame.axis},
@@ -101,14 +101,13 @@ Reals Compose(const SdaiPrimitiveH& daughter, const SdaiPrimitiveH& mother) {
 const Frame kOrigin{"(0.,0.,0.)", "(0.,0.,1.)", "(1.,0.,0.)"};
 // A quarter turn about z: x along y, y along -x.
 const Frame kTurned{"(1.,2.,3.)", "(0.,0.,1.)", "(0.,1.,0.)"};
-// Its axis along x, its x along y; so its y, the cross product of the two, along z.
+// The axis along x, x along y; so y, the cross product of the two, along z.
 const Frame kCyclic{"(4.,6.,8.)", "(1.,0.,0.)", "(0.,1.,0.)"};
 
 // The daughter kTurned in the mother kCyclic. kTurned takes x to y and y to -x, its inverse x to -y
-// and y to x; kCyclic takes x to y, y to z and z to x. One after the other: x to -z, y to y, z to
-// x.
+// and y to x; kCyclic takes x to y, y to z and z to x. Combined: x to -z, y to y, z to x.
 const Reals kTurnedInCyclic{0, 0, -1, 0, 1, 0, 1, 0, 0, 3, 4, 5};
-// The other way round: the transpose, and the translation with the other sign.
+// The inverse: the transpose, and the negated translation.
 const Reals kCyclicInTurned{0, 0, 1, 0, 1, 0, -1, 0, 0, -3, -4, -5};
 
 }  // namespace
@@ -138,7 +137,7 @@ const Composition kCompositions[] = {
     {"IdenticalFrames", kCyclic, kCyclic, {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}},
     {"TwoTurnedFrames", kTurned, kCyclic, kTurnedInCyclic},
     {"TwoTurnedFramesTheOtherWayRound", kCyclic, kTurned, kCyclicInTurned},
-    // The mother's frame itself; the translation is not turned with it.
+    // The mother's frame itself; the translation is not rotated.
     {"TurnedMother",
      {"(4.,6.,8.)", "(0.,0.,1.)", "(1.,0.,0.)"},
      kTurned,
@@ -156,8 +155,8 @@ const Composition kCompositions[] = {
      kOrigin,
      {"(0.,0.,0.)", "(0.,3.,4.)", "(1.,0.,0.)"},
      {1, 0, 0, 0, .8, -.6, 0, .6, .8, 0, 0, 0}},
-    // Of the reference direction the part along the axis counts for nothing: (5,3,4) is (5,0,0)
-    // beside (0,3,4).
+    // The component of the reference direction along the axis does not count: with (0,3,4), (5,3,4)
+    // is equivalent to (5,0,0).
     {"ObliqueReferenceDirection",
      kOrigin,
      {"(0.,0.,0.)", "(0.,3.,4.)", "(5.,3.,4.)"},
@@ -170,13 +169,13 @@ const Composition kCompositions[] = {
      {"(0.,0.,0.)", "(0.,0.,1.)", "(1.,0.,1.)"},
      kOrigin,
      {1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}},
-    // Only where a direction points counts, not how long it is.
+    // Only the direction of a vector counts, not its length.
     {"LongAndShortDirections",
      {"(0.,0.,0.)", "(0.,0.,1.E6)", "(0.,1.E-6,0.)"},
      {"(3.,4.,5.)", "(1.E-6,0.,0.)", "(0.,2.,0.)"},
      kTurnedInCyclic},
-    // What is not set is the axis z, the reference direction x (y where the axis lies along x) and
-    // the origin.
+    // The defaults are the axis z, the reference direction x (y if the axis is along x) and the
+    // origin.
     {"NothingSet",
      {"(1.,2.,3.)", "(0.,0.,1.)", "(1.,0.,0.)"},
      {},
@@ -276,7 +275,7 @@ TEST(ComputeABSPlacement, TellsItsStepsInTheTrace) {
 
     ASSERT_THAT(messages, SizeIs(Gt(2U)));
     EXPECT_EQ(messages[0], "Creation de la matrice fille");
-    // The nine values stand in three lines after the heading.
+    // The nine values are in three lines after the heading.
     const std::string heading = "RelatedAxisMatrix:";
     ASSERT_THAT(messages[1], StartsWith(heading));
     const auto mother = std::find(messages.begin(), messages.end(), "Creation de la matrice mere");
@@ -357,7 +356,7 @@ TEST_P(DegenerateFrame, FillsTheListOfGetPlacement1) {
     EXPECT_THAT(list.Values(), Contains(kIsNotFinite));
 }
 
-// ---- What holds for any frames
+// ---- Properties of all frames
 
 namespace {
 
@@ -423,7 +422,7 @@ class RandomFrames : public testing::Test {
   private:
     static double Square(const Reals& vector) { return Dot(vector, vector); }
 
-    // Directions at less than some six degrees, between which rounding errors grow.
+    // Directions at an angle of less than about six degrees, where rounding errors grow.
     static bool AreNearlyParallel(const Reals& a, const Reals& b) {
         return Square(CrossProduct(a, b)) < .01 * Square(a) * Square(b);
     }
@@ -463,8 +462,8 @@ TEST_F(RandomFrames, GiveRotations) {
     }
 }
 
-// The axis is the third column, and the reference direction lies in the plane of the first and the
-// third, on the side of the first: that leaves no choice for a rotation.
+// The axis is the third column, and the reference direction is in the plane of the first and the
+// third, on the side of the first: this determines the rotation.
 TEST_F(RandomFrames, GiveThemselvesSeenFromTheOrigin) {
     for (std::size_t i = 0; i < kCount; ++i) {
         const Reals placement = Compose(Origin(), Placement(i));
@@ -518,7 +517,7 @@ TEST_F(RandomFrames, ComposeAlongAChain) {
 
 namespace {
 
-// T1 is #10 (kTurned), T2 is #20 (kCyclic); #30 and #40 are look-alikes of T1 and T2. The context
+// T1 is #10 (kTurned), T2 is #20 (kCyclic); #30 and #40 have the values of T1 and T2. The context
 // is #5.
 std::string Wiring(const std::string& rep1Items, const std::string& rep2Items) {
     return Instances(10, kTurned) + Instances(20, kCyclic) + Instances(30, kTurned) +
@@ -556,13 +555,13 @@ const WiringCase kWirings[] = {
     {"T1LastInRep1", "REP_1", "#30,#40,#10", "#20", Outcome::Straight, 3},
     {"T1FirstInRep1", "REP_1", "#10,#30,#40", "#20", Outcome::Straight, 1},
     {"BothInRep1", "REP_1", "#20,#10", "#40", Outcome::Straight, 2},
-    // Nobody looks for T2 in REP_1.
+    // T2 is not searched for in REP_1.
     {"T2InRep1", "REP_1", "#20", "#10", Outcome::None, 1},
     {"NeitherInRep1", "REP_1", "#30,#40", "#10,#20", Outcome::None, 2},
     {"NothingInRep1", "REP_1", "", "#10,#20", Outcome::None, 0},
     {"T2InRep2", "REP_2", "#10", "#20", Outcome::Straight, 1},
     {"T2LastInRep2", "REP_2", "#10", "#30,#40,#20", Outcome::Straight, 3},
-    // T2 is sought to the end before T1.
+    // The search for T2 is completed before the search for T1.
     {"T1BeforeT2InRep2", "REP_2", "#10", "#10,#20", Outcome::Straight, 2},
     {"T1InRep2", "REP_2", "#20", "#10", Outcome::Crossed, 2},
     {"T1AmongOthersInRep2", "REP_2", "#20", "#30,#10,#40", Outcome::Crossed, 5},
@@ -679,7 +678,7 @@ TEST(GetPlacement0, TellsItsStepsInTheTrace) {
     GetPlacement0(model[5], "REP_1", list);
     const auto messages = trace.Messages(kLabel0);
 
-    // In this order; values of matrices and of the list may stand between them.
+    // In this order; values of matrices and of the list may come between them.
     const testing::Matcher<std::string> expected[] = {
         kBegin,
         "Recuperation des placements",
@@ -720,7 +719,7 @@ TEST(GetPlacement0, TellsItsStepsInTheTrace) {
         ++message;
     }
     EXPECT_EQ(message, messages.end()) << "the last line closes the calculation";
-    // The list stands in four lines of its own, right before the last.
+    // The list is in four lines, just before the last.
     ASSERT_THAT(messages, SizeIs(Ge(6U)));
     EXPECT_EQ(messages[messages.size() - 6], "Positionnement calcule:");
 }
@@ -795,7 +794,7 @@ TEST(GetPlacement0, LeavesTheListForARoleThatIsNone) {
     }
 }
 
-// A cartesian operator has no transformation items that could be found.
+// A cartesian operator has no transformation items.
 TEST(GetPlacement0, LeavesTheListForACartesianOperator) {
     const TestModel model("AUTOMOTIVE_DESIGN", Instances(10, kTurned) + R"(
         #1=CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,#11,$,$);

@@ -1,4 +1,4 @@
-// The functions with the types of C++, and aggregates as ranges.
+// The functions with C++ types, and aggregates as ranges.
 
 #include "ORXFunctions.h"
 
@@ -49,7 +49,7 @@ TEST(TypedFunctions, GiveWhatTheFunctionsGive) {
     EXPECT_EQ(orx::Minus(1.5), -1.5);
     EXPECT_EQ(orx::IsEncodedKey("S0002ABI000212S0000"), sdaiLTRUE);
     EXPECT_EQ(orx::IsEncodedKey("no key"), sdaiLFALSE);
-    // A link that is none is placed where it stands.
+    // Without a link, the placement is the identity.
     EXPECT_EQ(orx::GetAbsPlacement(nullptr),
               (std::array<double, 12>{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}));
     EXPECT_EQ(orx::IsFree(InstanceAt(20), "DESCRIPTION"), sdaiLTRUE);

@@ -21,7 +21,7 @@ const char* const kDecodeLabel = "SdaiPrimitiveH DecodeNARVOV5 ->";
 // Results must not depend on the trace: every table runs with it off and on.
 const int kTraceLevels[] = {0, 12};
 
-// One document of each table, and some that lack values.
+// One document of each table, and some with missing values.
 const TestModel& Documents() {
     static const TestModel model("cdma", R"(
 #1=CDM_DOCUMENT('3D','left door','a note','KOR');
@@ -190,7 +190,7 @@ TEST(DecodeNARVOV5, IsUnsetForAPlaceThatCannotBe) {
     const SdaiPrimitiveH key = "_ORX_S0002AB"_h;
     EXPECT_TRUE(IsUnset(DecodeNARVOV5(key, 0_h)));
     EXPECT_TRUE(IsUnset(DecodeNARVOV5(key, Handle(-1L))));
-    // A text is no place.
+    // A text is not a position.
     EXPECT_TRUE(IsUnset(DecodeNARVOV5(key, "S_NAME"_h)));
 }
 

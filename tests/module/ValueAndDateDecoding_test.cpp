@@ -1,4 +1,4 @@
-// Ranges and dates of STEP in database form.
+// STEP ranges and dates in database form.
 
 #include <gmock/gmock.h>
 
@@ -90,7 +90,7 @@ constexpr char kIncompleteTime[] = " -> TIME_COMPONENT is incomplete ";
 constexpr char kNoMinute[] = "Mi. unset : OK ";
 constexpr char kNoSecond[] = "S. unset : OK ";
 
-// An effectivity, #1, whose start is a select of DATE_AND_TIME #2, made of date #3 and time #4.
+// An effectivity, #1, whose start is a select with DATE_AND_TIME #2, made of date #3 and time #4.
 TestModel Dated(const std::string& date, const std::string& time) {
     return TestModel("AUTOMOTIVE_DESIGN",
                      "#1=DATED_EFFECTIVITY('E',$,#2);#2=DATE_AND_TIME(#3,#4);#3=" + date +
@@ -99,7 +99,7 @@ TestModel Dated(const std::string& date, const std::string& time) {
 
 SdaiPrimitiveH Start(const TestModel& model) { return model[1].GetAttr("EFFECTIVITY_START_DATE"); }
 
-// Checks the string and what is traced after the lines on the select itself.
+// Checks the string and the messages after those about the select.
 void ExpectDate(const SdaiPrimitiveH& select, const std::string& text,
                 const std::vector<std::string>& messages) {
     EXPECT_EQ(TextIn(GetDate(select)), text);
@@ -120,11 +120,11 @@ TEST(GetDate, WritesTheMonthFirst) {
         {"CALENDAR_DATE(2099,31,12)", "LOCAL_TIME(23,59,59.,#5)", "12312099235959"},
         {"CALENDAR_DATE(0,0,0)", "LOCAL_TIME(0,0,0.,#5)", "00000000000000"},
         {"CALENDAR_DATE(33,1,2)", "LOCAL_TIME(3,4,5.,#5)", "02010033030405"},
-        // Nothing is checked; what needs more digits takes more.
+        // Nothing is checked; larger values have more digits.
         {"CALENDAR_DATE(12345,45,13)", "LOCAL_TIME(99,88,77.,#5)", "134512345998877"},
         {"CALENDAR_DATE(-44,3,15)", "LOCAL_TIME(1,2,3.,#5)", "1503-044010203"},
         {"CALENDAR_DATE(2001,-7,123)", "LOCAL_TIME(100,-5,3.,#5)", "123-72001100-503"},
-        // A second is written as a real of up to six digits.
+        // The second is written as a real with up to six digits.
         {"CALENDAR_DATE(2001,7,3)", "LOCAL_TIME(8,5,12.5,#5)",
          "030720010805"
          "12.5"},
@@ -181,7 +181,7 @@ TEST(GetDate, IsOpenForAnIncompleteDate) {
         {"CALENDAR_DATE($,7,3)", {"Mo. OK", "D. OK"}},
         {"CALENDAR_DATE($,$,3)", {"Mo. OK"}},
         {"CALENDAR_DATE($,$,$)", {}},
-        // A date without a calendar has no month or no day.
+        // A DATE has neither month nor day.
         {"DATE(2001)", {"Y. OK"}},
         {"LOCAL_TIME(8,5,9.,#5)", {}},
     };
@@ -297,7 +297,7 @@ TEST(GetDate, GivesBackWhatTheExportBuilt) {
         EXPECT_EQ(TextIn(GetDate(GetStartDate(database[1], step[1]))), date);
         EXPECT_EQ(TextIn(GetDate(GetEndDate(database[1], step[1]))), date);
     }
-    // An open end comes back as the open date.
+    // An open end is restored as the open date.
     effectivity->PutAttr("end_date", SdaiPrimitiveH());
     EXPECT_EQ(TextIn(GetDate(GetEndDate(database[1], step[1]))), kOpenDate);
 }

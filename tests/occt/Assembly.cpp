@@ -1,9 +1,9 @@
-// Reads a STEP file by an independent toolkit and prints what it makes of the assembly structure, a
-// line for each occurrence below the roots:
+// Reads a STEP file with an independent toolkit and prints its assembly structure, one line for
+// each occurrence below the roots:
 //
 //     parent<TAB>component<TAB>occurrence<TAB>twelve numbers: rotation by columns, translation
 //
-// and first a line "unit<TAB>N", how many millimetres the unit of length of the file is.
+// The first line is "unit<TAB>N", the length unit of the file in millimetres.
 
 #include <BRep_Builder.hxx>
 #include <STEPCAFControl_Reader.hxx>
@@ -26,7 +26,7 @@ namespace {
 std::string NameOf(const TDF_Label& label) {
     Handle(TDataStd_Name) name;
     if (!label.FindAttribute(TDataStd_Name::GetID(), name)) return "";
-    // Without a character to replace those beyond ASCII by, the text is UTF-8.
+    // Without a replacement for characters beyond ASCII, the text is UTF-8.
     std::string text = TCollection_AsciiString(name->Get(), '\0').ToCString();
     for (char& c : text) {
         if (c == '\n' || c == '\t') c = ' ';

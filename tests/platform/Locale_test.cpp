@@ -48,7 +48,7 @@ Real ReadReal(std::string_view text) {
     return {status, number};
 }
 
-// Sets a locale whose decimal point is a comma, while it lives.
+// Sets a locale with a decimal comma, while it exists.
 class CommaLocale {
   public:
     CommaLocale() {
@@ -115,7 +115,7 @@ TEST(NumToString, WritesTheDecimalsThatAreAskedFor) {
     EXPECT_EQ(Written(3.14159, 6, 2), "3.14");
     EXPECT_EQ(Written(-1.5, 6, 1), "-1.5");
     EXPECT_EQ(Written(0.001, 6, 4), "0.0010");
-    // The digits before the point are a promise of the caller's, not a limit.
+    // The caller promises the number of digits before the point; it is not a limit.
     EXPECT_EQ(Written(1234567.0, 6, 0), "1234567");
     EXPECT_EQ(Written(12.0, 1, 1), "12.0");
     EXPECT_EQ(Written(1e22, 6, 0), "10000000000000000000000");

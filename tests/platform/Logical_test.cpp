@@ -13,7 +13,7 @@ const SdaiLogical T = sdaiLTRUE;
 const SdaiLogical F = sdaiLFALSE;
 const SdaiLogical U;
 
-// Tells values apart without the operators under test.
+// Distinguishes values without the operators under test.
 std::string Name(SdaiLogical value) {
     std::ostringstream stream;
     stream << value;

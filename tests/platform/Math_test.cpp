@@ -36,7 +36,7 @@ TEST(Vector, HasTheEuclideanLength) {
     EXPECT_DOUBLE_EQ(KORMathVector(3, 4, 0).Norm(), 5.0);
     EXPECT_DOUBLE_EQ(KORMathVector(-2, 3, -6).Norm(), 7.0);
     EXPECT_DOUBLE_EQ(KORMathVector(0, 0, -1).Norm(), 1.0);
-    // Neither too large nor too small on the way.
+    // The intermediate results must neither overflow nor underflow.
     EXPECT_DOUBLE_EQ(KORMathVector(2e200, 3e200, 6e200).Norm(), 7e200);
     EXPECT_DOUBLE_EQ(KORMathVector(-2e-200, 3e-200, 6e-200).Norm(), 7e-200);
 }

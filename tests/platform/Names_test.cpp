@@ -1,4 +1,4 @@
-// Names of the dictionary that are constants of the source, and names of models and documents.
+// Names in the dictionary as constants of the source, and names of models and documents.
 
 #include <gtest/gtest.h>
 
@@ -77,7 +77,7 @@ TEST(NameHash, IsTheSameAtCompileTimeAndAtRunTime) {
     EXPECT_EQ("seventeen_sevente"_name.hash, SdaiNameHash(std::string("SEVENTEEN_SEVENTE")));
     EXPECT_EQ("relating_product_definition"_name.hash,
               SdaiNameHash(std::string("RELATING_PRODUCT_DEFINITION")));
-    // Bytes beside the letters, and beyond ASCII.
+    // Bytes next to the letters, and beyond ASCII.
     EXPECT_EQ("@[`{\xE9\xC9\xFF\x80"_name.hash, SdaiNameHash(std::string("@[`{\xE9\xC9\xFF\x80")));
 }
 

@@ -82,7 +82,7 @@ TEST(Uuid, IsDifferentInEveryThread) {
     EXPECT_EQ(texts.size(), 4'000U);
 }
 
-// A generator whose state a child process takes over would give both the same identifier.
+// If a child process inherited the state of the generator, both would get the same identifier.
 TEST(Uuid, IsDifferentInAChildProcess) {
     TextOf(KORUuid());
     int ends[2];

@@ -19,14 +19,14 @@ using namespace std::string_view_literals;
 
 namespace {
 
-// The longest text that stands in the object itself, and the shortest that does not.
+// The longest text stored in the object itself, and the shortest stored elsewhere.
 constexpr std::string_view k15 = "123456789012345";
 constexpr std::string_view k16 = "1234567890123456";
 constexpr std::string_view kLong = "A text that is a good deal longer than sixteen characters.";
 
 KORUnicodeString Text(std::string_view text) { return KORUnicodeString(text); }
 
-// Where a test needs both layouts of a text.
+// For tests of both layouts of a text.
 const std::vector<std::string> kAllLayouts{"",
                                            "a",
                                            std::string(k15),
@@ -244,7 +244,7 @@ TEST(TextSubString, IsCutToTheText) {
         {2, 0, ""},
         {2, -1, ""},
         {0, INT_MIN, ""},
-        // A start below 0 counts as 0; the length stays.
+        // A start below 0 counts as 0; the length does not change.
         {-1, 3, "abc"},
         {INT_MIN, 2, "ab"},
         {INT_MIN, INT_MAX, "abcdef"},
@@ -293,12 +293,12 @@ TEST(TextSearch, FindsTheFirstOccurrenceAtOrAfterTheStart) {
         {"abcabc", "x", 0, -1},
         {"aaab", "aab", 0, 1},
         {"", "a", 0, -1},
-        // A position outside the text is cut to the text.
+        // A position outside the text is limited to it.
         {"abcabc", "abc", -5, 0},
         {"abcabc", "abc", INT_MIN, 0},
         {"abcabc", "c", 7, -1},
         {"abcabc", "c", INT_MAX, -1},
-        // An empty text is found at the start itself.
+        // An empty text is found at the start.
         {"abc", "", 0, 0},
         {"abc", "", 2, 2},
         {"abc", "", 3, 3},
@@ -341,7 +341,7 @@ TEST(TextStrip, TakesBlanksFromTheEndsThatTheModeNames) {
         {" \0 "sv, "\0 "sv, " \0"sv, "\0"sv},
         {"  a text of a longer kind  ", "a text of a longer kind  ", "  a text of a longer kind",
          "a text of a longer kind"},
-        // From the long layout to what would fit into the short one.
+        // From the long layout to a text that would fit into the short one.
         {"                   a", "a", "                   a", "a"},
     };
     for (const auto& [text, leading, trailing, both] : cases) {
@@ -575,7 +575,7 @@ TEST(TextCompare, TellsIdenticalTextsAndBeginnings) {
         {"a", "abc", 1},
         {k15, k16, 1},
         {"date_effectivity", "date_effectivity and more", 1},
-        // The shorter one must not be empty.
+        // The shorter text must not be empty.
         {"", "abc", 0},
         {"abc", "abd", 0},
         {"abc", "ABC", 0},
@@ -599,7 +599,7 @@ TEST(TextOperators, CompareWithAPointer) {
     EXPECT_FALSE(Text("abc") == "ab");
     EXPECT_FALSE(Text("abc") == "ABC");
     EXPECT_TRUE(KORUnicodeString() == "");
-    // What follows a NUL counts.
+    // Text after a NUL counts.
     EXPECT_FALSE(Text("ab\0c"sv) == "ab");
     EXPECT_TRUE(Text("ab\0c"sv) != "ab");
 }
@@ -764,7 +764,7 @@ TEST(SdaiStringTest, RemovesPositionsBothIncluded) {
         {"abcdef", UINT_MAX, UINT_MAX, "abcdef"},
         {"abcdef", 3, 2, "abcdef"},
         {"", 0, 0, ""},
-        // The way a trailing ".model" is taken off: from length - 6 to length.
+        // How a trailing ".model" is removed: from length - 6 to length.
         {"Door.model", 4, 10, "Door"},
         {".model", 0, 6, ""},
         {"A longer name of a door.model", 23, 29, "A longer name of a door"},

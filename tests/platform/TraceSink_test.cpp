@@ -1,4 +1,4 @@
-// KORPSNSink and KORPSNCapture: the trace, sent to a program.
+// KORPSNSink and KORPSNCapture: the trace as received by a program.
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-// KORPSNTrace: scopes, lines and what goes into the file.
+// KORPSNTrace: scopes, lines and the contents of the file.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -119,7 +119,7 @@ TEST(TraceFile, ThatCannotBeOpenedSwitchesTheTraceOff) {
 
 namespace {
 
-// A terminal that keeps what is written to it. Without a file where the machine has none.
+// A terminal that records what is written to it. It has no file if the machine has no terminals.
 class PseudoTerminal {
   public:
     PseudoTerminal() : main_(posix_openpt(O_RDWR | O_NOCTTY)) {
@@ -144,7 +144,7 @@ class PseudoTerminal {
     const std::string& File() const { return file_; }
     int Descriptor() const { return other_; }
 
-    // What was written, up to a text.
+    // The output up to a text.
     std::string Until(const std::string& end) const {
         std::string shown;
         char piece[256];

@@ -1,5 +1,5 @@
-// Databases that hold what they should not: told with table, key and column, and read as far as it
-// goes when that is asked for.
+// Databases with invalid contents: reported with table, key and column, and read as far as possible
+// on request.
 
 #include <gmock/gmock.h>
 
@@ -15,7 +15,7 @@ using testing::UnorderedElementsAre;
 
 class BadRows : public Relational {
   protected:
-    // The tables of a site that hold texts alone, so that anything can stand in them.
+    // Tables of a site that contain only texts, so that any value is possible.
     void SetUp() override {
         Relational::SetUp();
         if (IsSkipped()) return;
@@ -27,7 +27,7 @@ class BadRows : public Relational {
         At().Execute("INSERT INTO part_object VALUES ('1', 'a', '7', NULL)");
     }
     Lines Errors() const { return Open(Name()).errors; }
-    // What is left of a lenient reading.
+    // The result of a lenient reading.
     std::string Mended(Lines& warnings) const {
         const Opened opened = Open(Name(), {}, true);
         warnings = opened.warnings;

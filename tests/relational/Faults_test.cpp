@@ -1,5 +1,5 @@
-// What may go wrong while databases are used: afterwards all of a save is there or nothing of it,
-// there is a clear message, and no connection is left open.
+// Failures while databases are used: a save is then complete or has no effect, there is a clear
+// message, and no connection is left open.
 
 #include <gmock/gmock.h>
 #include <libpq-fe.h>
@@ -27,7 +27,7 @@ using testing::Not;
 using Clock = std::chrono::steady_clock;
 using std::chrono::microseconds;
 
-// A file of that many parts and links, with a text of its own in each.
+// A file of `count` parts and links, with `mark` in each.
 std::string PartsFile(const std::string& mark, int count) {
     std::string text =
         "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
@@ -41,7 +41,7 @@ std::string PartsFile(const std::string& mark, int count) {
     return text + "ENDSEC;\nEND-ISO-10303-21;\n";
 }
 
-// `orx copy`, which may be ended before it is done.
+// Runs `orx copy`, which may be killed before it ends.
 class Copying {
   public:
     Copying(const std::string& from, const std::string& to, std::size_t longestFile = 0) {
@@ -83,7 +83,7 @@ class Faults : public Relational {
             text_[*mark - 'A'] = Open(file_[*mark - 'A']).Text();
         }
     }
-    // Which of the two is there: A, B, or neither.
+    // The file whose contents are stored: A, B, or neither.
     std::string Stored() const {
         const std::string text = Open(Name()).Text();
         return text == text_[0] ? "A" : text == text_[1] ? "B" : "neither: " + text.substr(0, 2000);
@@ -103,7 +103,7 @@ TEST_P(Faults, AKilledSaveIsWholeOrNotThere) {
     std::uniform_int_distribution<long> delay(0, whole.count());
     int kept = 0;
     std::string before = "A";
-    // On a server, which does the writing, a few will do.
+    // On a server, which does the writing, fewer are enough.
     const int kills = At().IsSqlite() ? 100 : 15;
     for (int i = 0; i < kills; ++i) {
         const std::string next = before == "A" ? "B" : "A";
@@ -117,7 +117,7 @@ TEST_P(Faults, AKilledSaveIsWholeOrNotThere) {
         kept += after == before ? 1 : 0;
         before = after;
     }
-    // Most do not come to their end.
+    // Most are killed before they end.
     EXPECT_GT(kept, kills / 10);
 }
 
@@ -129,7 +129,7 @@ TEST_P(Faults, TwoSaversComeOneAfterTheOther) {
         EXPECT_TRUE(a.Wait() == 0 || b.Wait() == 0);
         ASSERT_THAT(Stored(), AnyOf("A", "B"));
     }
-    // Of two that have loaded the same, one writes.
+    // If two have loaded the same data, only one can write.
     const Opened first = Open(Name());
     const Opened second = Open(Name());
     for (const Opened* each : {&first, &second}) {
@@ -147,7 +147,7 @@ TEST_P(Faults, TwoSaversMakeTheTablesOnce) {
     EXPECT_THAT(Stored(), AnyOf("A", "B"));
 }
 
-// A row that refers to nothing, put there by another: the database refuses it, or loading does.
+// A dangling reference, inserted by another program: the database rejects it, or loading does.
 TEST_P(Faults, ReferencesToNothingAreTold) {
     ASSERT_EQ(Copying(file_[0], Name()).Wait(), 0);
     const std::string bad = "INSERT INTO part_link (instance, id, ref) VALUES (9999, 'x', 8888)";
@@ -188,7 +188,7 @@ TEST(Sqlite, StaysAsItIsWhenTheFileMayNotGrow) {
     ASSERT_EQ(Copying(small, name).Wait(), 0);
     EXPECT_EQ(WEXITSTATUS(Copying(large, name, 150'000).Wait()), 2);
     EXPECT_EQ(Open(name).Text(), Open(small).Text());
-    // One that is new goes again.
+    // A new file is removed again.
     EXPECT_EQ(WEXITSTATUS(Copying(large, "sqlite:" + files / "y.db", 150'000).Wait()), 2);
     EXPECT_THAT(RunOrx({"describe", "sqlite:" + files / "y.db"}).err,
                 HasSubstr("unable to open database file"));
@@ -240,7 +240,7 @@ TEST_F(Postgresql, AServerThatStopsLeavesASaveWholeOrNotThere) {
     EXPECT_LT(whole, 4);
 }
 
-// A disk of a few megabytes, for the server's user; goes with the object.
+// A disk of a few megabytes, for the server's user; unmounted with the object.
 class SmallDisk {
   public:
     SmallDisk() : place_(folder_ / "disk") {
@@ -289,7 +289,7 @@ TEST_F(Postgresql, AFullDiskLeavesWhatWasThere) {
     EXPECT_EQ(result.status, 2);
     EXPECT_THAT(result.err, HasSubstr("No space left on device"));
     EXPECT_EQ(Open(name).Text(), Open(small).Text());
-    // What it has room for goes on being saved.
+    // What fits is still saved.
     const exchange::DataSet stored = Open(name).dataSet;
     kor::Instance::Of(*stored.model->Find(2)).PutAttr(SdaiString("S_DESC"), SdaiString("x"));
     EXPECT_THAT(Save(stored, name), IsEmpty());
@@ -316,7 +316,7 @@ TEST_F(Postgresql, NoConnectionIsLeftOpen) {
     EXPECT_THAT(others, ElementsAre("0"));
 }
 
-// What cannot be written to the server's own files is told.
+// Errors of the server are reported.
 TEST_F(Postgresql, TellsWhatTheServerRefuses) {
     const std::unique_ptr<Place> place = NewPlace("postgresql");
     const std::string name = place->Name();
@@ -360,7 +360,7 @@ TEST_F(Postgresql, KeepsPasswordsToItself) {
     }
 }
 
-// ---- Answers after copies
+// ---- Results after copies
 
 TEST(Answers, StayTheSameAfterEachCopy) {
     struct Question {
@@ -408,7 +408,7 @@ TEST(Answers, StayTheSameAfterEachCopy) {
     }
 }
 
-// Every command takes a database where it takes a file.
+// Every command accepts a database in place of a file.
 TEST(Commands, TakeDatabases) {
     const std::unique_ptr<Place> place = NewPlace("sqlite");
     const std::string name = place->Name();
@@ -427,7 +427,7 @@ TEST(Commands, TakeDatabases) {
     }
     EXPECT_THAT(RunOrx({"describe", name}).out, HasSubstr("file " + name));
     EXPECT_THAT(RunOrx({"shell", "-m", name}, "#1.S_PART_NUMBER\n").out, HasSubstr("'TR-100'"));
-    // What a script changes goes where it came from, or elsewhere.
+    // Changes made by a script are saved to the same database, or elsewhere.
     EXPECT_EQ(RunOrx({"call", "-m", "db=" + name, "-o", "db=" + name,
                       "SET #1.S_DESC = 'Trolley, painted'"})
                   .err,
@@ -435,7 +435,7 @@ TEST(Commands, TakeDatabases) {
     EXPECT_THAT(place->Query("SELECT s_desc FROM part_object WHERE instance = 1"),
                 ElementsAre("Trolley, painted"));
     EXPECT_EQ(RunOrx({"diff", file, name}).status, 1);
-    // The tables can be made by hand.
+    // The tables can be created by hand.
     const std::unique_ptr<Place> own = NewPlace("sqlite");
     own->Execute(RunOrx({"schema", "cdma", "--sql", "sqlite"}).out);
     own->Execute("INSERT INTO part_object (instance, s_part_number) VALUES (5, 'own')");

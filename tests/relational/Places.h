@@ -1,4 +1,4 @@
-// Databases for tests: of each kind an empty one, and what is in it as plain SQL sees it.
+// Empty databases of each kind for tests, and access to their contents by plain SQL.
 
 #ifndef TESTS_RELATIONAL_PLACES_H
 #define TESTS_RELATIONAL_PLACES_H
@@ -13,12 +13,12 @@
 #include "Exchange.h"
 #include "Orx.h"
 
-// An empty database that goes with the object.
+// An empty database that is removed with the object.
 class Place {
   public:
     virtual ~Place() = default;
     virtual std::string Name() const = 0;
-    // Runs statements of SQL.
+    // Runs SQL statements.
     virtual void Execute(const std::string& sql) = 0;
     // The rows of a query: fields joined by "|", NULL for null.
     virtual std::vector<std::string> Query(const std::string& sql) = 0;
@@ -26,12 +26,12 @@ class Place {
     bool IsSqlite() const { return Name().starts_with("sqlite:"); }
 };
 
-// Of a kind ("sqlite", "postgresql"); null where that is not installed.
+// An empty database of a kind ("sqlite", "postgresql"); null if that is not installed.
 std::unique_ptr<Place> NewPlace(const std::string& kind);
 
 using Lines = std::vector<std::string>;
 
-// A data set, and what was said of it.
+// A data set, with the messages of its reading.
 struct Opened {
     exchange::DataSet dataSet;
     Lines errors;
@@ -45,10 +45,10 @@ struct Opened {
 
 Opened Open(const std::string& name, const exchange::SchemaCatalog& schemas = {},
             bool lenient = false);
-// What is wrong; empty when all went well.
+// Returns the errors; empty on success.
 Lines Save(const exchange::DataSet& dataSet, const std::string& name);
 
-// The data section of a model of a schema, as a data set.
+// A data set with a schema and a data section.
 exchange::DataSet DataSetOf(const std::string& schema, const std::string& data,
                             const exchange::SchemaCatalog& schemas = {});
 

@@ -59,7 +59,7 @@ class SqlitePlace final : public Place {
     TemporaryDirectory files_;
 };
 
-// A schema of its own on the server that the tests share.
+// A separate schema on the server that the tests share.
 class PostgresqlPlace final : public Place {
   public:
     PostgresqlPlace() {
@@ -103,7 +103,7 @@ class PostgresqlPlace final : public Place {
     std::string schema_;
 };
 
-// The server goes before the program does.
+// The server ends before the program does.
 class SharedServer : public testing::Environment {
     void TearDown() override { Server::StopShared(); }
 };

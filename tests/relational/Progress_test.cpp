@@ -1,4 +1,4 @@
-// What a terminal shows while orx waits for a database and then reads or saves it.
+// What a terminal shows while orx waits for a database and then reads from it or saves to it.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -21,7 +21,7 @@ using testing::Not;
 
 constexpr int kCount = 5'000;
 
-// That many parts, and as many links.
+// kCount parts, and as many links.
 std::string PartsAndLinks() {
     std::string data;
     for (int i = 1; i <= kCount; ++i) {
@@ -33,7 +33,7 @@ std::string PartsAndLinks() {
     return data;
 }
 
-// Keeps all others away from a file of SQLite.
+// Locks an SQLite file.
 class Lock {
   public:
     explicit Lock(const std::string& file) {
@@ -57,8 +57,8 @@ bool HasOpen(pid_t process, const std::string& file) {
     return false;
 }
 
-// What orx writes to its standard error stream, a terminal or a pipe, when it has to wait for the
-// database for longer than a second.
+// What orx writes to standard error, a terminal or a pipe, when it has to wait for the database for
+// more than a second.
 std::string Shown(const std::vector<std::string>& arguments, const std::string& file,
                   bool onTerminal) {
     auto lock = std::make_unique<Lock>(file);
@@ -111,7 +111,7 @@ TEST(Progress, IsShownOnATerminalAfterASecond) {
     const std::string file = files.Write("parts.stp", text);
     ASSERT_THAT(Save(DataSetOf("cdma", "#1=PART_OBJECT($,$,$,$,$,$,$,$,$,$);"), name), IsEmpty());
 
-    // 4096 of 10,000.
+    // 4096 of 10,000 instances.
     const std::string saving = Shown({"copy", file, name}, database, true);
     if (saving == "no terminal") GTEST_SKIP() << "there are no pseudo-terminals";
     EXPECT_THAT(saving, HasSubstr("\rsaving " + name + ": 4096 instances (40%)"));
@@ -133,7 +133,7 @@ TEST(Progress, IsForTerminalsAlone) {
     EXPECT_EQ(Shown({"copy", file, name}, database, false), "");
 }
 
-// What ends the work takes back what has been written.
+// If the callback throws, the changes are rolled back.
 TEST(Progress, MayEndASave) {
     const TemporaryDirectory files;
     const std::string name = "sqlite:" + files / "parts.db";

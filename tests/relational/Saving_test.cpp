@@ -1,5 +1,5 @@
-// Saving to databases: only what has changed, all of it or nothing, and never over what another has
-// changed.
+// Saving to databases: only what has changed, all of it or nothing, and never over the changes of
+// another program.
 
 #include <gmock/gmock.h>
 
@@ -40,7 +40,7 @@ class Saving : public Relational {
 };
 
 TEST_P(Saving, WritesWhatHasChangedAlone) {
-    // What another changes meanwhile in other rows stays.
+    // Changes that another program makes in other rows in the meantime are kept.
     At().Execute("UPDATE part_object SET s_desc = 'of another' WHERE instance = 2");
     Put(1, "S_DESC", SdaiString("mine"));
     Put(11, "ID", SdaiString("L9"));
@@ -66,7 +66,7 @@ TEST_P(Saving, AddsAndChangesWhatAModelHas) {
     Put(1, "KORASS", SdaiPrimitiveH(&links));
     Put(2, "KORASS", SdaiPrimitiveH());
     Put(12, "REF", SdaiPrimitiveH(&added));
-    // To orx_other, in its new form.
+    // To orx_other, as text.
     Put(3, "S_DESC", SdaiString(std::string_view("a\0b", 3)));
     EXPECT_THAT(SaveAgain(), IsEmpty());
     EXPECT_EQ(Stored(), exchange::ToExchangeText(opened_.dataSet));
@@ -136,7 +136,7 @@ TEST_P(Saving, KnowsWhatItHasSavedItself) {
     Put(1, "S_DESC", SdaiString("second"));
     EXPECT_THAT(SaveAgain(), IsEmpty());
     EXPECT_THAT(Parts(), ElementsAre("P1|second", "P2|NULL", "P3|NULL"));
-    // A data set that came from elsewhere knows what it put there.
+    // A data set from elsewhere that was saved here can be changed and saved again.
     const exchange::DataSet fresh = DataSetOf("cdma", kParts);
     EXPECT_THAT(Save(fresh, Name()), IsEmpty());
     kor::Instance::Of(*fresh.model->Find(1)).PutAttr(SdaiString("S_DESC"), SdaiString("x"));
@@ -212,7 +212,7 @@ class Views : public Relational {
             "INSERT INTO items VALUES (1, 'Bicycle', 2, 10.5, 'x'), (2, 'Wheel', 1, 2.25, "
             "'y')");
         At().Execute("INSERT INTO uses VALUES (10, 'front', 1, 2), (11, 'back', 1, 2)");
-        // No s_desc; a weight too many; the links of a part by a query.
+        // Without s_desc; with an additional weight; the links of a part by a query.
         At().Execute(
             "CREATE VIEW part_object AS SELECT nr AS instance, code AS s_part_number, "
             "rev AS c_version, weight FROM items");
@@ -238,13 +238,14 @@ TEST_P(Views, MapTheTablesOfASite) {
 TEST_P(Views, ThatCannotBeUpdatedAreRefusedBeforeAnythingIsWritten) {
     const Opened opened = Open(Name());
     kor::Instance::Of(*opened.Model().Find(1)).PutAttr(SdaiString("C_VERSION"), SdaiPrimitiveH(3L));
-    // That of the links is not to be written on PostgreSQL, that of the parts neither on SQLite.
+    // PostgreSQL cannot update the view with the links of parts, SQLite cannot update any of the
+    // views.
     EXPECT_THAT(Save(opened.dataSet, Name()),
                 ElementsAre((At().IsSqlite() ? std::string("part_object")
                                              : std::string("part_object_korass")) +
                             " is a view that cannot be updated"));
     EXPECT_THAT(At().Query("SELECT rev FROM items ORDER BY nr"), ElementsAre("2", "1"));
-    // What they do not show is none of theirs.
+    // Not even to delete rows that the data set does not contain.
     EXPECT_THAT(Save(DataSetOf("cdma", ""), Name()), ElementsAre(HasSubstr("cannot be updated")));
     EXPECT_THAT(At().Query("SELECT count(*) FROM items"), ElementsAre("2"));
 }
@@ -270,7 +271,7 @@ TEST_P(Views, ThatCanBeUpdatedAreWritten) {
     EXPECT_THAT(At().Query("SELECT nr, code, rev, weight, origin FROM items ORDER BY nr"),
                 ElementsAre(At().IsSqlite() ? "1|Bicycle|2|10.5|x" : "1|Bicycle|2|10.50|x",
                             "2|Wheel|7|2.25|y", "12|'; DROP TABLE items; --|NULL|NULL|NULL"));
-    // No table is made that is not needed.
+    // No table is created without need.
     EXPECT_THROW(At().Query("SELECT * FROM orx_schema"), std::exception);
     EXPECT_THROW(At().Query("SELECT * FROM part_object_korass"), std::exception);
     // And again.

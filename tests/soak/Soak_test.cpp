@@ -13,10 +13,10 @@
 
 namespace {
 
-// The bytes of memory that are in use; 0 where the allocator does not tell.
+// The memory in use, in bytes; 0 if the allocator does not report it.
 std::size_t MemoryInUse() { return mallinfo2().uordblks + mallinfo2().hblkhd; }
 
-// The pages of memory that the process has.
+// The resident pages of the process.
 long ResidentPages() {
     long all = 0;
     long resident = 0;
@@ -40,7 +40,7 @@ long CallCount() {
     return count != nullptr ? std::atol(count) : 200'000;
 }
 
-// Makes a world, calls on it, and lets it go.
+// Creates a world, makes calls on it, and destroys it.
 void CallOnAWorld(const calls::Module& module, std::uint64_t seed, long calls) {
     SeededChoices choices(seed);
     RandomWorld world(choices, 40);
@@ -71,10 +71,10 @@ TEST(Soak, MemoryStaysWhereItWas) {
         std::cout << (i + 1) * worlds * kCallsOnAWorld << " calls, " << MemoryInUse()
                   << " bytes in use, " << ResidentPages() << " pages resident\n";
     }
-    // What is kept for its next use: the tables of document management, the trace's line.
+    // Memory kept for reuse: the tables of document management, the line of the trace.
     constexpr std::size_t kAllowedBytes = 64 * 1024;
     EXPECT_LE(MemoryInUse(), memory + kAllowedBytes);
-#if !defined(__SANITIZE_ADDRESS__)  // which keeps memory that was freed, to see that nobody uses it
+#if !defined(__SANITIZE_ADDRESS__)  // which keeps freed memory to detect its use
     constexpr long kAllowedPages = 2'048;
     EXPECT_LE(ResidentPages(), pages + kAllowedPages);
 #endif

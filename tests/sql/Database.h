@@ -1,4 +1,4 @@
-// A connection of SQLite with models, for the tests.
+// An SQLite connection with models, for tests.
 
 #ifndef TESTS_DATABASE_H
 #define TESTS_DATABASE_H
@@ -16,7 +16,8 @@
 using Row = std::vector<std::string>;
 using Rows = std::vector<Row>;
 
-// The fields as SQLite makes texts of them; NULL is "NULL". A failure is one row with the message.
+// Returns fields as SQLite converts them to text; NULL is "NULL". An error is a row with the
+// message.
 class Database {
   public:
     Database() {
@@ -61,7 +62,7 @@ class Database {
         return column.size() == 1 ? column.front() : std::to_string(column.size()) + " rows";
     }
 
-    // How the tables are come to, in the order of the loops.
+    // The query plan of each table, in the order of the loops.
     Row Ways(const std::string& query) const {
         Row ways;
         for (const Row& row : Query("EXPLAIN QUERY PLAN " + query)) {
@@ -79,7 +80,8 @@ class Database {
     std::shared_ptr<sql::Connection> connection_;
 };
 
-// The model of an exchange file with these instances; null, and a failure, where they are wrong.
+// The model of an exchange file with these instances; null, with a test failure, if they are
+// invalid.
 inline std::shared_ptr<kor::Model> ModelOf(const std::string& schema, const std::string& instances,
                                            const std::string& express = "") {
     exchange::Messages messages;

@@ -1,4 +1,4 @@
-// The extension, in the shell of SQLite.
+// The extension, in the SQLite shell.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@ class SqliteExtension : public testing::Test {
         folder.Write("bad.stp", "no exchange file");
     }
 
-    // What the shell prints, its complaints among it.
+    // The output of the shell, including its error messages.
     std::string Run(const std::string& input, const std::string& database = ":memory:") const {
         const std::string script =
             folder.Write("script.sql", ".load " SQLITE_EXTENSION "\n" + input + "\n");
@@ -54,7 +54,7 @@ TEST_F(SqliteExtension, OpensModels) {
             "f.of_product = p.instance;\n"),
         "step\n1|PRODUCT|P1|Bolt||[]\nP1|Bolt\nA\n");
     EXPECT_EQ(status_, 0);
-    // Named after the file; several at once, in one statement.
+    // Named after the file; several in one statement.
     EXPECT_EQ(Run("SELECT orx_open('parts.stp'), orx_open('parts.stp', 'b');\n"
                   "SELECT GetInst('@b#1', 'ID'), (SELECT COUNT(*) FROM parts.product);\n"),
               "parts|b\nP1|1\n");
@@ -96,7 +96,7 @@ TEST_F(SqliteExtension, LetsModelsGo) {
     EXPECT_EQ(Run("SELECT orx_open('parts.stp', 'a');\nDETACH a;\n"
                   "SELECT orx_open('parts.stp', 'a');\nSELECT COUNT(*) FROM a.product;"),
               "a\na\n1\n");
-    // Within a transaction of the user's own, too.
+    // Within a transaction of the user, too.
     EXPECT_EQ(Run("BEGIN;\nSELECT orx_open('parts.stp', 'a');\nCOMMIT;\nSELECT id FROM product;"),
               "a\nP1\n");
 }

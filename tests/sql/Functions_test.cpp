@@ -1,4 +1,4 @@
-// The mapping functions as functions of SQL: arguments, results, what is refused.
+// The mapping functions as SQL functions: arguments, results, errors.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -41,7 +41,7 @@ TEST_F(SqlFunctions, TakeAndGiveValues) {
     EXPECT_THAT(database.Query("SELECT ORXTrunc('trolley', 4), Minus(2), "
                                "typeof(Minus(2)), Minus(-0.5), DecodeKey('S0001AI000212', 2)"),
                 ElementsAre(Row{"trol", "-2.0", "real", "0.5", "12"}));
-    // Texts of every character.
+    // Texts with any characters.
     EXPECT_EQ(database.Value("SELECT GetInst(3, 'NAME')"), "Bolt \u00E9\u0141");
     EXPECT_EQ(database.Value("SELECT ORXTrunc('\u00E9\u0141\U0001F600z', 3)"),
               "\u00E9\u0141\U0001F600");
@@ -59,7 +59,7 @@ TEST_F(SqlFunctions, NameInstances) {
         database.Query("SELECT GetInst(3, 'ID'), GetInst('#3', 'ID'), "
                        "GetInst('@m#3', 'ID'), GetInst('@n#3', 'ID'), GetInst('@N#3', 'ID')"),
         ElementsAre(Row{"P1", "P1", "P1", "Q1", "Q1"}));
-    // An instance of another than the first model comes with its name.
+    // An instance of any model but the first one is returned with the model's name.
     EXPECT_THAT(database.Query("SELECT GetInst(7, 'OF_PRODUCT'), GetInst('@n#4', 'OF_PRODUCT')"),
                 ElementsAre(Row{"3", "@n#3"}));
     EXPECT_EQ(database.Value("SELECT GetInst(GetInst('@n#4', 'OF_PRODUCT'), 'NAME')"), "Nut");
@@ -117,7 +117,7 @@ TEST_F(SqlFunctions, RefuseWhatTheyCannotTake) {
               "found NULL"},
              {"GetMemberCount('[[{}]]')",
               "GetMemberCount: argument 1: a JSON array of values expected, found an object"},
-             // Bytes that continue a character which nothing begins.
+             // Continuation bytes without a first byte.
              {"GetInst(CAST(X'"
               "8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E8E"
               "8E8E8E8E8E8E' AS TEXT), 'ID')",
@@ -142,7 +142,7 @@ TEST_F(SqlFunctions, CreateNothing) {
     }
 }
 
-// A model that IsVersion has met stays until RemoveValueVersion.
+// A model that IsVersion has seen is kept until RemoveValueVersion.
 TEST_F(SqlFunctions, KeepTheModelsOfVersions) {
     const std::shared_ptr<kor::Model> model =
         ModelOf("cdma", "#1=PART_OBJECT('P','A',1,'','',$,$,$,$,$);");

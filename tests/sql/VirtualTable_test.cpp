@@ -1,4 +1,4 @@
-// Entity types as tables of SQLite.
+// Entity types as SQLite tables.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -42,7 +42,8 @@ TEST_F(VirtualTable, HasTheNamesOfItsColumns) {
     };
     EXPECT_THAT(names("thing"), ElementsAre("instance", "entity", "entity_", "size", "count",
                                             "made", "good", "code", "tint"));
-    // Derived: no column. Two attributes of one name: the second has another.
+    // A derived attribute has no column. If two attributes have the same name, the second column
+    // gets another one.
     EXPECT_THAT(names("bolt"),
                 ElementsAre("instance", "entity", "entity_", "count", "made", "good", "code",
                             "tint", "next", "at", "of_any", "parts", "grid", "marks"));
@@ -75,7 +76,7 @@ TEST(VirtualTables, HoldInstancesOfSeveralTypes) {
     EXPECT_EQ(database.Value("SELECT prefix FROM \"length_unit+named_unit+si_unit\""), "MILLI");
 }
 
-// ---- Ways to the rows
+// ---- Query plans
 
 TEST_F(VirtualTable, FindsInstancesByTheirNumbers) {
     EXPECT_THAT(database.Ways("SELECT * FROM thing WHERE instance = 3"),
@@ -110,7 +111,7 @@ TEST_F(VirtualTable, FindsInstancesByWhatTheyReferTo) {
               "4");
 }
 
-// `nut` has another attribute of the name, by which the platform would find other rows.
+// `nut` has another attribute with this name, by which the platform would find different rows.
 TEST_F(VirtualTable, FindsInstancesByTheRightAttribute) {
     database.Add("n", ModelOf("shapes",
                               "#1=THING($,$,$,$,$,$,$);#2=OTHER();"
@@ -172,7 +173,7 @@ TEST_F(VirtualTable, GivesRowsInTheOrderOfNumbersAndReferences) {
                 testing::UnorderedElementsAre("3", "5"));
 }
 
-// Values of other kinds than declared come after the numbers, as texts do.
+// Values of other kinds than declared are ordered after the numbers, as texts.
 TEST_F(VirtualTable, OrdersWhatIsNoReferenceAsText) {
     database.Add("n", ModelOf("shapes",
                               "#1=THING($,$,$,$,$,$,$);"
@@ -185,7 +186,7 @@ TEST_F(VirtualTable, OrdersWhatIsNoReferenceAsText) {
                 ElementsAre(Row{"NULL", "5"}, Row{"1", "3"}, Row{"a", "4"}, Row{"b", "2"}));
 }
 
-// By whatever way they are come to, rows are those that a walk over all of them gives.
+// Every plan finds the same rows as a search of all rows.
 TEST_F(VirtualTable, GivesTheSameRowsByEveryWay) {
     for (const char* column : {"instance", "entity", "next", "at", "of_any"}) {
         for (const char* value : {"1", "2", "3", "4", "5", "9", "'#5'", "'5'", "'BOLT'", "'part'",
@@ -201,7 +202,7 @@ TEST_F(VirtualTable, GivesTheSameRowsByEveryWay) {
 TEST_F(VirtualTable, JoinsWithoutWalks) {
     EXPECT_THAT(database.Ways("SELECT 1 FROM part p JOIN thing t ON t.instance = p.next"),
                 ElementsAre("every instance", "by instance"));
-    // By whichever side is cheaper.
+    // By the cheaper side.
     const std::string users =
         "SELECT p.instance FROM thing t JOIN part p ON p.next = t.instance "
         "WHERE t.instance = 5";

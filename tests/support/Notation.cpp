@@ -1,4 +1,4 @@
-// Reads tables written as text.
+// Reads tables from text.
 
 #include "Notation.h"
 
@@ -22,7 +22,7 @@ std::string Upper(std::string_view text) {
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 bool IsWord(char c) { return c == '_' || std::isalnum(static_cast<unsigned char>(c)) != 0; }
 
-// Takes words and signs from the front of a text; blanks and comments are passed over.
+// Reads words and signs from the front of a text; blanks and comments are skipped.
 class Scanner {
   public:
     explicit Scanner(std::string_view text) : rest_(text) { SkipBlanks(); }
@@ -60,7 +60,7 @@ class Scanner {
         if (word.empty()) Fail("a word");
         return word;
     }
-    // Takes a word if it is this one, in any case.
+    // Reads a word if it is this one, in any letter case.
     bool TakeWord(std::string_view word) {
         const auto end = std::find_if_not(rest_.begin(), rest_.end(), IsWord);
         if (Upper(std::string(rest_.begin(), end)) != word) return false;
@@ -149,7 +149,7 @@ void ReadAttributes(Scanner& text, bool derived, Entity& entity) {
     const Domain domain = ReadDomain(text);
     text.SkipTo(';');
     for (const std::string& name : names) {
-        // A derived one that nothing inherits is not part of a data set.
+        // A derived attribute that is not inherited is not part of a data set.
         if (derived && redeclaredOf.empty()) continue;
         entity.attributes.push_back({name, domain, redeclaredOf, derived});
     }
@@ -214,7 +214,7 @@ Schema ReadSchema(const std::string& express) {
 }
 
 const Schema& BuiltInSchema(const std::string& name) {
-    // The parts that each is made of.
+    // The parts of each built-in schema.
     static const std::map<std::string, std::vector<const char*>> kParts{
         {"CDMA", {"cdma"}},
         {"CONFIG_CONTROL_DESIGN", {"resources", "config_control_design", "named_area_units"}},
@@ -259,7 +259,7 @@ std::vector<std::string> OwnAttributes(const Entity& entity) {
     return names;
 }
 
-// The same with inherited ones, which come first; what is inherited twice, once.
+// The same with inherited ones, which come first; an attribute inherited twice occurs once.
 void AddAttributes(const Schema& schema, const Entity& entity, std::vector<const Entity*>& seen,
                    std::vector<std::string>& names) {
     if (std::find(seen.begin(), seen.end(), &entity) != seen.end()) return;
@@ -272,7 +272,7 @@ void AddAttributes(const Schema& schema, const Entity& entity, std::vector<const
     for (const std::string& name : OwnAttributes(entity)) names.push_back(name);
 }
 
-// The characters of a text as tests write it, in UTF-8 or, if it is none, in ISO 8859-1.
+// The characters of a text in a test: UTF-8 or, if it is not valid UTF-8, ISO 8859-1.
 class Characters {
   public:
     static std::u32string Of(const std::string& bytes) {

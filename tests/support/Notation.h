@@ -1,5 +1,5 @@
-// Tables written as text: schemas as EXPRESS (ISO 10303-11) declares them, data sets as the data
-// section of an exchange file (ISO 10303-21). Reads what tests write, on no platform; throws
+// Tables written as text: schemas as EXPRESS (ISO 10303-11), data sets as the data section of an
+// exchange file (ISO 10303-21). Reads what tests write, independent of a platform; throws
 // std::runtime_error for anything else.
 
 #ifndef TESTS_NOTATION_H
@@ -14,12 +14,12 @@ namespace tables {
 // A schema declared as "SCHEMA ... END_SCHEMA;".
 Schema ReadSchema(const std::string& express);
 
-// "cdma" or "AUTOMOTIVE_DESIGN" and so on, from the declarations that are built into the exchange
+// "cdma", "AUTOMOTIVE_DESIGN" and so on, from the declarations that are built into the exchange
 // library.
 const Schema& BuiltInSchema(const std::string& name);
 
-// The instances in "#1=PRODUCT('p','Part',$,());...". Values are put to the attributes by their
-// order in the schema.
+// The instances in "#1=PRODUCT('p','Part',$,());...". Values are assigned to attributes in the
+// order of the schema.
 DataSet ReadData(const Schema& schema, const std::string& data);
 
 }  // namespace tables

@@ -225,7 +225,7 @@ SdaiPrimitiveH RandomWorld::Argument(orx::Kind kind) {
         case orx::Logical: return Truth();
         case orx::Instance: return InstanceOf(nullptr);
         case orx::Aggregate: {
-            // Of instances or of numbers.
+            // Members are instances or numbers.
             kor::Domain element;
             element.base = choices_.Below(2) == 0 ? kor::Base::Real : kor::Base::Entity;
             return List(&element, 0);

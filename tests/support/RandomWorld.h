@@ -31,9 +31,9 @@ struct RandomCall {
 
 class RandomWorld {
   public:
-    // A database and a STEP model with that many instances each. Most values match the schemas,
-    // some do not. Document management knows the database's revisions while the world exists; only
-    // one world may exist at a time.
+    // A database and a STEP model with `instanceCount` instances each. Most values match the
+    // schemas, some do not. Document management knows the database's revisions while the world
+    // exists; only one world may exist at a time.
     RandomWorld(Choices& choices, std::size_t instanceCount);
     ~RandomWorld();
     RandomWorld(const RandomWorld&) = delete;

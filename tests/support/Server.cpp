@@ -63,7 +63,7 @@ Server& Server::Shared() {
 void Server::StopShared() { TheServer().reset(); }
 
 Server::Server() {
-    // Others than root must get at it.
+    // Users other than root need access.
     std::filesystem::permissions(
         folder_.Path(), std::filesystem::perms::owner_all | std::filesystem::perms::others_exec);
     std::filesystem::create_directory(Folder());

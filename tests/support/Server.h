@@ -1,5 +1,5 @@
-// A PostgreSQL server for tests: a private cluster in a temporary folder, on a socket there, that
-// goes with the object.
+// A PostgreSQL server for tests: a private cluster in a temporary folder, with a socket there;
+// removed with the object.
 
 #ifndef TESTS_SERVER_H
 #define TESTS_SERVER_H
@@ -20,16 +20,16 @@ class Server {
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    // The one that the tests share; started when it is first asked for.
+    // The server that the tests share; started on first use.
     static Server& Shared();
     static void StopShared();
 
     void Start();
-    // Ends it at once, as a machine that fails would.
+    // Kills it, as a machine failure would.
     void Kill();
 
     std::string Folder() const { return folder_ / "s"; }
-    // What names a schema of its database.
+    // The URI of a schema in its database.
     std::string Uri(const std::string& schema) const;
 
   private:

@@ -3,8 +3,8 @@
 #ifndef TESTS_SHAPES_H
 #define TESTS_SHAPES_H
 
-// A supertype, two levels of subtypes, attributes that are derived in a subtype, names that are
-// taken by columns of every table or by inherited attributes, and a type that refers to others.
+// A supertype, two levels of subtypes, attributes that are derived in a subtype, names that columns
+// of every table or inherited attributes already have, and a type that refers to others.
 inline constexpr const char* kShapesSchema = R"(SCHEMA shapes;
   TYPE colour = ENUMERATION OF (red, green); END_TYPE;
   TYPE label = STRING; END_TYPE;

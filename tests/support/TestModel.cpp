@@ -27,7 +27,7 @@ Visitor(Visits...) -> Visitor<Visits...>;
 TestModel::TestModel(const std::string& schema, const std::string& data)
     : schema_(SchemaOf(schema)), model_(platform::NewModel(schema_)) {
     const tables::DataSet rows = tables::ReadData(schema_, data);
-    // References may point forward: all instances are there before any value.
+    // References may point forward: all instances are created before any value is set.
     unsigned long last = 0;
     for (const tables::Instance& row : rows) {
         const SdaiEntity* type =

@@ -29,7 +29,7 @@ class TestModel {
 
     SdaiModel& Model() const { return *model_; }
 
-    // All instances, those that were created since included, in the order of their numbers.
+    // All instances, including those created since, in the order of their numbers.
     std::vector<SdaiEntityInstance*> Instances() const;
 
   private:

@@ -1,4 +1,4 @@
-// Handles from literals, and what handles hold, for tests on any platform.
+// Handles from literals, and the contents of handles, for tests on any platform.
 
 #ifndef TESTS_TESTVALUES_H
 #define TESTS_TESTVALUES_H

@@ -13,7 +13,7 @@ using namespace typical;
 
 // ---- The data
 
-// #1 is the part in the calls: wherever it is searched for, it is found last.
+// #1 is the part in the calls: every search finds it last.
 std::string DatabaseData() {
     std::string data = R"(
         #1=PART_OBJECT('ABC-123456-01','A',12,'PART','Wheel, front left',
@@ -27,7 +27,7 @@ std::string DatabaseData() {
         #81=CDMA_REVISION_HISTORY((#79,#80));)";
     for (int i = 1; i <= 10; ++i) {
         const std::string number = std::to_string(i);
-        // Links, items, handlers and identities: the tenth is that of #1.
+        // Links, items, handlers and identities: the tenth belongs to #1.
         const std::string part = '#' + std::to_string(i < 10 ? i + 1 : 1);
         const std::string component = '#' + std::to_string(i + 1);
         data += component + "=PART_OBJECT('ABC-123456-0" + number + "','A',1,'PART',$,$,$,$,$,$);";

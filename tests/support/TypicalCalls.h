@@ -48,11 +48,11 @@ inline constexpr std::string_view kDate = "12312024235959";
 }  // namespace typical
 
 // An assembly as the data section of an exchange file: NEXT_ASSEMBLY_USAGE_OCCURRENCE number 20 * i
-// + 12 for i from 1 to `occurrences`, each of a different component, with its placement and
-// everything that leads to it. #1 is the assembly.
+// + 12 for i from 1 to `occurrences`, each of a different component, with its placement and all
+// instances required for it. #1 is the assembly.
 std::string AssemblyData(long occurrences);
 
-// A model of that schema with these instances. Throws std::runtime_error with the error if they
+// A model of the schema with these instances. Throws std::runtime_error with the error if they
 // cannot be read.
 exchange::DataSet ReadData(const exchange::SchemaPtr& schema, const std::string& data);
 

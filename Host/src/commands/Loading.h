@@ -15,8 +15,8 @@
 
 namespace host {
 
-// Rejects a command line that would overwrite an input (such as a data set, schema or script with a
-// trace or page), or write two results to the same file.
+// Rejects a command line that would overwrite an input (a data set, a schema or a script) with a
+// trace, a page or another model, or write two results to the same file.
 void CheckTargets(const Options& options);
 
 // The complete text of a file or, for "-", of the standard input, which must be readable to its

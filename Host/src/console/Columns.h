@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -46,8 +47,9 @@ class Columns {
     bool begun_ = false;
 };
 
-// A CSV field: in double quotes if it contains a comma, a quote or a line break, or begins or ends
-// with a blank.
+// A CSV field for the standard output: in double quotes if it contains a comma, a quote or a line
+// break, or begins or ends with a blank. On a terminal it is made printable; anywhere else a text
+// keeps every character.
 std::string CsvField(std::string_view text);
 
 }  // namespace host

@@ -1,5 +1,5 @@
-// Document management of the second platform: lists that are searched from their start. What the
-// operations do is in the contract's header.
+// Document management of the second platform: lists with linear search. The operations are
+// documented in the contract's header.
 
 #ifndef KORDMINSTANCE_H
 #define KORDMINSTANCE_H

@@ -1,4 +1,4 @@
-// Conversion of numbers to text and back, as the contract's header describes it.
+// Conversion of numbers to text and back, as documented in the contract's header.
 
 #ifndef KORLOCALE_H
 #define KORLOCALE_H

@@ -1,5 +1,5 @@
-// The value handle of the second platform: a shared pointer to a value that never changes. What the
-// operations do is in the contract's header.
+// The value handle of the second platform: a shared pointer to an immutable value. The operations
+// are documented in the contract's header.
 
 #ifndef SDAIPRIMITIVEH_H
 #define SDAIPRIMITIVEH_H

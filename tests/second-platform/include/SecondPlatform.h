@@ -1,5 +1,5 @@
-// What a program that uses the second platform needs beside the contract, which leaves to
-// the platform how models are made and filled with the data of other programs.
+// What a program needs on the second platform besides the contract, which does not cover how models
+// are created and filled with the data of other programs.
 
 #ifndef SECONDPLATFORM_H
 #define SECONDPLATFORM_H
@@ -17,7 +17,7 @@ namespace second {
 KOR_API std::unique_ptr<SdaiModel> NewModel(const tables::Schema& schema);
 
 // Creates an instance of an entity type, which the schema need not declare, or of several declared
-// ones at once, with a number that no other has; null if one of several is not declared.
+// ones at once, with a number that is not in use; null if one of several is not declared.
 KOR_API SdaiAppInstance* Create(SdaiModel& model, const std::vector<std::string>& types,
                                 unsigned long number);
 

@@ -25,8 +25,8 @@ Schema::Schema(const tables::Schema& declared)
     : SdaiSchema(
           SdaiString(Folded(declared.name) == "CDMA" ? declared.name : Folded(declared.name))),
       types_(declared.types) {
-    // A supertype may be declared after its subtypes: each round adds those whose supertypes are
-    // there.
+    // A supertype may be declared after its subtypes: each round adds the entities whose supertypes
+    // have been added.
     std::vector<const tables::Entity*> waiting;
     for (const tables::Entity& entity : declared.entities) waiting.push_back(&entity);
     for (bool progress = true; progress && !waiting.empty();) {
@@ -250,7 +250,7 @@ void SdaiAppInstance::PutAttr(const SdaiString& name, const SdaiPrimitiveH& valu
     kept = *stored;
 }
 
-// A name that is a constant is to this platform a text like any other.
+// This platform treats a constant name like any other text.
 SdaiPrimitiveH SdaiEntityInstance::GetAttr(const SdaiName& name) const {
     return GetAttr(SdaiString(name.text));
 }

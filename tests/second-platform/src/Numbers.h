@@ -1,4 +1,4 @@
-// The C library's formatting of numbers in the "C" locale, whatever that of the process.
+// The C library's formatting of numbers in the "C" locale, whatever the locale of the process.
 
 #ifndef SECOND_NUMBERS_H
 #define SECOND_NUMBERS_H

@@ -1,5 +1,5 @@
-// Small services: the environment, unique identifiers, names of files, vectors and matrices, lack
-// of memory. Their headers are the contract's own.
+// Small services: the environment, unique identifiers, file names, vectors and matrices, running
+// out of memory. Their headers are the contract's own.
 
 #include <cmath>
 #include <cstdio>
@@ -37,7 +37,7 @@ void KORUuid::UUID_to_chaine(char* buffer) const {
     buffer[text.size()] = '\0';
 }
 
-// ---- Names of files
+// ---- File names
 
 void cmbflmd(const char* name, char* fileName, int* status) {
     std::string converted(name);
@@ -76,7 +76,7 @@ KORMath3x3Matrix operator*(const KORMath3x3Matrix& left, const KORMath3x3Matrix&
     double product[3][3] = {};
     for (int column = 0; column < 3; ++column) {
         for (int row = 0; row < 3; ++row) {
-            // Begins with +0.0, so that no component is -0.0.
+            // Starts from +0.0, so that no component is -0.0.
             for (int k = 0; k < 3; ++k) product[column][row] += (*from[k])[row] * (*by[column])[k];
         }
     }
@@ -86,7 +86,7 @@ KORMath3x3Matrix operator*(const KORMath3x3Matrix& left, const KORMath3x3Matrix&
     return {column(0), column(1), column(2)};
 }
 
-// ---- Lack of memory
+// ---- Running out of memory
 
 static thread_local bool exhausted = false;
 

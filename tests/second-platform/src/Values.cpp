@@ -32,7 +32,7 @@ std::string RealText(double value) {
 
 }  // namespace
 
-// ---- Making handles
+// ---- Creating handles
 
 SdaiPrimitiveH::SdaiPrimitiveH(second::Value value) {
     value_.value_ = std::make_shared<const second::Value>(std::move(value));
@@ -51,7 +51,7 @@ SdaiPrimitiveH::SdaiPrimitiveH(SdaiEntityInstance* instance) {
 SdaiPrimitiveH::SdaiPrimitiveH(SdaiAggrInstance* aggregate) {
     if (aggregate == nullptr) return;
     Aggregate owned = aggregate->weak_from_this().lock();
-    // One that no handle owns is referred to and never destroyed.
+    // An aggregate that no handle owns is referenced and never destroyed.
     if (owned == nullptr) owned = Aggregate(Aggregate(), aggregate);
     *this = SdaiPrimitiveH(second::Value{owned});
 }
@@ -103,7 +103,7 @@ const SdaiString& SdaiSelectH::DefinedType() const {
     return typed != nullptr ? typed->type : NoText();
 }
 
-// ---- Reading. A value of another kind reads as nothing.
+// ---- Reading. A value of another kind reads as unset.
 
 SdaiPrimitiveH::operator const SdaiString&() const {
     const auto* text = Held<SdaiString>(*this);
@@ -201,7 +201,7 @@ SdaiString SdaiPrimitiveH::UnderlyingTypeName() const {
 
 namespace {
 
-// Not every integer is a real.
+// Not every integer has an equal real.
 bool AreEqual(long integer, double real) {
     return real >= -0x1p63 && real < 0x1p63 && std::trunc(real) == real &&
            integer == static_cast<long>(real);
@@ -224,7 +224,7 @@ SdaiLogical AreEqualAggregates(const SdaiAggrInstance& a, const SdaiAggrInstance
     return equal;
 }
 
-// The kinds that compare with each other, and their values as text.
+// The kind that a value is compared as: values of different kinds are never equal.
 SdaiString Comparable(const SdaiPrimitiveH& value) {
     const SdaiString kind = value.UnderlyingTypeName();
     if (kind == "REAL") return "INTEGER";

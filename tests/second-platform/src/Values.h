@@ -1,4 +1,4 @@
-// What a value handle holds.
+// The contents of a value handle.
 
 #ifndef SECOND_VALUES_H
 #define SECOND_VALUES_H
@@ -24,7 +24,7 @@ struct Typed {
     SdaiString type;
     SdaiPrimitiveH value;
 };
-// An aggregate that its handles own, or one that somebody else does.
+// An aggregate that is owned by its handles, or by somebody else.
 using Aggregate = std::shared_ptr<SdaiAggrInstance>;
 
 struct Value {
@@ -33,7 +33,7 @@ struct Value {
         held;
 };
 
-// What the handle holds as one kind, inside any defined types; null if it is of another kind.
+// The contents as one kind, inside any defined types; null if of another kind.
 template <class Kind>
 const Kind* Held(const SdaiPrimitiveH& handle) {
     const Value* value = handle.Get();
