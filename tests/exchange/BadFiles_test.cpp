@@ -11,7 +11,7 @@
 
 #include "Exchange.h"
 #include "Orx.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 #include "TestSchema.h"
 
 namespace {
@@ -64,7 +64,7 @@ struct File {
 
 std::string FileOf(const std::string& data) { return kHeader + "DATA;\n" + data + kEnd; }
 
-// A text in which a "^", which is no part of it, marks a place.
+// A text in which a "^", which is removed, marks a place.
 struct Marked {
     explicit Marked(std::string marked) : text(std::move(marked)) {
         const std::size_t mark = text.find('^');
@@ -77,13 +77,14 @@ struct Marked {
     }
 
     std::string text;
-    std::uint64_t line = 0;  // 0: there is no mark
+    std::uint64_t line = 0;  // 0: no mark
     std::uint64_t column = 0;
 };
 
 enum class Place { Exact, Line };
 
-// Whether a lenient reader keeps an instance. One with too many or too few values may be either.
+// Whether a lenient reader keeps an instance. One with too many or too few values may be kept or
+// not.
 enum class Kept { No, Yes, Either };
 
 void ExpectPlace(const Message& message, const Marked& expected, Place place) {
@@ -102,12 +103,12 @@ std::string Listed(const std::vector<Message>& messages) {
     return list;
 }
 
-// ---- Instances that are wrong
+// ---- Wrong instances
 
 struct BadInstance {
     const char* name;
-    // #10, #11 and #12 are the instances that a lenient reader keeps, in a file that has #10 before
-    // and #11 and #12 after this text. The error stands at the "^".
+    // The file has #10 before this text and #11 and #12 after it; a lenient reader keeps these
+    // three. The error is at the "^".
     const char* data;
     const char* mentions;
     Place place = Place::Exact;
@@ -258,7 +259,7 @@ TEST(BadFiles, ALenientReaderNumbersGreatNamesAnew) {
                "#5=HOLDER(#77777777777777777777);"));
     const File file(marked.text, true);
     ASSERT_NE(file.dataSet.model, nullptr);
-    // 4 and 6 are the smallest numbers that the file leaves free.
+    // 4 and 6 are the smallest numbers not used in the file.
     EXPECT_THAT(file.Instances(), ElementsAre(1, 4, 3, 6, 2, 5));
     EXPECT_EQ(static_cast<SdaiEntityInstance*>(file[1].GetAttr("ITEM")),
               file.dataSet.model->Find(4));
@@ -276,7 +277,7 @@ TEST(BadFiles, ALenientReaderNumbersGreatNamesAnew) {
     File(written).dataSet.model->Find(6);
 }
 
-// Nor do other instances that the model numbers.
+// Nor do new instances of the model get such a number.
 TEST(BadFiles, ALenientReaderGivesGreatNamesNoNumberOfAnExternalReference) {
     std::string text =
         FileOf("#99999999999999999999=ITEM('great');\n#2=ITEM('two');\n#4=ITEM('four');");
@@ -285,7 +286,7 @@ TEST(BadFiles, ALenientReaderGivesGreatNamesNoNumberOfAnExternalReference) {
     ASSERT_NE(file.dataSet.model, nullptr);
     EXPECT_THAT(file.Instances(), ElementsAre(3, 2, 4));
     const SdaiEntity* item = file.dataSet.model->GetEntityDefinition("ITEM");
-    // #5 has an address; @6 names a value, and no instance.
+    // #5 is an external reference; @6 names a value, not an instance.
     EXPECT_EQ(item->CreateEntityInstance(file.dataSet.model.get())->GetInstanceNameId(), 6U);
     EXPECT_EQ(item->CreateEntityInstance(file.dataSet.model.get())->GetInstanceNameId(), 7U);
     const std::string written = exchange::ToExchangeText(file.dataSet);
@@ -293,7 +294,7 @@ TEST(BadFiles, ALenientReaderGivesGreatNamesNoNumberOfAnExternalReference) {
 }
 
 TEST(BadFiles, TellTheColumnInBytes) {
-    // Characters of one, two and four bytes stand before the reference.
+    // Characters of one, two and four bytes come before the reference.
     const Marked marked(FileOf("#1=CURVE('\xE9\xC3\xA9\xF0\x9F\x98\x80',\t^#99);"));
     const File file(marked.text);
     file.ExpectRefused();
@@ -362,7 +363,7 @@ TEST(BadFiles, DanglingReferencesAreUnsetInALenientReading) {
                             HasSubstr("#4=CHOOSER($);"), HasSubstr("#5=CURVE($,($,'x'));")));
 }
 
-// A reference to an instance that is left out dangles.
+// A reference to an instance that was dropped dangles.
 TEST(BadFiles, ABrokenInstanceLeavesDanglingReferences) {
     const File file(FileOf("#1=HOLDER(#2);\n#2=ITEM('a';\n#3=HOLDER(#2);"), true);
     EXPECT_EQ(file.messages.ErrorCount(), 0U);
@@ -399,7 +400,7 @@ TEST(BadFiles, TellDanglingReferencesAmongOtherErrors) {
     EXPECT_THAT(Lines(file.messages.Errors()), testing::UnorderedElementsAre(8, 9, 10));
 }
 
-// A lenient reader goes on with the next instance, whatever stands between the two.
+// A lenient reader continues with the next instance, whatever separates the two.
 TEST(BadFiles, TheInstanceBehindABrokenOneIsRead) {
     for (const char* between :
          {"", "\n", " \t\r\n", "/* a comment */", "\n/* a; comment */\n", "\\N\\"}) {
@@ -488,7 +489,7 @@ TEST(BadFiles, ADirectiveInALaterLineOfATextHasItsPlace) {
 
 struct BadFile {
     const char* name;
-    std::string text;  // the error stands at the "^"
+    std::string text;  // the error is at the "^"
     const char* mentions;
     Place place = Place::Exact;
 };
@@ -625,7 +626,7 @@ TEST(BadFiles, EveryPrefixIsRefused) {
         file.ExpectRefused();
         const Message error = file.FirstError();
         const Marked end(text.substr(0, length) + "^");
-        // The place is one of the file.
+        // The place is within the file.
         EXPECT_LE(error.line, end.line);
         if (error.line == end.line) {
             EXPECT_LE(error.column, end.column);
@@ -633,7 +634,7 @@ TEST(BadFiles, EveryPrefixIsRefused) {
     }
 }
 
-// A type takes many times what it says in a file.
+// A type takes many times the memory of its text.
 TEST(BadFiles, MoreTypesThanAnySchemaHasAreRefused) {
     std::string data;
     for (int id = 1; id <= 10'000; ++id) {
@@ -645,7 +646,7 @@ TEST(BadFiles, MoreTypesThanAnySchemaHasAreRefused) {
     EXPECT_THAT(file.FirstError().text, HasSubstr("more than 10000 entity types"));
 }
 
-// Each inherits what its parts do.
+// Each combination inherits what its parts inherit.
 TEST(BadFiles, CombinationsOfTypesThatInheritTooMuchAreRefused) {
     std::string schema = "SCHEMA deep; ENTITY e0; END_ENTITY;\n";
     for (int i = 1; i <= 900; ++i) {
@@ -730,7 +731,7 @@ TEST(BadFiles, ALenientReaderTakesWhatAPrefixHas) {
         if (length < data) continue;
         EXPECT_EQ(file.messages.ErrorCount(), 0U);
         ASSERT_NE(file.dataSet.model, nullptr);
-        // Of an instance that lacks only its semicolon either may be said.
+        // An instance of which only the semicolon is missing may be read or not.
         const std::size_t end = prefix.find("ENDSEC;", data);
         const std::string instances = prefix.substr(data, end - data);
         const auto complete =
@@ -740,7 +741,7 @@ TEST(BadFiles, ALenientReaderTakesWhatAPrefixHas) {
     }
 }
 
-// Whatever becomes of a byte: a model or errors, never both and never neither.
+// Whatever a byte is replaced by, the result is a model or errors, never both and never neither.
 TEST(BadFiles, DamagedBytesAreSurvived) {
     const std::string& text = kSmall;
     const std::string replacements =

@@ -1,4 +1,4 @@
-// The built-in schemas, on their own and beside the full schemas that they stand for.
+// The built-in schemas, by themselves and compared with the full schemas that they replace.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -53,7 +53,7 @@ TEST_P(EachBuiltInSchema, IsThereAndNamedAsItIs) {
 TEST_P(EachBuiltInSchema, SpellsItsNamesInOneWay) {
     const SchemaPtr schema = exchange::BuiltInSchema(GetParam());
     ASSERT_NE(schema, nullptr);
-    if (schema->Name().View() == "cdma") return;  // spelled as the database does
+    if (schema->Name().View() == "cdma") return;  // spelled as in the database
     for (const kor::EntityType* entity : schema->Entities()) {
         EXPECT_EQ(entity->Name().View(), kor::Folded(entity->Name().View()));
         for (const std::string& name : SlotNames(*entity)) EXPECT_EQ(name, kor::Folded(name));
@@ -105,7 +105,7 @@ TEST(BuiltInSchemas, DeclareTheDatabase) {
     EXPECT_NE(schema->FindEntity(std::string_view("PART_OBJECT")), nullptr);
 }
 
-// ---- Beside the full schemas
+// ---- Comparison with the full schemas
 
 struct Full {
     const char* name;
@@ -127,7 +127,7 @@ class BesideTheFullSchema : public testing::TestWithParam<Full> {
         ASSERT_EQ(full_->Name().View(), builtIn_->Name().View());
     }
 
-    // Calls compare(the built-in entity type, the full one) for those that both schemas declare.
+    // Calls compare(built-in entity type, full entity type) for those that both schemas declare.
     template <class Compare>
     void ForEachCommon(Compare compare) const {
         int count = 0;

@@ -1,4 +1,4 @@
-// Values as exchange files write them, and the strings of such files decoded.
+// Values as exchange files contain them, and the decoding of strings of such files.
 
 #include "ExchangeText.h"
 
@@ -24,7 +24,7 @@ using namespace std::string_literals;
 using exchange::DecodedString;
 using exchange::DecodeString;
 
-// What a function appends; what was there stays.
+// What a function appends; the existing text must not change.
 template <class Append, class... Values>
 std::string Appended(Append append, const Values&... values) {
     std::string text = "before ";
@@ -79,8 +79,7 @@ TEST(AppendString, WritesCharactersBeyondIso8859AsDirectives) {
     const Pair table[] = {
         {"α", "'\\X2\\03B1\\X0\\'"},
         {"Łódź", "'\\X2\\0141\\X0\\\\X\\F3d\\X2\\017A\\X0\\'"},
-        // Those that come one after the other share a directive, as far as they have as many
-        // digits.
+        // Consecutive characters share a directive if they need the same number of digits.
         {"aαβ'b", "'a\\X2\\03B103B2\\X0\\''b'"},
         {"😀é", "'\\X4\\0001F600\\X0\\\\X\\E9'"},
         {"😀😁α", "'\\X4\\0001F6000001F601\\X0\\\\X2\\03B1\\X0\\'"},
@@ -140,12 +139,12 @@ TEST(AppendReal, WritesWhatIsNotFiniteByName) {
     EXPECT_EQ(RealLiteral(-std::numeric_limits<double>::infinity()), "-inf");
 }
 
-// The length of the value with its fewest digits and an exponent: 1.5E-07.
+// The length of the value with as few digits as possible and an exponent: 1.5E-07.
 std::size_t ShortestWithExponent(double value) {
     char text[64];
     for (int digits = 1;; ++digits) {
         const int length = std::snprintf(text, sizeof text, "%.*e", digits - 1, value);
-        // One digit comes without a point, which an exchange file wants.
+        // A single digit is printed without a point, which exchange files require.
         if (std::strtod(text, nullptr) == value) {
             return static_cast<std::size_t>(length + (digits == 1 ? 1 : 0));
         }
@@ -153,17 +152,17 @@ std::size_t ShortestWithExponent(double value) {
 }
 
 void ExpectGoodReal(double value) {
-    // A real has digits before the point, and its exponent an upper-case E.
+    // A real has digits before the point and an upper-case E before its exponent.
     const std::string literal = RealLiteral(value);
     EXPECT_THAT(literal, testing::MatchesRegex("-?[0-9]+\\.[0-9]*(E[+-]?[0-9]+)?"));
     EXPECT_EQ(std::bit_cast<std::uint64_t>(std::strtod(literal.c_str(), nullptr)),
               std::bit_cast<std::uint64_t>(value))
         << literal;
-    // The point of a whole number may make it one longer.
+    // The point can make a whole number one character longer.
     EXPECT_LE(literal.size(), ShortestWithExponent(value) + 1) << literal;
 }
 
-// The shortest characters of std::to_chars, with the point and the letter that a file wants.
+// The shortest result of std::to_chars, with the point and the letter that exchange files require.
 std::string ShortestLiteral(double value) {
     char characters[64];
     const auto end = std::to_chars(characters, characters + sizeof characters, value).ptr;
@@ -237,7 +236,7 @@ KORUnicodeString DecodedText(std::string_view encoded,
     EXPECT_EQ(decoded.error, nullptr) << encoded << ": " << decoded.error;
     return decoded.text;
 }
-// Of characters below U+0100.
+// For texts with characters below U+0100 only.
 std::string Decoded(std::string_view encoded) {
     const KORUnicodeString text = DecodedText(encoded);
     EXPECT_FALSE(text.IsWide()) << encoded;
@@ -252,7 +251,7 @@ TEST(DecodeString, UndoublesApostrophesAndBackslashes) {
         {"it''s", "it's"},
         {"''''", "''"},
         {"C:\\\\dir\\\\", "C:\\dir\\"},
-        {"\\\\X\\\\E9", "\\X\\E9"},  // text, no directive
+        {"\\\\X\\\\E9", "\\X\\E9"},  // text, not a directive
         {"\\\\\\\\", "\\\\"},
     };
     for (const Pair& pair : table) EXPECT_EQ(Decoded(pair.from), pair.to);
@@ -303,7 +302,7 @@ TEST(DecodeString, DecodesCharactersBeyondIso8859) {
     };
     for (const Pair& pair : table) {
         EXPECT_EQ(DecodedUtf8(pair.from), pair.to) << pair.from;
-        // ... and they stay these when they are written and read again.
+        // Written and read again, they stay the same.
         const std::string literal = LiteralOfUtf8(pair.to);
         EXPECT_EQ(DecodedUtf8(literal.substr(1, literal.size() - 2)), pair.to) << literal;
     }
@@ -321,7 +320,7 @@ TEST(DecodeString, TellsWhatIsNoCharacter) {
         {"\\X2\\0041D83D\\X0\\", 8, "A\uFFFD"},
         {"\\X2\\D83D0041\\X0\\", 4, "\uFFFDA"},
         {"\\X2\\DE00D83D\\X0\\", 4, "\uFFFD\uFFFD"},
-        // A pair stands within one directive.
+        // A surrogate pair must be within one directive.
         {"ab\\X2\\D83D\\X0\\\\X2\\DE00\\X0\\", 6, "ab\uFFFD\uFFFD"},
         {"\\X4\\0000D83D\\X0\\", 4, "\uFFFD"},
         {"\\X4\\00110000\\X0\\", 4, "\uFFFD"},
@@ -351,7 +350,7 @@ TEST(DecodeString, KnowsTheCodePages) {
         {"\\PG\\\\S\\a", "\xCE\xB1"},  // 8859-7: E1 is U+03B1
         {"\\PH\\\\S\\`", "\xD7\x90"},  // 8859-8: E0 is U+05D0
         {"\\PI\\\\S\\p", "\xC4\x9F"},  // 8859-9: F0 is U+011F
-        // A page lasts until the next one; it has no say in \X\.
+        // A page applies until the next one; it does not affect \X\.
         {"\\PG\\\\S\\a\\S\\b-\\PA\\\\S\\i", "\xCE\xB1\xCE\xB2-\xC3\xA9"},
         {"\\PG\\\\X\\E9", "\xC3\xA9"},
         {"\\PG\\text", "text"},
@@ -388,7 +387,7 @@ TEST(DecodeString, KeepsBytesThatAreNoUtf8) {
                              "\x80", "\xC3", "\xC3(", "\xE4\xB8", "\xF0\x9F\x98"}) {
         EXPECT_EQ(Decoded(text), text);
     }
-    // An overlong form and half a surrogate pair are no UTF-8 either.
+    // An overlong form and half a surrogate pair are not UTF-8, either.
     EXPECT_EQ(Decoded("\xC0\xAF"), "\xC0\xAF");
     EXPECT_EQ(Decoded("\xED\xA0\x80"), "\xED\xA0\x80");
 }

@@ -1,4 +1,4 @@
-// Models written and read again are the same models, and their files the same texts.
+// Models written and read again are the same models, and their files have the same text.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 
 #include "Exchange.h"
 #include "Orx.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 
 namespace {
 
@@ -76,7 +76,7 @@ DataSet Parse(const std::string& text) {
     return dataSet;
 }
 
-// A value, told without the help of the writer.
+// A value as text, without using the writer.
 std::string Told(const SdaiPrimitiveH& value) {
     if (!value.exists()) return "unset";
     const std::string kind(value.UnderlyingTypeName().View());
@@ -161,14 +161,14 @@ class RandomModel {
 
     SdaiString Text() {
         std::u32string text;
-        // Around the length of 14 characters that a model keeps in place, and longer.
+        // Lengths around the 14 characters that a model stores inline, and longer.
         for (std::size_t length = Below(3) == 0 ? Below(200) : Below(18); length > 0; --length) {
             switch (Below(12)) {
                 case 0: text += static_cast<char32_t>(1 + Below(255)); break;
                 case 1: text += U'\''; break;
                 case 2: text += U'\\'; break;
                 case 3: text += Below(2) == 0 ? U"α" : U"😀"; break;
-                case 4: text += U"\\X2\\03B1\\X0\\"; break;  // these characters
+                case 4: text += U"\\X2\\03B1\\X0\\"; break;  // as plain characters
                 default: text += static_cast<char32_t>('a' + Below(26));
             }
         }
@@ -232,7 +232,7 @@ class RandomModel {
             default: return Node();
         }
     }
-    // A value as the types that no schema declares hold it.
+    // A value as types that no schema declares hold it.
     SdaiPrimitiveH Any(int depth = 0) {
         switch (Below(depth < 3 ? 8 : 6)) {
             case 0: return Text();
@@ -355,9 +355,9 @@ TEST(RoundTrip, RealsAreExact) {
     }
 }
 
-// ---- Whatever is put
+// ---- Any values
 
-// Any value at all, of any kind and shape, whether an exchange file can hold it or not.
+// Any value, of any kind and shape, whether an exchange file can contain it or not.
 class AnyValue {
   public:
     AnyValue(std::uint64_t seed, const DataSet& dataSet) : random_(seed), dataSet_(dataSet) {}
@@ -378,7 +378,7 @@ class AnyValue {
             case 7: return dataSet_.model->Find(1 + Below(5));
             case 8: return SdaiSelectH(SdaiString(std::string_view(Word())), Make(depth + 1));
             case 9: {
-                // Deep, now and then too deep.
+                // Deeply nested, sometimes too deeply.
                 SdaiPrimitiveH value = Make(depth + 1);
                 for (std::size_t i = Below(120); i > 0; --i) {
                     value =
@@ -408,7 +408,7 @@ class AnyValue {
         return text;
     }
 
-    // Mostly a name.
+    // Usually a name.
     std::string Word() {
         if (Below(20) == 0) return Text(128);
         const char* const words[] = {"LABEL", "length_measure", "RED", "T", "A_1", "!OWN"};
@@ -419,7 +419,7 @@ class AnyValue {
     const DataSet& dataSet_;
 };
 
-// What is written can be read, and what no file can hold is told.
+// What is written can be read; what no exchange file can contain is reported.
 TEST(RoundTrip, GivesWhateverWasPutOrTellsWhyNot) {
     int written = 0;
     int told = 0;

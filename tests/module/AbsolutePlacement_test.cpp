@@ -33,7 +33,7 @@ MATCHER_P(IsNearly, expected, "") {
     return true;
 }
 
-// What differs between the assemblies of these tests. As it stands: the placement #30 is among the
+// The differences between the assemblies of these tests. By default, the placement #30 is among the
 // items of the component's shape #10, the placement #20 among those of the parent's shape #8.
 struct Wiring {
     std::string rep1 = "#10";
@@ -93,8 +93,8 @@ std::string Assembly(const Wiring& wiring = {}) {
     return Link() + kParentShape + kComponentShape + kContext + Relationship(wiring);
 }
 
-// Placement #30 in #20: the inverse of the quarter turn takes x to -y and y to x, then #20 takes
-// -y to -z, x to y and z to x. And #20 in #30, the inverse.
+// Placement #30 in #20: the inverse of the quarter turn takes x to -y and y to x, then #20 takes -y
+// to -z, x to y and z to x. The inverse is #20 in #30.
 const Reals kPlaced{0, 0, -1, 0, 1, 0, 1, 0, 0, 3, 4, 5};
 const Reals kInverse{0, 0, 1, 0, 1, 0, -1, 0, 0, -3, -4, -5};
 const Reals kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
@@ -106,7 +106,7 @@ const char* const kWild = "Cannot understand the STEP WILD WEB - 1";
 const char* const kNoRelating = "SHAPE_REPRESENTATION of the RELATING part NOT FOUND";
 const char* const kNoRelated = "SHAPE_REPRESENTATION of the RELATED part NOT FOUND";
 
-// The lines with which a call ends that found no placement.
+// The last lines of a call that found no placement.
 const std::vector<std::string> kDefault{"Use of default placement",
                                         "Affichage du positionnement:",
                                         "1  0  0",
@@ -119,7 +119,7 @@ std::vector<std::string> ThenDefault(std::vector<std::string> lines) {
     return lines;
 }
 
-// What one call gave and wrote.
+// The results of one call.
 struct Call {
     explicit Call(const SdaiPrimitiveH& link) {
         testing::internal::CaptureStderr();
@@ -135,8 +135,8 @@ struct Call {
     }
 
     Reals placement;
-    std::string errors;                 // on the standard error stream
-    std::vector<std::string> messages;  // in the trace
+    std::string errors;                 // standard error output
+    std::vector<std::string> messages;  // from the trace
     std::vector<std::string> lines;
 };
 
@@ -148,14 +148,14 @@ Call CallFor(const std::string& data, const std::string& schema = "AUTOMOTIVE_DE
 
 }  // namespace
 
-// ---- How the two placements may be wired to the two shapes
+// ---- How the two placements may be assigned to the two shapes
 
 namespace {
 
 struct WiringCase {
     const char* description;
     Wiring wiring;
-    Reals placement;  // kIdentity when the wiring is refused
+    Reals placement;  // kIdentity if the wiring is rejected
 };
 
 void PrintTo(const WiringCase& wiring, std::ostream* stream) { *stream << wiring.description; }
@@ -165,7 +165,7 @@ const char* const kFromComponent = "ITEM_DEFINED_TRANSFORMATION('','',#30,#20)";
 const char* const kMarker = "DEFAULT_PLACEMENT";
 
 const WiringCase kWirings[] = {
-    // Whichever comes first, the placement among the component's items is seen from the other.
+    // In any order, the placement among the component's items is expressed in the other one.
     {"ComponentFirst", {}, kPlaced},
     {"ParentFirst", {.rep1 = "#8", .rep2 = "#10", .operation = kFromParent}, kPlaced},
     {"ShapesSwapped", {.rep1 = "#8", .rep2 = "#10"}, kPlaced},
@@ -175,7 +175,7 @@ const WiringCase kWirings[] = {
      {.operation = "(FUNCTIONALLY_DEFINED_TRANSFORMATION('','')"
                    "ITEM_DEFINED_TRANSFORMATION('','',#30,#20))"},
      kPlaced},
-    // When both are everywhere, the first one is taken for the parent's.
+    // If both shapes contain both placements, the first one is taken for the parent's.
     {"BothItemsInBothShapesParentFirst",
      {.operation = kFromParent, .parentItems = "#20,#30", .componentItems = "#20,#30"},
      kPlaced},
@@ -209,7 +209,7 @@ const WiringCase kWirings[] = {
       .componentItems = "",
       .componentPlacementName = kMarker},
      kPlaced},
-    // The second placement decides alone, and the component's items are looked at first.
+    // Only the second placement decides, and the component's items are searched first.
     {"DefaultWithSecondItemInBothShapes",
      {.operation = kFromComponent, .componentItems = "#20,#30", .componentPlacementName = kMarker},
      kInverse},
@@ -229,7 +229,7 @@ const WiringCase kWirings[] = {
      {.operation = kFromComponent, .parentItems = "", .componentPlacementName = kMarker},
      kIdentity},
 
-    // Only that name, and only of the first placement.
+    // Only with that name, and only for the first placement.
     {"DefaultAsSecondItem",
      {.operation = kFromComponent, .componentItems = "", .parentPlacementName = kMarker},
      kIdentity},
@@ -282,7 +282,7 @@ TEST_P(GetAbsPlacementOf, PlacesTheComponentInTheParent) {
 TEST_P(GetAbsPlacementOf, SaysWhetherTheFirstPlacementIsTheDefaultOne) {
     const Wiring& wiring = GetParam().wiring;
     const Call call = CallFor(Assembly(wiring));
-    // Shapes that do not fit are refused before.
+    // Shapes that do not match are rejected earlier.
     const bool shapesFit = (wiring.rep1 == "#10" && wiring.rep2 == "#8") ||
                            (wiring.rep1 == "#8" && wiring.rep2 == "#10");
     const bool isDefault = wiring.operation == kFromParent
@@ -319,7 +319,7 @@ TEST_P(ExchangeSchema, IsNoObstacleToAPlacement) {
 // ---- The trace
 
 TEST(GetAbsPlacement, TellsTheStepsOfAnItemDefinedTransformation) {
-    // Both placements turned alike.
+    // Both placements have the same rotation.
     const Call call = CallFor(Link() + kParentShape + kComponentShape + kContext + R"(
         #8=SHAPE_REPRESENTATION('',(#20),$);
         #10=SHAPE_REPRESENTATION('',(#30),$);
@@ -352,8 +352,8 @@ TEST(GetAbsPlacement, TellsTheStepsOfAnItemDefinedTransformation) {
     EXPECT_THAT(call.lines, Contains("   void ComputeABSPlacement -> {").Times(1));
 }
 
-// What is defined is compared as it is: it is there, and has no type to name. The walk over the
-// contexts asks for the link, the walk over the shapes for both sides of it.
+// A definition that is set but not an instance is compared, too, and has no type name. The search
+// of the contexts compares it with the link, the search of the shapes with both sides.
 TEST(GetAbsPlacement, AsksIsSame0ForDefinitionsThatAreNoInstances) {
     const TestModel model("AUTOMOTIVE_DESIGN",
                           "#70=PRODUCT_DEFINITION_SHAPE('','','text');"
@@ -451,7 +451,7 @@ TEST(GetAbsPlacement, GivesTheIdentityInASchemaWithoutContexts) {
                 ElementsAreArray(ThenDefault({kBegin, "Nom du schema: cdma", "RRWT not found"})));
 }
 
-// A second link #71 between the same parts, and contexts that belong to no link.
+// A second link #71 between the same parts, and contexts without a link.
 constexpr char kOtherContexts[] = R"(
     #71=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','','',#1,#2,$);
     #72=PRODUCT_DEFINITION_SHAPE('','',#71);
@@ -581,7 +581,7 @@ TEST(GetAbsPlacement, TakesTheFirstShapeOfEachSide) {
     }
 }
 
-// ---- A part in itself: both sides of the link are one product definition
+// ---- A part in itself: one product definition is on both sides of the link
 
 TEST(GetAbsPlacement, GivesNoShapeToBothSides) {
     const Call call = CallFor(Link("#1", "#1") + kParentShape + kContext +
@@ -595,7 +595,7 @@ TEST(GetAbsPlacement, GivesTheFirstOfTwoShapesToTheRelatingSide) {
     const std::string link = Link("#1", "#1") + kContext + Relationship();
     const char* const second = "#9=SHAPE_DEFINITION_REPRESENTATION(#4,#10);";
     EXPECT_THAT(CallFor(link + kParentShape + second).placement, IsNearly(kPlaced));
-    // The other way round the component's placement lies on the relating side.
+    // In the other order, the component's placement is on the relating side.
     EXPECT_THAT(CallFor(link + second + kParentShape).placement, IsNearly(kInverse));
 }
 
@@ -657,8 +657,8 @@ const Cartesian kCartesians[] = {
      {1, 0, 0, 0, 1, 0, 0, 0, 1, 5, 6, 7}},
 };
 
-// The operator #11 of the link #3; its parts are #101 to #104. No shape is there, and none is
-// looked for.
+// The operator #11 of the link #3; its components are #101 to #104. There is no shape, and none is
+// searched for.
 std::string CartesianAssembly(const Cartesian& cartesian) {
     const bool third = *cartesian.axes[2] != '\0';
     return Link() + kContext + R"(
@@ -712,7 +712,7 @@ TEST(CartesianOperator, TakesAnOriginInThePlane) {
 
 namespace {
 
-// Whether each of the values has a minus, a zero too.
+// Whether each of the values has a minus sign, including zeros.
 std::vector<bool> SignsOf(const Reals& values) {
     std::vector<bool> signs;
     for (const double value : values) signs.push_back(std::signbit(value));
@@ -731,7 +731,7 @@ TEST(CartesianOperator, KeepsTheSignOfAZero) {
     EXPECT_THAT(given.messages, Contains("-0  0  -0"));
 }
 
-// A third axis that is set is no reason to complete the other two, whatever it is.
+// A third axis that is set is used as it is, whatever its values.
 TEST(CartesianOperator, TakesAThirdAxisThatIsSetWhateverItHolds) {
     const Cartesian two{"", {"(1.,0.,0.)", "(0.,1.,0.)", ""}, "(1.,2.,3.)", "$", {}};
     const struct {
@@ -750,7 +750,7 @@ TEST(CartesianOperator, TakesAThirdAxisThatIsSetWhateverItHolds) {
         data.replace(data.rfind(unset), unset.size(), ",$,#103);");
         EXPECT_EQ(CallFor(data).placement, placement) << axis;
     }
-    // Unset, it is made of the others.
+    // If it is unset, it is computed from the other two.
     EXPECT_EQ(CallFor(CartesianAssembly(two)).placement,
               (Reals{1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 2, 3}));
 }
@@ -775,7 +775,7 @@ TEST(CartesianOperator, IsTheIdentityWhereItSaysNothing) {
     }
 }
 
-// Whatever the operator is, if it is no item-defined transformation, twelve values come out.
+// Any operator that is not an item-defined transformation results in twelve values.
 TEST(CartesianOperator, IsReadWithoutATestOfItsType) {
     for (const char* operation : {"CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,$,$,$)",
                                   "FUNCTIONALLY_DEFINED_TRANSFORMATION('','')"}) {
@@ -800,7 +800,7 @@ TEST(CartesianOperator, MayBeMissing) {
 
 TEST(GetAbsPlacement, GivesTwelveValuesWhateverIsNotSet) {
     const std::string whole = Assembly();
-    // Each reference in turn is dropped.
+    // Drops each reference in turn.
     int dropped = 0;
     for (std::size_t at = whole.find('#'); at != std::string::npos; at = whole.find('#', at + 1)) {
         const std::size_t end = whole.find_first_not_of("0123456789", at + 1);

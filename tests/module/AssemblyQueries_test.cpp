@@ -18,8 +18,8 @@ using testing::Not;
 
 namespace {
 
-// A car #1 with two axles #2 and a body #3, an axle with two wheels #4, and a wheel #5 that looks
-// like #4 and is in no assembly.
+// A car #1 with two axles #2 and a body #3, an axle with two wheels #4, and a wheel #5 with the
+// values of #4 that is in no assembly.
 constexpr char kCar[] = R"(
     #1=part_object('CAR',$,$,$,$,(#11,#12,#13),$,$,$,$);
     #2=part_object('AXLE',$,$,$,$,(#14,#15),$,$,$,$);
@@ -32,7 +32,7 @@ constexpr char kCar[] = R"(
     #14=part_link('4',$,#4,$,$,$,$);
     #15=part_link('5',$,#4,$,$,$,$);)";
 
-// A result and its trace, with the same result untraced.
+// A result and its trace; the same result without tracing.
 struct Traced {
     Traced(SdaiPrimitiveH (*function)(const SdaiPrimitiveH&), const char* label,
            const SdaiPrimitiveH& part) {
@@ -54,7 +54,7 @@ struct Traced {
     SdaiPrimitiveH result;
     std::vector<std::string> messages;
     long comparisons = 0;  // calls of IsSame0
-    bool opened = false;   // whether the call shows at all
+    bool opened = false;   // whether the call is traced
 
   private:
     void Read(const TraceCapture& trace, const std::string& label) {
@@ -237,7 +237,7 @@ TEST(UseOfAPart, IsNoneForValuesThatAreNoInstances) {
     }
 }
 
-// The leaf is compared as it is: it is there, and has no type to name.
+// A leaf that is not an instance is compared, too, and has no type name.
 TEST(UseOfAPart, IsAskedOfIsSame0ForALeafThatIsNoInstance) {
     const TestModel model("cdma", R"(
         #1=part_object('P',$,$,$,$,(#3),$,$,$,$);
@@ -273,7 +273,7 @@ TEST(UseOfAPart, IsPassedOverByLinksThatLeadNowhere) {
     EXPECT_EQ(count.comparisons, 3);
 }
 
-// The same link twice in a list is two uses.
+// A link that is listed twice counts twice.
 TEST(QuantifyRef, CountsALinkAsOftenAsItIsListed) {
     const TestModel model("cdma", R"(
         #1=part_object('P',$,$,$,$,(#3,#3,#3),$,$,$,$);
@@ -320,8 +320,8 @@ TEST(UseOfAPart, IsNoneWhereTheListIsNoList) {
 
 namespace {
 
-// A schema in which a part has the attributes that are listed, and an instance #1 of it with the
-// values; #2 is a model and #3 a document.
+// A schema in which a part has these attributes, and an instance #1 of it with these values; #2 is
+// a model and #3 a document.
 struct LinkedPart {
     const char* description;
     std::vector<const char*> attributes;
@@ -358,7 +358,7 @@ INSTANTIATE_TEST_SUITE_P(
         LinkedPart{"SecondDocumentsAfterNone", {"models", "docs1", "docs2"}, "$,$,(#3,#3)", true},
         LinkedPart{"NoModelsAttribute", {"docs1"}, "(#3)", true},
         LinkedPart{"NoAttributeAtAll", {"name"}, "(#3)", false},
-        // The numbers end at the first that is missing.
+        // The numbering ends at the first gap.
         LinkedPart{"NoFirstNumber", {"models", "docs2"}, "(),(#3)", false},
         LinkedPart{"GapInNumbers", {"models", "docs1", "docs3"}, "(),(),(#3)", false},
         LinkedPart{"NumberZero", {"docs0", "docs1"}, "(#3),()", false},
@@ -397,7 +397,7 @@ TEST_P(ModelDocLink, IsNoneOfAnInstanceOfAnotherType) {
 }
 
 TEST(IsModelDocLinked, DoesNotHoldForASubtypeOfAPart) {
-    // The type is known by its name.
+    // The type is recognised by its name.
     const TestModel model(
         R"(SCHEMA cdma;
         ENTITY document; id : STRING; END_ENTITY;

@@ -25,7 +25,7 @@ constexpr char kSomethingElse[] = "j'abandonne";
 
 struct Case {
     const char* description;
-    const char* last;  // what is traced last, kOrx for those that are accepted
+    const char* last;  // the last message; kOrx if accepted
 };
 
 struct Reader {
@@ -91,7 +91,7 @@ TEST_P(ConfigurationDescription, IsTakenForAnEmptyOneWhenItIsNoText) {
 // Three fields and nothing else.
 const std::vector<Case> kThreeFields{
     {"S0003ORXS0004CFG1S0002H7", kOrx},
-    // What the fields say does not matter.
+    // The contents of the fields do not matter.
     {"S0003orxS0004CFG1S0002H7", kOrx},
     {"S0000S0000S0000", kOrx},
     {"S0005rangeS0000S0000", kOrx},
@@ -103,7 +103,7 @@ const std::vector<Case> kThreeFields{
     {"", "NOT a ORX DESCRIPTION : length = 0"},
     {"S", "NOT a ORX DESCRIPTION : length = 1"},
     {"S0003OR", "NOT a ORX DESCRIPTION : length = 7"},
-    // One field, two fields: the next marker is not there.
+    // One field or two: the next marker is missing.
     {"S0003ORX", kBadFormat},
     {"S0003ORXS0004CFG1", kBadFormat},
     {"s0003ORXS0004CFG1S0002H7", kBadFormat},
@@ -111,12 +111,12 @@ const std::vector<Case> kThreeFields{
     {"S0003ORXS0004CFG1R0002H7", kBadFormat},
     {"S0004ORXS0004CFG1S0002H7", kBadFormat},
     {"        ", kBadFormat},
-    // The first or second field goes on past the end.
+    // The first or second field extends past the end.
     {"S0009ORX", kPastTheEnd},
     {"S9999ORXS0004CFG1S0002H7", kPastTheEnd},
     {"S0003ORXS0099CFG1S0002H7", kPastTheEnd},
     {"S0003ORXS0005CFG1", kPastTheEnd},
-    // No number where the length should stand, or nothing at all.
+    // A length that is not a number, or is missing.
     {"S000xORXS0004CFG1S0002H7", kNoLength},
     {"SxxxxORXS0004CFG1S0002H7", kNoLength},
     {"S    ORXS0004CFG1S0002H7", kNoLength},
@@ -125,14 +125,14 @@ const std::vector<Case> kThreeFields{
     {"S0003ORXS0004CFG1SORX2H7", kNoLength},
     {"S0003ORXS", kNoLength},
     {"S0003ORXS0004CFG1S", kNoLength},
-    // The third field ends before the text does, or after it.
+    // The third field ends before the text, or after it.
     {"S0003ORXS0004CFG1S0002H7x", kSomethingElse},
     {"S0003ORXS0004CFG1S0002H7S0000", kSomethingElse},
     {"S0003ORXS0004CFG1S0003H7", kSomethingElse},
     {"S0003ORXS0004CFG1S0001H7", kSomethingElse},
     {"S0003ORXS0004CFG1S0000H7", kSomethingElse},
     {"S0003ORXS0004CFG1S9999H7", kSomethingElse},
-    // A length of fewer digits at the very end is a number, too.
+    // A length with fewer digits at the very end is a number, too.
     {"S0003ORXS0004CFG1S00", kSomethingElse},
 };
 

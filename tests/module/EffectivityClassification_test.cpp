@@ -1,4 +1,4 @@
-// What kind an effectivity is: of an instance, and of an effectivity identifier.
+// The kind of an effectivity: of an instance, and of an effectivity identifier.
 
 #include <gmock/gmock.h>
 
@@ -22,7 +22,7 @@ constexpr char kDateKind[] = " -> Date Effectivity Type ";
 constexpr char kOptionRange[] = " -> Option Range Effectivity Type ";
 constexpr char kOptionDate[] = " -> Option Date Effectivity Type ";
 
-// An instance as #1 of a model, and by which message each test accepts it; null where it does not.
+// The instance #1 of a model, and the message with which each test accepts it; null if rejected.
 struct Shape {
     const char* name;
     const char* data;
@@ -47,7 +47,7 @@ const Shape kShapes[] = {
      nullptr, nullptr},
     {"OptionDateInOtherCase", "OPTION_EFFECTIVITY('E',$,'option_DATE','O',1,5,$,$)", nullptr,
      nullptr, nullptr},
-    // Equality is exact here, unlike in ExtractCFGType.
+    // The types must be equal here, unlike in ExtractCFGType.
     {"OptionRangeCutShort", "OPTION_EFFECTIVITY('E',$,'option_rang','O',1,5,$,$)", nullptr, nullptr,
      nullptr},
     {"OptionRangeWithMore", "OPTION_EFFECTIVITY('E',$,'option_range ','O',1,5,$,$)", nullptr,
@@ -55,7 +55,7 @@ const Shape kShapes[] = {
     {"OptionWithNameOfTheKind", "OPTION_EFFECTIVITY('E',$,'range_effectivity','O',1,5,$,$)",
      nullptr, nullptr, nullptr},
     {"AnotherType", "CONFIGURATION_ITEM('E',$,$)", nullptr, nullptr, nullptr},
-    // The direct kind ends the test; the other test goes on to the option's type.
+    // The instance's own kind ends the test; the other test continues with the option's type.
     {"RangeAndDateOption",
      "(EFFECTIVITY_OBJECT('E',$)OPTION_EFFECTIVITY('option_date','O',$,$,$,$)"
      "RANGE_EFFECTIVITY(1,5))",
@@ -131,7 +131,7 @@ TEST(EffectivityClassifiers, AreFalseForAValueThatIsNoInstance) {
     ExpectClassified(sdaiLTRUE, none);
 }
 
-// Subtypes, and an option type that is no text. None of the attributes is needed for a kind test.
+// Subtypes, and an option type that is not a text. A kind test needs none of the attributes.
 constexpr char kSubtypes[] = R"(SCHEMA small;
     ENTITY range_effectivity; END_ENTITY;
     ENTITY serial_effectivity SUBTYPE OF (range_effectivity); END_ENTITY;
@@ -166,7 +166,7 @@ TEST(EffectivityClassifiers, AreFalseForAnOptionWhoseTypeLacksTheAttribute) {
     ExpectClassified(model[1], {"", "", nullptr, nullptr, nullptr});
 }
 
-// Its attributes alone do not make an effectivity.
+// The attributes alone do not make an effectivity.
 constexpr char kLookAlike[] = R"(SCHEMA small;
     ENTITY effectivity; id, option_type, option_id : STRING; END_ENTITY;
     END_SCHEMA;)";
@@ -192,15 +192,15 @@ TEST(GetIDEff, GivesTheIdentifierThatBelongsToTheKind) {
         {"DATE_EFFECTIVITY('D1',$,$,$)", "D1"},
         {"OPTION_EFFECTIVITY('E1',$,'option_range','O1',$,$,$,$)", "O1"},
         {"OPTION_EFFECTIVITY('E1',$,$,'O1',$,$,$,$)", "O1"},
-        // An empty identifier is one.
+        // An empty identifier is an identifier.
         {"RANGE_EFFECTIVITY('',$,1,5)", ""},
         {"OPTION_EFFECTIVITY('E1',$,$,'',$,$,$,$)", ""},
         {"RANGE_EFFECTIVITY($,$,1,5)", "EMPTY VALUE"},
         {"DATE_EFFECTIVITY($,$,$,$)", "EMPTY VALUE"},
-        // The id of an option effectivity is not that of its option.
+        // The id of an option effectivity is not used if the option has none.
         {"OPTION_EFFECTIVITY('E1',$,'option_range',$,$,$,$,$)", "EMPTY VALUE"},
         {"CONFIGURATION_ITEM('C1',$,$)", "EMPTY VALUE"},
-        // What is both kinds has the id in the end, where it is set.
+        // Of an instance of both kinds, the id takes precedence if it is set.
         {"(EFFECTIVITY_OBJECT('R1',$)OPTION_EFFECTIVITY($,'O1',$,$,$,$)RANGE_EFFECTIVITY(1,5))",
          "R1"},
         {"(DATE_EFFECTIVITY($,$)EFFECTIVITY_OBJECT('D1',$)OPTION_EFFECTIVITY($,'O1',$,$,$,$))",
@@ -249,14 +249,14 @@ constexpr char kExtractCFGType[] = "SdaiPrimitiveH ExtractCFGType ->";
 constexpr const char* kTypes[] = {"range_effectivity", "date_effectivity", "option_range",
                                   "option_date"};
 
-// An effectivity identifier of configuration item CFG1 with that type.
+// An effectivity identifier of configuration item CFG1 with this type.
 std::string Identifier(const std::string& type) {
     char length[8];
     std::snprintf(length, sizeof length, "%04d", static_cast<int>(type.size()));
     return "S0003ORXS0004CFG1S" + std::string(length) + type;
 }
 
-// Checks the answer and the messages for one text and search mode from 1 to 4.
+// Checks the result and the messages for one text and a search mode from 1 to 4.
 void ExpectExtracted(const std::string& identifier, long mode, bool accepted) {
     SCOPED_TRACE(identifier + ", mode " + std::to_string(mode));
     EXPECT_EQ(IsTrue(ExtractCFGType(Handle(identifier), Handle(mode))), accepted);
@@ -281,7 +281,7 @@ TEST(ExtractCFGType, AcceptsTheTypeOfTheModeAlone) {
 TEST(ExtractCFGType, AcceptsWhatBeginsTheTypeOrGoesOnAfterIt) {
     const struct {
         const char* type;
-        std::vector<long> modes;  // those that accept it
+        std::vector<long> modes;  // those that accept the type
     } cases[] = {
         {"r", {1}},
         {"range", {1}},
@@ -293,7 +293,7 @@ TEST(ExtractCFGType, AcceptsWhatBeginsTheTypeOrGoesOnAfterIt) {
         {"option_", {3, 4}},
         {"option_range_and_option_date", {3}},
         {"option_dates", {4}},
-        // Neither of these begins with the other.
+        // Neither text begins with the other.
         {"", {}},
         {"UNDEFINED", {}},
         {"Range_effectivity", {}},
@@ -322,17 +322,17 @@ TEST(ExtractCFGType, FindsTheTypeWhereTheLengthsSay) {
         // An id that looks like a field.
         {"S0003ORXS0010S0005rangeS0016date_effectivity", 2, true},
         {"S0003ORXS0010S0005rangeS0016date_effectivity", 1, false},
-        // The length cuts the type, and the text cuts the length.
+        // The length truncates the type, and the end of the text truncates the length.
         {"S0003ORXS0004CFG1S0005range_effectivity", 1, true},
         {"S0003ORXS0004CFG1S0001oops", 3, true},
         {"S0003ORXS0004CFG1S0002oops", 3, false},
         {"S0003ORXS0004CFG1S9999date_effectivity", 2, true},
         {"S0003ORXS0004CFG1S0012option_date", 4, true},
-        // What stands outside the lengths and the type is not looked at.
+        // Only the lengths and the type are read.
         {".........0002ab.0004date", 2, true},
         {"S0003ORXX0004CFG1X0011option_date", 4, true},
         {"S0003ORXS0004CFG1S0011option_dateS0001x", 4, true},
-        // A length that is no number counts as 0.
+        // A length that is not a number counts as 0.
         {"S0003ORXSzeroS0016date_effectivity", 2, true},
         {"S0003ORXS0004CFG1Slongdate_effectivity", 2, false},
         {"S0003ORXS0004CFG1S0000date_effectivity", 2, false},
@@ -347,9 +347,9 @@ TEST(ExtractCFGType, FindsTheTypeWhereTheLengthsSay) {
         {"S0003ORXS0004CFG1S", 1, false},
         {"S0003ORXS0004CFG1S0017", 1, false},
         {"S0003ORXS0004CFG1S0017r", 1, true},
-        // The id is said to go on past the end.
+        // The id extends past the end.
         {"S0003ORXS9999CFG1S0016date_effectivity", 2, false},
-        // One character astray.
+        // Off by one character.
         {"S0003ORXS0003CFG1S0016date_effectivity", 2, false},
         {"S0003ORXS0005CFG1S0016date_effectivity", 2, false},
     };

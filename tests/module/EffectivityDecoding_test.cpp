@@ -27,7 +27,7 @@ constexpr char kExtractEFFType[] = "SdaiPrimitiveH ExtractEFFType ->";
 TEST(ExtractEFFType, AcceptsTheTypeOfTheModeAlone) {
     const struct {
         const char* text;
-        long mode;  // the one that accepts it; 0 for none
+        long mode;  // the mode that accepts it; 0 for none
     } cases[] = {
         {"S0005rangeS0003R12", 1},
         {"S0004dateS0003D12", 2},
@@ -37,7 +37,7 @@ TEST(ExtractEFFType, AcceptsTheTypeOfTheModeAlone) {
         {"S0005range", 1},
         {"S0004dateS0005range", 2},
         {"S0005rangeand whatever follows", 1},
-        // The length cuts the type, and the text cuts the length.
+        // The length truncates the type, and the end of the text truncates the length.
         {"S0005ranges", 1},
         {"S0099range", 1},
         {"S0004datefoo", 2},
@@ -57,7 +57,7 @@ TEST(ExtractEFFType, AcceptsTheTypeOfTheModeAlone) {
         {"S0017range_effectivityS0003R12", 0},
         {"S0016date_effectivityS0003R12", 0},
         {"S0009UNDEFINEDS0003R12", 0},
-        // Another marker.
+        // A different marker.
         {"s0005rangeS0003R12", 0},
         {"I0005rangeS0003R12", 0},
         {" S0005range", 0},
@@ -122,7 +122,7 @@ TEST(ExtractEFFType, TakesAValueOfAnotherKindForAnEmptyTextOrModeZero) {
 constexpr char kDecodeEFF[] = "SdaiPrimitiveH DecodeEFF ->";
 constexpr char kEmpty[] = "EMPTY VALUE";
 
-// Checks the value for a text and a mode, and what is traced after the line on the mode.
+// Checks the value for a text and a mode, and the messages after the one about the mode.
 void ExpectDecoded(const std::string& text, long mode, const std::string& value,
                    const std::vector<std::string>& messages) {
     SCOPED_TRACE(text + ", mode " + std::to_string(mode));
@@ -142,7 +142,7 @@ TEST(DecodeEFF, GivesTheIdAndTheOptionOfAnOptionEffectivity) {
     } cases[] = {
         {"S0012option_rangeS0002O1S0003E07", "E07", "O1"},
         {"S0011option_dateS0002O1S0003E07", "E07", "O1"},
-        // Any type but "range" and "date" is an option's.
+        // Any type except "range" and "date" is taken for an option's.
         {"S0000S0002O1S0003E07", "E07", "O1"},
         {"S0008anythingS0002O1S0003E07", "E07", "O1"},
         {"S0005RangeS0002O1S0003E07", "E07", "O1"},
@@ -157,7 +157,7 @@ TEST(DecodeEFF, GivesTheIdAndTheOptionOfAnOptionEffectivity) {
         {"S0000S0000S0000", "", ""},
         // Values that look like fields.
         {"S0012option_rangeS0006S0001XS0006S0001Y", "S0001Y", "S0001X"},
-        // What follows the last field does not matter; what it lacks is not there.
+        // Text after the last field does not matter; a truncated one has its available text.
         {"S0012option_rangeS0002O1S0003E07S0001X", "E07", "O1"},
         {"S0012option_rangeS0002O1S0009E07", "E07", "O1"},
         {"S0012option_rangeS0002O1S", "", "O1"},
@@ -199,7 +199,7 @@ TEST(DecodeEFF, IsEmptyValueForAnIncorrectString) {
     const char kIncorrect[] = " >> Incorrect encoded string << ";
     const struct {
         const char* text;
-        bool optionThere;  // whether the second field can be read
+        bool optionThere;  // whether the second field is readable
         const char* option;
     } cases[] = {
         // No second marker.
@@ -231,7 +231,7 @@ TEST(DecodeEFF, IsEmptyValueForAnIncorrectString) {
     }
     for (const char* text : {"S0005range", "S0004date", "S0005ranges0003R12", "S0004date S0001X"}) {
         ExpectDecoded(text, 1, kEmpty, {kIncorrect});
-        // The mode is found incompatible first.
+        // The mode is rejected first.
         ExpectDecoded(text, 2, kEmpty,
                       {" >> Incompatible search mode with Input Value << ",
                        std::string(" >> Eff type : ") + text + " << "});
@@ -275,7 +275,7 @@ TEST(DecodeEFF, TakesAValueOfAnotherKindForAnEmptyTextOrModeZero) {
 
 // ---- Writers and readers
 
-// Identifiers that a database may hold.
+// Possible identifiers of a database.
 std::vector<std::string> Identifiers() {
     return {"",
             "R12",

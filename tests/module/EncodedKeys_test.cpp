@@ -22,7 +22,7 @@ const SdaiPrimitiveH kMissing;
 // The string AB, the integer 12 and the empty string.
 constexpr char kThreeFields[] = "S0002ABI000212S0000";
 
-const std::string kLongest(9999, 'x');  // the longest value that four digits can announce
+const std::string kLongest(9999, 'x');  // the longest value that four digits can describe
 
 }  // namespace
 
@@ -39,10 +39,10 @@ TEST(IsEncodedKey, AcceptsWellFormedKeys) {
         "R00031.5I00017S0001A",
         "S0006S0001X",     // a value that looks like a field
         "S0003S00",        // or like the start of one
-        "S0004\xE9\n\t ",  // any character may stand in a value
+        "S0004\xE9\n\t ",  // a value may contain any character
         "S9999" + kLongest,
         "S9999" + kLongest + "I00011",
-        "I0003abcS0001A",  // a value is not looked at
+        "I0003abcS0001A",  // the value is not checked
         std::string("S0003a\0bS0000", 13),
     };
     for (const std::string& key : keys) EXPECT_TRUE(IsTrue(IsEncodedKey(Handle(key)))) << key;
@@ -73,7 +73,7 @@ TEST(IsEncodedKey, RejectsALengthThatIsNoNumber) {
 }
 
 TEST(IsEncodedKey, RejectsANegativeLength) {
-    // Five back from the end of the field's head is its own start.
+    // Going back five characters from the end of the field's head leads to its own start.
     for (const char* key : {"S-005ABCDE", "S-001AB", "S-999", "S0002ABS-012"}) {
         EXPECT_TRUE(IsFalse(IsEncodedKey(Handle(key)))) << key;
     }
@@ -103,7 +103,7 @@ TEST(IsEncodedKey, ReadsAKeyThroughASelect) {
 TEST(IsEncodedKey, TracesEachFieldItReads) {
     TraceCapture trace;
     IsEncodedKey(Handle(kThreeFields));
-    // The index is the one after the letter.
+    // The index of the character after the letter.
     EXPECT_THAT(trace.Messages(kIsEncodedKey), ElementsAre("StartIndex = 1", "Type a lire: S",   //
                                                            "StartIndex = 8", "Type a lire: I",   //
                                                            "StartIndex = 15", "Type a lire: S",  //
@@ -154,18 +154,18 @@ TEST(DecodeKey, GivesStrings) {
         {kThreeFields, 1, "AB"},
         {kThreeFields, 3, ""},
         {"I000212S0003end", 2, "end"},
-        {"S0005AB", 1, "AB"},  // what there is of a field that is cut short
+        {"S0005AB", 1, "AB"},  // a truncated field has its available text
         {"S0001", 1, ""},
         {"S0001AS9999rest", 2, "rest"},
-        {"S0006S0001X", 1, "S0001X"},  // fields are counted by their lengths, not searched for
+        {"S0006S0001X", 1, "S0001X"},  // fields are located by their lengths, not by searching
         {"S0006S0001XS0001Y", 2, "Y"},
         {"S0004a \xE9 ", 1, "a \xE9 "},
         {"S9999" + kLongest, 1, kLongest},
         {"S9999" + kLongest + "S0003end", 2, "end"},
         {std::string("S0003a\0b", 8), 1, std::string("a\0b", 3)},
-        {"SabcdS0001X", 1, ""},     // a length that is no number counts as 0
-        {"SabcdS0001X", 2, "X"},    // so that the next field follows at once
-        {"X0002ABS0001C", 2, "C"},  // a field that is skipped may be of any letter
+        {"SabcdS0001X", 1, ""},     // a length that is not a number counts as 0
+        {"SabcdS0001X", 2, "X"},    // so the next field follows immediately
+        {"X0002ABS0001C", 2, "C"},  // a skipped field may have any letter
         {"s0002ABS0001C", 2, "C"},
     };
     for (const auto& [key, place, value] : kCases) {
@@ -189,9 +189,9 @@ TEST(DecodeKey, GivesIntegers) {
         {"I0020"
          "-9223372036854775808",
          1, std::numeric_limits<long>::min()},
-        {"I0003123456", 1, 123},  // no more characters than the length says
-        {"I0005123", 1, 123},     // as many as there are
-        // Texts that are no integer
+        {"I0003123456", 1, 123},  // not more characters than the length
+        {"I0005123", 1, 123},     // the available characters
+        // Texts that are not integers
         {"I0000", 1, 0},
         {"I0003abc", 1, 0},
         {"I000412ab", 1, 0},
@@ -212,7 +212,7 @@ TEST(DecodeKey, GivesReals) {
     } kCases[] = {
         {"R00031.5", 1, 1.5},
         {"R0004-2.5", 1, -2.5},
-        {"R00017", 1, 7.0},  // a real all the same
+        {"R00017", 1, 7.0},  // still a real
         {"S0002ABR00050.125", 2, 0.125},
         {"R0000", 1, 0.0},
         {"R0003abc", 1, 0.0},
@@ -234,10 +234,8 @@ TEST(DecodeKey, ReadsAFieldOfAnyOtherLetterAsAnInteger) {
         {"s0002AB", 1, -1},
         {"i000242", 1, 42},
         {"S0001AX0003-42", 2, -42},
-        {"hello", 1, -1},  // no key at all: the
-                           // letter h, a length
-                           // that is no number, no
-                           // value
+        // Not a key: the letter h, an invalid length, no value.
+        {"hello", 1, -1},
         {"", 1, -1},
     };
     for (const auto& [key, place, value] : kCases) {

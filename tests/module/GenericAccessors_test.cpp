@@ -157,7 +157,7 @@ const TestModel& Transformations() {
     return data;
 }
 
-// The select through which a relationship holds its transformation.
+// The select that contains the transformation of a relationship.
 SdaiPrimitiveH Operator(unsigned long relationship) {
     return Transformations()[relationship].GetAttr("TRANSFORMATION_OPERATOR");
 }
@@ -312,7 +312,7 @@ namespace {
 
 constexpr char kUuid[] = "[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}";
 
-// Sets the owner's name in the environment, or removes it, while it lives.
+// Sets the owner's name in the environment, or removes it, while it exists.
 class Owner {
   public:
     explicit Owner(const std::optional<std::string>& name) {
@@ -538,14 +538,14 @@ TEST(ORXTrunc, GivesTheFirstCharacters) {
         {"abcdef", 1, "a"},
         {"abcdef", 5, "abcde"},
         {"abcdef", 6, "abcdef"},
-        {"abcdef", 7, "abcdef"},  // more than there are: all of them
+        {"abcdef", 7, "abcdef"},  // longer than the text: all of it
         {"", 0, ""},
         {"", 3, ""},
         {"a text of more than fifteen characters", 20, "a text of more than "},
         {"caf\xE9 noir", 4, "caf\xE9"},  // characters are bytes
         {"abcdef", std::numeric_limits<int>::max(), "abcdef"},
         {"abcdef", std::numeric_limits<long>::max(), "abcdef"},
-        {"abcdef", 0x100000002L, "abcdef"},  // not 2, as an int of 32 bits would have it
+        {"abcdef", 0x100000002L, "abcdef"},  // not 2, as a 32-bit int would have it
         {"abcdef", -1, ""},
         {"abcdef", std::numeric_limits<long>::min(), ""},
         {"abcdef", -0xFFFFFFFEL, ""},

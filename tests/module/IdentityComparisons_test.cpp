@@ -21,7 +21,7 @@ using testing::StartsWith;
 
 namespace {
 
-// The structure that the chains run over, with the DEFINITION of a shape definition representation
+// The structure that the chains follow. The DEFINITION of a shape definition representation is
 // either a select, as in the later application protocols, or a plain reference.
 std::string Schema(const std::string& name, bool definitionIsSelect = true) {
     return "SCHEMA " + name + R"(;
@@ -64,7 +64,7 @@ std::string Schema(const std::string& name, bool definitionIsSelect = true) {
         END_SCHEMA;)";
 }
 
-// An assembly #3 with a component #4 and, from #21 on, look-alikes: instances with the same values.
+// An assembly #3 with a component #4 and, from #21 on, other instances with the same values.
 constexpr char kAssembly[] = R"(
     #1=PRODUCT_DEFINITION_FORMATION('1');
     #2=PRODUCT_DEFINITION_FORMATION('1');
@@ -101,16 +101,16 @@ constexpr char kAssembly[] = R"(
 
 using Pair = std::array<unsigned long, 2>;
 
-// What the comparisons have in common, and instances of kAssembly to show it with.
+// A comparison, and instances of kAssembly to test it with.
 struct Comparison {
     const char* name;
     SdaiPrimitiveH (*call)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);
     const char* label;
-    const char* saysTrue;  // the closing line
+    const char* saysTrue;  // the last message
     const char* saysFalse;
     Pair same;
     std::vector<Pair> different;
-    std::vector<Pair> incomplete;  // both ends, or one, are not there
+    std::vector<Pair> incomplete;  // one or both ends are missing
 };
 
 void PrintTo(const Comparison& comparison, std::ostream* stream) { *stream << comparison.name; }
@@ -162,7 +162,7 @@ const Comparison kComparisons[] = {
      "IsSameShapeRep1 retourne sdaiLTRUE",
      "IsSameShapeRep1 retourne sdaiLFALSE",
      {12, 15},
-     {{11, 15}, {31, 15}},  // #11 has the shape that is REP_2
+     {{11, 15}, {31, 15}},  // #11 has the shape REP_2
      {{42, 45}, {42, 46}, {12, 45}, {12, 46}, {42, 15}}},
     {"IsSameIDT",
      IsSameIDT,
@@ -184,7 +184,7 @@ const Comparison kComparisons[] = {
 
 class IdentityComparison : public testing::TestWithParam<Comparison> {
   protected:
-    // The answer for two handles, with the closing line that belongs to it.
+    // Checks the result for two handles, and the last message.
     void ExpectAnswer(const SdaiPrimitiveH& a, const SdaiPrimitiveH& b, bool same) const {
         const SdaiPrimitiveH untraced = function_.call(a, b);
         EXPECT_EQ(IsTrue(untraced), same);
@@ -286,7 +286,7 @@ TEST(IsSame0, FindsAnInstanceThatWasReachedAlongAnotherPath) {
 
 TEST(IsSame0, DoesNotHoldForEqualTexts) { EXPECT_TRUE(IsFalse(IsSame0("part"_h, "part"_h))); }
 
-// ---- The schemas that the comparisons tell apart
+// ---- The schemas that the comparisons distinguish
 
 namespace {
 
@@ -305,7 +305,7 @@ class ShapeDefinitions : public testing::TestWithParam<SchemaCase> {
     const TestModel model_{Schema(GetParam().name, GetParam().definitionIsSelect), kAssembly};
 };
 
-// Whatever the schema says, each way of writing DEFINITION leads to the shape.
+// In every schema, DEFINITION leads to the shape, as a select or as a reference.
 INSTANTIATE_TEST_SUITE_P(Schemas, ShapeDefinitions,
                          testing::Values(SchemaCase{"PDM_SCHEMA", "PDM_SCHEMA", true},
                                          SchemaCase{"PDM_SCHEMA", "PDM_SCHEMA", false},
@@ -360,7 +360,7 @@ TEST(ShapeDefinitions, AreReadAsTheModelOfTheSecondArgumentSays) {
 
 namespace {
 
-// The structure of kAssembly as exchange files have it.
+// The structure of kAssembly as in exchange files.
 constexpr char kExchangedAssembly[] = R"(
     #1=PRODUCT_DEFINITION_FORMATION('','',$);
     #2=PRODUCT_DEFINITION_FORMATION('','',$);
@@ -433,7 +433,7 @@ void PrintTo(const Operator& op, std::ostream* stream) { *stream << op.descripti
 
 class TransformationOperator : public testing::TestWithParam<Operator> {};
 
-// Only the very type counts, not what it is a kind of.
+// Only the exact type counts, not its supertypes.
 INSTANTIATE_TEST_SUITE_P(
     Types, TransformationOperator,
     testing::Values(
@@ -453,7 +453,7 @@ TEST_P(TransformationOperator, IsTheTransformationOnlyWhenItsTypeIsThatByName) {
     EXPECT_EQ(IsTrue(IsSameIDT(model[1], model[2])), GetParam().same);
 }
 
-// ---- What the trace says along the chains
+// ---- The trace along the chains
 
 TEST(IsSameShapeRep1, NamesRep1AsAnotherFunctionDoes) {
     const TestModel model(Schema("AUTOMOTIVE_DESIGN"), kAssembly);

@@ -21,11 +21,11 @@ const char* const kExtensionLabel = "SdaiPrimitiveH GetNARVOV5Ext ->";
 // Results must not depend on the trace: every table runs with it off and on.
 const int kTraceLevels[] = {0, 12};
 
-// Around the room for names of 80 characters, around the six characters of ".model", and far
+// Around the buffer for names of 80 characters, around the six characters of ".model", and far
 // beyond.
 const std::size_t kLengths[] = {0, 1, 5, 6, 7, 79, 80, 81, 160, 161, 100000};
 
-// Files and what describes them: #1x are representations of properties.
+// Files and their descriptions: #1x are representations of properties.
 const TestModel& Files() {
     static const TestModel model("AUTOMOTIVE_DESIGN", R"(
 #1=DOCUMENT_FILE('engine.model','',$,$,'',$);
@@ -88,7 +88,7 @@ TEST(IsaNARVOModel, WantsTheFirstModelExtensionAfterTheFirstDotToEndTheName) {
         {"model.", false},
         {".", false},
         {"", false},
-        // The first hit decides, though another one ends the name.
+        // The first match decides, even if another one ends the name.
         {"x.model.model", false},
         {"a.b.model.model", false},
         {"a.modelx.model", false},
@@ -109,7 +109,7 @@ TEST(IsaNARVOModel, TakesNamesOfAnyLength) {
         EXPECT_TRUE(IsTrue(IsaNARVOModel(Handle(name + ".model")))) << length;
         EXPECT_TRUE(IsFalse(IsaNARVOModel(Handle(name + ".model.")))) << length;
         EXPECT_TRUE(IsFalse(IsaNARVOModel(Handle(name)))) << length;
-        // Nothing but dots before the extension.
+        // Only dots before the extension.
         EXPECT_TRUE(IsTrue(IsaNARVOModel(Handle(std::string(length, '.') + ".model")))) << length;
     }
 }
@@ -256,7 +256,7 @@ namespace {
 
 struct FileName {
     const char* name;
-    const char* extension;  // "" where it is no V5 document
+    const char* extension;  // "" if it is not a V5 document
 };
 
 const FileName kFileNames[] = {
@@ -264,11 +264,11 @@ const FileName kFileNames[] = {
     {"a.KORx", "KORx"},
     {".KORx", "KORx"},
     {"left door.KOR 1", "KOR 1"},
-    // The extension goes on to the end, further dots included.
+    // The extension extends to the end, further dots included.
     {"a.KORb.c", "KORb.c"},
     {"a.KOR.", "KOR."},
     {"a.KORKOR.KORShape", "KORKOR.KORShape"},
-    // More than the three characters are needed.
+    // More than the three characters are required.
     {"a.KOR", ""},
     {"a.KO", ""},
     {"a.K", ""},
@@ -281,7 +281,7 @@ const FileName kFileNames[] = {
     {"doc.KoRShape", ""},
     {"doc. KORShape", ""},
     {"doc.xKORShape", ""},
-    // It is the first dot that counts.
+    // The first dot counts.
     {"a.b.KORShape", ""},
     {"a..KORShape", ""},
 };

@@ -1,8 +1,9 @@
 // Damaged identifiers: every reader of keys and identifier strings follows its rules exactly on
 // every prefix of valid strings and on every string that differs from a valid one in one byte.
 //
-// The rules are stated here again, as simply as possible, over std::string; each reader must return
-// the same result and trace the same messages as its rules.
+// These are some 6,000 strings, each for every reader: no table could list what to expect. So the
+// rules are stated again here, as simply as possible, on std::string; each reader must return the
+// same result and trace the same messages as its rules.
 
 #include <gmock/gmock.h>
 
@@ -44,10 +45,10 @@ const std::string kGood[] = {
     "S0002ABI000242R00031.5S0000",
 };
 
-// The bytes that take the place of others, besides the neighbours of each byte.
+// The replacement bytes, in addition to the neighbours of each byte.
 constexpr char kBytes[] = {'0', '2', '9', 'S', 's', 'I', 'R', 'X', ' ', '+', '-', '\0', '\xE9'};
 
-// All prefixes, all strings with one byte changed, and all with one byte more.
+// All prefixes, all strings with one byte changed, and all with one byte appended.
 const std::set<std::string>& Mutants() {
     static const std::set<std::string> mutants = [] {
         std::set<std::string> made;
@@ -77,17 +78,17 @@ const std::set<std::string>& Mutants() {
 
 // ---- The rules
 
-// What a reader answers, as text, and the messages that it traces.
+// The result of a reader, as text, and its messages.
 struct Answer {
     std::string value;
     std::vector<std::string> messages;
-    bool traced = true;  // false where the messages are not laid down
+    bool traced = true;  // false if the messages do not matter
 };
 
 Answer Yes(std::vector<std::string> messages) { return {"TRUE", std::move(messages)}; }
 Answer No(std::vector<std::string> messages) { return {"FALSE", std::move(messages)}; }
 
-// The characters of a text from a position, as far as it has them. A length below 0 can lead to
+// The characters of a text from a position, as far as they exist. A length below 0 can lead to
 // positions before the text, which count as its start.
 std::string Cut(const std::string& text, long start, long length) {
     const auto first = static_cast<std::size_t>(std::max(start, 0L));
@@ -101,7 +102,7 @@ std::string Trimmed(const std::string& text) {
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-// An integer: a sign, if any, and digits, with blanks around them.
+// An integer: digits with an optional sign, and blanks around them.
 std::optional<long> Integer(const std::string& text) {
     const std::string number = Trimmed(text);
     const bool hasSign = !number.empty() && (number[0] == '+' || number[0] == '-');
@@ -112,7 +113,7 @@ std::optional<long> Integer(const std::string& text) {
     return number[0] == '-' ? -value : value;
 }
 
-// A length that is no number counts as 0.
+// A length that is not a number counts as 0.
 long Length(const std::string& text, long at) { return Integer(Cut(text, at, 4)).value_or(0); }
 
 Answer CFGType(const std::string& text, long mode) {
@@ -292,7 +293,7 @@ Answer KeyField(const std::string& text, long place) {
 
 // ---- The readers
 
-// What a handle holds, as the rules show it.
+// The contents of a handle, in the form of the rules.
 std::string ShownLogical(const SdaiPrimitiveH& handle) { return IsTrue(handle) ? "TRUE" : "FALSE"; }
 
 std::string Shown(const SdaiPrimitiveH& handle) {
@@ -303,7 +304,7 @@ std::string Shown(const SdaiPrimitiveH& handle) {
     return type + " " + TextIn(handle);
 }
 
-// The CONFIGURATION_ITEM whose description is read.
+// A CONFIGURATION_ITEM with a description.
 class Item {
   public:
     SdaiPrimitiveH With(const std::string& description) const {
@@ -379,7 +380,7 @@ const Reader kReaders[] = {
 
 class MutatedIdentifiers : public testing::TestWithParam<Reader> {
   protected:
-    // Enough to see what is wrong.
+    // Enough failures to see what is wrong.
     static constexpr int kFailures = 10;
 };
 
@@ -399,7 +400,7 @@ TEST_P(MutatedIdentifiers, AreReadByTheRules) {
 TEST_P(MutatedIdentifiers, AreTracedByTheRules) {
     const Reader& reader = GetParam();
     std::vector<std::string> expected;
-    std::vector<std::string> texts;  // by message, the string that it is about
+    std::vector<std::string> texts;  // for each message, the string that it is about
     TraceCapture trace;
     for (const std::string& text : Mutants()) {
         // A message ends at a NUL.

@@ -36,7 +36,7 @@ const std::string kTag2 = "_ORXExchangedRep2_";
 // Results must not depend on the trace: every table runs with it off and on.
 const int kTraceLevels[] = {0, 12};
 
-// Around the room for names of 80 characters, around the six characters of ".model", and far
+// Around the buffer for names of 80 characters, around the six characters of ".model", and far
 // beyond.
 const std::size_t kLengths[] = {0, 1, 5, 6, 7, 79, 80, 81, 160, 161, 100000};
 
@@ -47,15 +47,15 @@ std::string Replaced(std::string text, char from, char to) {
 std::string ToFileForm(const std::string& name) { return Replaced(name, ' ', '\xB1'); }
 std::string ToDatabaseForm(const std::string& name) { return Replaced(name, '\xB1', ' '); }
 
-// A name of that length with a blank in every third place, the last one included.
+// A name of this length with a blank at every third position, including the last one.
 std::string NameOfLength(std::size_t length) {
     std::string name(length, 'n');
     for (std::size_t i = 0; i < length; i += 3) name[length - 1 - i] = ' ';
     return name;
 }
 
-// A random name of up to 200 characters that could stand in the database: any character but 0xB1,
-// and blanks often.
+// A random name of up to 200 characters that a database could contain: any character except 0xB1,
+// with many blanks.
 std::string RandomName(std::mt19937& random) {
     std::uniform_int_distribution<std::size_t> length(0, 200);
     std::uniform_int_distribution<int> character(1, 255);
@@ -75,9 +75,10 @@ std::string ModelName(const std::string& name, long direction) {
     return TextIn(ORX_GetModelName(Handle(name), Handle(direction)));
 }
 
-// ---- A platform with routines of its own
+// ---- A platform with its own routines
 //
-// It notes how the functions call it while a recording is on, and leaves the rest to the platform.
+// They record how the functions call them while a recording is on, and call the platform's
+// routines.
 
 struct RoutineCall {
     std::string routine;
@@ -100,7 +101,7 @@ class Recording {
     std::vector<RoutineCall> calls;
     std::vector<const char*> outputs;
     std::vector<int> statuses;
-    std::vector<double> numbers;  // written with 6 and 0
+    std::vector<double> numbers;  // formatted with 6 and 0
 
     static inline Recording* current = nullptr;
 };
@@ -110,7 +111,7 @@ Function* OfThePlatform(const char* symbol) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, symbol));
 }
 
-// An output buffer has room for 81 characters at least; what follows the name in it does not count.
+// An output buffer has room for at least 81 characters; text after the name in it does not count.
 void Spoil(char* output, std::size_t from) {
     for (std::size_t i = from; i < 81; ++i) output[i] = '!';
 }
@@ -200,8 +201,8 @@ TEST(NameConversion, ConvertsTheFieldsOfAnIdentifier) {
     }
 }
 
-// The type of representation and the number are worked out, though the identifier drops them; both
-// names go through one buffer.
+// The type of representation and the number are computed, although the identifier does not contain
+// them; both names use one buffer.
 TEST(NameConversion, ConvertsTwoAttributesForAModelIdentifier) {
     const TestModel model("cdma", "#1=MODEL_OBJECT($,'a b',3,$,$,'R 1');");
     Recording recording;
@@ -517,7 +518,7 @@ TEST(ORX_GetModelName, TakesANameThatIsNoTextAsEmpty) {
 TEST(ORX_GetModelName, TracesTheWayToTheFile) {
     const TraceCapture trace;
     ORX_GetModelName("Left Door"_h, 1_h);
-    // The extension comes after the conversion.
+    // The extension is added after the conversion.
     EXPECT_THAT(
         trace.Messages(kModelLabel),
         ElementsAre("nom rentre Left Door", "Conversion NARVO name -> file name",
@@ -528,7 +529,7 @@ TEST(ORX_GetModelName, TracesTheWayToTheFile) {
                     "Door.model<"));
 }
 
-// A text goes into a line as characters that a NUL ends.
+// A line contains a text as characters up to a NUL.
 TEST(ORX_GetModelName, TracesANameUpToItsFirstNul) {
     const TraceCapture trace;
     const SdaiPrimitiveH name(SdaiString(std::string_view("a\0b", 3)));
@@ -568,7 +569,7 @@ TEST(ORX_GetModelName, TracesOnlyTheResultWhenAnArgumentIsMissing) {
 
 namespace {
 
-// Models of entity types with and without the attributes that the identifier is made of.
+// Models of entity types with and without the attributes of the identifier.
 const TestModel& Models() {
     static const TestModel model(R"(SCHEMA cdma;
 ENTITY plain_model;
@@ -618,7 +619,7 @@ TEST(ORX_GetModelId_Exp, IsMadeOfTheSoftwareVersionAlone) {
          "1" +
              kTag2 + "R 1"},
         {2, "V5" + kTag2 + "V5"},
-        {3, kTag2},  // the type has the attribute: no value reads as an empty text
+        {3, kTag2},  // the type has the attribute: unset reads as an empty text
         {4, kTag2},
         {5, kTag1 + "4" + kTag2 + "5" + kTag2 + kTag1 + "4" + kTag2 + "5"},
         {6, "\xB1\xB1" + kTag2 + "\xB1 "},
@@ -669,7 +670,7 @@ TEST(ORX_GetModelId_Exp, ReadsAnInstanceOfSeveralTypes) {
 TEST(ORX_GetModelId_Exp, LosesNothingOfVersionsAndTypesOfAnyLength) {
     for (const std::size_t length : kLengths) {
         const std::string version = NameOfLength(length);
-        // The version's conversion takes the type's place: either may be the longer one.
+        // The converted version overwrites the type: either may be longer.
         for (const std::string& type : {std::string("t"), std::string(length * 2, ' ')}) {
             const TestModel model("cdma",
                                   "#1=MODEL_OBJECT('','" + type + "',1,$,$,'" + version + "');");
@@ -718,7 +719,7 @@ TEST(ORX_GetModelId_Exp, TracesOnlyTheResultForAMissingModel) {
                 ElementsAre("ORX_GetModelId en mode EXPORT de donnees retourne: ><"));
 }
 
-// The number is not part of the result, but it is made all the same.
+// The number is not part of the result, but is created.
 TEST(ORX_GetModelId_Exp, MakesAUniqueIdentifierExactlyWhenTheTypeHasNoNumber) {
     const struct {
         unsigned long id;
@@ -772,7 +773,7 @@ const Identifier kIdentifiers[] = {
     // Fields without text.
     {"A_ORXExchangedRep_12_ORXExchangedRep2_", "A", 12, ""},
     {"A_ORXExchangedRep_", "A", 0, "EMPTY VALUE"},
-    // Without the second tag the number goes on to the end.
+    // Without the second tag the number extends to the end.
     {"X_ORXExchangedRep_7", "X", 7, "EMPTY VALUE"},
     {"X_ORXExchangedRep_7_ORXExchangedRep3_8", "X", 0, "EMPTY VALUE"},
     // Without the first tag.
@@ -781,29 +782,30 @@ const Identifier kIdentifiers[] = {
     {"", "", -999, "EMPTY VALUE"},
     {"X_orxexchangedrep_7_orxexchangedrep2_8", "", -999, "EMPTY VALUE"},
     {"X_ORXExchangedRep", "", -999, "EMPTY VALUE"},
-    // A tag at the very start counts as absent.
+    // A tag at the very start counts as missing.
     {"_ORXExchangedRep_5", "", -999, "EMPTY VALUE"},
     {"_ORXExchangedRep_5_ORXExchangedRep2_V5", "", -999, "V5"},
     {"_ORXExchangedRep2_V5", "", -999, "EMPTY VALUE"},
     {"_ORXExchangedRep_", "", -999, "EMPTY VALUE"},
     {"_ORXExchangedRep2_", "", -999, "EMPTY VALUE"},
-    // Only the first tag of each kind is looked at, be it at the start.
+    // Only the first tag of each kind counts, even at the start.
     {"_ORXExchangedRep_5_ORXExchangedRep_6", "", -999, "EMPTY VALUE"},
     {"_ORXExchangedRep2_V_ORXExchangedRep2_W", "", -999, "EMPTY VALUE"},
     {"X_ORXExchangedRep_7_ORXExchangedRep_8", "X", 0, "EMPTY VALUE"},
     {"X_ORXExchangedRep_7_ORXExchangedRep2_V_ORXExchangedRep2_W", "X", 7, "V_ORXExchangedRep2_W"},
-    // The second tag directly behind the first one: it opens the remainder, so that all of this
-    // is the number, and none.
+    // The second tag directly after the first one: it begins the remainder, so that all of this is
+    // the number, which is invalid.
     {"X_ORXExchangedRep__ORXExchangedRep2_9", "X", 0, "9"},
-    // One underline for both tags: it belongs to the first one where that is cut off.
+    // One underscore for both tags: it belongs to the first one if that would otherwise be
+    // incomplete.
     {"X_ORXExchangedRep_ORXExchangedRep2_9", "X", 0, "9"},
     // The tags in the other order.
     {"X_ORXExchangedRep2_V_ORXExchangedRep_7", "X_ORXExchangedRep2_V", 7, "V_ORXExchangedRep_7"},
-    // Numbers that are none.
+    // Invalid numbers.
     {"X_ORXExchangedRep_7a_ORXExchangedRep2_V5", "X", 0, "V5"},
     {"X_ORXExchangedRep_99999999999999999999_ORXExchangedRep2_V5", "X", 0, "V5"},
     {"X_ORXExchangedRep_9223372036854775807_ORXExchangedRep2_V5", "X", 9223372036854775807, "V5"},
-    // Blanks stay blanks.
+    // Blanks are kept.
     {" X _ORXExchangedRep_7_ORXExchangedRep2_ V ", " X ", 7, " V "},
 };
 
@@ -843,7 +845,7 @@ TEST(ORX_GetModelId_Imp, LosesNothingOfFieldsOfAnyLength) {
         const std::string file = ToFileForm(name);
         const SdaiPrimitiveH identifier = Handle(file + kTag1 + "12" + kTag2 + file);
         EXPECT_EQ(TextIn(ORX_GetModelId_Imp1(identifier)), name) << length;
-        // An empty name brings the first tag to the start, where it does not count.
+        // With an empty name the first tag is at the start, where it does not count.
         EXPECT_EQ(IntegerIn(ORX_GetModelId_Imp2(identifier)), length == 0 ? -999 : 12) << length;
         EXPECT_EQ(TextIn(ORX_GetModelId_Imp3(identifier)), name) << length;
     }

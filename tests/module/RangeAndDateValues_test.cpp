@@ -38,11 +38,11 @@ TEST(GetRangeValue, WritesTheBoundAsDecimals) {
         {"RANGE_EFFECTIVITY('R',$,$,$)", "", ""},
         {"RANGE_EFFECTIVITY('R',$,9223372036854775807,-9223372036854775807)", "9223372036854775807",
          "-9223372036854775807"},
-        // The option's bounds are read whatever its type says.
+        // The option's bounds are read whatever its type.
         {"OPTION_EFFECTIVITY('E',$,'option_range','O',3,4,$,$)", "3", "4"},
         {"OPTION_EFFECTIVITY('E',$,'option_date','O',3,4,$,$)", "3", "4"},
         {"OPTION_EFFECTIVITY('E',$,$,'O',3,$,'01012000000000',$)", "3", ""},
-        // What is both is a range first, even without bounds.
+        // An instance of both kinds counts as a range, even without bounds.
         {"(EFFECTIVITY_OBJECT('E',$)OPTION_EFFECTIVITY($,$,3,4,$,$)RANGE_EFFECTIVITY(1,$))", "1",
          ""},
     };
@@ -118,7 +118,7 @@ TEST(GetRangeValue, TakesValuesOfOtherKindsForNoEffectivityAndNoBound) {
 
 // ---- IsInfiniteRank, IsInfiniteDate
 
-// An end that is not said to be bounded is open; so is that of a missing effectivity.
+// An end without a bound is open; so is that of a missing effectivity.
 void ExpectInfinite(SdaiPrimitiveH (*function)(const SdaiPrimitiveH&), const char* label,
                     const SdaiPrimitiveH& effectivity, bool infinite) {
     EXPECT_EQ(IsTrue(function(effectivity)), infinite);
@@ -152,7 +152,7 @@ TEST(IsInfiniteRank, IsFalseOnlyForAnEndAboveZero) {
         {"OPTION_EFFECTIVITY('E',$,'option_date','O',1,7,$,$)", false},
         {"DATE_EFFECTIVITY('D',$,$,'01012000000000')", true},
         {"CONFIGURATION_ITEM('C',$,$)", true},
-        // Of what is both, either end counts.
+        // For an instance of both kinds, either end counts.
         {"(EFFECTIVITY_OBJECT($,$)OPTION_EFFECTIVITY($,$,1,0,$,$)RANGE_EFFECTIVITY(1,5))", false},
         {"(EFFECTIVITY_OBJECT($,$)OPTION_EFFECTIVITY($,$,1,5,$,$)RANGE_EFFECTIVITY(1,0))", false},
         {"(EFFECTIVITY_OBJECT($,$)OPTION_EFFECTIVITY($,$,1,0,$,$)RANGE_EFFECTIVITY(1,$))", true},
@@ -213,7 +213,7 @@ TEST(IsInfiniteDate, IsTrueForAMissingEffectivityAndForNone) {
     ExpectInfinite(IsInfiniteDate, kIsInfiniteDate, "01012000000000"_h, true);
 }
 
-// Its attributes alone do not make an effectivity.
+// The attributes alone do not make an effectivity.
 constexpr char kLookAlike[] = R"(SCHEMA small;
     ENTITY effectivity;
       start_range, end_range, option_start_range, option_end_range : INTEGER;
@@ -257,7 +257,7 @@ std::ostream& operator<<(std::ostream& stream, const Date& date) {
 
 constexpr Date kZeros{0, 0, 0, 0, 0, 0};
 
-// Reads a date back from its instances; each component must be of its own kind.
+// Reads a date from its instances; each component must have its own type.
 Date DateIn(const SdaiPrimitiveH& dateAndTime) {
     const SdaiPrimitiveH date = dateAndTime.GetAttr("DATE_COMPONENT");
     const SdaiPrimitiveH time = dateAndTime.GetAttr("TIME_COMPONENT");
@@ -300,13 +300,13 @@ TEST(BuildDatedEff, CutsTheDateWithTheMonthFirst) {
     } cases[] = {
         {"12312099235959", {2099, 12, 31, 23, 59, 59}},
         {"01022003040506", {2003, 1, 2, 4, 5, 6}},
-        // Plain decimals, never octal.
+        // Decimal, never octal.
         {"08090010080908", {10, 8, 9, 8, 9, 8}},
         {"00000000000000", kZeros},
         // No field is checked.
         {"13451234997788", {1234, 13, 45, 99, 77, 88}},
         {"99999999999999", {9999, 99, 99, 99, 99, 99}},
-        // What is missing is 0, what is too much is left out.
+        // Missing fields are 0, excess characters are ignored.
         {"", kZeros},
         {"12", {0, 12, 0, 0, 0, 0}},
         {"1231", {0, 12, 31, 0, 0, 0}},
@@ -314,7 +314,7 @@ TEST(BuildDatedEff, CutsTheDateWithTheMonthFirst) {
         {"1231209923", {2099, 12, 31, 23, 0, 0}},
         {"123120992359", {2099, 12, 31, 23, 59, 0}},
         {"123120992359591", {2099, 12, 31, 23, 59, 59}},
-        // A text that ends within a field: its digits are read.
+        // If a text ends within a field, its digits are read.
         {"1", {0, 1, 0, 0, 0, 0}},
         {"123", {0, 12, 3, 0, 0, 0}},
         {"12312", {2, 12, 31, 0, 0, 0}},
@@ -324,7 +324,7 @@ TEST(BuildDatedEff, CutsTheDateWithTheMonthFirst) {
         {"12312099235", {2099, 12, 31, 23, 5, 0}},
         {"1231209923595", {2099, 12, 31, 23, 59, 5}},
         {"12312099235959 or so", {2099, 12, 31, 23, 59, 59}},
-        // The digits that a field begins with count.
+        // The leading digits of a field count.
         {"1x2y20z9ab5c6:", {20, 1, 2, 0, 5, 6}},
         {"x1y2z999u3v4w5", kZeros},
         {"no date at all", kZeros},
@@ -349,7 +349,7 @@ TEST(BuildDatedEff, CreatesItsInstancesInOrderInEverySchema) {
         const SdaiPrimitiveH result = BuildDatedEff("12312099235959", &target.Model());
         EXPECT_THAT(TypesIn(target), ElementsAre("DIRECTION", "COORDINATED_UNIVERSAL_TIME_OFFSET",
                                                  "LOCAL_TIME", "CALENDAR_DATE", "DATE_AND_TIME"));
-        // Numbered after the largest.
+        // Numbered after the largest number.
         EXPECT_EQ(TypeOf(target[41]), "COORDINATED_UNIVERSAL_TIME_OFFSET");
         EXPECT_EQ(TypeOf(target[42]), "LOCAL_TIME");
         EXPECT_EQ(TypeOf(target[43]), "CALENDAR_DATE");
@@ -391,7 +391,7 @@ TEST(BuildDatedEff, CreatesNothingWhereOneTypeIsMissing) {
     const struct {
         std::string name;
         std::string attributes;
-    } types[] = {{"coordinated_universal_time_offset", ""},
+    } types[] = {{"coordinated_universal_time_offset", "hour_offset : INTEGER;"},
                  {"local_time",
                   "hour_component, minute_component : INTEGER; second_component : REAL;"
                   " zone : coordinated_universal_time_offset;"},
@@ -404,18 +404,23 @@ TEST(BuildDatedEff, CreatesNothingWhereOneTypeIsMissing) {
             if (type.name == missing.name) continue;
             schema += "ENTITY " + type.name + "; " + type.attributes + " END_ENTITY;";
         }
-        // An attribute of the missing type may be anything.
+        // An attribute of the missing type gets any type.
         const std::string use = " : " + missing.name + ";";
         if (const std::size_t at = schema.find(use); at != std::string::npos) {
             schema.replace(at, use.size(), " : GENERIC;");
         }
-        const TestModel target(schema + "END_SCHEMA;");
+        schema += "END_SCHEMA;";
+        const TestModel target(schema);
         EXPECT_EQ(BuildDatedEff("12312099235959", &target.Model()), nullptr);
         EXPECT_EQ(target.Instances().size(), 0U);
+        // Nor with an instance of the type that is missing.
+        const TestModel undeclared(schema, "#1=" + missing.name + "($);");
+        EXPECT_EQ(BuildDatedEff("12312099235959", &undeclared.Model()), nullptr);
+        EXPECT_EQ(undeclared.Instances().size(), 1U);
     }
 }
 
-// Instances of types that the schema does not declare are no types to create dates of.
+// The types of instances that the schema does not declare are not used to create dates.
 TEST(BuildDatedEff, CreatesNothingOfTypesThatAreNotDeclared) {
     const TestModel target("cdma", R"(
         #1=COORDINATED_UNIVERSAL_TIME_OFFSET(0,$,.AHEAD.);
@@ -437,7 +442,7 @@ constexpr char kBothExist[] = "Effectivity && EntityModel exist : OK ";
 
 using DateFunction = SdaiPrimitiveH (*)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);
 
-// Expects the date that the text stands for, in the model of the anchor.
+// Expects the date of the text, in the model of the anchor.
 void ExpectBuilt(DateFunction function, const char* label, const char* effectivity,
                  const std::string& text, const Date& date) {
     SCOPED_TRACE(effectivity);
@@ -461,7 +466,7 @@ TEST(GetStartDate, BuildsTheStart) {
     };
     expect("DATE_EFFECTIVITY('D',$,'01022003040506','12312099235959')", "01022003040506",
            {2003, 1, 2, 4, 5, 6});
-    // The option's date is read whatever its type says.
+    // The option's date is read whatever its type.
     expect("OPTION_EFFECTIVITY('E',$,'option_date','O',$,$,'01022003040506','12312099235959')",
            "01022003040506", {2003, 1, 2, 4, 5, 6});
     expect("OPTION_EFFECTIVITY('E',$,'option_range','O',1,5,'01022003040506',$)", "01022003040506",
@@ -499,12 +504,12 @@ TEST(GetEndDate, BuildsTheEnd) {
            "12312099235959", {2099, 12, 31, 23, 59, 59});
     expect("OPTION_EFFECTIVITY('E',$,'option_range','O',1,5,$,'12312099235959')", "12312099235959",
            {2099, 12, 31, 23, 59, 59});
-    // The open date is a date that is set, and so is an empty text.
+    // The open date is set, and so is an empty text.
     expect("DATE_EFFECTIVITY('D',$,$,'00000000000000')", "00000000000000", kZeros);
     expect("DATE_EFFECTIVITY('D',$,$,'')", "", kZeros);
 }
 
-// Whatever the kind of the effectivity.
+// For every kind of effectivity.
 TEST(GetEndDate, IsNullAndCreatesNothingWithoutAnEnd) {
     for (const char* effectivity :
          {"DATE_EFFECTIVITY('D',$,'01022003040506',$)",
@@ -563,7 +568,7 @@ TEST_F(DateFunctions, MayBuildIntoTheModelOfTheEffectivity) {
     const TestModel both(
         "SCHEMA small;"
         "ENTITY date_effectivity; start_date, end_date : STRING; END_ENTITY;"
-        "ENTITY coordinated_universal_time_offset; END_ENTITY;"
+        "ENTITY coordinated_universal_time_offset; hour_offset : INTEGER; END_ENTITY;"
         "ENTITY local_time; hour_component, minute_component : INTEGER; second_component : REAL;"
         " zone : coordinated_universal_time_offset; END_ENTITY;"
         "ENTITY calendar_date; year_component, day_component, month_component : INTEGER;"

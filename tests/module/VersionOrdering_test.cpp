@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,13 +27,13 @@ using testing::StartsWith;
 
 namespace {
 
-// Set, document management compares identities and gives no history.
+// If set, document management compares identities but returns no history.
 bool historyFails = false;
 
 }  // namespace
 
-// These take the place of the platform's own, which gives a history of whatever it can compare, and
-// does not look at the modes.
+// These replace the platform's functions, which return a history for everything that can be
+// compared, and ignore the modes.
 int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int mode1, int mode2,
                                   int mode3) const {
     EXPECT_EQ(mode1, 0);
@@ -59,7 +60,7 @@ const char* const kNewerLabel = "SdaiPrimitiveH IsNewer ->";
 const char* const kVersionLabel = "SdaiPrimitiveH IsVersion ->";
 const char* const kRemoveLabel = "SdaiPrimitiveH RemoveValueVersion ->";
 
-// Rows of a data set: a part, and a record of its identity, which is as good as its Coid.
+// Rows of a data set: a part, and a record of its identity, of which only the Coid varies.
 std::string Part(long id) {
     return "#" + std::to_string(id) + "=PART_OBJECT('P',$,$,$,$,$,$,$,$,$);\n";
 }
@@ -90,7 +91,7 @@ std::string Joined(const std::vector<std::string>& messages, std::size_t from) {
     return joined;
 }
 
-// What the functions remember lives as long as the process: every test starts without it.
+// The functions' state is global: every test starts with it cleared.
 class Versions : public testing::Test {
   protected:
     Versions() { Forget(); }
@@ -106,7 +107,7 @@ class Versions : public testing::Test {
         EXPECT_NE(IsTrue(result), IsFalse(result));  // never UNKNOWN
         return IsTrue(result);
     }
-    // The instance name of the representative; 0 when there is none.
+    // The instance name of the representative; 0 if there is none.
     static unsigned long Representative(const SdaiPrimitiveH& part) {
         const SdaiPrimitiveH result = IsVersion(part, 1_h);
         return IsUnset(result) ? 0 : InstanceIn(result)->GetInstanceNameId();
@@ -119,7 +120,7 @@ class Versions : public testing::Test {
 };
 
 // Two families: R has the revisions #1, #2 and #3, S has #4 and #5. Part #6 has no record, #7 has
-// an identity of no family, and #8 is recorded with the identity of #1 in lower case.
+// an identity without family, and #8 has the identity of #1 in lower case.
 class TwoFamilies : public Versions {
   protected:
     TwoFamilies() {
@@ -164,7 +165,7 @@ TEST_F(TwoFamilies, IsNewerHoldsForTheRevisionThatDirectlyFollowsAlone) {
         // The same part.
         {1, 1, false},
         {3, 3, false},
-        // Two parts with one identity: letter case does not matter in an identifier.
+        // Two parts with one identity: identifiers are compared ignoring case.
         {8, 1, false},
         {1, 8, false},
         {2, 8, true},
@@ -178,7 +179,7 @@ TEST_F(TwoFamilies, IsNewerHoldsForTheRevisionThatDirectlyFollowsAlone) {
         {6, 1, false},
         {1, 6, false},
         {6, 7, false},
-        // Of no family.
+        // Without family.
         {7, 1, false},
         {1, 7, false},
         {7, 3, false},
@@ -188,7 +189,7 @@ TEST_F(TwoFamilies, IsNewerHoldsForTheRevisionThatDirectlyFollowsAlone) {
         for (const int level : {0, 12}) {
             const TraceCapture trace(level);
             for (const auto& [a, b, newer] : kPairs) {
-                // With filled lists an older part that is not in them is a matter of its own.
+                // With filled lists, an older part that is not in them is a separate case.
                 if (std::string(lists) == "filled" && a == 1 && b == 7) continue;
                 EXPECT_EQ(Newer(model_[a], model_[b]), newer)
                     << a << " after " << b << ", lists " << lists;
@@ -209,7 +210,7 @@ TEST_F(TwoFamilies, IsNewerIsFalseForAnythingButTwoInstances) {
             EXPECT_FALSE(Newer("a"_h, "b"_h)) << lists;
             EXPECT_FALSE(Newer(r2_, "b"_h)) << lists;
             EXPECT_FALSE(Newer(7_h, r1_)) << lists;
-            EXPECT_FALSE(Newer(model_[12], model_[11])) << lists;  // records are no parts
+            EXPECT_FALSE(Newer(model_[12], model_[11])) << lists;  // records are not parts
         }
         Representative(r1_);
     }
@@ -242,7 +243,7 @@ TEST_F(TwoFamilies, IsNewerTracesTheRoughWay) {
     EXPECT_TRUE(Newer(r2_, r1_));
     const auto messages = trace.Messages(kNewerLabel);
     ASSERT_GT(messages.size(), 20U);
-    // The record of the second part comes first in the model.
+    // In the model, the record of the second part comes first.
     EXPECT_THAT(std::vector(messages.begin(), messages.begin() + 20),
                 ElementsAre("the Parts exist",                                   //
                             " -> OUI sur #2 ", "    CAENV  = ENV",               //
@@ -281,7 +282,7 @@ TEST_F(TwoFamilies, IsNewerTracesRevisionsThatAreTooFarApart) {
               "       pos1: 1 - pos2: 3 Valeur retournee : FALSE");
 }
 
-// Where the comparison itself gives the answer, the function returns at once.
+// If the comparison itself decides, the function returns immediately.
 TEST_F(TwoFamilies, IsNewerTracesNothingAfterAComparisonThatFails) {
     {
         const TraceCapture trace;
@@ -296,7 +297,7 @@ TEST_F(TwoFamilies, IsNewerTracesNothingAfterAComparisonThatFails) {
     EXPECT_NE(last, " DIAGNOSTIC from KORDMINSTANCE comparison = 0");
 }
 
-// Newer, but without a history to find out by how much.
+// Newer, but there is no history to tell by how much.
 TEST_F(TwoFamilies, IsNewerIsFalseWithoutAHistory) {
     historyFails = true;
     const TraceCapture trace;
@@ -354,7 +355,7 @@ TEST_F(TwoFamilies, IsNewerTracesTheLightWay) {
 }
 
 TEST_F(TwoFamilies, IsNewerStopsAtTheEndOfTheFamily) {
-    // The first of S stands right behind the last of R in the lists, and then the reverse.
+    // The first of S comes directly after the last of R in the lists, and then the reverse.
     Representative(r1_);
     Representative(s1_);
     EXPECT_FALSE(Newer(s1_, r3_));
@@ -398,7 +399,7 @@ TEST_F(TwoFamilies, IsNewerNeedsNoDocumentManagementOnceTheListsAreFilled) {
     EXPECT_FALSE(Newer(r2_, r1_));
 }
 
-// A part that is not in the lists is at position 0, which the first position directly follows.
+// A part that is not in the lists has position 0, directly before the first position.
 TEST_F(TwoFamilies, IsNewerTakesTheFirstOfTheListsAsFollowingAnUnknownPart) {
     EXPECT_FALSE(Newer(r1_, unknown_));
     Representative(r1_);
@@ -408,41 +409,11 @@ TEST_F(TwoFamilies, IsNewerTakesTheFirstOfTheListsAsFollowingAnUnknownPart) {
     EXPECT_FALSE(Newer(unknown_, r1_));
 }
 
-// ---- The records that IsNewer walks
-
-namespace {
-
-constexpr int kNone = -1;
-
-// The identities with which IsNewer compares, found by its weights, each in a record of its own
-// part; kNone where it does not come to comparing. A record is the part (0 for A, 1 for B, else
-// another one) and an identity.
-std::pair<int, int> Compared(const std::vector<std::pair<int, int>>& records) {
-    int score = 0;
-    int identityOfA = kNone;
-    int identityOfB = kNone;
-    for (const auto& [part, identity] : records) {
-        if (part == 0) score += 1;
-        if (part == 1) score += 4;
-        if (part == 0 && (score == 1 || score == 9)) {
-            identityOfA = identity;
-            score += 1;
-        }
-        if (part == 1 && (score == 4 || score == 6)) {
-            identityOfB = identity;
-            score += 4;
-        }
-        if (score == 10) break;
-    }
-    const bool found = score == 10 && identityOfA != kNone && identityOfB != kNone;
-    return found ? std::pair{identityOfA, identityOfB} : std::pair{kNone, kNone};
-}
-
-}  // namespace
+// ---- The records that IsNewer visits
 
 TEST_F(Versions, IsNewerCountsTheRecordsOfEachPartByItsWeights) {
     AddFamily({"1A", "2A"});
-    // The part that stands in each record: 1 and 2 are the first and the second revision.
+    // The part of each record: 1 and 2 are the first and the second revision.
     const struct {
         std::vector<long> parts;
         bool found;
@@ -450,16 +421,16 @@ TEST_F(Versions, IsNewerCountsTheRecordsOfEachPartByItsWeights) {
         {{1, 2}, true},
         {{2, 1}, true},
         {{3, 1, 3, 2, 3}, true},
-        // Both are found: what follows is not looked at.
+        // After both are found, the rest is not read.
         {{1, 2, 2, 1, 1}, true},
         {{2, 1, 1, 2, 2}, true},
-        // A second record before the other part is met makes the weights miss.
+        // With a second record before the other part, the weights miss.
         {{2, 2, 1}, false},
         {{2, 2, 1, 1}, false},
         {{1, 1, 2}, false},
         {{1, 1, 2, 2, 2}, false},
         {{2, 2, 2, 1}, false},
-        // The weights add up, but the other part's record was passed over.
+        // The weights add up, but the other part's record was skipped.
         {{2, 2, 1, 2, 2}, false},
         {{1, 1, 2, 1, 1}, false},
         {{1}, false},
@@ -477,8 +448,9 @@ TEST_F(Versions, IsNewerCountsTheRecordsOfEachPartByItsWeights) {
     }
 }
 
-// Three records of A and two of B weigh 10 as well (2, 3, 4, 8, 9 and 1 more), and so do five of A
-// around one of B, without the identity of B having been read: nothing is compared.
+// The weights of three records of A and two of B also add up to 10 (2, 3, 4, 8, 9 and 1 more), and
+// so do those of five of A around one of B, but the identity of B has not been read: nothing is
+// compared.
 TEST_F(TwoFamilies, IsNewerIsFalseWhenTheWeightsAddUpWithoutTheIdentityOfB) {
     const std::vector<std::string> ofA{
         " -> OUI sur #1 ", "    CAENV  = ENV", "    CATAB  = PARTS",
@@ -505,8 +477,8 @@ TEST_F(TwoFamilies, IsNewerIsFalseWhenTheWeightsAddUpWithoutTheIdentityOfB) {
     }
 }
 
-// The fourth record of A brings the score to 4, a record of B one of A's to 9: each asks for the
-// other part, which is not in that record.
+// The fourth record of A brings the score to 4, a record of B one of A's to 9: each score asks for
+// the other part, which that record does not contain.
 TEST_F(TwoFamilies, IsNewerReadsAnIdentityFromARecordOfItsPartAlone) {
     const struct {
         std::vector<long> parts;
@@ -535,55 +507,79 @@ TEST_F(TwoFamilies, IsNewerReadsAnIdentityFromARecordOfItsPartAlone) {
     }
 }
 
-TEST_F(Versions, IsNewerComparesTheIdentitiesOfTheRecordsThatItsWeightsPick) {
-    constexpr int kIdentities = 9;
-    const std::vector<std::vector<int>> families = {{0, 1, 2, 3}, {4, 5}, {6, 7}};  // 8 has none
-    const auto coid = [](int identity) { return std::to_string(identity + 1) + "A"; };
-    std::map<int, std::pair<int, int>> places;  // family and position
-    for (int family = 0; family < 3; ++family) {
-        std::vector<std::string> coids;
-        for (const int identity : families[static_cast<std::size_t>(family)]) {
-            places[identity] = {family, static_cast<int>(coids.size())};
-            coids.push_back(coid(identity));
-        }
-        AddFamily(coids);
-    }
-    const auto follows = [&places](int a, int b) {
-        return places.count(a) && places.count(b) && places[a].first == places[b].first &&
-               places[a].second == places[b].second + 1;
+// The first record of A and the first of B come to 10 in either order, and no further record is
+// read. After two records of A the score is 3, and a record of B brings it to 7 at least, where its
+// identity is not read; after two of B it is 12. Whatever follows changes none of this.
+TEST_F(Versions, IsNewerComparesTheFirstRecordOfEachPartOrNothing) {
+    AddFamily({"1A", "2A", "3A"});
+    const TestModel filler("cdma", Parts(1, 1) + Record(11, 1, "1A"));
+    // How the records begin (C is another part), the identities of A and B in the first records and
+    // in all further ones.
+    struct Pair {
+        std::string ofA;
+        std::string ofB;
     };
-    // One part of each family, in another model, to fill the lists with.
-    const TestModel filler("cdma", Parts(1, 3) + Record(11, 1, coid(0)) + Record(12, 2, coid(4)) +
-                                       Record(13, 3, coid(6)));
-
-    std::mt19937 random(20240703);
-    std::uniform_int_distribution<int> count(0, 3);
-    std::uniform_int_distribution<int> identity(0, kIdentities - 1);
-    int newer = 0;
-    for (int trial = 0; trial < 2000; ++trial) {
-        std::vector<std::pair<int, int>> records;
-        for (int part = 0; part < 3; ++part) {
-            for (int i = count(random); i > 0; --i) records.emplace_back(part, identity(random));
-        }
-        std::shuffle(records.begin(), records.end(), random);
-        std::string rows = Parts(1, 3);
-        for (std::size_t i = 0; i < records.size(); ++i) {
-            rows +=
-                Record(static_cast<long>(11 + i), records[i].first + 1, coid(records[i].second));
-        }
-        const TestModel model("cdma", rows);
-        const auto [a, b] = Compared(records);
-        const bool expected = follows(a, b);
-        newer += expected;
-
-        EXPECT_EQ(Newer(model[1], model[2]), expected) << "lists empty\n" << rows;
-        for (const unsigned long id : {1UL, 2UL, 3UL}) Representative(filler[id]);
-        // The identity of no family has no place in the lists; the first place follows it.
-        const bool expectedLight = expected || (b == 8 && a == 0);
-        EXPECT_EQ(Newer(model[1], model[2]), expectedLight) << "lists filled\n" << rows;
-        RemoveValueVersion();
+    const struct {
+        std::string beginning;
+        Pair first;
+        Pair further;
+        bool newer;
+    } kCases[] = {
+        {"AB", {"2A", "1A"}, {"1A", "2A"}, true},  // of the first, A follows B
+        {"BA", {"2A", "1A"}, {"1A", "2A"}, true},
+        {"CACCB", {"2A", "1A"}, {"1A", "2A"}, true},
+        {"AB", {"1A", "2A"}, {"2A", "1A"}, false},  // of the further ones alone
+        {"BA", {"1A", "2A"}, {"2A", "1A"}, false},
+        {"AA", {"2A", "1A"}, {"2A", "1A"}, false},  // of any two
+        {"BB", {"2A", "1A"}, {"2A", "1A"}, false},
+    };
+    // Everything of up to four records that may follow.
+    std::vector<std::string> continuations{""};
+    for (std::size_t i = 0; continuations[i].size() < 4; ++i) {
+        for (const char part : {'A', 'B', 'C'}) continuations.push_back(continuations[i] + part);
     }
-    EXPECT_GT(newer, 20);  // the trials were worth it
+    for (const auto& [beginning, first, further, newer] : kCases) {
+        for (const std::string& continuation : continuations) {
+            const std::string order = beginning + continuation;
+            std::string rows = Parts(1, 3);
+            for (std::size_t i = 0; i < order.size(); ++i) {
+                const Pair& pair = order.find(order[i]) == i ? first : further;
+                rows += Record(static_cast<long>(11 + i), order[i] - 'A' + 1,
+                               order[i] == 'A'   ? pair.ofA
+                               : order[i] == 'B' ? pair.ofB
+                                                 : "3A");
+            }
+            const TestModel model("cdma", rows);
+            EXPECT_EQ(Newer(model[1], model[2]), newer) << "lists empty\n" << rows;
+            Representative(filler[1]);
+            EXPECT_EQ(Newer(model[1], model[2]), newer) << "lists filled\n" << rows;
+            RemoveValueVersion();
+        }
+    }
+}
+
+TEST_F(Versions, IsNewerIsTrueForEachRevisionDirectlyAfterAnotherOfItsFamily) {
+    AddFamily({"1A", "2A", "3A", "4A"});
+    AddFamily({"5A", "6A"});
+    AddFamily({"7A", "8A"});  // 9A is in no family
+    // One part of each family, in another model, for filling the lists.
+    const TestModel filler(
+        "cdma", Parts(1, 3) + Record(11, 1, "1A") + Record(12, 2, "5A") + Record(13, 3, "7A"));
+    const std::set<std::pair<int, int>> following{{2, 1}, {3, 2}, {4, 3}, {6, 5}, {8, 7}};
+    for (int a = 1; a <= 9; ++a) {
+        for (int b = 1; b <= 9; ++b) {
+            const TestModel model("cdma", Parts(1, 2) + Record(11, 1, std::to_string(a) + "A") +
+                                              Record(12, 2, std::to_string(b) + "A"));
+            const bool expected = following.count({a, b}) == 1;
+            EXPECT_EQ(Newer(model[1], model[2]), expected) << a << " after " << b;
+            for (const unsigned long id : {1UL, 2UL, 3UL}) Representative(filler[id]);
+            // An identity without family has no place in the lists and counts as directly before
+            // the first.
+            const bool expectedLight = expected || (a == 1 && b == 9);
+            EXPECT_EQ(Newer(model[1], model[2]), expectedLight) << a << " after " << b;
+            RemoveValueVersion();
+        }
+    }
 }
 
 // ---- IsVersion
@@ -616,7 +612,7 @@ TEST_F(TwoFamilies, IsVersionTellsWhetherAnotherRevisionWasSeenBefore) {
         EXPECT_TRUE(SeenBefore(s2_));
         EXPECT_EQ(Representative(r1_), 2U);
         EXPECT_EQ(Representative(s2_), 4U);
-        EXPECT_TRUE(SeenBefore(twin_));  // another part, though of the same identity as r1
+        EXPECT_TRUE(SeenBefore(twin_));  // another part, although with the identity of r1
         RemoveValueVersion();
     }
 }
@@ -635,7 +631,7 @@ TEST_F(TwoFamilies, IsVersionIsFalseForAnyOtherFlag) {
     for (const long flag : {2L, -1L, 3L, 256L, 4294967296L, 4294967297L}) {
         EXPECT_TRUE(IsFalse(IsVersion(r1_, Handle(flag)))) << flag;
     }
-    // No family has been seen through them.
+    // These calls have not registered a family.
     EXPECT_EQ(Representative(r2_), 2U);
     for (const long flag : {2L, -1L}) EXPECT_TRUE(IsFalse(IsVersion(r1_, Handle(flag)))) << flag;
 }
@@ -659,7 +655,8 @@ TEST_F(TwoFamilies, IsVersionGivesNothingWhenAnArgumentIsMissing) {
 }
 
 TEST_F(TwoFamilies, IsVersionGoesOnOverAllRecordsOfThePart) {
-    // #1 is recorded in R and then in S, #2 in S and then in R; #3 in a family of its own last.
+    // #1 is recorded in R and then in S, #2 in S and then in R; the last record of #3 is in another
+    // family.
     AddFamily({"6A"});
     const TestModel model("cdma", Parts(1, 5) + Record(11, 1, "1A") + Record(12, 1, "4A") +
                                       Record(13, 2, "5A") + Record(14, 2, "2A") +
@@ -671,8 +668,8 @@ TEST_F(TwoFamilies, IsVersionGoesOnOverAllRecordsOfThePart) {
     EXPECT_EQ(Representative(model[1]), 5U);
     EXPECT_EQ(Representative(model[2]), 4U);
     EXPECT_TRUE(SeenBefore(model[1]));
-    // Seen in R before; that its other family is new leaves the answer as it is, until that family
-    // is no longer new and #3 its representative.
+    // Seen in R before. The new family of the last record does not change that result; the next
+    // call finds this family known, with #3 as its representative.
     EXPECT_TRUE(SeenBefore(model[3]));
     EXPECT_FALSE(SeenBefore(model[3]));
     EXPECT_EQ(Representative(model[3]), 3U);
@@ -686,11 +683,11 @@ TEST_F(TwoFamilies, IsVersionKeepsThePartThatIsRecordedTwiceAsItsOwnRepresentati
 }
 
 TEST_F(TwoFamilies, IsVersionGivesWhatItHasWhenARecordFails) {
-    // The second record is of no family; the third is not looked at.
+    // The second record is without family; the third is not read.
     const TestModel model("cdma", Parts(1, 2) + Record(11, 1, "1A") + Record(12, 1, "7A") +
                                       Record(13, 1, "4A") + Record(14, 2, "5A"));
     EXPECT_EQ(Representative(model[1]), 1U);
-    EXPECT_EQ(Representative(model[2]), 2U);  // S is still to be seen
+    EXPECT_EQ(Representative(model[2]), 2U);  // S has not been seen
     EXPECT_EQ(Representative(r3_), 1U);
     RemoveValueVersion();
     EXPECT_FALSE(SeenBefore(r3_));
@@ -729,7 +726,7 @@ TEST_F(TwoFamilies, IsVersionTracesAFurtherFamily) {
                     "    CAENV  = ENV", "    CATAB  = PARTS", "    COID   = 4A", "    COMPID = 2B",
                     " Create the DM Instance ", " >> TAILLE DE LISTE : 3 << ",
                     "    Ma Liste n'est pas vide", "    -> cette DM n'a pas ete traitee"));
-    // The size of this family alone.
+    // The size of this family only.
     EXPECT_EQ(messages.back(), "    Taille de Liste = 2");
 }
 

@@ -1,4 +1,4 @@
-// Texts with characters beyond ISO 8859-1, through each family of functions: they count, cut and
+// Texts with characters beyond ISO 8859-1, in each family of functions: these count, cut and
 // compare characters.
 
 #include <gmock/gmock.h>
@@ -16,7 +16,7 @@ using testing::ElementsAre;
 
 namespace {
 
-// The text as an argument, and that of a result.
+// The text as an argument, and the text of a result.
 SdaiPrimitiveH operator""_u(const char* utf8, std::size_t size) {
     return SdaiString::FromUtf8(std::string_view(utf8, size));
 }
@@ -25,7 +25,7 @@ std::string Utf8In(const SdaiPrimitiveH& handle) {
     return static_cast<const SdaiString&>(handle).ToUtf8();
 }
 
-// A database of part, model, documents and configuration with such names.
+// A database of a part, model, documents and configuration with such names.
 const TestModel& Database() {
     static const TestModel model("cdma", R"(
 #1=PART_OBJECT('Łódź','Б',7,'齿轮','name',$,$,$,$,$);
@@ -56,7 +56,7 @@ TEST(WideTexts, StandInKeysWithTheNumberOfTheirCharacters) {
     EXPECT_EQ(IntegerIn(DecodeKey("Ł0001S"_u, 1_h)), -1);
     EXPECT_TRUE(IsFalse(IsEncodedKey("Ł0001S"_u)));
     EXPECT_TRUE(IsFalse(IsEncodedKey("S000Ł"_u)));
-    // A number in other digits is none.
+    // Other digits than 0 to 9 are not a number.
     EXPECT_EQ(IntegerIn(DecodeKey("I0001１"_u, 1_h)), 0);
 }
 
@@ -100,9 +100,9 @@ TEST(WideTexts, ConvertTheBlanksAmongThem) {
     EXPECT_EQ(Utf8In(ORX_GetDocName("Łódź±część±±x"_u, 0_h)), "Łódź część  x");
     EXPECT_EQ(Utf8In(ORX_GetModelName(" 齿 轮"_u, 1_h)), "±齿±轮.model");
     EXPECT_EQ(Utf8In(ORX_GetModelName("±齿±轮.model"_u, 0_h)), " 齿 轮");
-    EXPECT_EQ(Utf8In(ORX_GetModelName("Łódź źźБ"_u, 0_h)), "Łó");  // six characters go
+    EXPECT_EQ(Utf8In(ORX_GetModelName("Łódź źźБ"_u, 0_h)), "Łó");  // six characters are removed
     EXPECT_EQ(Utf8In(ORX_GetModelName("😀😀😀😀😀"_u, 0_h)), "");
-    // A long name is converted whole.
+    // A long name is converted completely.
     std::string blanks;
     std::string file;
     for (int i = 0; i < 50; ++i) {

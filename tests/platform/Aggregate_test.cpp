@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Allocations.h"
+#include "ParsedModel.h"
 #include "SdaiIterator.h"
-#include "TestModel.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -26,7 +26,7 @@ const char* const kData =
     "#7=GLOBAL_UNIT_ASSIGNED_CONTEXT('','',(#8));"
     "#8=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));";
 
-TestModel Data() { return TestModel("AUTOMOTIVE_DESIGN", kData); }
+ParsedModel Data() { return ParsedModel("AUTOMOTIVE_DESIGN", kData); }
 
 SdaiPrimitiveH List(const std::vector<SdaiPrimitiveH>& members) {
     auto* list = new SdaiAggrInstance;
@@ -89,9 +89,9 @@ TEST(Aggregate, KeepsMembersOfOneKindInOrder) {
     }
 }
 
-// Wherever a member of another kind comes, those before it stay what they were.
+// Wherever a member of another kind is added, the previous members do not change.
 TEST(Aggregate, KeepsMembersOfMixedKinds) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     const std::vector<SdaiPrimitiveH> values{
         1.5_h,
         7_h,
@@ -140,7 +140,7 @@ TEST(Aggregate, GivesNothingOutsideItsMembers) {
 }
 
 TEST(Aggregate, GivesMembersAsInstancesAndAsReals) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     SdaiAggrInstance mixed;
     mixed.Append(model[1]);
     mixed.Append(7_h);
@@ -164,7 +164,7 @@ TEST(Aggregate, GivesMembersAsInstancesAndAsReals) {
 }
 
 TEST(Aggregate, TellsWhatIsAMember) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     SdaiAggrInstance aggregate;
     for (const SdaiPrimitiveH& value :
          {SdaiPrimitiveH("abc"_h), SdaiPrimitiveH(7_h), model[1], List({1_h})}) {
@@ -188,7 +188,7 @@ TEST(Aggregate, TellsWhatIsAMember) {
 }
 
 TEST(Aggregate, TellsWhatIsAMemberWhereAllAreOfOneKind) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     const SdaiPrimitiveH reals = List({1.0_h, 2.5_h});
     const SdaiPrimitiveH integers = List({1_h, 2_h});
     const SdaiPrimitiveH instances = List({model[1], model[3]});
@@ -230,7 +230,7 @@ TEST(Aggregate, TakesItsOwnMembersAgain) {
 }
 
 TEST(Aggregate, AppendsWithoutAllocationUpToWhatWasReserved) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     for (const SdaiPrimitiveH& value :
          {SdaiPrimitiveH(1.5), SdaiPrimitiveH(7L), model[1], SdaiPrimitiveH("text"_h)}) {
         SdaiAggrInstance aggregate;
@@ -307,7 +307,7 @@ TEST(AggregateOwnership, PassesThroughASelect) {
 }
 
 TEST(AggregateOwnership, OfOneThatWasReadFromAnInstanceIsTheModels) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     const SdaiAggrInstance* aggregate = nullptr;
     {
         const SdaiPrimitiveH handle = model[1].GetAttr("COORDINATES");
@@ -320,7 +320,7 @@ TEST(AggregateOwnership, OfOneThatWasReadFromAnInstanceIsTheModels) {
 // ---- Aggregates of a model
 
 TEST(ModelAggregate, HoldsWhatTheDataSay) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     EXPECT_THAT(RealsIn(model[1].GetAttr("COORDINATES")), ElementsAre(1.0, 2.0, 3.0));
     const SdaiAggrInstance* items = model[4].GetAttr("ITEMS");
     EXPECT_EQ(items->GetInstanceMember(0), InstanceIn(model[1]));
@@ -331,14 +331,14 @@ TEST(ModelAggregate, HoldsWhatTheDataSay) {
 }
 
 TEST(ModelAggregate, IsSetWhenItIsEmpty) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     EXPECT_TRUE(model[6].TestAttr("SUFFIX_TITLES") == sdaiTRUE);
     EXPECT_EQ(model[6].GetAttr("SUFFIX_TITLES").GetMemberCount(), 0);
     EXPECT_TRUE(IsUnset(model[6].GetAttr("PREFIX_TITLES")));
 }
 
 TEST(ModelAggregate, GivesSelectsWhereItsMembersAreSelects) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     const SdaiAggrInstance* units = model[7].GetAttr("UNITS");
     const SdaiPrimitiveH unit = units->GetMember(0);
     EXPECT_EQ(InstanceIn(static_cast<const SdaiSelectH&>(unit).getValue()), InstanceIn(model[8]));
@@ -347,7 +347,7 @@ TEST(ModelAggregate, GivesSelectsWhereItsMembersAreSelects) {
 }
 
 TEST(ModelAggregate, IsWrittenInPlace) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     SdaiAggrInstance* coordinates = model[1].GetAttr("COORDINATES");
     coordinates->Append(4.0_h);
     EXPECT_THAT(RealsIn(model[1].GetAttr("COORDINATES")), ElementsAre(1.0, 2.0, 3.0, 4.0));
@@ -360,7 +360,7 @@ TEST(ModelAggregate, IsWrittenInPlace) {
 }
 
 TEST(ModelAggregate, KeepsMembersThatHandlesHaveLetGo) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     SdaiAggrInstance* names = model[6].GetAttr("MIDDLE_NAMES");
     {
         const std::string text = "a text of more than fifteen characters";
@@ -501,7 +501,7 @@ TEST(Iterator, HasNoCurrentMemberAtItsEndWhereMembersWereAdded) {
 }
 
 TEST(InstanceIterator, GivesInstancesAndThoseThatSelectsHold) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     const SdaiPrimitiveH list = List({model[1], SdaiSelectH(model[2]), 7_h, model[3]});
     SdaiIterator_Of_SdaiEntityInstanceH iterator(list, sdaiRW);
     EXPECT_EQ(iterator.GetCurrentMember(), nullptr);
@@ -523,7 +523,7 @@ TEST(RealIterator, GivesNumbersAsReals) {
 }
 
 TEST(InstanceIterator, VisitsTheInstancesThatAnExtentHadWhenItBegan) {
-    const TestModel model = Data();
+    const ParsedModel model = Data();
     const SdaiEntity* points = model.Model().GetEntityDefinition("CARTESIAN_POINT");
     SdaiIterator_Of_SdaiEntityInstanceH iterator(model.Model().GetEntityExtent("CARTESIAN_POINT"));
     std::vector<unsigned long> visited;

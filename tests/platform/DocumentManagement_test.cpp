@@ -1,4 +1,4 @@
-// Document management: identities, their lists and the store of their families, identifiers and
+// Document management: identities, lists of them and the store of their families, identifiers and
 // starting values; and the conversion of names, cmbflmd and cmbrcmd.
 
 #include <gmock/gmock.h>
@@ -28,7 +28,7 @@ KORListValKORDMInstance ListOf(const std::vector<double>& coids) {
     return list;
 }
 
-// The Coids of a list, out of those from 1 to 9.
+// The Coids of the members of a list, if from 1 to 9.
 std::vector<int> CoidsIn(const KORListValKORDMInstance& list) {
     std::vector<int> coids;
     for (int position = 1; position <= list.Size(); ++position) {
@@ -39,7 +39,7 @@ std::vector<int> CoidsIn(const KORListValKORDMInstance& list) {
     return coids;
 }
 
-// The revisions of an identity's family; empty, and the status not 0, when it has none.
+// The revisions of an identity's family; empty, with a status other than 0, if it has none.
 std::vector<int> Revisions(const KORDMInstance& instance) {
     KORListValKORDMInstance list;
     const int status = instance.GetAllRevision(list, 0, 1, 0);
@@ -47,7 +47,7 @@ std::vector<int> Revisions(const KORDMInstance& instance) {
     return CoidsIn(list);
 }
 
-// The store is the process's: every test begins and ends with an empty one.
+// The store is global: every test begins and ends with an empty one.
 class KORDMStoreTest : public testing::Test {
   protected:
     KORDMStoreTest() { KORDMStore::RemoveAll(); }
@@ -135,11 +135,11 @@ TEST(KORListValKORDMInstanceTest, LocatesMembersOfLongListsLikeASearchFromTheFir
     std::vector<double> coids;
     std::mt19937 random(1);
     while (coids.size() < 300) {
-        // Some are met again and again.
+        // Some occur repeatedly.
         coids.push_back(static_cast<double>(random() % (coids.size() % 3 == 0 ? 5 : 1000)));
         const KORListValKORDMInstance before = list;
         list.Append(Identity(coids.back()));
-        // A copy stays what it was.
+        // The copy does not change.
         EXPECT_EQ(before.Size() + 1, list.Size());
         for (const double sought : {coids.back(), static_cast<double>(random() % 1000)}) {
             const int from = static_cast<int>(random() % (coids.size() + 2)) - 1;
@@ -225,7 +225,7 @@ TEST_F(KORDMStoreTest, ComparesTheRevisionsOfOneFamilyAlone) {
         bool comparable;
         int newer;
     } kPairs[] = {
-        {1, 3, true, 1},  {2, 1, true, 1},  {2, 3, true, 1},  // further apart is newer still
+        {1, 3, true, 1},  {2, 1, true, 1},  {2, 3, true, 1},  // also if further apart
         {3, 1, true, 0},  {1, 2, true, 0},  {1, 1, true, 0},  {5, 4, true, 1},
         {4, 3, false, 0}, {3, 4, false, 0}, {5, 2, false, 0}, {6, 1, false, 0},
         {1, 6, false, 0}, {6, 7, false, 0}, {6, 6, false, 0},
@@ -403,7 +403,7 @@ TEST(KORDMNarvoTest, HasNoStartingValueForOtherSelectors) {
 
 namespace {
 
-// What a routine writes into a buffer that has room for it and no more; the byte behind stays.
+// The output of a routine in a buffer of exactly the required size; the next byte must not change.
 template <class Routine>
 std::string Converted(const std::string& name, Routine routine) {
     std::vector<char> buffer(name.size() + 2, '#');

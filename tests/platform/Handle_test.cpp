@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "Allocations.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 
 namespace {
 
@@ -21,8 +21,8 @@ const char* const kData =
     "#3=MEASURE_WITH_UNIT(LENGTH_MEASURE(2.5),#4);"
     "#4=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));";
 
-const TestModel& Data() {
-    static const TestModel model("AUTOMOTIVE_DESIGN", kData);
+const ParsedModel& Data() {
+    static const ParsedModel model("AUTOMOTIVE_DESIGN", kData);
     return model;
 }
 
@@ -46,12 +46,12 @@ std::string TypeName(const SdaiPrimitiveH& handle) {
     return std::string(handle.UnderlyingTypeName().View());
 }
 
-// A value of each kind, and what it reads as.
+// A value of each kind, and the results of reading it as each kind.
 struct Kind {
     std::string name;
     SdaiPrimitiveH handle;
     std::string type;
-    std::optional<std::string> text;  // not told for items of enumerations and binaries
+    std::optional<std::string> text;  // none for items of enumerations and binaries
     long integer = 0;
     double real = 0.0;
     std::string logical = "FALSE";
@@ -204,7 +204,7 @@ TEST_P(HandleOfKind, IsCopiedMovedAndAssigned) {
     SdaiPrimitiveH moved(std::move(handle));
     ExpectReadsAs(moved, kind);
 
-    // Over a value of every other kind, and over none.
+    // Assignment to a value of every other kind, and to an unset one.
     for (const Kind& before : AllKinds()) {
         SdaiPrimitiveH target = before.handle;
         target = copy;
@@ -327,7 +327,7 @@ TEST(Handle, ReadsARealTowardsZeroAsAnInteger) {
         // The largest real below 2 to the power 63, and -2 to the power 63.
         {9223372036854774784.0, 9223372036854774784},
         {-9223372036854775808.0, LONG_MIN},
-        // What an integer cannot hold.
+        // Out of the range of an integer.
         {9223372036854775808.0, 0},
         {-9223372036854777856.0, 0},
         {1e300, 0},
@@ -519,13 +519,13 @@ TEST(HandleEquality, OfAnAggregateAndItselfIsThatOfACopy) {
 }
 
 TEST(HandleEquality, TellsAnIntegerFromARealThatIsNearToIt) {
-    // A real has no room for this integer; the nearest one is 1 less.
+    // This integer is not representable as a real; the nearest real is 1 less.
     const SdaiPrimitiveH integer = (1L << 53) + 1;
     const SdaiPrimitiveH real = static_cast<double>(1L << 53);
     EXPECT_EQ(Name(integer == real), "FALSE");
     EXPECT_EQ(Name(real == integer), "FALSE");
     EXPECT_EQ(Name(SdaiPrimitiveH(1L << 53) == real), "TRUE");
-    // 2 to the power 63 is no integer at all.
+    // 2 to the power 63 is not an integer.
     EXPECT_EQ(Name(SdaiPrimitiveH(LONG_MAX) == SdaiPrimitiveH(9223372036854775808.0)), "FALSE");
 }
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "ParsedModel.h"
 #include "SdaiIterator.h"
-#include "TestModel.h"
 
 using namespace sdai_names;
 using testing::ElementsAre;
@@ -76,7 +76,7 @@ std::vector<unsigned long> IdsIn(const SdaiAggrInstance* extent) {
     }
     return ids;
 }
-std::vector<unsigned long> Extent(const TestModel& model, const char* type) {
+std::vector<unsigned long> Extent(const ParsedModel& model, const char* type) {
     return IdsIn(model.Model().GetEntityExtent(type));
 }
 
@@ -100,7 +100,7 @@ SdaiPrimitiveH List(const std::vector<SdaiPrimitiveH>& members) {
 
 class Plant : public testing::Test {
   protected:
-    TestModel model{kPlant};
+    ParsedModel model{kPlant};
     SdaiAppInstance* machine = New(model.Model(), "MACHINE");
 };
 
@@ -109,15 +109,15 @@ class Plant : public testing::Test {
 // ---- Schemas and the dictionary
 
 TEST(Dictionary, NamesASchemaInUpperCase) {
-    const TestModel model("AUTOMOTIVE_DESIGN");
+    const ParsedModel model("AUTOMOTIVE_DESIGN");
     EXPECT_EQ(model.Model().SchemaName().View(), "AUTOMOTIVE_DESIGN");
     EXPECT_EQ(model.Model().Underlying_schema()->Name().View(), "AUTOMOTIVE_DESIGN");
-    const TestModel plant(kPlant);
+    const ParsedModel plant(kPlant);
     EXPECT_EQ(plant.Model().SchemaName().View(), "PLANT");
 }
 
 TEST(Dictionary, NamesTypesAndAttributesInUpperCase) {
-    const TestModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
+    const ParsedModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
     const SdaiEntity* product = model.Model().GetEntityDefinition("product");
     ASSERT_NE(product, nullptr);
     EXPECT_EQ(product->Name().View(), "PRODUCT");
@@ -127,7 +127,7 @@ TEST(Dictionary, NamesTypesAndAttributesInUpperCase) {
 }
 
 TEST(Dictionary, NamesWhatIsInTheDatabaseAsTheSchemaSpellsIt) {
-    const TestModel model("cdma", "#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);#2=CDM_DOCCAD($,$,$);");
+    const ParsedModel model("cdma", "#1=PART_OBJECT('P1',$,$,$,$,$,$,$,$,$);#2=CDM_DOCCAD($,$,$);");
     EXPECT_EQ(model.Model().SchemaName().View(), "cdma");
     EXPECT_EQ(model.Model().Underlying_schema()->Name().View(), "cdma");
     EXPECT_EQ(model[1].GetInstanceType()->Name().View(), "part_object");
@@ -141,7 +141,7 @@ TEST(Dictionary, NamesWhatIsInTheDatabaseAsTheSchemaSpellsIt) {
 }
 
 TEST(Dictionary, FindsEntityTypesInAnyCase) {
-    const TestModel model("AUTOMOTIVE_DESIGN");
+    const ParsedModel model("AUTOMOTIVE_DESIGN");
     const SdaiEntity* product = model.Model().GetEntityDefinition("PRODUCT");
     ASSERT_NE(product, nullptr);
     EXPECT_EQ(model.Model().GetEntityDefinition("product"), product);
@@ -151,12 +151,12 @@ TEST(Dictionary, FindsEntityTypesInAnyCase) {
     EXPECT_EQ(model.Model().GetEntityDefinition(""), nullptr);
     EXPECT_EQ(model.Model().GetEntityDefinition("PRODUCTS"), nullptr);
     EXPECT_EQ(model.Model().GetEntityDefinition("NO_SUCH_TYPE"_name), nullptr);
-    // A defined type is no entity type.
+    // A defined type is not an entity type.
     EXPECT_EQ(model.Model().GetEntityDefinition("LABEL"), nullptr);
 }
 
 TEST(Dictionary, FindsAttributesInheritedOnesIncluded) {
-    const TestModel model(kPlant);
+    const ParsedModel model(kPlant);
     const SdaiEntity* robot = model.Model().GetEntityDefinition("ROBOT");
     ASSERT_NE(robot, nullptr);
     for (const char* name : {"NAME", "name", "Power", "WHEELS", "grid"}) {
@@ -172,7 +172,7 @@ TEST(Dictionary, FindsAttributesInheritedOnesIncluded) {
 // ---- Reading attributes
 
 TEST(Instance, ReadsItsAttributesByNameInAnyCase) {
-    const TestModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
+    const ParsedModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
     const SdaiEntityInstance* product = InstanceIn(model[1]);
     for (const char* name : {"NAME", "name", "Name", "nAmE"}) {
         EXPECT_EQ(TextIn(product->GetAttr(name)), "Part") << name;
@@ -187,14 +187,14 @@ TEST(Instance, ReadsItsAttributesByNameInAnyCase) {
 }
 
 TEST(Instance, HasNothingInAnAttributeThatIsNotSet) {
-    const TestModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
+    const ParsedModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
     EXPECT_TRUE(IsUnset(model[1].GetAttr("DESCRIPTION")));
     EXPECT_TRUE(model[1].TestAttr("DESCRIPTION") == sdaiFALSE);
     EXPECT_TRUE(model[1].TestAttr("DESCRIPTION"_name) == sdaiFALSE);
 }
 
 TEST(Instance, HasNothingInAnAttributeThatItsTypeLacks) {
-    const TestModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
+    const ParsedModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
     for (const char* name : {"NO_SUCH_ATTRIBUTE", "", "NAME ", "NAM", "NAMES"}) {
         EXPECT_TRUE(IsUnset(model[1].GetAttr(name))) << name;
         EXPECT_TRUE(model[1].TestAttr(name) == sdaiFALSE) << name;
@@ -204,9 +204,9 @@ TEST(Instance, HasNothingInAnAttributeThatItsTypeLacks) {
 }
 
 TEST(Instance, KnowsItsNumberItsModelAndItself) {
-    const TestModel model("AUTOMOTIVE_DESIGN",
-                          "#7=APPLICATION_CONTEXT('x');"
-                          "#9=APPLICATION_CONTEXT('x');");
+    const ParsedModel model("AUTOMOTIVE_DESIGN",
+                            "#7=APPLICATION_CONTEXT('x');"
+                            "#9=APPLICATION_CONTEXT('x');");
     SdaiEntityInstance* seven = InstanceIn(model[7]);
     SdaiEntityInstance* nine = InstanceIn(model[9]);
     EXPECT_EQ(seven->GetInstanceNameId(), 7U);
@@ -220,7 +220,7 @@ TEST(Instance, KnowsItsNumberItsModelAndItself) {
 // ---- Kinds
 
 TEST(Kind, IsTheTypeAndEverySupertype) {
-    const TestModel model(kPlant);
+    const ParsedModel model(kPlant);
     const SdaiPrimitiveH robot(New(model.Model(), "ROBOT"));
     for (const char* name : {"ROBOT", "robot", "MACHINE", "Machine", "MOVABLE", "ITEM"}) {
         EXPECT_TRUE(robot.IsKindOf(name) == sdaiTRUE) << name;
@@ -237,14 +237,14 @@ TEST(Kind, IsTheTypeAndEverySupertype) {
 }
 
 TEST(Kind, OfASupertypeIsNotItsSubtype) {
-    const TestModel model(kPlant);
+    const ParsedModel model(kPlant);
     const SdaiPrimitiveH item(New(model.Model(), "ITEM"));
     EXPECT_TRUE(item.IsKindOf("ITEM") == sdaiTRUE);
     EXPECT_TRUE(item.IsKindOf("MACHINE") == sdaiFALSE);
 }
 
 TEST(Kind, OfAComplexInstanceIsEachOfItsTypes) {
-    const TestModel model(
+    const ParsedModel model(
         "AUTOMOTIVE_DESIGN",
         "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));"
         "#2=(GEOMETRIC_REPRESENTATION_CONTEXT(3)GLOBAL_UNIT_ASSIGNED_CONTEXT((#1))"
@@ -273,14 +273,14 @@ TEST(Kind, OfAComplexInstanceIsEachOfItsTypes) {
 }
 
 TEST(ComplexType, IsFoundByItsNameWithItsExtent) {
-    const TestModel model("AUTOMOTIVE_DESIGN",
-                          "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));"
-                          "#2=(MASS_UNIT()NAMED_UNIT(*)SI_UNIT(.KILO.,.GRAM.));"
-                          "#3=(SI_UNIT($,.METRE.)NAMED_UNIT(*)LENGTH_UNIT());"
-                          // A part that no schema declares, with one value and with two.
-                          "#4=(LENGTH_UNIT()NAMED_UNIT(*)STRANGE_UNIT(1));"
-                          "#5=(LENGTH_UNIT()NAMED_UNIT(*)STRANGE_UNIT(1,2));"
-                          "#6=STRANGE_UNIT(1);");
+    const ParsedModel model("AUTOMOTIVE_DESIGN",
+                            "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));"
+                            "#2=(MASS_UNIT()NAMED_UNIT(*)SI_UNIT(.KILO.,.GRAM.));"
+                            "#3=(SI_UNIT($,.METRE.)NAMED_UNIT(*)LENGTH_UNIT());"
+                            // A part whose type no schema declares, with one value and with two.
+                            "#4=(LENGTH_UNIT()NAMED_UNIT(*)STRANGE_UNIT(1));"
+                            "#5=(LENGTH_UNIT()NAMED_UNIT(*)STRANGE_UNIT(1,2));"
+                            "#6=STRANGE_UNIT(1);");
     const SdaiPrimitiveH instance = model[1];
     for (const char* name : {"LENGTH_UNIT+NAMED_UNIT+SI_UNIT", "length_unit+Named_Unit+si_unit"}) {
         SdaiEntity* entity = model.Model().GetEntityDefinition(name);
@@ -296,14 +296,14 @@ TEST(ComplexType, IsFoundByItsNameWithItsExtent) {
     EXPECT_NE(model.Model().GetEntityDefinition("LENGTH_UNIT+NAMED_UNIT+STRANGE_UNIT"), nullptr);
     EXPECT_THAT(Extent(model, "LENGTH_UNIT+NAMED_UNIT+STRANGE_UNIT"), ElementsAre(4, 5));
     EXPECT_THAT(Extent(model, "STRANGE_UNIT"), ElementsAre(4, 5, 6));
-    // What the model holds no instances of is no type of its own.
+    // A combination without instances in the model is not a type.
     EXPECT_EQ(model.Model().GetEntityDefinition("LENGTH_UNIT+MASS_UNIT"), nullptr);
     EXPECT_THAT(Extent(model, "LENGTH_UNIT+MASS_UNIT"), ElementsAre());
 }
 
 TEST(ComplexType, IsThatOfInstancesThatAreCreated) {
-    const TestModel model("AUTOMOTIVE_DESIGN",
-                          "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));");
+    const ParsedModel model("AUTOMOTIVE_DESIGN",
+                            "#1=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT(.MILLI.,.METRE.));");
     EXPECT_THAT(Extent(model, "LENGTH_UNIT+NAMED_UNIT+SI_UNIT"), ElementsAre(1));
     SdaiAppInstance* created = New(model.Model(), "LENGTH_UNIT+NAMED_UNIT+SI_UNIT");
     ASSERT_NE(created, nullptr);
@@ -313,9 +313,9 @@ TEST(ComplexType, IsThatOfInstancesThatAreCreated) {
 }
 
 TEST(UndeclaredType, IsKeptWithItsInstances) {
-    const TestModel model("AUTOMOTIVE_DESIGN",
-                          "#1=MYSTERY_TYPE('a',2,#2);#2=APPLICATION_CONTEXT('x');"
-                          "#3=MYSTERY_TYPE('b',3,$);");
+    const ParsedModel model("AUTOMOTIVE_DESIGN",
+                            "#1=MYSTERY_TYPE('a',2,#2);#2=APPLICATION_CONTEXT('x');"
+                            "#3=MYSTERY_TYPE('b',3,$);");
     EXPECT_EQ(TypeName(model[1]), "MYSTERY_TYPE");
     EXPECT_TRUE(model[1].IsKindOf("MYSTERY_TYPE") == sdaiTRUE);
     EXPECT_TRUE(model[1].IsKindOf("mystery_type"_name) == sdaiTRUE);
@@ -334,7 +334,7 @@ TEST(UndeclaredType, IsKeptWithItsInstances) {
 // ---- Extents
 
 TEST(Extents, HoldTheTypeAndItsSubtypesInTheOrderOfCreation) {
-    const TestModel model(kPlant);
+    const ParsedModel model(kPlant);
     for (const char* type : {"TOOL", "ROBOT", "ITEM", "MOVABLE", "PRESS", "MACHINE", "TOOL"}) {
         New(model.Model(), type);
     }
@@ -349,16 +349,16 @@ TEST(Extents, HoldTheTypeAndItsSubtypesInTheOrderOfCreation) {
 }
 
 TEST(Extents, HoldTheInstancesOfAFileInTheOrderOfTheFile) {
-    const TestModel model("CONFIG_CONTROL_DESIGN",
-                          "#30=APPLICATION_CONTEXT('x');#10=PRODUCT_CONTEXT('',#30,'');"
-                          "#20=PRODUCT_DEFINITION_CONTEXT('',#30,'');"
-                          "#5=PRODUCT_CONTEXT('',#30,'');");
+    const ParsedModel model("CONFIG_CONTROL_DESIGN",
+                            "#30=APPLICATION_CONTEXT('x');#10=PRODUCT_CONTEXT('',#30,'');"
+                            "#20=PRODUCT_DEFINITION_CONTEXT('',#30,'');"
+                            "#5=PRODUCT_CONTEXT('',#30,'');");
     EXPECT_THAT(Extent(model, "APPLICATION_CONTEXT_ELEMENT"), ElementsAre(10, 20, 5));
     EXPECT_THAT(Extent(model, "PRODUCT_CONTEXT"), ElementsAre(10, 5));
 }
 
 TEST(Extents, GrowAsInstancesAreCreated) {
-    const TestModel model(kPlant);
+    const ParsedModel model(kPlant);
     const SdaiAggrInstance* items = model.Model().GetEntityExtent("ITEM");
     const SdaiAggrInstance* presses = model.Model().GetEntityExtent("PRESS");
     EXPECT_EQ(items->GetMemberCount(), 0);
@@ -370,12 +370,12 @@ TEST(Extents, GrowAsInstancesAreCreated) {
         ASSERT_EQ(items->GetInstanceMember(i)->GetInstanceNameId(),
                   static_cast<unsigned long>(i + 1));
     }
-    // An extent that is asked for later lists the same.
+    // An extent requested later has the same members.
     EXPECT_EQ(model.Model().GetEntityExtent("MACHINE")->GetMemberCount(), 500);
 }
 
 TEST(Extents, AreEmptyForANameThatTheModelDoesNotKnow) {
-    const TestModel model(kPlant, "#1=ITEM('a');");
+    const ParsedModel model(kPlant, "#1=ITEM('a');");
     for (const char* name : {"NO_SUCH_TYPE", "", "LABEL", "PRODUCT"}) {
         const SdaiAggrInstance* extent = model.Model().GetEntityExtent(name);
         ASSERT_NE(extent, nullptr) << name;
@@ -387,7 +387,7 @@ TEST(Extents, AreEmptyForANameThatTheModelDoesNotKnow) {
 }
 
 TEST(Extents, TakeNoMembersAndLoseNone) {
-    const TestModel model(kPlant, "#1=ITEM('a');#2=TOOL('b');");
+    const ParsedModel model(kPlant, "#1=ITEM('a');#2=TOOL('b');");
     auto* tools = const_cast<SdaiAggrInstance*>(model.Model().GetEntityExtent("TOOL"));
     tools->Append(model[1]);
     tools->Append(7_h);
@@ -401,7 +401,7 @@ TEST(Extents, TakeNoMembersAndLoseNone) {
 }
 
 TEST(Extents, TellWhatIsAMember) {
-    const TestModel model(kPlant, "#1=ITEM('a');#2=TOOL('b');");
+    const ParsedModel model(kPlant, "#1=ITEM('a');#2=TOOL('b');");
     const SdaiAggrInstance* tools = model.Model().GetEntityExtent("TOOL");
     EXPECT_TRUE(tools->IsMember(model[2]));
     EXPECT_FALSE(tools->IsMember(model[1]));
@@ -410,7 +410,7 @@ TEST(Extents, TellWhatIsAMember) {
 // ---- Creating
 
 TEST(Creation, NumbersInstancesAfterTheLargest) {
-    const TestModel model(kPlant, "#900=ITEM('a');#5=ITEM('b');");
+    const ParsedModel model(kPlant, "#900=ITEM('a');#5=ITEM('b');");
     const SdaiAppInstance* first = New(model.Model(), "TOOL");
     const SdaiAppInstance* second = New(model.Model(), "MACHINE");
     EXPECT_EQ(first->GetInstanceNameId(), 901U);
@@ -420,12 +420,12 @@ TEST(Creation, NumbersInstancesAfterTheLargest) {
 }
 
 TEST(Creation, BeginsAt1InAnEmptyModel) {
-    const TestModel model(kPlant);
+    const ParsedModel model(kPlant);
     EXPECT_EQ(New(model.Model(), "TOOL")->GetInstanceNameId(), 1U);
 }
 
 TEST(Creation, LeavesEveryAttributeUnset) {
-    const TestModel model(kPlant);
+    const ParsedModel model(kPlant);
     const SdaiAppInstance* robot = New(model.Model(), "ROBOT");
     for (const char* name : {"NAME", "POWER", "WHEELS", "GRID"}) {
         EXPECT_TRUE(robot->TestAttr(name) == sdaiFALSE) << name;
@@ -436,13 +436,13 @@ TEST(Creation, LeavesEveryAttributeUnset) {
 }
 
 TEST(Creation, FailsInNoModelAndInAModelOfAnotherSchema) {
-    const TestModel plant(kPlant);
-    const TestModel pdm("PDM_SCHEMA");
-    const TestModel automotive("AUTOMOTIVE_DESIGN");
+    const ParsedModel plant(kPlant);
+    const ParsedModel pdm("PDM_SCHEMA");
+    const ParsedModel automotive("AUTOMOTIVE_DESIGN");
     const SdaiEntity* tool = plant.Model().GetEntityDefinition("TOOL");
     EXPECT_EQ(tool->CreateEntityInstance(nullptr), nullptr);
     EXPECT_EQ(tool->CreateEntityInstance(&pdm.Model()), nullptr);
-    // Both schemas have a PRODUCT, yet not the same one.
+    // Both schemas have a PRODUCT, but not the same one.
     const SdaiEntity* product = automotive.Model().GetEntityDefinition("PRODUCT");
     EXPECT_EQ(product->CreateEntityInstance(&pdm.Model()), nullptr);
     EXPECT_EQ(pdm.Model().InstanceCount(), 0U);
@@ -451,8 +451,8 @@ TEST(Creation, FailsInNoModelAndInAModelOfAnotherSchema) {
 }
 
 TEST(Creation, PutsTheInstanceIntoTheModelThatIsGiven) {
-    const TestModel a("PDM_SCHEMA", "#7=APPLICATION_CONTEXT('a');");
-    const TestModel b("PDM_SCHEMA");
+    const ParsedModel a("PDM_SCHEMA", "#7=APPLICATION_CONTEXT('a');");
+    const ParsedModel b("PDM_SCHEMA");
     const SdaiEntity* context = a.Model().GetEntityDefinition("APPLICATION_CONTEXT");
     const SdaiAppInstance* instance = context->CreateEntityInstance(&b.Model());
     ASSERT_NE(instance, nullptr);
@@ -463,8 +463,8 @@ TEST(Creation, PutsTheInstanceIntoTheModelThatIsGiven) {
 }
 
 TEST(Models, AreIndependentOfEachOther) {
-    const TestModel a(kPlant, "#1=TOOL('a');");
-    const TestModel b(kPlant, "#1=TOOL('b');#2=ITEM('c');");
+    const ParsedModel a(kPlant, "#1=TOOL('a');");
+    const ParsedModel b(kPlant, "#1=TOOL('b');#2=ITEM('c');");
     EXPECT_EQ(TextIn(a[1].GetAttr("NAME")), "a");
     EXPECT_EQ(TextIn(b[1].GetAttr("NAME")), "b");
     EXPECT_EQ(a[1].FindEntityInstanceModel(), &a.Model());
@@ -541,15 +541,15 @@ TEST_F(Plant, DoesNotWriteADerivedAttribute) {
     EXPECT_TRUE(IsUnset(press->GetAttr("POWER")));
     press->PutAttr("FORCE", 1.5_h);
     EXPECT_EQ(RealIn(press->GetAttr("FORCE")), 1.5);
-    // Where the type does not derive it, it is written.
+    // A type that does not derive it has a value.
     machine->PutAttr("POWER", 1.5_h);
     EXPECT_EQ(RealIn(machine->GetAttr("POWER")), 1.5);
 }
 
 TEST(DerivedAttribute, OfAUnitIsNotWrittenWhereverTheInstanceComesFrom) {
-    const TestModel model("AUTOMOTIVE_DESIGN",
-                          "#1=DIMENSIONAL_EXPONENTS(1.,0.,0.,0.,0.,0.,0.);"
-                          "#2=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));");
+    const ParsedModel model("AUTOMOTIVE_DESIGN",
+                            "#1=DIMENSIONAL_EXPONENTS(1.,0.,0.,0.,0.,0.,0.);"
+                            "#2=(LENGTH_UNIT()NAMED_UNIT(*)SI_UNIT($,.METRE.));");
     SdaiAppInstance* created = New(model.Model(), "SI_UNIT");
     created->PutAttr("DIMENSIONS", model[1]);
     EXPECT_TRUE(IsUnset(created->GetAttr("DIMENSIONS")));
@@ -571,7 +571,7 @@ TEST_F(Plant, KeepsAnIntegerAsARealWhereARealIsDeclared) {
     const SdaiAggrInstance* row = grid->GetMember(0);
     EXPECT_EQ(RealIn(row->GetMember(0)), 1.0);
     EXPECT_EQ(RealIn(row->GetMember(1)), 2.5);
-    // Where an integer is declared it stays one.
+    // An attribute declared as an integer keeps it.
     machine->PutAttr("SLOTS", 7_h);
     EXPECT_EQ(IntegerIn(machine->GetAttr("SLOTS")), 7);
 }
@@ -600,7 +600,7 @@ TEST_F(Plant, KeepsAStringAsAnItemWhereAnEnumerationIsDeclared) {
     machine->PutAttr("COLOURS", List({"RED"_h, "GREEN"_h}));
     const SdaiAggrInstance* colours = machine->GetAttr("COLOURS");
     EXPECT_EQ(TypeName(colours->GetMember(1)), "ENUMERATION");
-    // Where a string is declared it stays one.
+    // An attribute declared as a string keeps it.
     machine->PutAttr("NAME", "RED"_h);
     EXPECT_EQ(TextIn(machine->GetAttr("NAME")), "RED");
 }
@@ -652,7 +652,7 @@ TEST_F(Plant, KeepsACopyOfAnAggregateAndOfItsMembers) {
     ASSERT_EQ(kept->GetMemberCount(), 2);
     EXPECT_THAT(RealsIn(kept->GetMember(0)), ElementsAre(1.5));
     EXPECT_THAT(RealsIn(kept->GetMember(1)), ElementsAre(1.5));
-    // Written through the model, the given ones stay as they are.
+    // Writing through the model does not change the original lists.
     static_cast<SdaiAggrInstance*>(kept->GetMember(0))->Append(3.5_h);
     EXPECT_THAT(RealsIn(row), ElementsAre(1.5, 2.5));
     EXPECT_THAT(RealsIn(kept->GetMember(1)), ElementsAre(1.5));
@@ -721,11 +721,12 @@ TEST_F(Plant, LeavesHandlesAsTheyWereWhenTheAttributeIsOverwritten) {
     EXPECT_THAT(RealsIn(machine->GetAttr("RATIOS")), ElementsAre(3.5, 4.5, 5.5));
 }
 
-// Pointers and iterators own nothing: what they are on belongs to the model, wherever it is from.
+// Pointers and iterators own nothing: what they refer to belongs to the model, wherever it came
+// from.
 TEST_F(Plant, LeavesPointersAndIteratorsAsTheyWereWhenTheAttributeIsOverwritten) {
-    const TestModel file(kPlant,
-                         "#1=MACHINE('m',$,$,$,$,$,$,$,$,$,$,$,((1.5,2.5),(3.5)),"
-                         "('a tag of more than fifteen characters','b'),$,$,$);");
+    const ParsedModel file(kPlant,
+                           "#1=MACHINE('m',$,$,$,$,$,$,$,$,$,$,$,((1.5,2.5),(3.5)),"
+                           "('a tag of more than fifteen characters','b'),$,$,$);");
     auto* read = static_cast<SdaiAppInstance*>(InstanceIn(file[1]));
     machine->PutAttr("GRID", List({List({1.5_h, 2.5_h}), List({3.5_h})}));
     machine->PutAttr("TAGS", List({"a tag of more than fifteen characters"_h, "b"_h}));
@@ -760,8 +761,8 @@ TEST_F(Plant, LeavesPointersAsTheyWereWhenASelectThatHoldsAnAggregateIsOverwritt
 }
 
 TEST_F(Plant, LeavesPointersOnMembersAsTheyWereWhenTheAggregateIsCleared) {
-    const TestModel file(kPlant,
-                         "#1=MACHINE('m',$,$,$,$,$,$,$,$,$,$,$,((1.5,2.5),(3.5)),$,$,$,$);");
+    const ParsedModel file(kPlant,
+                           "#1=MACHINE('m',$,$,$,$,$,$,$,$,$,$,$,((1.5,2.5),(3.5)),$,$,$,$);");
     machine->PutAttr("GRID", List({List({1.5_h, 2.5_h}), List({3.5_h})}));
     for (const SdaiEntityInstance* instance : {InstanceIn(file[1]), InstanceIn(machine)}) {
         SdaiAggrInstance* grid = instance->GetAttr("GRID");
@@ -780,7 +781,7 @@ TEST_F(Plant, LeavesPointersOnMembersAsTheyWereWhenTheAggregateIsCleared) {
 }
 
 TEST_F(Plant, WritesInstancesThatWereReadFromAFile) {
-    const TestModel file("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
+    const ParsedModel file("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
     auto* product = static_cast<SdaiAppInstance*>(InstanceIn(file[1]));
     product->PutAttr("DESCRIPTION", "new"_h);
     product->PutAttr("NAME", SdaiPrimitiveH());
@@ -792,7 +793,7 @@ TEST_F(Plant, WritesInstancesThatWereReadFromAFile) {
 // ---- References
 
 TEST(References, AreReadFromInstancesOfManyTypes) {
-    const TestModel model(
+    const ParsedModel model(
         "AUTOMOTIVE_DESIGN",
         "#1=APPLICATION_CONTEXT('x');#2=PRODUCT_CONTEXT('',#1,'');"
         "#3=PRODUCT('p','Part',$,(#2));#4=PRODUCT_DEFINITION_FORMATION('f',$,#3);"
@@ -805,16 +806,16 @@ TEST(References, AreReadFromInstancesOfManyTypes) {
         return SdaiPrimitiveH(instance).GetAttr("definition"_name);
     };
     for (int round = 0; round < 2; ++round) {
-        // A select gives the instance that it holds.
+        // A select returns the instance in it.
         EXPECT_EQ(definition(InstanceIn(model[7])), InstanceIn(model[6]));
         EXPECT_EQ(definition(InstanceIn(model[12])), InstanceIn(model[7]));
-        // Not set; no such attribute; no instance; no instance to read from.
+        // Unset; no such attribute; not an instance; no instance to read from.
         EXPECT_EQ(definition(InstanceIn(model[9])), nullptr);
         EXPECT_EQ(definition(InstanceIn(model[8])), nullptr);
         EXPECT_EQ(definition(InstanceIn(model[11])), nullptr);
         EXPECT_EQ(definition(nullptr), nullptr);
     }
-    // An aggregate is no instance.
+    // An aggregate is not an instance.
     const auto frame = [](SdaiEntityInstance* instance) -> SdaiEntityInstance* {
         return SdaiPrimitiveH(instance).GetAttr("FRAME_OF_REFERENCE"_name);
     };

@@ -19,7 +19,7 @@ namespace {
 
 KORUnicodeString Utf8(std::string_view text) { return KORUnicodeString::FromUtf8(text); }
 
-// A text in each language, its characters, and its form as `const char*`.
+// A text in each language, its characters, and as `const char*`.
 const struct {
     std::string_view utf8;
     std::u32string_view characters;
@@ -87,7 +87,7 @@ TEST(WideText, PutsTheReplacementCharacterWhereUtf8IsNotWellFormed) {
     } cases[] = {
         {"a\xFF", U"a\uFFFD"},                              // never part of UTF-8
         {"\xC3", U"\uFFFD"},                                // cut off
-        {"\xC5\x81\xC5", U"Ł\uFFFD"},                       // the same behind a whole character
+        {"\xC5\x81\xC5", U"Ł\uFFFD"},                       // the same after a complete character
         {"\xC0\x80", U"\uFFFD\uFFFD"},                      // overlong
         {"\xE0\x80\xAF", U"\uFFFD\uFFFD\uFFFD"},            // overlong
         {"\xED\xA0\xBD", U"\uFFFD\uFFFD\uFFFD"},            // half a surrogate pair
@@ -123,7 +123,7 @@ TEST(WideText, IsCutByCharacters) {
     EXPECT_EQ(text.SubString(5, 0).ToUtf8(), "");
     EXPECT_EQ(text.SubString(0, 9), text);
     EXPECT_TRUE(text.SubString(5, 1).IsWide());
-    // What is left without a wide character is narrow.
+    // Parts without a wide character are narrow.
     EXPECT_FALSE(text.SubString(0, 5).IsWide());
     EXPECT_FALSE(text.SubString(6, 2).IsWide());
     EXPECT_FALSE(Utf8("Ł a text that does not stand in place").SubString(1, 30).IsWide());
@@ -140,7 +140,7 @@ TEST(WideText, IsSearchedByCharacters) {
     EXPECT_EQ(text.SearchSubString("X2", 0, KORSearchFirst), -1);
     EXPECT_EQ(KORUnicodeString("A").SearchSubString(Utf8("Ł"), 0, KORSearchFirst), -1);
     EXPECT_EQ(KORUnicodeString("A").SearchSubString(Utf8("\u0141"), 0, KORSearchFirst), -1);
-    // Not even where the lower byte is the same.
+    // Not even if the lower byte is the same.
     EXPECT_EQ(text.SearchSubString("A", 0, KORSearchFirst), -1);
 }
 
@@ -170,7 +170,7 @@ TEST(WideText, IsStrippedOfBlanks) {
         text.Strip(mode);
         EXPECT_EQ(text.ToUtf8(), expected);
     }
-    // The ideographic space is no blank.
+    // The ideographic space is not a blank.
     KORUnicodeString text = Utf8("　齿　");
     text.Strip(KORStripBoth);
     EXPECT_EQ(text.ToUtf8(), "　齿　");
@@ -285,7 +285,7 @@ TEST(WideTextReadBack, TakesTheBytesThatHaveChanged) {
 TEST(WideTextReadBack, ReadsNoDirectiveWhereNoWideCharacterStood) {
     const KORUnicodeString narrow("\\X2\\0141\\X0\\");
     EXPECT_EQ(narrow.ReadBack(narrow.View()), narrow);
-    // A directive that the conversion has broken is what it is.
+    // A directive damaged by the conversion is read as its characters.
     const KORUnicodeString text = Utf8("Ł!");
     EXPECT_EQ(text.ReadBack("\\X2\\014_\\X0\\!").ToUtf8(), "\\X2\\014_\\X0\\!");
     EXPECT_EQ(text.ReadBack("\\X2\\01").ToUtf8(), "\\X2\\01");

@@ -1,17 +1,19 @@
-// That it is the second platform on which the module runs here, and no other.
+// Verifies that the module runs on the second platform here, and on no other.
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "KORUnicodeString.h"
+#include "Models.h"
 #include "ORXExUtilities.h"
 #include "TestValues.h"
 
 namespace {
 
-// The file of the library from which a symbol comes.
+// The file of the library that contains a symbol.
 std::string LibraryOf(const char* symbol) {
     Dl_info info{};
     void* address = dlsym(RTLD_DEFAULT, symbol);
@@ -29,11 +31,23 @@ TEST(SecondPlatform, IsTheOnlyPlatformOfTheProcess) {
     EXPECT_NE(LibraryOf("GetMemberCount").find("libSecondModule"), std::string::npos);
 }
 
-TEST(SecondPlatform, ComparesTheTextsOfTheModule) {
-    const long before = KORUnicodeString::Comparisons();
-    EXPECT_TRUE(IsTrue(ExtractEFFType("S0011option_date"_h, 4_h)));
-    const long compared = KORUnicodeString::Comparisons();
-    EXPECT_GT(compared, before);
-    EXPECT_TRUE(IsFalse(ExtractEFFType("S0011option_date"_h, 2_h)));
-    EXPECT_GT(KORUnicodeString::Comparisons(), compared);
+// What the module leaves to the platform, each in a call that cannot do without.
+TEST(SecondPlatform, ComparesCutsFormatsAndReadsNumbersForTheModule) {
+    using Operation = KORUnicodeString::Operation;
+    const auto isLeftTo = [](Operation operation, auto call) {
+        const long before = KORUnicodeString::Count(operation);
+        call();
+        return KORUnicodeString::Count(operation) > before;
+    };
+    const auto extract = [] { EXPECT_TRUE(IsTrue(ExtractEFFType("S0011option_date"_h, 4_h))); };
+    EXPECT_TRUE(isLeftTo(Operation::Compare, extract));
+    EXPECT_TRUE(isLeftTo(Operation::Cut, extract));
+    EXPECT_TRUE(isLeftTo(Operation::ReadNumber, extract));
+    EXPECT_TRUE(isLeftTo(Operation::Cut, [] { ORXTrunc("trolley"_h, 4_h); }));
+
+    const std::unique_ptr<SdaiModel> model = NewModel("cdma");
+    const SdaiPrimitiveH part =
+        model->GetEntityDefinition("part_object")->CreateEntityInstance(model.get());
+    EXPECT_TRUE(isLeftTo(Operation::Format, [&] { EXPECT_TRUE(IsFalse(IsModelDocLinked(part))); }));
+    EXPECT_TRUE(isLeftTo(Operation::Format, [&] { ConcatPartAtb(part); }));
 }

@@ -1,4 +1,4 @@
-// Schemas and data sets as tables, which the tests of every platform read: plain names and values.
+// Schemas and data sets as tables, which the tests of every platform use: plain names and values.
 
 #ifndef TESTS_PLAINTABLES_H
 #define TESTS_PLAINTABLES_H
@@ -14,7 +14,7 @@ namespace tables {
 
 // ---- A schema
 
-// What an attribute may hold.
+// The values that an attribute accepts.
 struct Domain {
     enum class Kind {
         Any,
@@ -39,7 +39,7 @@ struct Domain {
 struct Attribute {
     std::string name;
     Domain domain;
-    std::string redeclaredOf;  // the entity type from which it is inherited, in another domain
+    std::string redeclaredOf;  // the entity type that it is inherited from, with another domain
     bool derived = false;      // has no value of its own
 };
 
@@ -78,7 +78,7 @@ struct Typed {
 enum class Truth { False, True, Unknown };
 
 struct Value {
-    // The first is unset.
+    // std::monostate is unset.
     std::variant<std::monostate, long, double, Truth, Text, Item, Bits, Reference,
                  std::vector<Value>, Typed>
         held;

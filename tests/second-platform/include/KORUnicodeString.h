@@ -1,5 +1,5 @@
-// The text of the second platform: characters that never change, shared by the copies of a text.
-// Every change makes new ones. What the operations do is in the contract's header.
+// The text of the second platform: immutable characters, shared by the copies of a text. Every
+// change creates new ones. The operations are documented in the contract's header.
 
 #ifndef KORUNICODESTRING_H
 #define KORUNICODESTRING_H
@@ -66,12 +66,16 @@ class KOR_API KORUnicodeString {
 
     KORUnicodeString ReadBack(std::string_view bytes) const;
 
-    // How many times texts were compared with Compare or ComparePart, so that a test sees that it
-    // is this platform which compares.
-    static long Comparisons();
+    // How many times the platform has done this with a text, so that a test can verify that the
+    // module leaves it to the platform.
+    enum class Operation { Compare, Cut, Format, ReadNumber };
+    static long Count(Operation operation);
 
   private:
+    friend class KORLocale;
     struct Content;
+
+    static void Note(Operation operation);
 
     const std::u32string& Characters() const;
 

@@ -1,5 +1,5 @@
-// Aggregates of the second platform: a plain vector of handles, searched from its start. What the
-// operations do is in the contract's header.
+// Aggregates of the second platform: a plain vector of handles, with linear search. The operations
+// are documented in the contract's header.
 
 #ifndef SDAIAGGRINSTANCE_H
 #define SDAIAGGRINSTANCE_H
@@ -36,7 +36,7 @@ class KOR_API SdaiAggrInstance : public std::enable_shared_from_this<SdaiAggrIns
     friend class second::Model;
 
     std::vector<SdaiPrimitiveH> members_;
-    std::vector<SdaiPrimitiveH> removed_;  // aggregates among them live on
+    std::vector<SdaiPrimitiveH> removed_;  // keeps removed aggregates alive
     bool extent_ = false;                  // only the model adds members
 };
 

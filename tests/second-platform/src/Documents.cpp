@@ -12,7 +12,7 @@
 
 namespace {
 
-// The families that the host has told of. They may be asked for until the process ends.
+// The families registered by the host. They may be requested until the process ends.
 std::vector<KORListValKORDMInstance>& Families() {
     static auto& families = *new std::vector<KORListValKORDMInstance>;
     return families;
@@ -60,7 +60,7 @@ int KORDMInstance::GetAllRevision(KORListValKORDMInstance& list, int, int, int) 
 void KORListValKORDMInstance::Append(KORDMInstance instance) { members_.push_back(instance); }
 
 void KORListValKORDMInstance::Append(const KORListValKORDMInstance& list) {
-    const KORListValKORDMInstance added = list;  // it may be this list
+    const KORListValKORDMInstance added = list;  // in case it is this list
     for (int i = 1; i <= added.Size(); ++i) Append(added[i]);
 }
 

@@ -41,7 +41,7 @@ class Entity final : public SdaiEntity {
     std::set<std::string> kinds;  // its own name and those of its supertypes
     std::map<std::string, std::shared_ptr<const Attribute>> attributes;  // inherited ones, too
 
-    // Adds what a supertype has, or a type of a complex instance.
+    // Adds the attributes and kinds of a supertype, or of a type of a complex instance.
     void Inherit(const Entity& other);
 };
 
@@ -51,9 +51,9 @@ class Schema final : public SdaiSchema {
 
     const Entity* Find(const std::string& folded) const;
     const std::map<std::string, std::unique_ptr<Entity>>& Entities() const { return entities_; }
-    // What a domain finally is, after any names of defined types.
+    // The domain that any names of defined types lead to.
     const tables::Domain& Underlying(const tables::Domain& domain) const;
-    // The name as the dictionary spells it.
+    // The name in the dictionary's spelling.
     SdaiString Spelt(std::string_view name) const;
 
   private:
@@ -61,8 +61,8 @@ class Schema final : public SdaiSchema {
     std::map<std::string, std::unique_ptr<Entity>> entities_;
 };
 
-// The value as an attribute of that domain stores it (null: any); an aggregate is a copy. No value
-// if the domain is an enumeration without that item.
+// The value as stored in an attribute of the domain (null: any domain); aggregates are copied. No
+// value if the domain is an enumeration without that item.
 struct Place {
     const Schema& schema;
     const tables::Domain& domain;
@@ -82,7 +82,7 @@ class Instance final : public SdaiAppInstance {
     const Entity& entity;
     const unsigned long number;
     std::map<std::string, SdaiPrimitiveH> values;
-    std::vector<SdaiPrimitiveH> replaced;  // aggregates among them live on
+    std::vector<SdaiPrimitiveH> replaced;  // keeps replaced aggregates alive
 };
 
 class Model final : public SdaiModel {
@@ -91,7 +91,7 @@ class Model final : public SdaiModel {
 
     const Schema& GetSchema() const { return *schema_; }
     const Entity* Find(const std::string& folded) const;
-    // The same; if it is not there, a type that the schema does not declare.
+    // The same; if there is none, adds a type that the schema does not declare.
     const Entity& FindOrAdd(const std::string& name);
     // The type of instances of several types of the schema; null if one of them is missing.
     const Entity* Complex(const std::vector<std::string>& types);

@@ -23,8 +23,8 @@ std::string Printed(const char* format, int precision, double value) {
     return text;
 }
 
-// The number in a text, without blanks around it and without a plus sign; empty if there is
-// anything else in the text. `extra` are the characters that it may have beside digits and a sign.
+// The number in a text, without leading and trailing blanks and without a plus sign; empty if the
+// text contains anything else. `extra` are the characters allowed besides digits and a sign.
 std::string Number(const KORUnicodeString& text, const char* extra) {
     std::string number(text.View());
     number.erase(0, number.find_first_not_of(' '));
@@ -37,7 +37,7 @@ std::string Number(const KORUnicodeString& text, const char* extra) {
     return (begins || number.find('.') == first) && isNumber ? number : std::string();
 }
 
-// What a function of the C library makes of all of a text; no value if it stops before the end.
+// The value that a function of the C library reads from a text; fails if it stops before the end.
 template <class Value>
 int Read(const std::string& number, Value (*read)(const char*, char**), Value* value) {
     const second::PlainLocale locale;
@@ -57,8 +57,8 @@ KORUnicodeString KORLocale::sConvertNumToString(long value) {
     return KORUnicodeString(std::to_string(value));
 }
 
-// Tries one digit more until the number reads back the same; of the notations with and without an
-// exponent, the shorter.
+// Adds one digit at a time until the number reads back the same; of the notations with and without
+// an exponent, the shorter.
 KORUnicodeString KORLocale::sConvertNumToString(double value) {
     if (std::isnan(value)) return "nan";
     if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
@@ -79,12 +79,14 @@ KORUnicodeString KORLocale::sConvertNumToString(double value, int, int decimals)
 }
 
 int KORLocale::sConvertStringToNum(const KORUnicodeString& text, long* number) {
+    KORUnicodeString::Note(KORUnicodeString::Operation::ReadNumber);
     return Read<long>(
         Number(text, ""), [](const char* from, char** end) { return std::strtol(from, end, 10); },
         number);
 }
 
 int KORLocale::sConvertStringToNum(const KORUnicodeString& text, double* number) {
+    KORUnicodeString::Note(KORUnicodeString::Operation::ReadNumber);
     return Read<double>(Number(text, ".eE+-"), std::strtod, number);
 }
 

@@ -1,6 +1,7 @@
 // Texts: every operation works on characters as code points and makes a new text.
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <climits>
 #include <cstdio>
@@ -22,7 +23,7 @@ std::u32string Widened(std::string_view bytes) {
     return characters;
 }
 
-// A character beyond ISO 8859-1 as exchange files write it.
+// A character beyond ISO 8859-1 as in exchange files.
 std::string Directive(char32_t character) {
     char text[24];
     const char* format = character > 0xFFFF ? "\\X4\\%08X\\X0\\" : "\\X2\\%04X\\X0\\";
@@ -30,11 +31,11 @@ std::string Directive(char32_t character) {
     return text;
 }
 
-std::atomic<long> comparisons{0};
+std::array<std::atomic<long>, 4> counts{};
 
 }  // namespace
 
-// ---- Making texts
+// ---- Creating texts
 
 struct KORUnicodeString::Content {
     explicit Content(std::u32string from) : characters(std::move(from)) {
@@ -44,7 +45,7 @@ struct KORUnicodeString::Content {
     }
 
     std::u32string characters;
-    std::string bytes;  // what the text is as `const char*`
+    std::string bytes;  // the text as `const char*`
 };
 
 KORUnicodeString::KORUnicodeString(std::u32string characters) {
@@ -74,7 +75,7 @@ bool KORUnicodeString::IsWide() const {
 }
 
 KORUnicodeString KORUnicodeString::FromUtf8(std::string_view utf8) {
-    // The least character that each length may encode: a longer form of a smaller one is malformed.
+    // The smallest character for each length: a longer form of a smaller one is malformed.
     static constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
     std::u32string characters;
     while (!utf8.empty()) {
@@ -105,8 +106,8 @@ std::string KORUnicodeString::ToUtf8() const {
     return utf8;
 }
 
-// A directive of one character that was written by ConvertToChar and changed since may be none any
-// more; its bytes are then characters of their own.
+// A directive of one character that was written by ConvertToChar and modified since may have become
+// invalid; its bytes are then read as characters.
 KORUnicodeString KORUnicodeString::ReadBack(std::string_view bytes) const {
     std::u32string read;
     for (const char32_t c : Characters()) {
@@ -117,7 +118,7 @@ KORUnicodeString KORUnicodeString::ReadBack(std::string_view bytes) const {
             const std::string digits(piece.substr(4, piece.size() - 8));
             const bool isNumber = digits.find_first_not_of("0123456789ABCDEF") == std::string::npos;
             if (isNumber) now = static_cast<char32_t>(std::stoul(digits, nullptr, 16));
-            // Is it written as the directive of a character, and the same?
+            // Only the directive that the character would have.
             if (Directive(now) != piece) now = 0;
         }
         read += now != 0 && IsCharacter(now) ? std::u32string(1, now) : Widened(piece);
@@ -128,12 +129,14 @@ KORUnicodeString KORUnicodeString::ReadBack(std::string_view bytes) const {
 // ---- Parts
 
 KORUnicodeString KORUnicodeString::SubString(int start, int length) const {
+    Note(Operation::Cut);
     const auto first = static_cast<std::size_t>(std::max(start, 0));
     if (length <= 0 || first >= Characters().size()) return {};
     return KORUnicodeString(Characters().substr(first, static_cast<std::size_t>(length)));
 }
 
 std::string_view KORUnicodeString::ViewPart(long start, long length) const {
+    Note(Operation::Cut);
     const auto first = static_cast<std::size_t>(std::max(start, 0L));
     if (length <= 0 || first >= View().size()) return "";
     return View().substr(first, static_cast<std::size_t>(length));
@@ -158,7 +161,7 @@ KORUnicodeString& KORUnicodeString::Append(const KORUnicodeString& text) {
 }
 
 int KORUnicodeString::Compare(const KORUnicodeString& other) const {
-    ++comparisons;
+    Note(Operation::Compare);
     const std::u32string& mine = Characters();
     const std::u32string& others = other.Characters();
     if (mine == others) return 2;
@@ -174,7 +177,11 @@ int KORUnicodeString::ComparePart(long start, long length, std::string_view othe
     return SubString(position(start), position(length)).Compare(KORUnicodeString(other));
 }
 
-long KORUnicodeString::Comparisons() { return comparisons; }
+void KORUnicodeString::Note(Operation operation) { ++counts[static_cast<std::size_t>(operation)]; }
+
+long KORUnicodeString::Count(Operation operation) {
+    return counts[static_cast<std::size_t>(operation)];
+}
 
 // ---- Numbers
 
@@ -208,12 +215,15 @@ KORUnicodeString Print(const char* format, const char* letters, const char* modi
 }  // namespace
 
 void KORUnicodeString::BuildFromNum(int value, const char* format) {
+    Note(Operation::Format);
     *this = Print(format, "diuxXo", "", value);
 }
 void KORUnicodeString::BuildFromNum(long value, const char* format) {
+    Note(Operation::Format);
     *this = Print(format, "diuxXo", "l", value);
 }
 void KORUnicodeString::BuildFromNum(double value, const char* format) {
+    Note(Operation::Format);
     *this = Print(format, "eEfFgG", "", value);
 }
 

@@ -1,4 +1,4 @@
-// The trace service, for which the contract's header is used as it is.
+// The trace service, which uses the contract's header as it is.
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,11 +12,11 @@
 
 namespace {
 
-// Where the lines go.
+// The destination of the lines.
 struct Target {
     std::mutex mutex;
     std::string file;      // "": the standard error stream
-    std::ofstream stream;  // to the file, from the first line on
+    std::ofstream stream;  // opened for the first line
     KORPSNSink* sink = nullptr;
 };
 

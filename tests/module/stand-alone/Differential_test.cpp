@@ -1,13 +1,13 @@
-// The same calls in other circumstances give the same results: traced and untraced, once and again,
-// in any order; and what is built is read back.
+// The same calls under other conditions return the same results: traced and untraced, repeated, in
+// any order; and what one function encodes, others decode.
 
 #include <gtest/gtest.h>
 
 #include <numeric>
 
 #include "ORXExUtilities.h"
+#include "ParsedModel.h"
 #include "SeededChoices.h"
-#include "TestModel.h"
 #include "TraceCapture.h"
 #include "console/Display.h"
 
@@ -21,7 +21,7 @@ const calls::Module& TheModule() {
     return module;
 }
 
-// A world and calls of it that the seed determines.
+// A world and calls on it, determined by the seed.
 struct Work {
     template <class Allowed>
     Work(std::uint64_t seed, Allowed allowed) : choices(seed), world(choices, 40) {
@@ -32,7 +32,7 @@ struct Work {
     }
     ~Work() { RemoveValueVersion(); }
 
-    // Makes the call and tells what it gave.
+    // Makes a call and returns it as text, with its result.
     std::string Do(std::size_t call) const {
         const RandomCall& made = calls[call];
         const std::string asked = made.ToText(world.Session());
@@ -68,7 +68,7 @@ TEST(Differential, TracingChangesNoResultAndNoModel) {
 
 TEST(Differential, TheOrderOfCallsChangesNoResult) {
     const auto stateless = [](const orx::Export& function) {
-        // A list that one call fills is not the list that it was.
+        // A list that a call fills is not the same for the next call.
         return !CreatesInstances(function) && !KeepsVersions(function) &&
                !function.name.starts_with("GetPlacement") && function.name != "ComputeABSPlacement";
     };
@@ -89,7 +89,7 @@ TEST(Differential, TheOrderOfCallsChangesNoResult) {
 // ---- Keys
 
 TEST(Differential, AKeyGivesBackTheValuesThatItWasBuiltFrom) {
-    const TestModel model("cdma", "#1=PART_OBJECT('',$,$,$,$,$,$,$,$,$);");
+    const ParsedModel model("cdma", "#1=PART_OBJECT('',$,$,$,$,$,$,$,$,$);");
     auto& part = static_cast<SdaiAppInstance&>(*InstanceIn(model[1]));
     SeededChoices choices(1);
     const auto text = [&choices](std::size_t length) {

@@ -1,5 +1,5 @@
-// Effectivities and configurations that go out of a database into an exchange file, and are read
-// back from that file.
+// Effectivities and configurations that are exported from a database to an exchange file, and read
+// from that file.
 
 #include <gmock/gmock.h>
 
@@ -8,11 +8,11 @@
 
 #include "ORXExUtilities.h"
 #include "Orx.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 
 namespace {
 
-// #21 has a handler, #22 has none; the ids have blanks, quotes and a character beyond ASCII.
+// #21 has a handler, #22 has none; the ids contain blanks, quotes and a character beyond ASCII.
 constexpr char kDatabase[] = R"(
     #1=PART_OBJECT('P1',$,$,$,$,(#11),$,$,$,$);
     #2=PART_OBJECT('P2',$,$,$,$,$,$,$,$,$);
@@ -30,9 +30,9 @@ SdaiAppInstance* Create(SdaiModel& model, const char* type) {
     return model.GetEntityDefinition(SdaiString(type))->CreateEntityInstance(&model);
 }
 
-// What the functions give for the database, in a model of the schema: items #1 and #2,
-// effectivities #3 to #7 with what belongs to them behind.
-void Export(const TestModel& database, kor::Model& step) {
+// The functions' results for the database, in a model of the schema: items #1 and #2, effectivities
+// #3 to #7, followed by the instances that belong to them.
+void Export(const ParsedModel& database, kor::Model& step) {
     for (const unsigned long id : {21UL, 22UL}) {
         SdaiAppInstance* item = Create(step, "CONFIGURATION_ITEM");
         item->PutAttr(SdaiString("ID"), database[id].GetAttr("id"));
@@ -76,7 +76,7 @@ TEST_P(WrittenFile, GivesBackTheEffectivitiesAndConfigurationsThatWentOut) {
     const TemporaryDirectory directory;
     exchange::Messages messages;
     {
-        const TestModel database("cdma", kDatabase);
+        const ParsedModel database("cdma", kDatabase);
         exchange::DataSet written =
             exchange::NewDataSet(exchange::BuiltInSchema(GetParam()), "out");
         Export(database, *written.model);
@@ -97,7 +97,7 @@ TEST_P(WrittenFile, GivesBackTheEffectivitiesAndConfigurationsThatWentOut) {
         EXPECT_EQ(TextIn(DecodeKey(description, 2_h)), kIds[id - 1]);
         EXPECT_TRUE(IsTrue(IsAORXCfg(at(id))));
     }
-    // Three fields, of which the handler's is the last.
+    // Three fields, the last of which is the handler's.
     EXPECT_TRUE(IsTrue(HasAORXValue(at(1))));
     EXPECT_EQ(TextIn(DecodeKey(at(1).GetAttr("DESCRIPTION"), 3_h)), "H 7");
     EXPECT_TRUE(IsFalse(HasAORXValue(at(2))));

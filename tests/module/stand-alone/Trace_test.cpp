@@ -1,4 +1,4 @@
-// What the functions write into the trace, and that it costs and changes nothing.
+// The trace of the functions; tracing has no cost while it is off, and changes no result.
 
 #include <gmock/gmock.h>
 
@@ -11,7 +11,7 @@
 #include "ExchangeText.h"
 #include "ORXExUtilities.h"
 #include "Orx.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 #include "TraceCapture.h"
 
 using testing::ElementsAre;
@@ -23,8 +23,8 @@ namespace {
 const SdaiPrimitiveH kMissing;
 
 // A part with a link, a configuration and effectivities; an assembly link with its shapes.
-const TestModel& Database() {
-    static const TestModel data("cdma", R"(
+const ParsedModel& Database() {
+    static const ParsedModel data("cdma", R"(
         #1=PART_OBJECT('ROOT','A',1,'t',$,(#3),$,$,$,$);
         #2=PART_OBJECT('LEAF','A',1,'t',$,$,$,$,$,$);
         #3=PART_LINK('l',$,#2,$,$,$,$);
@@ -36,8 +36,8 @@ const TestModel& Database() {
     return data;
 }
 
-const TestModel& Step() {
-    static const TestModel data("AUTOMOTIVE_DESIGN", R"(
+const ParsedModel& Step() {
+    static const ParsedModel data("AUTOMOTIVE_DESIGN", R"(
         #1=PRODUCT_DEFINITION('root',$,$,$);
         #2=PRODUCT_DEFINITION('leaf',$,$,$);
         #3=NEXT_ASSEMBLY_USAGE_OCCURRENCE('','',$,#1,#2,$);
@@ -151,7 +151,7 @@ TEST(Trace, IndentsBelowTheScopesOfTheHost) {
 }
 
 TEST(Trace, StartsEachCallAtTheSameIndentation) {
-    // Whichever way the call before it ended.
+    // However the previous call ended.
     const struct {
         const char* label;
         std::function<void()> call;
@@ -226,7 +226,7 @@ TEST(Trace, PrintsATextOfAnyLength) {
 }
 
 TEST(Trace, PrintsATextUpToANulCharacter) {
-    // Texts reach the line as C strings.
+    // A line contains a text up to the first NUL.
     TraceCapture trace;
     ReadMandatory(Handle(std::string_view("ab\0cd", 5)), kMissing);
     EXPECT_THAT(trace.Messages("SdaiPrimitiveH ReadMandatory->"),
@@ -325,7 +325,7 @@ TEST(Trace, WritesNothingOnceItIsSwitchedOffInsideAScope) {
 
 namespace {
 
-// Calls of functions that read, decide and build. A result is shown with its kind.
+// Calls of functions that read, decide and build. Results are shown with their kinds.
 struct Call {
     const char* text;
     std::function<SdaiPrimitiveH()> call;
@@ -422,7 +422,7 @@ TEST(Trace, ChangesNoResultWhenItsFileCannotBeWritten) {
 // ---- Cost
 
 TEST(Trace, AllocatesNothingWhenOff) {
-    // Functions that need no memory of their own, with texts that the trace would have to copy.
+    // Functions that allocate nothing themselves, with texts that the trace would have to copy.
     const SdaiPrimitiveH part = Database()[1];
     const SdaiPrimitiveH leaf = Database()[2];
     const SdaiPrimitiveH item = Database()[4];
@@ -477,7 +477,7 @@ TEST(Trace, AllocatesNothingWhenOff) {
         call();
         EXPECT_EQ(allocations.Count(), 0) << text;
     }
-    // What is counted: the memory of the module, too.
+    // Allocations of the module are counted, too.
     const AllocationCounter allocations;
     ORXTrunc(fileName, 20_h);
     EXPECT_GT(allocations.Count(), 0);

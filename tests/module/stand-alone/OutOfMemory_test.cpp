@@ -1,5 +1,5 @@
-// A call that runs out of memory, at any allocation, returns the same result as with enough memory
-// or its default, and nothing in between.
+// A call that runs out of memory, at any allocation, returns either its result or its default, and
+// nothing else.
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
@@ -13,7 +13,7 @@
 
 #include "Allocations.h"
 #include "ORXExUtilities.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 #include "TraceCapture.h"
 #include "TypicalCalls.h"
 #include "console/Display.h"
@@ -29,7 +29,7 @@ constexpr long kNone = 1'000'000;  // more than any call allocates
 
 const std::vector<double> kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
 
-// What a call gave and left in its list.
+// The result of a call, and its list.
 std::string TextOf(const SdaiPrimitiveH& result, const TypicalArguments& arguments) {
     std::string text = host::ToText(result, host::Session());
     for (const SdaiPrimitiveH& argument : arguments) {
@@ -46,7 +46,7 @@ struct Outcome {
 
 class FailingCall : public testing::TestWithParam<std::string_view> {
   protected:
-    // The call with the allocation failing that comes after so many, on data of its own.
+    // Calls the function on new data; the allocation after `succeeding` others fails.
     Outcome CallOnNewData(long succeeding, Extent extent) const {
         const TypicalData data;
         return Call(ArgumentsOf(function, data), succeeding, extent);
@@ -68,11 +68,11 @@ class FailingCall : public testing::TestWithParam<std::string_view> {
         return outcome;
     }
 
-    // What it gives, and leaves in an empty list, without its other arguments.
+    // The result and an initially empty list, without the other arguments.
     std::string Default() const {
         if (function.name == "GetUniqId") return "''";
         if (function.name == "IsVersion") return "$";               // for the flag 1
-        if (function.name == "ComputeABSPlacement") return "$ ()";  // appends without any
+        if (function.name == "ComputeABSPlacement") return "$ ()";  // if nothing could be allocated
         TypicalArguments none;
         for (std::size_t i = 1; i < function.ArgumentCount(); ++i) {
             const bool isList = (function.arguments[i] & orx::Aggregate) != 0;
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(ExportTable, FailingCall, testing::ValuesIn(Names()),
 
 TEST_P(FailingCall, GivesItsResultOrItsDefault) {
     const std::string right = CallOnNewData(kNone, Extent::Once).text;
-    const bool isNew = function.name == "GetUniqId";  // never the same
+    const bool isNew = function.name == "GetUniqId";  // differs on each call
     for (const Extent extent : {Extent::Once, Extent::FromThenOn}) {
         for (long n = 0;; ++n) {
             SCOPED_TRACE(n);
@@ -160,13 +160,13 @@ TEST_F(FailingPlacement, HasAListOfItsOwnInEachCall) {
     std::vector<SdaiPrimitiveH> lists;
     for (int i = 0; i < 5; ++i) {
         lists.push_back(Call(0));      // the one in reserve,
-        lists.push_back(Call(kNone));  // which is made anew with the next,
+        lists.push_back(Call(kNone));  // which is replaced by the next call,
         lists.push_back(Call(1));      // or is not
     }
     for (std::size_t i = 0; i < lists.size(); ++i) {
         EXPECT_EQ(RealsIn(lists[i]), placement) << i;
         SdaiAggrInstance* list = lists[i];
-        list->RemoveAll();  // those that are left do not notice
+        list->RemoveAll();  // must not affect the other lists
     }
 }
 
@@ -199,7 +199,7 @@ TEST_F(FailingPlacement, IsNotThereWhereNothingIsLeft) {
     EXPECT_EQ(RealsIn(GetAbsPlacement(link)), placement);
 }
 
-// The lists that a caller may have filled in any way.
+// Lists that a caller has filled in various ways.
 std::vector<SdaiPrimitiveH> Lists(const TypicalData& data) {
     std::vector<SdaiPrimitiveH> lists;
     const auto add = [&lists](SdaiAggrInstance* list, const SdaiPrimitiveH& member, int count) {
@@ -216,7 +216,7 @@ std::vector<SdaiPrimitiveH> Lists(const TypicalData& data) {
     return lists;
 }
 
-// A list holds what it held, followed by a placement or by nothing.
+// The list is unchanged, or a placement is appended.
 TEST_F(FailingPlacement, IsAppendedAsAWhole) {
     for (std::size_t which = 0; which < Lists(data).size(); ++which) {
         SCOPED_TRACE(which);

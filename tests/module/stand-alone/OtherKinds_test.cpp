@@ -9,13 +9,13 @@
 #include <vector>
 
 #include "ORXExUtilities.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 #include "TypicalCalls.h"
 #include "console/Display.h"
 
 namespace {
 
-// What comes of it where that is not the default of the function.
+// The results that differ from the default of the function.
 const std::map<std::string_view, std::string> kResults{
     {"DecodeKey", "'EMPTY VALUE'"},
     {"ConcatModelAtb", "'S0000I0000S0000S0000'"},
@@ -38,8 +38,8 @@ const std::map<std::string_view, std::string> kResults{
 
 class OtherKind : public testing::TestWithParam<std::string_view> {
   protected:
-    // What the function gives, and leaves in its list, with another first argument than the typical
-    // one.
+    // The result of the function, and its list, with a different first argument in the typical
+    // call.
     std::string With(const SdaiPrimitiveH& first) const {
         const TypicalData data;
         TypicalArguments arguments = ArgumentsOf(function, data);
@@ -61,7 +61,7 @@ class OtherKind : public testing::TestWithParam<std::string_view> {
 std::vector<std::string_view> Names() {
     std::vector<std::string_view> names;
     for (const orx::Export& function : orx::kExports) {
-        // Those that take a value handle and read it.
+        // Functions that take a value handle and read it.
         if (function.ArgumentCount() > 0 && function.name != "GetUniqId" &&
             function.name != "BuildDatedEff") {
             names.push_back(function.name);
@@ -74,16 +74,17 @@ INSTANTIATE_TEST_SUITE_P(ExportTable, OtherKind, testing::ValuesIn(Names()),
                          [](const auto& name) { return std::string(name.param); });
 
 TEST_P(OtherKind, ReadsAsNothing) {
-    const TestModel other("cdma", "#1=CONFIGURATION_ITEM('C',$,$);");
+    const ParsedModel other("cdma", "#1=CONFIGURATION_ITEM('C',$,$);");
     const bool takesText = (function.arguments[0] & (orx::String | orx::Integer)) != 0;
     const std::string result = With(takesText ? other[1] : "a text"_h);
     const auto row = kResults.find(function.name);
     EXPECT_EQ(result, row != kResults.end() ? row->second + "$" : With({}));
 }
 
-// A key of nothing has no field, and what stands at the place of its first one is no number.
+// A key read from another kind has no fields, and the text at the position of the first one is not
+// a number.
 TEST(OtherKind, IsAnEmptyKey) {
-    const TestModel other("cdma", "#1=CONFIGURATION_ITEM('C',$,$);");
+    const ParsedModel other("cdma", "#1=CONFIGURATION_ITEM('C',$,$);");
     EXPECT_EQ(IntegerIn(DecodeKey(other[1], 1_h)), -1);
 }
 

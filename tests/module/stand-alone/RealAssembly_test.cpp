@@ -1,4 +1,4 @@
-// The assembly as1, as a CAD system wrote it, whose placements are known.
+// The assembly as1, written by a CAD system, with known placements.
 
 #include <gmock/gmock.h>
 
@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "ORXExUtilities.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 
 using testing::SizeIs;
 
@@ -38,7 +38,7 @@ bool IsNearly(const std::vector<double>& a, const std::vector<double>& b) {
                       [](double x, double y) { return std::abs(x - y) <= 1e-6; });
 }
 
-// Lines "parent <- component : nine values | three values"; "#" begins a remark.
+// Lines "parent <- component : nine values | three values"; "#" begins a comment.
 std::vector<Occurrence> ReadOccurrences(const std::string& path) {
     std::vector<Occurrence> occurrences;
     std::ifstream file(path);
@@ -59,7 +59,7 @@ std::string ProductName(const SdaiPrimitiveH& definition) {
     return TextIn(definition.GetAttr("FORMATION").GetAttr("OF_PRODUCT").GetAttr("NAME"));
 }
 
-// Reads the data with the built-in schema, or with one of a file.
+// Reads the data with the built-in schema, or with that of a file.
 class RealAssembly : public testing::TestWithParam<const char*> {
   protected:
     void SetUp() override {
@@ -120,8 +120,8 @@ TEST_P(RealAssembly, HasThePlacementsThatItWasBuiltWith) {
     EXPECT_THAT(expected, SizeIs(0)) << "not found";
 }
 
-// In this file the component's shape is REP_1 and holds the first placement, so the context seen
-// from either shape states what the link does.
+// In this file the component's shape is REP_1 and contains the first placement, so both shapes lead
+// to the placement of the link.
 TEST_P(RealAssembly, HasTheSamePlacementsSeenFromEachShape) {
     const auto contexts = Extent("CONTEXT_DEPENDENT_SHAPE_REPRESENTATION");
     ASSERT_THAT(contexts, SizeIs(13));

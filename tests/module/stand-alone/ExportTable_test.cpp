@@ -1,5 +1,5 @@
-// The export table and the module that it describes: every function is found by its name and keeps
-// what the table says of it, whatever it is called with.
+// The export table and the module that it describes: every function is found by its name and has
+// the properties stated in the table, whatever its arguments.
 
 #include "ORXExportTable.h"
 
@@ -19,7 +19,7 @@
 #include "KORDMInstance.h"
 #include "ORXExUtilities.h"
 #include "Orx.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 #include "TraceCapture.h"
 
 using testing::IsEmpty;
@@ -46,14 +46,14 @@ struct Row {
     orx::Kind result;
     const char* unit;
     const char* label;
-    // What it gives when every argument is missing, as an exchange file would write it; null where
-    // each call gives another value.
+    // The result if every argument is missing, as in an exchange file; null if it differs on each
+    // call.
     const char* byDefault;
 };
 
 void PrintTo(const Row& row, std::ostream* stream) { *stream << row.name; }
 
-// The placement that leaves everything where it is.
+// The identity placement.
 constexpr char kIdentity[] = "(1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,0.)";
 
 constexpr Row kFunctions[] = {
@@ -184,25 +184,25 @@ constexpr Row kFunctions[] = {
 
 // ---- The module
 
-// Where the library that this program is linked with was loaded from.
+// The file from which the library that this program is linked with was loaded.
 std::string ModulePath() {
     Dl_info info{};
     EXPECT_NE(dladdr(reinterpret_cast<void*>(&IsEncodedKey), &info), 0);
     return info.dli_fname;
 }
 
-// The library as an engine gets it that opens it by name.
+// The library as an engine gets it by name.
 void* Module() {
     static void* const module = dlopen(ModulePath().c_str(), RTLD_LAZY | RTLD_NOLOAD);
     return module;
 }
 
-// A shared library as its file says.
+// The contents of a shared library file.
 class ElfFile {
   public:
     explicit ElfFile(const std::string& path) : bytes_(ReadFile(path)) {}
 
-    // The symbols that it offers to others, each as often as it stands there.
+    // The exported symbols, including duplicates.
     std::vector<std::string> ExportedNames() const {
         std::vector<std::string> names;
         ForEach<ElfW(Sym)>(SHT_DYNSYM, [&](const ElfW(Sym) & symbol, const char* strings) {
@@ -216,7 +216,7 @@ class ElfFile {
         return names;
     }
 
-    // The texts of the entries with that tag: DT_SONAME, DT_NEEDED.
+    // The texts of the entries with this tag: DT_SONAME, DT_NEEDED.
     std::vector<std::string> DynamicTexts(long tag) const {
         std::vector<std::string> texts;
         ForEach<ElfW(Dyn)>(SHT_DYNAMIC, [&](const ElfW(Dyn) & entry, const char* strings) {
@@ -233,7 +233,7 @@ class ElfFile {
         return value;
     }
 
-    // Visits each entry of the section of that type, with the texts that it refers to.
+    // Visits each entry of the section of this type, with the texts that it refers to.
     template <class Entry, class Visit>
     void ForEach(unsigned type, const Visit& visit) const {
         const auto header = At<ElfW(Ehdr)>(0);
@@ -266,8 +266,8 @@ Function* Find(const Row& row) {
     return reinterpret_cast<Function*>(dlsym(Module(), row.name));
 }
 
-// Calls a function with up to three arguments. Where it returns nothing, the list that it fills is
-// its result here: a new one of ComputeABSPlacement, the argument of GetPlacement0.
+// Calls a function with up to three arguments. The result of a function that returns nothing is the
+// list that it fills: a new one for ComputeABSPlacement, the argument for GetPlacement0.
 SdaiPrimitiveH Call(const Row& row, const SdaiPrimitiveH& a = {}, const SdaiPrimitiveH& b = {},
                     const SdaiPrimitiveH& c = {}) {
     using Handle = const SdaiPrimitiveH&;
@@ -291,7 +291,7 @@ SdaiPrimitiveH Call(const Row& row, const SdaiPrimitiveH& a = {}, const SdaiPrim
     return {};
 }
 
-// A value as an exchange file would write it, an instance with the name of its schema and its type.
+// A value as in an exchange file; an instance with the name of its schema and its type.
 std::string Show(const SdaiPrimitiveH& handle) {
     if (!handle.exists()) return "$";
     if (SdaiEntityInstance* instance = handle) {
@@ -321,7 +321,7 @@ std::string Show(const SdaiPrimitiveH& handle) {
     return text;
 }
 
-// The kind of a value; Any for one that only Any allows.
+// The kind of a value; Any if only Any includes it.
 orx::Kind KindOf(const SdaiPrimitiveH& handle) {
     if (!handle.exists()) return Unset;
     if (InstanceIn(handle) != nullptr) return Instance;
@@ -412,8 +412,8 @@ constexpr char kDatabaseData[] = R"(
     #17=DATE_EFFECTIVITY(5,#3,5,(1,2));
 )";
 
-// Values of every kind, some of them what the functions look for, with two models to hold them.
-// The revisions that the database model records are known to document management meanwhile.
+// Values of every kind, including some that the functions search for, and two models that contain
+// them. While this exists, document management knows the revisions in the database model.
 class World {
   public:
     World() : step_("AUTOMOTIVE_DESIGN", kStepData), database_("cdma", kDatabaseData) {
@@ -442,7 +442,7 @@ class World {
 
     const std::vector<std::pair<std::string, SdaiPrimitiveH>>& Values() const { return values_; }
 
-    // All that can be changed.
+    // Everything that a call could change.
     std::string Content() const {
         std::string content = exchange::ToExchangeText(step_.DataSet()) +
                               exchange::ToExchangeText(database_.DataSet());
@@ -511,12 +511,12 @@ class World {
         Add("a select of nothing", SdaiSelectH());
     }
 
-    TestModel step_;
-    TestModel database_;
+    ParsedModel step_;
+    ParsedModel database_;
     std::vector<std::pair<std::string, SdaiPrimitiveH>> values_;
 };
 
-// Calls a function with every value in every argument and gives what each call gave.
+// Calls a function with every value in every argument and returns the results.
 std::vector<std::string> CallWithEveryValue(const Row& row, const World& world) {
     using Values = std::vector<std::pair<std::string, SdaiPrimitiveH>>;
     const Values none = {{"", {}}};
@@ -545,7 +545,7 @@ std::vector<std::string> CallWithEveryValue(const Row& row, const World& world) 
     return results;
 }
 
-// Functions that create instances or fill a list that they were given.
+// Functions that create instances or fill a list passed to them.
 bool WritesData(const std::string_view name) {
     return name == "GetStartDate" || name == "GetEndDate" || name == "BuildDatedEff" ||
            name.starts_with("GetPlacement");
@@ -625,10 +625,10 @@ TEST(Module, HasANameWithAVersion) {
     EXPECT_EQ(dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD), Module());
 }
 
-// ---- Each function, called by its name
+// ---- Each function, by name
 
 TEST_P(EveryFunction, GivesItsDefaultWhenItsArgumentsAreMissing) {
-    // The list of GetPlacement0 is there, to show that it stays as it is.
+    // GetPlacement0 gets a list, to verify that it does not change.
     const auto call = [] {
         return Call(GetParam(), {}, {}, SdaiPrimitiveH::TakeOver(new SdaiAggrInstance));
     };
@@ -662,8 +662,8 @@ TEST_P(EveryFunction, OpensAndClosesItsScope) {
 }
 
 TEST_P(EveryFunction, TakesEveryKindOfValue) {
-    // Twice, with the trace off and on, in worlds of their own: instances that a function creates
-    // are numbered alike, and what IsVersion remembers is forgotten.
+    // Twice, with the trace off and on, in separate worlds: so the functions number new instances
+    // alike, and the state of IsVersion is cleared.
     std::vector<std::string> untraced;
     {
         const World world;

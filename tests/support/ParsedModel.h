@@ -1,11 +1,11 @@
 // Models for tests on the stand-alone platform, written as the data section of an exchange file and
 // read from it.
 //
-//     const TestModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
+//     const ParsedModel model("AUTOMOTIVE_DESIGN", "#1=PRODUCT('p','Part',$,());");
 //     EXPECT_TRUE(IsTrue(IsFree(model[1], "DESCRIPTION"_h)));
 
-#ifndef TESTS_STANDALONE_TESTMODEL_H
-#define TESTS_STANDALONE_TESTMODEL_H
+#ifndef TESTS_PARSEDMODEL_H
+#define TESTS_PARSEDMODEL_H
 
 #include <gtest/gtest.h>
 
@@ -17,10 +17,10 @@
 #include "SdaiPrimitiveH.h"
 #include "TestValues.h"
 
-class TestModel {
+class ParsedModel {
   public:
     // A model of a built-in schema, or of one declared as EXPRESS ("SCHEMA ... END_SCHEMA;").
-    explicit TestModel(const std::string& schema, const std::string& data = "") {
+    explicit ParsedModel(const std::string& schema, const std::string& data = "") {
         exchange::SchemaCatalog schemas;
         exchange::Messages messages;
         std::string name = schema;

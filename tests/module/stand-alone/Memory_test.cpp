@@ -1,5 +1,5 @@
-// The result of a call in which an allocation fails: the same as with enough memory, or it is noted
-// that memory ran out.
+// A call in which an allocation fails either returns the same result as with enough memory, or
+// notes that memory ran out.
 
 #include "KORMemory.h"
 
@@ -19,10 +19,10 @@ namespace {
 
 using Extent = FailingAllocations::Extent;
 
-// More than any typical call allocates, the lists of extents included.
+// More allocations than any typical call makes, including the lists of extents.
 constexpr long kMost = 2'000;
 
-// What one call gives on data of its own, and what became of the allocation that failed in it.
+// The result of one call on new data, and whether the failing allocation was reached and noted.
 struct Outcome {
     std::string result;
     bool failed = false;
@@ -45,7 +45,7 @@ Outcome CallWithFailure(const orx::Export& function, long succeeding, Extent ext
         }
         outcome.noted = KORMemory::TakeExhausted();
         outcome.result = host::ToText(result, host::Session());
-        // What a procedure fills.
+        // The list that a procedure fills.
         outcome.result += host::ToText(arguments[2], host::Session());
     });
     RemoveValueVersion();
@@ -54,7 +54,7 @@ Outcome CallWithFailure(const orx::Export& function, long succeeding, Extent ext
 
 class AnyFunction : public testing::TestWithParam<std::string_view> {};
 
-// All but the one whose result is never the same.
+// All functions except the one whose result differs on each call.
 std::vector<std::string_view> Names() {
     std::vector<std::string_view> names;
     for (const orx::Export& function : orx::kExports) {

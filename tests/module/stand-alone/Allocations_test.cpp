@@ -1,5 +1,5 @@
 // The allocations of a call on typical data with tracing off: none for a function that tests,
-// counts or reads, at most the text itself for one that returns a text.
+// counts or reads, at most the result itself for one that returns a text.
 
 #include "Allocations.h"
 
@@ -11,23 +11,23 @@
 #include <vector>
 
 #include "ORXExUtilities.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 #include "TypicalCalls.h"
 
 namespace {
 
-// The most characters that a text holds without a buffer of its own.
+// The maximum length of a text without a separate buffer.
 constexpr std::size_t kInPlace = 15;
 
-// What a function may allocate for what it gives.
+// The maximum number of allocations for a result.
 long MostAllocations(const orx::Export& function, const SdaiPrimitiveH& result) {
     if (static_cast<const SdaiString&>(result).length() > kInPlace) return 1;
-    // A list, with the room for a placement.
+    // A list, with room for a placement.
     if (function.result == orx::Aggregate) return 1;
     return 0;
 }
 
-// All functions but those that create instances, for which their model takes memory.
+// All functions except those that create instances, for which their model allocates memory.
 std::vector<std::string_view> Names() {
     std::vector<std::string_view> names;
     for (const orx::Export& function : orx::kExports) {
@@ -53,7 +53,7 @@ TEST_P(TypicalCall, AllocatesNoMoreThanItsResult) {
     const TypicalArguments arguments = ArgumentsOf(function, data);
     RemoveValueVersion();
     WithCall(function, address, arguments, [&](auto call) {
-        // Extents are listed on the first call, and IsVersion remembers what it sees.
+        // Extents are created by the first call, and IsVersion stores what it sees.
         call();
         const AllocationCounter allocations;
         const SdaiPrimitiveH result = call();
