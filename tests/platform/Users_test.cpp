@@ -5,13 +5,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <initializer_list>
+#include <numeric>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "Allocations.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 
 using namespace sdai_names;
 using testing::ElementsAre;
@@ -21,7 +23,7 @@ namespace {
 
 using Instances = std::vector<SdaiEntityInstance*>;
 
-// A part may stand for itself, as the value of a select, or not at all.
+// A note's owner may be a part, a part as the value of a defined type, or not a part.
 const char* const kStore = R"(SCHEMA store;
 TYPE label = STRING; END_TYPE;
 TYPE spare = part; END_TYPE;
@@ -73,7 +75,7 @@ Instances Users(const SdaiModel& model, const SdaiName& type, const SdaiName& at
     return All(users);
 }
 
-// The same found by a walk over the extent.
+// The same, found by searching the extent.
 Instances Walked(const SdaiModel& model, const SdaiName& type, const SdaiName& attribute,
                  const SdaiEntityInstance* target) {
     Instances found;
@@ -91,18 +93,18 @@ SdaiAppInstance* Create(kor::Model& model, const char* type) {
     return model.GetEntityDefinition(SdaiString(type))->CreateEntityInstance(&model);
 }
 
-SdaiAppInstance& App(const TestModel& model, unsigned long id) {
+SdaiAppInstance& App(const ParsedModel& model, unsigned long id) {
     return static_cast<SdaiAppInstance&>(*InstanceIn(model[id]));
 }
 
 }  // namespace
 
-// ---- What is found
+// ---- Results
 
 TEST(Users, ComeInTheOrderOfTheExtentWhateverTheirNumbers) {
-    const TestModel model(kStore,
-                          "#9=PLACE(#5);#3=PLACE(#5);#5=PART('p');#7=PLACE(#6);"
-                          "#6=PART('q');#1=PLACE(#5);");
+    const ParsedModel model(kStore,
+                            "#9=PLACE(#5);#3=PLACE(#5);#5=PART('p');#7=PLACE(#6);"
+                            "#6=PART('q');#1=PLACE(#5);");
     EXPECT_THAT(Users(model.Model(), "place"_name, "owner"_name, {InstanceIn(model[5])}),
                 ElementsAre(InstanceIn(model[9]), InstanceIn(model[3]), InstanceIn(model[1])));
     EXPECT_THAT(Users(model.Model(), "PLACE"_name, "OWNER"_name, {InstanceIn(model[6])}),
@@ -110,9 +112,10 @@ TEST(Users, ComeInTheOrderOfTheExtentWhateverTheirNumbers) {
 }
 
 TEST(Users, AreOfTheTypeItsSubtypesAndComplexTypes) {
-    const TestModel model(kStore,
-                          "#1=PART('p');#2=SHELF(#1,());#3=NOTE(#1);"
-                          "#4=(LABEL_HOLDER('red')PLACE(#1)SHELF(()));#5=PLACE(#1);#6=CRATE(#1);");
+    const ParsedModel model(
+        kStore,
+        "#1=PART('p');#2=SHELF(#1,());#3=NOTE(#1);"
+        "#4=(LABEL_HOLDER('red')PLACE(#1)SHELF(()));#5=PLACE(#1);#6=CRATE(#1);");
     const SdaiEntityInstance* part = InstanceIn(model[1]);
     EXPECT_THAT(Users(model.Model(), "place"_name, "owner"_name, {part}),
                 ElementsAre(InstanceIn(model[2]), InstanceIn(model[4]), InstanceIn(model[5]),
@@ -126,21 +129,21 @@ TEST(Users, AreOfTheTypeItsSubtypesAndComplexTypes) {
 }
 
 TEST(Users, ReferDirectlyOrThroughASelect) {
-    const TestModel model(kStore,
-                          "#1=PART('p');#2=NOTE(#1);#3=NOTE(SPARE(#1));#4=NOTE(LABEL('p'));"
-                          "#5=NOTE($);");
+    const ParsedModel model(kStore,
+                            "#1=PART('p');#2=NOTE(#1);#3=NOTE(SPARE(#1));#4=NOTE(LABEL('p'));"
+                            "#5=NOTE($);");
     EXPECT_THAT(Users(model.Model(), "note"_name, "owner"_name, {InstanceIn(model[1])}),
                 ElementsAre(InstanceIn(model[2]), InstanceIn(model[3])));
 }
 
 TEST(Users, AreNotThoseWhoseAttributeIsDerivedOrUnset) {
-    const TestModel model(kStore, "#1=PART('p');#2=BOX(*);#3=PLACE($);");
+    const ParsedModel model(kStore, "#1=PART('p');#2=BOX(*);#3=PLACE($);");
     EXPECT_THAT(Users(model.Model(), "place"_name, "owner"_name, {InstanceIn(model[1])}),
                 IsEmpty());
 }
 
 TEST(Users, AreNoneOfNothing) {
-    const TestModel model(kStore, "#1=PART('p');#2=PLACE(#1);");
+    const ParsedModel model(kStore, "#1=PART('p');#2=PLACE(#1);");
     const SdaiEntityInstance* part = InstanceIn(model[1]);
     EXPECT_THAT(Users(model.Model(), "place"_name, "owner"_name, {}), IsEmpty());
     EXPECT_THAT(Users(model.Model(), "place"_name, "owner"_name, {nullptr}), IsEmpty());
@@ -154,19 +157,19 @@ TEST(Users, AreNoneOfNothing) {
 }
 
 TEST(Users, OfSeveralInstancesComeInOneOrderEachOnce) {
-    const TestModel model(kStore,
-                          "#1=PART('p');#2=PART('q');#3=PART('r');#4=PLACE(#2);"
-                          "#5=PLACE(#1);#6=PLACE(#3);#7=PLACE(#2);");
+    const ParsedModel model(kStore,
+                            "#1=PART('p');#2=PART('q');#3=PART('r');#4=PLACE(#2);"
+                            "#5=PLACE(#1);#6=PLACE(#3);#7=PLACE(#2);");
     EXPECT_THAT(Users(model.Model(), "place"_name, "owner"_name,
                       {InstanceIn(model[1]), nullptr, InstanceIn(model[2]), InstanceIn(model[1])}),
                 ElementsAre(InstanceIn(model[4]), InstanceIn(model[5]), InstanceIn(model[7])));
 }
 
 TEST(Users, AreFoundOverTwoAttributes) {
-    const TestModel model(kStore,
-                          "#1=PART('p');#2=PART('q');#10=VISIT(#7);#11=VISIT(#6);"
-                          "#6=PLACE(#1);#7=SHELF(#1,());#8=PLACE(#2);#12=VISIT(#8);"
-                          "#13=VISIT(#7);#14=VISIT($);");
+    const ParsedModel model(kStore,
+                            "#1=PART('p');#2=PART('q');#10=VISIT(#7);#11=VISIT(#6);"
+                            "#6=PLACE(#1);#7=SHELF(#1,());#8=PLACE(#2);#12=VISIT(#8);"
+                            "#13=VISIT(#7);#14=VISIT($);");
     const SdaiEntityInstance* p = InstanceIn(model[1]);
     const SdaiEntityInstance* q = InstanceIn(model[2]);
     EXPECT_THAT(Users(model.Model(), "visit"_name, "of"_name, "owner"_name, {p}),
@@ -177,7 +180,7 @@ TEST(Users, AreFoundOverTwoAttributes) {
 }
 
 TEST(Users, ManyMoreThanAFewAreFound) {
-    const TestModel model(kStore);
+    const ParsedModel model(kStore);
     const SdaiEntityInstance* a = Create(model.Model(), "part");
     const SdaiEntityInstance* b = Create(model.Model(), "part");
     Instances places;
@@ -196,7 +199,7 @@ TEST(Users, ManyMoreThanAFewAreFound) {
 }
 
 TEST(Users, AreFoundForProgramsThatKnowNamesAsTexts) {
-    const TestModel model(kStore, "#1=PART('p');#2=PLACE(#1);#3=NOTE(SPARE(#1));");
+    const ParsedModel model(kStore, "#1=PART('p');#2=PLACE(#1);#3=NOTE(SPARE(#1));");
     EXPECT_THAT(model.Model().UsersOf(*InstanceIn(model[1]), "place"_name, "owner"_name),
                 ElementsAre(InstanceIn(model[2])));
     EXPECT_THAT(model.Model().UsersOf(*InstanceIn(model[1]), "note"_name, "owner"_name),
@@ -206,10 +209,10 @@ TEST(Users, AreFoundForProgramsThatKnowNamesAsTexts) {
                 ElementsAre(InstanceIn(model[3])));
 }
 
-// ---- What is written meanwhile
+// ---- Writing in between
 
 TEST(Users, FollowWhatIsWritten) {
-    const TestModel model(kStore, "#1=PART('p');#2=PART('q');#3=PLACE(#1);#4=NOTE(#1);");
+    const ParsedModel model(kStore, "#1=PART('p');#2=PART('q');#3=PLACE(#1);#4=NOTE(#1);");
     SdaiEntityInstance* p = InstanceIn(model[1]);
     SdaiEntityInstance* q = InstanceIn(model[2]);
     const auto ofP = [&] { return Users(model.Model(), "place"_name, "owner"_name, {p}); };
@@ -230,7 +233,7 @@ TEST(Users, FollowWhatIsWritten) {
 }
 
 TEST(Users, ComprehendInstancesCreatedLaterAlsoOfNewTypes) {
-    const TestModel model(kStore, "#1=PART('p');");
+    const ParsedModel model(kStore, "#1=PART('p');");
     SdaiEntityInstance* part = InstanceIn(model[1]);
     const auto users = [&] { return Users(model.Model(), "place"_name, "owner"_name, {part}); };
     EXPECT_THAT(users(), IsEmpty());
@@ -243,9 +246,9 @@ TEST(Users, ComprehendInstancesCreatedLaterAlsoOfNewTypes) {
 }
 
 TEST(Users, StayInOrderAndStandOnceWhenTheyLeaveAndComeBack) {
-    const TestModel model(kStore,
-                          "#1=PART('p');#2=PART('q');#3=PLACE(#1);#4=PLACE(#1);#5=PLACE(#1);"
-                          "#6=PLACE(#1);#7=PLACE(#1);");
+    const ParsedModel model(kStore,
+                            "#1=PART('p');#2=PART('q');#3=PLACE(#1);#4=PLACE(#1);#5=PLACE(#1);"
+                            "#6=PLACE(#1);#7=PLACE(#1);");
     SdaiEntityInstance* p = InstanceIn(model[1]);
     SdaiEntityInstance* q = InstanceIn(model[2]);
     const auto ofP = [&] { return Users(model.Model(), "place"_name, "owner"_name, {p}); };
@@ -261,8 +264,43 @@ TEST(Users, StayInOrderAndStandOnceWhenTheyLeaveAndComeBack) {
     EXPECT_THAT(ofP(), IsEmpty());
 }
 
+// Long lists are kept in two runs, which join now and then.
+TEST(Users, ComeInOrderWhateverTheOrderInWhichTheyAreWritten) {
+    constexpr std::size_t kCount = 600;
+    std::mt19937_64 random(1);
+    const ParsedModel model(kStore, "#1=PART('p');#2=PART('q');");
+    SdaiEntityInstance* p = InstanceIn(model[1]);
+    SdaiEntityInstance* q = InstanceIn(model[2]);
+    std::vector<SdaiAppInstance*> places(kCount);
+    for (SdaiAppInstance*& place : places) place = Create(model.Model(), "place");
+    std::vector<std::size_t> backwards(kCount);
+    std::iota(backwards.rbegin(), backwards.rend(), 0);
+    std::vector<std::size_t> shuffled = backwards;
+    std::shuffle(shuffled.begin(), shuffled.end(), random);
+    const auto ofP = [&] { return Users(model.Model(), "place"_name, "owner"_name, {p}); };
+    for (const auto& order : {backwards, shuffled}) {
+        std::vector<bool> refers(kCount, false);
+        const auto set = [&](std::size_t place, bool refersToP) {
+            places[place]->PutAttr("owner", refersToP ? p : q);
+            refers[place] = refersToP;
+            Instances expected;
+            for (std::size_t i = 0; i < kCount; ++i) {
+                if (refers[i]) expected.push_back(places[i]);
+            }
+            ASSERT_EQ(ofP(), expected);
+        };
+        for (const std::size_t place : order) set(place, true);
+        // Some leave, some of them return, while others are asked for.
+        for (std::size_t i = 0; i < kCount; ++i) {
+            const std::size_t place = order[random() % kCount];
+            set(place, random() % 2 == 0);
+        }
+        for (const std::size_t place : order) set(place, false);
+    }
+}
+
 TEST(Users, AreRightOnceReferencesHaveFoundTheirInstances) {
-    const TestModel model(kStore, "#1=PART('p');");
+    const ParsedModel model(kStore, "#1=PART('p');");
     kor::Model& data = model.Model();
     const auto users = [&](unsigned long id) {
         return Users(data, "place"_name, "owner"_name, {InstanceIn(model[id])});
@@ -277,7 +315,7 @@ TEST(Users, AreRightOnceReferencesHaveFoundTheirInstances) {
     SdaiEntityInstance* dangling = create(11, place, data.Reference(99));
     SdaiEntityInstance* known = create(12, place, data.Reference(1));
     create(20, part, {});
-    // Meanwhile others may be visited, too.
+    // Until references are settled, others may be visited, too.
     EXPECT_THAT(users(20), testing::Contains(early));
     EXPECT_THAT(data.SettleReferences(), ElementsAre(99));
     EXPECT_THAT(users(20), ElementsAre(early));
@@ -287,8 +325,8 @@ TEST(Users, AreRightOnceReferencesHaveFoundTheirInstances) {
 }
 
 TEST(Users, OfInstancesOfOtherModelsAreFound) {
-    const TestModel here(kStore, "#1=PLACE($);#2=VISIT(#1);#3=VISIT($);");
-    const TestModel there(kStore, "#1=PART('p');#2=PLACE(#1);");
+    const ParsedModel here(kStore, "#1=PLACE($);#2=VISIT(#1);#3=VISIT($);");
+    const ParsedModel there(kStore, "#1=PART('p');#2=PLACE(#1);");
     const SdaiEntityInstance* part = InstanceIn(there[1]);
     const auto visits = [&] {
         return Users(here.Model(), "visit"_name, "of"_name, "owner"_name, {part});
@@ -299,9 +337,24 @@ TEST(Users, OfInstancesOfOtherModelsAreFound) {
                 ElementsAre(InstanceIn(here[1])));
     EXPECT_THAT(Users(there.Model(), "place"_name, "owner"_name, {part}),
                 ElementsAre(InstanceIn(there[2])));
-    // The way leads over the other model.
+    // The second step starts from an instance of the other model.
     App(here, 3).PutAttr("of", there[2]);
     EXPECT_THAT(visits(), testing::IsSupersetOf({InstanceIn(here[2]), InstanceIn(here[3])}));
+}
+
+// A reference to another model matters where the first of two steps may follow it.
+TEST(Users, OverTwoAttributesAreNoOthersWhileTheFirstStaysWithinTheModel) {
+    const ParsedModel here(kStore,
+                           "#1=PART('p');#2=PLACE(#1);#3=PLACE($);#4=VISIT(#2);#5=VISIT(#3);"
+                           "#6=VISIT($);#7=CRATE($);");
+    const ParsedModel there(kStore, "#1=PART('p');");
+    App(here, 3).PutAttr("owner", there[1]);
+    App(here, 7).PutAttr("keeper", there[1]);
+    const auto visits = [&](const ParsedModel& model) {
+        return Users(here.Model(), "visit"_name, "of"_name, "owner"_name, {InstanceIn(model[1])});
+    };
+    EXPECT_THAT(visits(here), ElementsAre(InstanceIn(here[4])));
+    EXPECT_THAT(visits(there), ElementsAre(InstanceIn(here[5])));
 }
 
 TEST(Users, EqualThoseOfAWalkAfterAnyWrites) {
@@ -309,7 +362,7 @@ TEST(Users, EqualThoseOfAWalkAfterAnyWrites) {
         SCOPED_TRACE(seed);
         std::mt19937_64 random(seed);
         const auto below = [&random](std::size_t count) { return random() % count; };
-        const TestModel model(kStore);
+        const ParsedModel model(kStore);
         static const char* const kTypes[] = {"part", "note", "place", "shelf", "crate", "visit"};
         std::vector<SdaiAppInstance*> instances;
         Instances parts;
@@ -340,7 +393,7 @@ TEST(Users, EqualThoseOfAWalkAfterAnyWrites) {
 TEST(Users, AreAmongThoseVisitedWhereverMemoryLacks) {
     for (long succeeding = 0; succeeding < 40; ++succeeding) {
         SCOPED_TRACE(succeeding);
-        const TestModel model(kStore, "#1=PART('p');#2=PART('q');#3=PLACE(#1);#4=PLACE(#2);");
+        const ParsedModel model(kStore, "#1=PART('p');#2=PART('q');#3=PLACE(#1);#4=PLACE(#2);");
         SdaiEntityInstance* p = InstanceIn(model[1]);
         const SdaiEntityInstance* const targets[] = {p, InstanceIn(model[2])};
         model.Model().GetEntityExtent("place"_name);
@@ -393,7 +446,7 @@ struct Shelf {
         return found;
     }
 
-    TestModel model;
+    ParsedModel model;
     Instances parts;
     std::vector<SdaiAppInstance*> notes;
     SdaiAppInstance* shelf;
@@ -429,7 +482,7 @@ TEST(UsersAmongMembers, StandAsOftenAsTheyAreMembers) {
     shelf.notes[3]->PutAttr("owner", shelf.parts[4]);
     EXPECT_EQ(shelf.UsersOf(shelf.parts[3]).size(), 9U);
     EXPECT_EQ(shelf.UsersOf(shelf.parts[4]).size(), 13U);
-    // One that refers to the part without being a member.
+    // A user that is not a member.
     Create(shelf.model.Model(), "note")->PutAttr("owner", shelf.parts[3]);
     EXPECT_EQ(shelf.UsersOf(shelf.parts[3]).size(), 9U);
     shelf.Links()->RemoveAll();
@@ -443,7 +496,7 @@ TEST(UsersAmongMembers, OfSeveralModelsAreFound) {
     other.notes[0]->PutAttr("owner", shelf.parts[0]);
     shelf.Links()->Append(other.notes[0]);
     EXPECT_EQ(shelf.UsersOf(shelf.parts[0]).size(), 11U);
-    // The same where the aggregate is a copy.
+    // The same if the aggregate is a copy.
     shelf.shelf->PutAttr("links", shelf.Links());
     EXPECT_EQ(shelf.UsersOf(shelf.parts[0]).size(), 11U);
 }
@@ -458,7 +511,7 @@ TEST(LongAggregate, KnowsItsMembersAsItIsChanged) {
     links->Append(late);
     EXPECT_TRUE(links->IsMember(late));
     EXPECT_TRUE(links->IsMember(SdaiPrimitiveH(late)));
-    // A value of another kind makes the members stand otherwise.
+    // A value of another kind changes how the members are stored.
     links->Append("text"_h);
     EXPECT_TRUE(links->IsMember(late));
     EXPECT_TRUE(links->IsMember("text"_h));

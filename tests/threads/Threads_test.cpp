@@ -1,11 +1,13 @@
-// Functions that neither create instances nor keep versions, called from several threads over
-// models that no thread writes. Run it under ThreadSanitizer, too.
+// Functions that neither create instances nor keep versions, called from several threads on models
+// that no thread writes. Run this under ThreadSanitizer, too.
 
 #include <gtest/gtest.h>
 
 #include <thread>
 
 #include "KORPSNTrace.h"
+#include "ParsedModel.h"
+#include "SdaiUsers.h"
 #include "SeededChoices.h"
 #include "console/Display.h"
 
@@ -14,7 +16,7 @@ namespace {
 constexpr std::size_t kThreads = 4;
 constexpr std::size_t kCalls = 4'000;
 
-// A world, and the calls of each thread; the same for the same seed.
+// A world, and the calls of each thread, determined by the seed.
 struct Work {
     explicit Work(std::uint64_t seed) : choices(seed), world(choices, 60) {
         for (std::vector<RandomCall>& mine : calls) {
@@ -26,7 +28,7 @@ struct Work {
         }
     }
 
-    // Makes the calls of one thread and gives what they gave.
+    // Makes the calls of one thread and returns the results.
     std::vector<std::string> Do(const calls::Module& module, std::size_t thread) const {
         std::vector<std::string> results;
         for (const RandomCall& call : calls[thread]) {
@@ -45,8 +47,8 @@ struct Work {
 
 void ExpectTheSameFromThreads(std::uint64_t seed) {
     const calls::Module module("");
-    // What one thread gets, from models of its own: whatever is made when it is first asked for has
-    // not been made yet where the threads come.
+    // The results of a single thread, from separate models: anything created on first use does not
+    // exist yet when the threads run.
     std::vector<std::vector<std::string>> expected(kThreads);
     {
         const Work work(seed);
@@ -77,7 +79,7 @@ TEST(Threads, MayTrace) {
     KORPSNTrace::Configure(0, nullptr);
 }
 
-// The first to ask for an extent makes it, whoever it is.
+// The first thread that requests an extent creates it.
 TEST(Threads, MayAskForAnExtentAtTheSameTime) {
     for (std::uint64_t seed = 1; seed <= 50; ++seed) {
         SeededChoices choices(seed);
@@ -93,6 +95,38 @@ TEST(Threads, MayAskForAnExtentAtTheSameTime) {
         }
         for (std::thread& thread : threads) thread.join();
         for (const SdaiAggrInstance* extent : extents) EXPECT_EQ(extent, extents.front());
+    }
+}
+
+// The first thread that asks for users puts those written out of order in their places.
+TEST(Threads, MayAskForUsersAtTheSameTime) {
+    using namespace sdai_names;
+    const ParsedModel model(
+        "SCHEMA store; ENTITY part; END_ENTITY;"
+        "ENTITY place; owner : OPTIONAL part; END_ENTITY; END_SCHEMA;",
+        "#1=PART();");
+    const SdaiEntityInstance* part = InstanceIn(model[1]);
+    const SdaiEntity* type = model.Model().GetEntityDefinition("place"_name);
+    std::vector<SdaiAppInstance*> places(200);
+    for (SdaiAppInstance*& place : places) place = type->CreateEntityInstance(&model.Model());
+    const auto users = [&] {
+        SdaiIterator_Of_Users found(&model.Model(), "place"_name, "owner"_name, {&part, 1});
+        std::vector<SdaiEntityInstance*> all;
+        while (found.Next()) all.push_back(found.GetCurrentMember());
+        return all;
+    };
+    EXPECT_TRUE(users().empty());
+    for (std::size_t first = 0; first < places.size(); first += 20) {
+        for (std::size_t i = 20; i > 0; --i) places[first + i - 1]->PutAttr("owner", model[1]);
+        std::vector<std::vector<SdaiEntityInstance*>> seen(kThreads);
+        std::vector<std::thread> threads;
+        for (std::size_t i = 0; i < kThreads; ++i) {
+            threads.emplace_back([&, i] { seen[i] = users(); });
+        }
+        for (std::thread& thread : threads) thread.join();
+        const std::vector<SdaiEntityInstance*> expected(
+            places.begin(), places.begin() + static_cast<std::ptrdiff_t>(first) + 20);
+        for (const auto& found : seen) EXPECT_EQ(found, expected);
     }
 }
 

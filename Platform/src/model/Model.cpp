@@ -4,6 +4,9 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstring>
+#include <new>
+#include <string>
 
 #include "SdaiUsers.h"
 
@@ -140,13 +143,13 @@ void Instance::Write(Index slot, const SdaiPrimitiveH& value) {
     Cell& place = Cells()[*slot];
     const SdaiEntityInstance* before = Relation::TargetOf(place);
     const SdaiEntityInstance* target = Relation::TargetOf(cell.Get());
+    if (target != nullptr) model.NoteTarget(*Type().entity, *slot, *target);
     if (place.GetTag() == Tag::Aggregate) {
         model.Retire(place);
     } else {
         ReleaseCell(place);
     }
     place = cell.Take();
-    if (target != nullptr) model.NoteTarget(*target);
     for (const RelatedSlot& related : Type().relations) {
         if (related.slot == slot) related.relation->Change(before, target, *this);
     }
@@ -486,8 +489,8 @@ void Model::SettleRelations() {
     for (Relation* relation : madeRelations_) relation->Fill(*this);
 }
 
-void Model::NoteTarget(const SdaiEntityInstance& target) {
-    if (target.FindEntityInstanceModel() != this) refersOutside_ = true;
+void Model::NoteTarget(const EntityType& type, std::size_t slot, const SdaiEntityInstance& target) {
+    if (Instance::Of(target).Type().model != this) outside_.emplace(&type, slot);
 }
 
 std::vector<SdaiEntityInstance*> Model::UsersOf(const SdaiEntityInstance& target,

@@ -5,7 +5,10 @@
 #ifndef KOR_MODEL_H
 #define KOR_MODEL_H
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
@@ -14,6 +17,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "SdaiModel.h"
@@ -176,7 +180,6 @@ class KOR_API Model final : public SdaiModel {
     SdaiEntityInstance* Find(std::uint64_t id) const { return ids_.Find(id); }
 
     std::uint64_t InstanceCount() const { return instances_.size(); }
-    std::uint64_t LargestId() const { return largestId_; }
 
     // Calls visit(instance) for every instance, in the order of creation.
     template <class Visit>
@@ -238,9 +241,16 @@ class KOR_API Model final : public SdaiModel {
     std::vector<SdaiEntityInstance*> UsersOf(const SdaiEntityInstance& target, const SdaiName& type,
                                              const SdaiName& attribute) const;
 
-    // Whether an instance of the model refers, or once referred, to an instance of another model.
-    bool RefersOutside() const { return refersOutside_; }
-    void NoteTarget(const SdaiEntityInstance& target);
+    // Whether an instance of the model refers, or once referred, to an instance of another model
+    // through the attribute.
+    template <class Name>
+    bool RefersOutside(const Name& attribute) const {
+        return std::any_of(outside_.begin(), outside_.end(), [&attribute](const auto& place) {
+            return place.first->SlotOf(attribute) == place.second;
+        });
+    }
+    // Call before an instance of the type refers to the target from that slot.
+    void NoteTarget(const EntityType& type, std::size_t slot, const SdaiEntityInstance& target);
 
     // From now on the model returns whole extents, as if memory had run out.
     void ForgoRelations() { forgoesRelations_ = true; }
@@ -289,7 +299,8 @@ class KOR_API Model final : public SdaiModel {
     mutable std::mutex relationMutex_;  // held while a relation is created
     const Relation noRelation_{{}};     // for a name that is not an attribute
     bool unsettled_ = false;            // references are pending
-    bool refersOutside_ = false;
+    // The slots from which instances have referred to instances of other models.
+    std::set<std::pair<const EntityType*, std::size_t>> outside_;
     bool forgoesRelations_ = false;
 
     std::deque<Instance*> instances_;  // in the order of creation

@@ -4,10 +4,19 @@
 
 #include <algorithm>
 #include <memory>
+#include <new>
+#include <optional>
 
 #include "model/Model.h"
 
 namespace kor {
+
+SdaiEntityInstance* SourceWalk::TakeOfBoth() {
+    if (next == end || IsCreatedBefore(*late, *next)) return *late++;
+    // One that left and returned is in both.
+    if (*late == *next) ++late;
+    return *next++;
+}
 
 SdaiEntityInstance* Relation::TargetOfTyped(const Cell& cell) { return ToHandle(cell, true); }
 
@@ -98,54 +107,66 @@ void Relation::Remove(const SdaiEntityInstance* target) {
         return;
     }
     List& list = *sources->AsList();
-    if (2 * ++list.left < list.members.size()) return;
+    if (2 * ++list.left < list.Size()) return;
     list.PutInOrder();
+    list.Join();
     std::erase_if(list.members,
                   [&](const SdaiEntityInstance* source) { return TargetOf(*source) != target; });
-    list.ordered = list.members.size();
     list.left = 0;
 }
 
-std::span<SdaiEntityInstance* const> Relation::SourcesOf(const SdaiEntityInstance* target) const {
+SourceWalk Relation::SourcesOf(const SdaiEntityInstance* target) const {
     const Sources* sources = targets_.Find(target);
     if (sources == nullptr || sources->one == nullptr) return {};
-    if (!sources->IsList()) return {&sources->one, 1};
+    if (!sources->IsList()) return {&sources->one, &sources->one + 1};
     List& list = *sources->AsList();
     if (!list.inOrder.load(std::memory_order_acquire)) {
         const std::lock_guard lock(orderMutex_);
         list.PutInOrder();
     }
-    return list.members;
+    return {list.members.data(), list.members.data() + list.members.size(), list.late.data(),
+            list.late.data() + list.late.size()};
 }
 
 void Relation::List::Add(SdaiEntityInstance* source) {
-    members.push_back(source);
-    const bool follows =
-        members.size() == 1 || IsCreatedBefore(members[members.size() - 2], source);
-    if (follows && ordered + 1 == members.size()) {
-        ++ordered;
-    } else {
+    if (members.empty() || IsCreatedBefore(members.back(), source)) {
+        members.push_back(source);
+    } else if (members.back() != source) {
+        late.push_back(source);
         inOrder.store(false, std::memory_order_relaxed);
     }
+    // Putting in order, which a reader does, needs no memory.
+    if (!late.empty() && members.capacity() < Size()) members.reserve(2 * Size());
 }
 
 void Relation::List::PutInOrder() {
-    if (ordered == members.size()) return;
-    // A few members are inserted; many are sorted with the others. Neither allocates.
+    if (inOrder.load(std::memory_order_relaxed)) return;
+    // A few are inserted; many are sorted with the others.
     constexpr std::size_t kFew = 8;
-    if (members.size() - ordered > kFew) {
-        std::sort(members.begin(), members.end(), IsCreatedBefore);
+    if (late.size() - ordered > kFew) {
+        std::sort(late.begin(), late.end(), IsCreatedBefore);
     } else {
-        for (; ordered < members.size(); ++ordered) {
-            const auto added = members.begin() + static_cast<std::ptrdiff_t>(ordered);
-            const auto place = std::upper_bound(members.begin(), added, *added, IsCreatedBefore);
+        for (; ordered < late.size(); ++ordered) {
+            const auto added = late.begin() + static_cast<std::ptrdiff_t>(ordered);
+            const auto place = std::upper_bound(late.begin(), added, *added, IsCreatedBefore);
             std::rotate(place, added, added + 1);
         }
     }
-    // A source that left and returned is in the list twice.
-    members.erase(std::unique(members.begin(), members.end()), members.end());
-    ordered = members.size();
+    late.erase(std::unique(late.begin(), late.end()), late.end());
+    ordered = late.size();
+    // With the square root of all, inserting one and its share of joining cost the least.
+    constexpr std::size_t kShare = 16;
+    if (late.size() * late.size() > kShare * members.size()) Join();
     inOrder.store(true, std::memory_order_release);
+}
+
+void Relation::List::Join() {
+    const auto middle = static_cast<std::ptrdiff_t>(members.size());
+    members.insert(members.end(), late.begin(), late.end());
+    std::inplace_merge(members.begin(), members.begin() + middle, members.end(), IsCreatedBefore);
+    members.erase(std::unique(members.begin(), members.end()), members.end());
+    late.clear();
+    ordered = 0;
 }
 
 }  // namespace kor

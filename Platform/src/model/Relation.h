@@ -12,6 +12,7 @@
 #include <mutex>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/Cell.h"
@@ -25,6 +26,26 @@ namespace kor {
 class Instance;
 class Model;
 struct ModelType;
+
+// Two runs of sources, each in the order of creation and without duplicates, visited as one.
+struct SourceWalk {
+    SdaiEntityInstance* const* next = nullptr;
+    SdaiEntityInstance* const* end = nullptr;
+    SdaiEntityInstance* const* late = nullptr;
+    SdaiEntityInstance* const* lateEnd = nullptr;
+
+    // At most that many follow.
+    std::size_t Size() const { return static_cast<std::size_t>((end - next) + (lateEnd - late)); }
+
+    // Takes the next source, each once; null at the end.
+    SdaiEntityInstance* Take() {
+        if (late == lateEnd) return next != end ? *next++ : nullptr;
+        return TakeOfBoth();
+    }
+
+  private:
+    SdaiEntityInstance* TakeOfBoth();
+};
 
 class Relation {
   public:
@@ -61,19 +82,23 @@ class Relation {
 
     // The instances that refer to `target`, in the order of creation, and possibly some that no
     // longer do; check TargetOf. Valid until the next write.
-    std::span<SdaiEntityInstance* const> SourcesOf(const SdaiEntityInstance* target) const;
+    SourceWalk SourcesOf(const SdaiEntityInstance* target) const;
 
   private:
-    // Several sources of one target. The first `ordered` are in the order of creation, without
-    // duplicates; the rest are sorted on demand.
+    // Several sources of one target, in the order of creation. Those that come to refer to it after
+    // one created later are kept apart, so that each takes its place without moving all others;
+    // once they are many, they join them.
     struct List {
-        std::vector<SdaiEntityInstance*> members;
+        std::vector<SdaiEntityInstance*> members;  // in order
+        std::vector<SdaiEntityInstance*> late;     // the first `ordered` in order
         std::size_t ordered = 0;
-        std::size_t left = 0;  // members that now refer to another instance
+        std::size_t left = 0;  // sources that now refer to another instance
         std::atomic<bool> inOrder{true};
 
+        std::size_t Size() const { return members.size() + late.size(); }
         void Add(SdaiEntityInstance* source);
         void PutInOrder();
+        void Join();
     };
 
     // The sources of a target: none, one, or a list, marked by the lowest bit.

@@ -4,6 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <new>
+#include <span>
+#include <vector>
 
 #include "model/MemberIndex.h"
 #include "model/Model.h"
@@ -12,6 +16,7 @@ using kor::Instance;
 using kor::IsCreatedBefore;
 using kor::Model;
 using kor::Relation;
+using kor::SourceWalk;
 
 namespace {
 
@@ -50,7 +55,8 @@ template <class IsWanted>
 void AddSources(const Relation& relation, const SdaiEntityInstance* target, IsWanted isWanted,
                 Found& found) {
     if (target == nullptr) return;
-    for (SdaiEntityInstance* source : relation.SourcesOf(target)) {
+    SourceWalk sources = relation.SourcesOf(target);
+    while (SdaiEntityInstance* source = sources.Take()) {
         if (relation.TargetOf(*source) == target && isWanted(*source)) found.Add(source);
     }
 }
@@ -86,20 +92,23 @@ bool SdaiIterator_Of_Users::Find(const SdaiModel& model, const SdaiName& type,
                                  const SdaiName& attribute, const SdaiName* next,
                                  std::span<const SdaiEntityInstance* const> targets) {
     const Relation* relation = Model::Of(model).FindRelation(attribute);
+    if (relation == nullptr) return false;
     const Relation* nextRelation = relation;
     if (next != nullptr) {
         // An instance in between may belong to another model, whose references are unknown here.
-        if (Model::Of(model).RefersOutside()) return false;
+        if (Model::Of(model).RefersOutside(attribute)) return false;
         nextRelation = Model::Of(model).FindRelation(*next);
+        if (nextRelation == nullptr) return false;
     }
-    if (relation == nullptr || nextRelation == nullptr) return false;
     const auto isOfType = [&type](const SdaiEntityInstance& user) { return IsOfKind(user, type); };
     if (next == nullptr && targets.size() == 1) {
         // The sources are already in order, and there may be many.
         if (targets.front() == nullptr) return true;
-        const std::span<SdaiEntityInstance* const> sources = relation->SourcesOf(targets.front());
-        next_ = sources.data();
-        end_ = next_ + sources.size();
+        const SourceWalk sources = relation->SourcesOf(targets.front());
+        next_ = sources.next;
+        end_ = sources.end;
+        late_ = sources.late;
+        lateEnd_ = sources.lateEnd;
         relation_ = relation;
         type_ = &type;
         target_ = targets.front();
@@ -150,11 +159,11 @@ bool SdaiIterator_Of_Users::FindMembers(const SdaiAggrInstance& aggregate,
     }
     const Relation* relation = Instance::Of(*first).Type().model->FindRelation(attribute);
     if (relation == nullptr) return false;
-    const std::span<SdaiEntityInstance* const> sources = relation->SourcesOf(&target);
-    if (sources.size() > kor::AggregateAccess::Count(aggregate)) return false;
+    SourceWalk sources = relation->SourcesOf(&target);
+    if (sources.Size() > kor::AggregateAccess::Count(aggregate)) return false;
     try {
         Found found(few_, many_);
-        for (SdaiEntityInstance* source : sources) {
+        while (SdaiEntityInstance* source = sources.Take()) {
             if (relation->TargetOf(*source) != &target) continue;
             for (std::uint32_t i = index->CountOf(source); i > 0; --i) found.Add(source);
         }
@@ -173,15 +182,16 @@ SdaiBoolean SdaiIterator_Of_Users::Next() {
         current_ = walked_->GetInstanceMember(++position_);
         return sdaiTRUE;
     }
-    while (next_ != end_) {
-        SdaiEntityInstance* instance = *next_++;
-        if (relation_ != nullptr &&
-            (static_cast<const Relation*>(relation_)->TargetOf(*instance) != target_ ||
-             !IsOfKind(*instance, *type_))) {
-            continue;
-        }
-        current_ = instance;
-        return sdaiTRUE;
-    }
-    return sdaiFALSE;
+    const auto isUser = [this](const SdaiEntityInstance& source) {
+        return relation_ == nullptr ||
+               (static_cast<const Relation*>(relation_)->TargetOf(source) == target_ &&
+                IsOfKind(source, *type_));
+    };
+    SourceWalk sources{next_, end_, late_, lateEnd_};
+    do {
+        current_ = sources.Take();
+    } while (current_ != nullptr && !isUser(*current_));
+    next_ = sources.next;
+    late_ = sources.late;
+    return SdaiBoolean(current_ != nullptr);
 }
