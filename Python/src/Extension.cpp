@@ -5,9 +5,16 @@
 #include <pybind11/stl.h>
 
 #include <algorithm>
-#include <filesystem>
+#include <cstdint>
+#include <limits>
+#include <memory>
 #include <optional>
+#include <span>
+#include <string>
+#include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "Calls.h"
 #include "DataSets.h"
@@ -21,7 +28,7 @@ namespace py = pybind11;
 
 namespace python {
 
-// ---- The models that there are
+// ---- The existing models
 
 namespace {
 
@@ -49,7 +56,7 @@ Model::~Model() {
 }
 
 bool Model::MayBeWritten() const {
-    if (TraceIsTold()) {
+    if (TraceCallableIsRunning()) {
         PyErr_SetString(classes.error,
                         "a model cannot be written while a callable takes a line of the trace");
         return false;
@@ -93,12 +100,12 @@ namespace {
     Raise();
 }
 
-// A name of a file as the system has it.
+// A file name, decoded as the operating system encodes it.
 py::str FileName(const std::string& name) {
     return py::reinterpret_steal<py::str>(PyUnicode_DecodeFSDefault(name.c_str()));
 }
 
-// Messages contain texts of files, in any encoding.
+// Messages may quote text from files, in any encoding.
 py::str Message(const std::string& text) {
     return py::reinterpret_steal<py::str>(
         PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "surrogateescape"));
@@ -134,7 +141,7 @@ void Tell(const exchange::Messages& messages) {
 
 // ---- Reading, making and writing
 
-// The name of a file or of another store of data sets.
+// The name of a file or of a database.
 std::string NameOf(const py::object& path, const char* function) {
     const auto name = py::reinterpret_steal<py::object>(PyOS_FSPath(path.ptr()));
     if (!name) {
@@ -219,7 +226,7 @@ void Write(Model& model, const py::object& path) {
     Tell(messages);
 }
 
-// ---- What a model holds
+// ---- The contents of a model
 
 const kor::EntityType& EntityNamed(const Model& model, const std::string& name) {
     const kor::Model& data = model.Data();
@@ -455,7 +462,7 @@ py::object Placements(const py::object& occurrences) {
     double* to = placements.mutable_data();
     const orx::Export& row = *orx::FindExport("GetAbsPlacement");
     const calls::Module& module = TheModule();
-    // The models are not written meanwhile.
+    // No thread may write these models meanwhile.
     std::vector<std::unique_ptr<Model::Reading>> reading;
     if (model != nullptr) reading.push_back(std::make_unique<Model::Reading>(*model));
     const Model* last = nullptr;

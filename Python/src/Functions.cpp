@@ -1,6 +1,9 @@
 // The mapping functions, one built-in function of Python for each row of the export table.
 
 #include <array>
+#include <new>
+#include <span>
+#include <string>
 #include <utility>
 
 #include "Arguments.h"
@@ -121,7 +124,7 @@ bool Refill(PyObject* list, const SdaiPrimitiveH& filled) {
 // The effect of some functions on the lifetime of models.
 bool BeforeCall(const orx::Export& row, std::span<const calls::Argument> arguments) {
     // The versions seen are a state shared by all calls.
-    if (row.unit == "Version" && TraceIsTold()) {
+    if (row.unit == "Version" && TraceCallableIsRunning()) {
         PyErr_Format(classes.error,
                      "%s cannot be called while a callable takes a line of the trace",
                      std::string(row.name).c_str());

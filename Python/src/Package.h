@@ -112,7 +112,7 @@ struct Place {
     std::string ToString() const;
 };
 
-// The text as str, and the text of a str: a NUL or a lone surrogate is a ValueError.
+// Text to str and back. A NUL or a lone surrogate raises ValueError.
 PyObject* ToPython(const SdaiString& text);
 bool FromPython(PyObject* text, const Place& place, SdaiString& converted);
 
@@ -125,7 +125,7 @@ enum class Lists {
 };
 bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH& converted);
 
-// The number of members and the name of the type, for messages.
+// The name of the object's type, for messages.
 std::string TypeName(PyObject* object);
 
 // Classes of the package that are written in Python.
@@ -150,7 +150,7 @@ bool AddFunctions(PyObject* module);
 bool TraceHasRaised();
 // Whether a callable is running: the function that traces is then in the middle of an iteration,
 // and no thread may change what it iterates over.
-bool TraceIsTold();
+bool TraceCallableIsRunning();
 
 }  // namespace python
 

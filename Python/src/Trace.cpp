@@ -3,13 +3,14 @@
 #include "Trace.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "KORPSNTrace.h"
 #include "Package.h"
+#include "services/TraceFile.h"
 
 namespace py = pybind11;
 
@@ -37,25 +38,27 @@ class Target {
         if (PyUnicode_FSConverter(path.ptr(), &bytes) == 0) throw py::error_already_set();
         path_ = std::string(py::reinterpret_steal<py::bytes>(bytes));
     }
+    ~Target();
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
 
     void Open() {
         if (!path_.has_value()) return;
-        file_.open(*path_, std::ios::binary | std::ios::trunc);
-        if (!file_) {
+        // While it is entered, entering it again would empty the file.
+        if (open_ || path_->empty() || !file_.StartAnew(path_->c_str())) {
             PyErr_SetString(classes.error, (*path_ + ": the trace cannot be written").c_str());
             throw py::error_already_set();
         }
+        open_ = true;
     }
     void Close() {
-        if (file_.is_open()) file_.close();
-        file_.clear();
+        file_.Close();
+        open_ = false;
     }
 
     void Write(std::string_view line) {
         if (path_.has_value()) {
-            file_.write(line.data(), static_cast<std::streamsize>(line.size()));
-            file_.flush();
-            file_.clear();
+            file_.Write(line);
             return;
         }
         if (line.ends_with('\n')) line.remove_suffix(1);
@@ -69,7 +72,8 @@ class Target {
   private:
     py::object target_;
     std::optional<std::string> path_;
-    std::ofstream file_;
+    kor::TraceFile file_;
+    bool open_ = false;
 };
 
 // Passes the lines to the innermost `with`. An exception from a callable ends the call that traces;
@@ -83,12 +87,14 @@ class Lines final {
         }
         targets_.push_back(&target);
     }
-    void End(Target& target) {
+    // Returns false if it was not entered.
+    bool End(Target& target) {
         const auto found = std::find(targets_.begin(), targets_.end(), &target);
-        if (found == targets_.end()) return;
+        if (found == targets_.end()) return false;
         targets_.erase(found);
         if (targets_.empty()) capture_.reset();
         target.Close();
+        return true;
     }
 
     bool IsWriting() const { return writing_; }
@@ -127,27 +133,35 @@ Lines& TheLines() {
     return *lines;
 }
 
+// It may have been entered and never left.
+Target::~Target() {
+    while (TheLines().End(*this)) {
+    }
+    file_.Close();
+}
+
 }  // namespace
 
 bool TraceHasRaised() { return TheLines().Raise(); }
-bool TraceIsTold() { return TheLines().IsWriting(); }
+bool TraceCallableIsRunning() { return TheLines().IsWriting(); }
 
 void AddTrace(py::module_& module) {
     py::class_<Target>(
         module, "trace", py::is_final(),
         "trace(target)\n\n"
-        "While it is entered (`with`), the functions tell what they read and decide:\n"
-        "into a file, which is emptied first, or to a callable, which gets each line\n"
-        "as a str without its line break. What the callable raises is raised by the\n"
-        "call that the line is of, once that has ended; further lines are dropped.")
+        "Within its `with` block, the functions trace what they read and decide: into a\n"
+        "file, which is emptied first unless standard output or error goes there too, or\n"
+        "to a callable, which gets each line as a str without its line break. A pipe is\n"
+        "opened for the first line, which waits for its reader. If the callable raises an\n"
+        "exception, it gets no more lines of that call, and the call raises the exception\n"
+        "when it ends.")
         .def(py::init<py::object>(), py::arg("target"))
         .def("__enter__",
              [](const py::object& self) {
                  TheLines().Begin(self.cast<Target&>());
                  return self;
              })
-        .def("__exit__", [](Target& self, const py::args&) { TheLines().End(self); })
-        .def("__del__", [](Target& self) { TheLines().End(self); });
+        .def("__exit__", [](Target& self, const py::args&) { TheLines().End(self); });
 }
 
 }  // namespace python

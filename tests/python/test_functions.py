@@ -4,6 +4,7 @@ import inspect
 import math
 import os
 import subprocess
+import sys
 import json
 import re
 
@@ -151,6 +152,73 @@ def test_the_trace_goes_into_a_file_or_to_a_callable(lamp, tmp_path):
     with pytest.raises(orx.Error, match="the trace cannot be written"):
         with orx.trace(tmp_path / "no" / "trace"):
             pass
+
+
+TRACE_OF_ONE_MEMBER = """SdaiPrimitiveH GetMemberCount -> {
+   SdaiPrimitiveH GetMemberCount -> Taille1
+SdaiPrimitiveH GetMemberCount -> }
+"""
+
+
+def test_the_file_of_a_trace_is_started_anew(tmp_path):
+    file = tmp_path / "calls.trace"
+    file.write_text("an older trace, longer than the new one\n" * 10)
+    with orx.trace(file) as trace:
+        assert file.read_text() == ""
+        orx.GetMemberCount([1])
+        assert file.read_text() == TRACE_OF_ONE_MEMBER
+        with pytest.raises(orx.Error, match="the trace cannot be written"):
+            trace.__enter__()
+        with file.open("a") as other:
+            other.write("of another\n")
+        orx.GetMemberCount([1])
+    assert file.read_text() == TRACE_OF_ONE_MEMBER + "of another\n" + TRACE_OF_ONE_MEMBER
+    with pytest.raises(orx.Error, match="the trace cannot be written"):
+        with orx.trace(""):
+            pass
+
+
+@pytest.mark.parametrize(("mode", "kept"), [("a", "first\n"), ("w", "")])
+def test_a_trace_into_the_standard_output_follows_what_that_has(tmp_path, mode, kept):
+    program = """
+import orxexutilities as orx
+print("before", flush=True)
+with orx.trace("/dev/stdout"):
+    orx.GetMemberCount([1])
+print("after")
+"""
+    file = tmp_path / "output"
+    file.write_text("first\n")
+    with file.open(mode) as output:
+        subprocess.run([sys.executable, "-c", program], stdout=output, check=True, timeout=60)
+    assert file.read_text() == f"{kept}before\n{TRACE_OF_ONE_MEMBER}after\n"
+
+
+def test_a_trace_into_a_pipe_waits_for_its_reader_with_its_first_line_only(tmp_path):
+    pipe = tmp_path / "pipe"
+    os.mkfifo(pipe)
+    program = """
+import sys
+import orxexutilities as orx
+with orx.trace(sys.argv[1]):
+    pass
+"""
+    subprocess.run([sys.executable, "-c", program, pipe], check=True, timeout=10)
+    program = program.replace("pass", "orx.GetMemberCount([1])")
+    with subprocess.Popen([sys.executable, "-c", program, pipe]) as writer:
+        try:
+            read = subprocess.run(["cat", pipe], capture_output=True, text=True, timeout=10)
+            assert writer.wait(10) == 0
+        finally:
+            writer.kill()
+    assert read.stdout == TRACE_OF_ONE_MEMBER
+
+
+def test_a_trace_that_is_entered_and_dropped_ends():
+    lines = []
+    orx.trace(lines.append).__enter__()
+    orx.GetMemberCount([1])
+    assert lines == []
 
 
 def test_an_exception_of_a_trace_callable_ends_the_call(lamp):

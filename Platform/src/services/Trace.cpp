@@ -2,27 +2,24 @@
 
 #include "KORPSNTrace.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <atomic>
 #include <charconv>
 #include <climits>
-#include <csignal>
-#include <cstring>
-#include <ctime>
-#include <iostream>
+#include <ios>
 #include <locale>
 #include <mutex>
 #include <optional>
+#include <ostream>
 #include <streambuf>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <utility>
 
 #include "KORSystem.h"
-#include "services/Utf8.h"
+#include "services/TraceFile.h"
 
 // Functions may trace while the process or a thread ends. The state of the service therefore needs
 // no construction and is never destroyed; its resources are released when the library is unloaded,
@@ -46,172 +43,11 @@ std::string OneLine(std::string_view text) {
     return line += '\n';
 }
 
-// A line as it goes to a terminal, which shows UTF-8 and acts on control characters: these are
-// written as exchange files write them, \X\1B for an escape.
-std::string ForTerminal(std::string_view line) {
-    std::string shown;
-    if (line.ends_with('\n')) line.remove_suffix(1);
-    for (const char c : line) {
-        const char32_t character = kor::CodePoint(c);
-        if (character < 0x20 || (character >= 0x7F && character < 0xA0)) {
-            shown += "\\X\\";
-            kor::AppendHex(shown, character, 2);
-        } else {
-            kor::AppendUtf8(shown, character);
-        }
-    }
-    return shown += '\n';
-}
-
-void WriteToStandardError(std::string_view line) {
-    const std::string shown = isatty(STDERR_FILENO) ? ForTerminal(line) : std::string(line);
-    std::cerr.write(shown.data(), static_cast<std::streamsize>(shown.size()));
-    std::cerr.flush();
-    std::cerr.clear();
-}
-
-// Prevents SIGPIPE from a pipe without readers from ending the process.
-class PipeSignalHeldBack {
-  public:
-    PipeSignalHeldBack() {
-        sigemptyset(&pipe_);
-        sigaddset(&pipe_, SIGPIPE);
-        sigset_t pending;
-        sigpending(&pending);
-        pending_ = sigismember(&pending, SIGPIPE) == 1;
-        pthread_sigmask(SIG_BLOCK, &pipe_, &before_);
-    }
-    ~PipeSignalHeldBack() {
-        const timespec now{};
-        if (!pending_) sigtimedwait(&pipe_, nullptr, &now);
-        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-    }
-    PipeSignalHeldBack(const PipeSignalHeldBack&) = delete;
-    PipeSignalHeldBack& operator=(const PipeSignalHeldBack&) = delete;
-
-  private:
-    sigset_t pipe_;
-    sigset_t before_;
-    bool pending_;
-};
-
-bool IsPipe(const char* file) {
-    struct stat status {};
-    return stat(file, &status) == 0 && S_ISFIFO(status.st_mode);
-}
-
 // The sink that receives the lines instead.
 constinit std::atomic<KORPSNSink*> redirected{nullptr};
 
 // The destination of finished lines.
-class Sink {
-  public:
-    // Appends lines to the file, which is opened for the first one.
-    void Append(const char* file) {
-        const std::lock_guard lock(mutex_);
-        Set(file);
-    }
-
-    // The same for a file that is truncated now. A pipe is opened later, since opening waits for
-    // its reader.
-    bool StartAnew(const char* file) {
-        const std::lock_guard lock(mutex_);
-        if (!Set(file)) return false;
-        if (file_[0] == '\0') return true;
-        if (IsPipe(file_)) return access(file_, W_OK) == 0;
-        if (!Open()) {
-            file_[0] = '\0';
-            return false;
-        }
-        return !regular_ || shared_ || ftruncate(descriptor_, 0) == 0;
-    }
-
-    // A line that cannot be written is lost; later lines may succeed again.
-    void Write(std::string_view line) {
-        const std::lock_guard lock(mutex_);
-        if (file_[0] == '\0') {
-            WriteToStandardError(line);
-        } else if (descriptor_ >= 0 || Open()) {
-            std::string shown;
-            if (terminal_) line = shown = ForTerminal(line);
-            std::optional<PipeSignalHeldBack> heldBack;
-            if (!regular_) heldBack.emplace();
-            while (!line.empty()) {
-                const ssize_t written = write(descriptor_, line.data(), line.size());
-                if (written < 0 && errno != EINTR) break;
-                if (written > 0) line.remove_prefix(static_cast<std::size_t>(written));
-            }
-        }
-    }
-
-    void Close() {
-        const std::lock_guard lock(mutex_);
-        CloseFile();
-    }
-
-  private:
-    void CloseFile() {
-        if (descriptor_ >= 0) close(descriptor_);
-        descriptor_ = -1;
-    }
-
-    // Makes the path absolute now, since the working directory may differ when it is opened.
-    bool Set(const char* file) {
-        CloseFile();
-        file_[0] = '\0';
-        if (file == nullptr || *file == '\0') return true;
-        std::size_t size = 0;
-        if (*file != '/' && getcwd(file_, sizeof file_ - 1) != nullptr) {
-            size = std::strlen(file_);
-            file_[size++] = '/';
-        }
-        const std::size_t length = std::strlen(file);
-        if (size + length >= sizeof file_) {
-            file_[0] = '\0';
-            return false;
-        }
-        std::memcpy(file_ + size, file, length + 1);
-        return true;
-    }
-
-    bool Open() {
-        constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY;
-        do {
-            descriptor_ = open(file_, kFlags, 0666);
-        } while (descriptor_ < 0 && errno == EINTR);
-        struct stat status {};
-        if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) return false;
-        regular_ = S_ISREG(status.st_mode);
-        terminal_ = isatty(descriptor_) == 1;
-        // If a standard stream writes to this file, it has its own position in it and would
-        // overwrite the lines, so they go through that stream's descriptor.
-        shared_ = ShareWith(STDOUT_FILENO, status) || ShareWith(STDERR_FILENO, status);
-        return true;
-    }
-
-    bool ShareWith(int standard, const struct stat& status) {
-        struct stat other {};
-        if (fstat(standard, &other) != 0 || other.st_dev != status.st_dev ||
-            other.st_ino != status.st_ino || (fcntl(standard, F_GETFL) & O_ACCMODE) == O_RDONLY) {
-            return false;
-        }
-        const int shared = fcntl(standard, F_DUPFD_CLOEXEC, 0);
-        if (shared < 0) return false;
-        close(descriptor_);
-        descriptor_ = shared;
-        return true;
-    }
-
-    std::mutex mutex_;
-    int descriptor_ = -1;   // not open yet
-    bool regular_ = false;  // a file, not a pipe or device
-    bool terminal_ = false;
-    bool shared_ = false;       // with a standard stream
-    char file_[PATH_MAX] = {};  // "": the standard error stream
-};
-static_assert(std::is_trivially_destructible_v<Sink>);
-
-constinit Sink sink;
+constinit kor::TraceFile sink;
 
 void WriteLine(std::string_view line) {
     // A sink that takes lines may wait for locks of its own.
@@ -242,8 +78,8 @@ int LevelOfEnvironment() {
     if (text == nullptr || *text == '\0') return 0;
     const std::optional<int> level = LevelIn(text);
     if (level.has_value()) return *level;
-    WriteToStandardError(OneLine(std::string("KOR_TRACE=") + text +
-                                 ": a trace level is a whole number; the trace is off"));
+    kor::TraceFile().Write(OneLine(std::string("KOR_TRACE=") + text +
+                                   ": a trace level is a whole number; the trace is off"));
     return 0;
 }
 
@@ -349,6 +185,9 @@ struct KORPSNTrace::Service {
         sink.Close();
         Lines::Free();
     }
+
+    // Makes the standard streams ready: the constructor may write to one.
+    const std::ios_base::Init streams;
 
     static const Service service;
 };
