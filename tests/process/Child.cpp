@@ -1,5 +1,5 @@
-// A small engine that does what engines do while they start and end. Its first argument says what;
-// the tests read its output, its trace and its exit status.
+// A small engine that does what engines do when they start and end. Its first argument selects an
+// action; the tests read its output, its trace and its exit status.
 
 #include <dlfcn.h>
 #include <sys/wait.h>
@@ -24,7 +24,7 @@
 
 namespace {
 
-// Long enough to need memory of its own.
+// Long enough to require memory.
 void TraceLine(const char* label) {
     KORPSNTrace trace(label, 12, 0);
     trace.GetLigne().GetStream() << KORPSNTrace::Indent(KORPSNTrace::GetIndent() + 3)
@@ -36,7 +36,7 @@ void TraceLine(const char* label) {
 
 // ---- Tracing at the end of threads and of the process
 
-// What is done after every destructor of a static object has run.
+// Called after the destructors of all static objects.
 void (*atTheVeryEnd)() = nullptr;
 [[gnu::destructor]] void TheVeryEnd() {
     if (atTheVeryEnd != nullptr) atTheVeryEnd();
@@ -132,7 +132,7 @@ void ForgetVersions() {
     std::fflush(stdout);
 }
 
-// A singleton of the engine is older than the module that it loads, and goes after it.
+// A singleton of the engine is created before the module is loaded, and destroyed after it.
 int ForgetVersionsAtTheEnd() {
     static const struct Singleton {
         ~Singleton() { ForgetVersions(); }
@@ -146,7 +146,7 @@ int ForgetVersionsAtTheEnd() {
     return 0;
 }
 
-// What the module has seen goes with it.
+// The state of the module is unloaded with it.
 int UnloadModule() {
     parts = new Parts;
     for (const SdaiPrimitiveH& part :
@@ -160,7 +160,7 @@ int UnloadModule() {
     return 0;
 }
 
-// ---- Placements, for which each thread keeps a list in reserve
+// ---- Placements: the lists that threads keep in reserve, and the texts of the module
 
 void Place() {
     const SdaiPrimitiveH placement = module->Call("GetAbsPlacement", SdaiPrimitiveH());
@@ -169,18 +169,27 @@ void Place() {
     std::fflush(stdout);
 }
 
+void PlaceInEveryWay() {
+    Place();
+    for (const char* name : {"GetPlacement1", "GetPlacement2"}) {
+        const SdaiPrimitiveH done = module->Call(name, SdaiPrimitiveH(), SdaiPrimitiveH());
+        std::printf("%s\n", static_cast<const SdaiString&>(done).ToUtf8().c_str());
+    }
+    std::fflush(stdout);
+}
+
 int PlaceAtTheEnd() {
     static const struct Singleton {
-        ~Singleton() { Place(); }
+        ~Singleton() { PlaceInEveryWay(); }
     } singleton;
     module = new Module;
-    Place();
-    atTheVeryEnd = Place;
+    PlaceInEveryWay();
+    atTheVeryEnd = PlaceInEveryWay;
     return 0;
 }
 
-// A thread ends after the module whose function it has called, once for each of more rounds than a
-// process may have keys for values of threads.
+// Each thread ends after the module has been unloaded that it called. There are more rounds than a
+// process may have keys for thread-specific values.
 int UnloadModuleBeforeAThreadEnds() {
     for (int round = 0; round < 1100; ++round) {
         Module loaded;
@@ -227,7 +236,7 @@ int TraceOnce() {
     return 0;
 }
 
-// The first line is written elsewhere than where the process started.
+// The first line is written in another working directory than that of the start.
 int TraceFromElsewhere() {
     if (chdir("/") != 0) return 1;
     TraceLine("elsewhere ->");

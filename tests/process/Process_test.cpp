@@ -1,5 +1,5 @@
-// What the trace and the module do while processes and threads start, end and have children: each
-// test runs programs.
+// The trace and the module when processes and threads start, end and have children: each test runs
+// programs.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ namespace {
 
 class Process : public testing::Test {
   protected:
-    // Runs a command of the shell in a folder of its own; one that hangs is ended after a minute.
+    // Runs a shell command in its own folder, for at most a minute.
     OrxResult Run(const std::string& command, const std::string& variables = "") {
         const int status = std::system(("cd " + folder.Path() + " && " + variables +
                                         " timeout 60 " + command + " > out 2> err < /dev/null")
@@ -39,7 +39,7 @@ class Process : public testing::Test {
     const std::string kTraced = "KOR_TRACE=12 KOR_TRACE_FILE=trace";
 };
 
-// The lines of a scope of the child program.
+// The lines of a scope in the child program.
 std::string Scope(const std::string& label) {
     return label + " {\n   " + label + " a line that is longer than what a text holds in itself\n" +
            label + " }\n";
@@ -51,7 +51,7 @@ const std::string kCallTrace =
     "   SdaiPrimitiveH GetMemberCount -> Taille2\n"
     "SdaiPrimitiveH GetMemberCount -> }\n";
 
-// The same as `orx -t` traces it: below what it is for.
+// The same as traced by `orx -t`: below the statement.
 std::string Told(const std::string& place) {
     return "== " + place + " GetMemberCount((1.,2.))\n" + kCallTrace;
 }
@@ -78,7 +78,8 @@ TEST_F(Process, TracesFromEndingThreadsAndStaticDestructors) {
 TEST_F(Process, ForgetsVersionsInTheDestructorOfASingleton) {
     const OrxResult run = RunChild("versions");
     ExpectClean(run);
-    // What was seen has gone with the module by then, and the families with document management.
+    // By then the versions seen are gone with the module, and the families with document
+    // management.
     const std::string atEnd = "IsNewer FALSE\nIsVersion none\nRemoveValueVersion TRUE\n";
     EXPECT_EQ(run.out, "IsVersion older\nIsVersion older\nIsNewer TRUE\n" + atEnd + atEnd);
     ExpectClean(RunChild("versions", kTraced));
@@ -94,7 +95,8 @@ TEST_F(Process, LeavesNothingWhenTheModuleIsUnloaded) {
 TEST_F(Process, GivesPlacementsUntilItEnds) {
     const OrxResult run = RunChild("place");
     ExpectClean(run);
-    EXPECT_EQ(run.out, "12 values\n12 values\n12 values\n");
+    const std::string placed = "12 values\nGetPlacement1 done\nGetPlacement2 done\n";
+    EXPECT_EQ(run.out, placed + placed + placed);
 }
 
 TEST_F(Process, LeavesNothingForThreadsThatOutliveTheModule) {
@@ -131,7 +133,7 @@ TEST_F(Process, StartsTheTraceFileOfTheCommandLineAnew) {
         ExpectClean(Run(Orx(std::string(kCall) + " 'GetMemberCount((1.,2.))' -t trace")));
         EXPECT_EQ(TraceFile(), Told("1:1") + Told("2:1"));
     }
-    // The option decides, whatever the variables say.
+    // The option takes precedence over the variables.
     folder.Write("other", "an older trace\n");
     ExpectClean(Run(Orx(std::string(kCall) + " -t trace"), "KOR_TRACE=12 KOR_TRACE_FILE=other"));
     EXPECT_EQ(TraceFile(), Told("1:1"));
@@ -155,7 +157,7 @@ TEST_F(Process, WritesResultsAndTraceIntoOneStandardOutput) {
         ExpectClean(run);
         EXPECT_EQ(run.out, (option.empty() ? kCallTrace : Told("1:1")) + "2\n");
     }
-    // What stands in the file already stays.
+    // Existing contents of the file are kept.
     folder.Write("kept", "first\n");
     ExpectClean(
         Run("sh -c '" + Orx("call \"GetMemberCount((1.,2.))\" -t /dev/stdout") + " >> kept'"));

@@ -1,6 +1,7 @@
 // Effectivities and configurations, exported from the database to STEP.
 
 #include <array>
+#include <initializer_list>
 #include <optional>
 
 #include "Attributes.h"
@@ -266,7 +267,7 @@ SdaiEntityInstance* BuildDatedEff(SdaiString date, SdaiModel* model) {
         };
         const SdaiEntity* timeType = typeOf("LOCAL_TIME"_name, "ZONE"_name);
         const SdaiEntity* offsetType =
-            model->GetEntityDefinition("COORDINATED_UNIVERSAL_TIME_OFFSET"_name);
+            typeOf("COORDINATED_UNIVERSAL_TIME_OFFSET"_name, "HOUR_OFFSET"_name);
         const SdaiEntity* dateType = typeOf("CALENDAR_DATE"_name, "YEAR_COMPONENT"_name);
         const SdaiEntity* dateTimeType = typeOf("DATE_AND_TIME"_name, "TIME_COMPONENT"_name);
         if (!offsetType || !timeType || !dateType || !dateTimeType) return;

@@ -1,22 +1,16 @@
 // Placements: composes two axis placements into a rotation and a translation, and finds the
 // placement of an assembly occurrence in the STEP structure.
 
-#include <pthread.h>
-
-#include <algorithm>
-#include <climits>
+#include <cstddef>
 #include <iostream>
-#include <memory>
-#include <mutex>
 #include <new>
 #include <optional>
-#include <utility>
-#include <vector>
 
 #include "Attributes.h"
 #include "Identity.h"
 #include "KORMath.h"
 #include "Placement.h"
+#include "PlacementReserve.h"
 #include "SdaiIterator.h"
 
 using namespace orx;
@@ -56,10 +50,6 @@ KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
 }
 
 // ---- Placements
-
-// Results that need memory are allocated before any call.
-const SdaiString kPlacement1Done("GetPlacement1 done");
-const SdaiString kPlacement2Done("GetPlacement2 done");
 
 constexpr long kPlacementSize = 12;
 
@@ -233,17 +223,40 @@ void GetPlacement0(const SdaiPrimitiveH& context, const SdaiString& role,
     });
 }
 
+namespace {
+
+constexpr const char* kPlacement1Done = "GetPlacement1 done";
+constexpr const char* kPlacement2Done = "GetPlacement2 done";
+
+// These results need memory, which is allocated before any call. Engines may still call functions
+// while the process ends, so this object is never destroyed. It is emptied when the module is
+// unloaded or the process ends, and later calls make their own texts.
+struct DoneTexts {
+    SdaiString placement1;
+    SdaiString placement2;
+};
+alignas(DoneTexts) std::byte doneStorage[sizeof(DoneTexts)];
+DoneTexts& doneTexts = *new (doneStorage) DoneTexts{kPlacement1Done, kPlacement2Done};
+
+const struct DoneEmptied {
+    ~DoneEmptied() { doneTexts = DoneTexts(); }
+} doneEmptied;
+
+}  // namespace
+
 SdaiPrimitiveH GetPlacement1(const SdaiPrimitiveH& context, const SdaiPrimitiveH& list) {
-    return Function<"GetPlacement1">(kPlacement1Done, [&](Trace& trace, auto&) {
+    return Function<"GetPlacement1">(doneTexts.placement1, [&](Trace& trace, SdaiString& result) {
         trace.Line("CALCUL POSITIONNEMENT ...");
         GetPlacement0(context, "REP_1", list);
+        if (result.length() == 0) result = kPlacement1Done;
     });
 }
 
 SdaiPrimitiveH GetPlacement2(const SdaiPrimitiveH& context, const SdaiPrimitiveH& list) {
-    return Function<"GetPlacement2">(kPlacement2Done, [&](Trace& trace, auto&) {
+    return Function<"GetPlacement2">(doneTexts.placement2, [&](Trace& trace, SdaiString& result) {
         trace.Line("CALCUL POSITIONNEMENT ...");
         GetPlacement0(context, "REP_2", list);
+        if (result.length() == 0) result = kPlacement2Done;
     });
 }
 
@@ -442,82 +455,10 @@ bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdai
     return true;
 }
 
-using PlacementList = SdaiListClassOfSdaiReal;
-
-PlacementList* AllocateList() { return new (std::nothrow) PlacementList(0, INT_MAX); }
-
-// Each thread keeps one list in reserve, so that a call can return a placement even if there is no
-// memory for a new list. The thread that loads the module has its list from the start.
-pthread_key_t reserveKey;
-bool reservesAreKept = false;
-
-// Owns the reserves of all threads while the module is loaded. A thread's reserve is freed when the
-// thread ends, or with the module if that is unloaded first.
-class Reserves {
-  public:
-    Reserves();
-    ~Reserves();
-
-    // Makes a list the reserve of this thread, unless memory runs out.
-    void Make() {
-        std::unique_ptr<PlacementList> list(AllocateList());
-        if (list == nullptr) return;
-        const std::lock_guard lock(mutex_);
-        try {
-            lists_.push_back(std::move(list));
-        } catch (const std::bad_alloc&) {
-            return;
-        }
-        if (pthread_setspecific(reserveKey, lists_.back().get()) != 0) lists_.pop_back();
-    }
-
-    // The caller owns the list from now on.
-    PlacementList* Take(PlacementList* list) {
-        const std::lock_guard lock(mutex_);
-        const auto place = std::find_if(lists_.begin(), lists_.end(),
-                                        [list](const auto& one) { return one.get() == list; });
-        if (place == lists_.end()) return nullptr;
-        PlacementList* taken = place->release();
-        lists_.erase(place);
-        return taken;
-    }
-
-  private:
-    std::mutex mutex_;
-    std::vector<std::unique_ptr<PlacementList>> lists_;
-} reserves;
-
-Reserves::Reserves() {
-    const auto release = [](void* list) {
-        delete reserves.Take(static_cast<PlacementList*>(list));
-    };
-    reservesAreKept = pthread_key_create(&reserveKey, release) == 0;
-    if (reservesAreKept) Make();
-}
-
-Reserves::~Reserves() {
-    if (!reservesAreKept) return;
-    pthread_key_delete(reserveKey);
-    reservesAreKept = false;
-}
-
-// Returns an empty list, allocated together with room for a placement, or else the thread's
-// reserve, which the next call replaces. Returns null only if neither is available.
-PlacementList* NewList() {
-    if (!reservesAreKept) return AllocateList();
-    if (pthread_getspecific(reserveKey) == nullptr) reserves.Make();
-    PlacementList* list = AllocateList();
-    if (list == nullptr) {
-        list = reserves.Take(static_cast<PlacementList*>(pthread_getspecific(reserveKey)));
-        pthread_setspecific(reserveKey, nullptr);
-    }
-    return list;
-}
-
 }  // namespace
 
 SdaiPrimitiveH GetAbsPlacement(const SdaiPrimitiveH& link) {
-    PlacementList* list = NewList();
+    PlacementList* list = NewPlacementList();
     const SdaiPrimitiveH owner = SdaiPrimitiveH::TakeOver(list);
     SdaiPrimitiveH result = Function<"GetAbsPlacement">(owner, [&](Trace& trace, const auto&) {
         if (list == nullptr) throw std::bad_alloc();

@@ -1,8 +1,5 @@
 // Whether a part of the database has models or documents.
 
-#include <charconv>
-#include <iterator>
-
 #include "Function.h"
 
 using namespace orx;
@@ -22,9 +19,9 @@ SdaiPrimitiveH IsModelDocLinked(const SdaiPrimitiveH& part) {
         // The schema determines the number of attributes "docsN": the search ends at the first
         // number that is missing.
         for (int n = 1; !result && entity != nullptr; ++n) {
-            char name[16] = "docs";
-            *std::to_chars(name + 4, std::end(name) - 1, n).ptr = '\0';
-            const SdaiString attribute(name);
+            KORUnicodeString number;
+            number.BuildFromNum(n, "%d");
+            const SdaiString attribute(KORUnicodeString("docs").Append(number));
             if (entity->AttrDefinition(attribute) == nullptr) break;
             result = hasMembers(attribute);
         }

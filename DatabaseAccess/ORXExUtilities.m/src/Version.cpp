@@ -217,16 +217,14 @@ SdaiPrimitiveH IsVersion(const SdaiPrimitiveH& part, const SdaiPrimitiveH& flag)
             const KORDMInstance identity = IdentityIn(trace, record);
             trace.Line(" Create the DM Instance ");
             trace.Line(" >> TAILLE DE LISTE : ", seen.revisions.Size(), " << ");
-            const bool first = seen.revisions.Size() == 0;
-            const int position = first ? 0 : seen.revisions.Locate(identity, 1);
-            if (position == 0) {
-                if (first) {
-                    trace.Line("    Ma Liste est vide");
-                    trace.Line("    Retrouver toutes les versions");
-                } else {
-                    trace.Line("    Ma Liste n'est pas vide");
-                    trace.Line("    -> cette DM n'a pas ete traitee");
-                }
+            if (seen.revisions.Size() == 0) {
+                trace.Line("    Ma Liste est vide");
+                trace.Line("    Retrouver toutes les versions");
+                if (!SeeFamily(trace, identity, sought)) return;
+                if (wantsPart) result = sought;
+            } else if (const int position = seen.revisions.Locate(identity, 1); position == 0) {
+                trace.Line("    Ma Liste n'est pas vide");
+                trace.Line("    -> cette DM n'a pas ete traitee");
                 if (!SeeFamily(trace, identity, sought)) return;
                 if (wantsPart) result = sought;
             } else {
