@@ -1,12 +1,12 @@
 #!/usr/bin/python3
-"""Measures what data made for the purpose cost: scripts/bench --worst
+"""Measures the cost of artificial worst-case data: scripts/bench --worst
 
-Each row is an input of one shape, made in two sizes, the second four times the first, and read, shown
-or run by a process of its own. Time may grow as the input does, and memory may be 30 bytes for a byte
-(45 where an instance is of several types that no schema declares) beyond what any run takes. A shape
-that no data have is limited instead: it may take as much as the limit allows, and is refused beyond
-it, with a message. The table tells both; the exit status is 1 when a row does
-not keep to that.
+Each row is an input of one shape, generated in two sizes, the second four times the first, and read,
+shown or run by a separate process. Time must grow about in proportion to the input, and memory is
+limited to 30 bytes per byte (45 if an instance is of several types that no schema declares) in
+addition to what any run needs. Shapes that do not occur in real data are limited instead: up to the
+limit they may take that much memory, beyond it they are rejected with a message. The table shows
+both; the exit status is 1 if a row exceeds its limits.
 """
 
 import os
@@ -17,11 +17,11 @@ import tempfile
 import time
 
 MOST_BYTES = 30  # of memory, for each byte of the input
-MOST_BYTES_OF_COMPLEX = 45  # where each value stands in the types of the parts and of the whole
-MOST_GROWTH = 8  # of the time, where the input grows to four times
-BASE = 32e6  # bytes of memory that any run takes
+MOST_BYTES_OF_COMPLEX = 45  # if each value is in the types of the parts and of the whole
+MOST_GROWTH = 8  # of the time, if the input is four times as large
+BASE = 32e6  # bytes of memory that any run needs
 LIMITED = 300e6  # bytes of memory for a shape that is limited
-SHORT = 0.3  # seconds below which a time says nothing
+SHORT = 0.3  # seconds; shorter times are not significant
 
 HEADER = "ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\nDATA;\n"
 END = "ENDSEC;\nEND-ISO-10303-21;\n"
@@ -36,7 +36,7 @@ def schema(text):
 
 
 def tree(n):
-    """A part in n levels, each of which has the next one twice: 2 ** n paths."""
+    """A part in n levels, each of which contains the next one twice: 2 ** n paths."""
     parts = "".join(f"#{i}=PART_OBJECT('P{i}',$,$,$,$,(#{n + 2 * i},#{n + 2 * i + 1}),$,$,$,$);\n"
                     f"#{n + 2 * i}=PART_LINK('a',#{i},#{i + 1},$,$,$,$);\n"
                     f"#{n + 2 * i + 1}=PART_LINK('b',#{i},#{i + 1},$,$,$,$);\n"
@@ -75,7 +75,7 @@ def redeclared(n):
                   f"ENTITY b SUBTYPE OF (a);\n{narrowed}END_ENTITY;\n")
 
 
-# Its name, the input of a size, the size, whether it is limited.
+# For each shape: name, function for an input of a size, size, whether it is limited.
 SHAPES = [
     ("one instance of many values", lambda n: data("#1=A(" + "$," * n + "$);\n"), 2_000_000, False),
     ("one list of many members", lambda n: data("#1=A((" + "$," * n + "$));\n"), 2_000_000, False),
@@ -110,12 +110,12 @@ SHAPES = [
     ("unknown functions", lambda n: script(
         "".join(f"GetMembrCount{i}((1.))\n" for i in range(n))), 2_500, True),
     ("unknown names in a script", lambda n: script(
-        "".join(f"LET name{i} = {i}\n" for i in range(n)) + "nama1\n" * n), 1_000, True),
+        "".join(f"LET name{i} = {i}\n" for i in range(n)) + "nama1\n" * n), 100_000, True),
 ]
 
 
 def write(path, make, n):
-    """Writes an input, in a process of its own: what this one takes would count as orx's."""
+    """Writes an input, in a separate process: the memory of this one would count as orx's."""
     process = os.fork()
     if process == 0:
         with open(path, "w", encoding="latin-1") as file:
@@ -125,7 +125,7 @@ def write(path, make, n):
 
 
 def measure(orx, folder, make, n):
-    """Bytes of the input, seconds of processor time, bytes at the most, exit status, first message."""
+    """Bytes of the input, processor time, bytes of peak memory, exit status, first message."""
     path = os.path.join(folder, "input")
     write(path, make, n)
     empty = os.path.join(folder, "empty.stp")
@@ -156,7 +156,7 @@ def measure(orx, folder, make, n):
 def main():
     orx = sys.argv[1]
     wanted = sys.argv[2] if len(sys.argv) > 2 else ""
-    # A row that is out of proportion is to fail, not to take the machine with it.
+    # A row that exceeds all limits must fail without taking the machine down.
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
     resource.setrlimit(resource.RLIMIT_CPU, (120, 120))
     failed = 0

@@ -2,9 +2,12 @@
 
 #include "console/Json.h"
 
+#include <pty.h>
+
 #include <cmath>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "HostTest.h"
 #include "console/Printable.h"
@@ -16,7 +19,7 @@ using testing::Not;
 
 namespace {
 
-// What a terminal acts on, in UTF-8: C0, DEL, C1, marks of direction, ends of lines, tags.
+// Control characters for terminals, in UTF-8: C0, DEL, C1, bidirectional controls, line ends, tags.
 const std::string kControls[] = {std::string(1, '\0'),
                                  "\x07",
                                  "\x1B",
@@ -98,13 +101,13 @@ TEST(Width, CountsTheColumnsOfATerminal) {
     EXPECT_EQ(host::DisplayWidth("\uFFFD"), 1U);
 }
 
-// ---- What orx writes
+// ---- The output of orx
 
 namespace {
 
 class Terminals : public HostTest {
   protected:
-    // Nothing but printable text, tabs and line breaks.
+    // Only printable text, tabs and line breaks.
     static void ExpectHarmless(const std::string& text) {
         for (const std::string& line : Lines(text)) {
             std::string rest = line;
@@ -115,6 +118,38 @@ class Terminals : public HostTest {
     static void ExpectHarmless(const OrxResult& result) {
         ExpectHarmless(result.out);
         ExpectHarmless(result.err);
+    }
+
+    // What orx writes when its streams are a terminal; nothing where there are none.
+    std::optional<std::string> Shown(const std::vector<std::string>& arguments) const {
+        int terminal = -1;
+        const pid_t process = forkpty(&terminal, nullptr, nullptr, nullptr);
+        if (process < 0) return std::nullopt;
+        if (process == 0) {
+            setenv("NO_COLOR", "1", 1);
+            std::vector<const char*> words{"orx"};
+            for (const std::string& argument : arguments) words.push_back(argument.c_str());
+            words.push_back(nullptr);
+            if (chdir(folder.Path().c_str()) == 0) {
+                execv(ORX_PROGRAM, const_cast<char* const*>(words.data()));
+            }
+            _exit(127);
+        }
+        std::string shown;
+        char piece[4096];
+        for (ssize_t count = 0; (count = read(terminal, piece, sizeof piece)) > 0;) {
+            shown.append(piece, static_cast<std::size_t>(count));
+        }
+        close(terminal);
+        int status = 0;
+        waitpid(process, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) <= 1) << shown;
+        // The terminal ends a line with two characters.
+        for (std::size_t end = shown.find("\r\n"); end != std::string::npos;
+             end = shown.find("\r\n", end)) {
+            shown.erase(end, 1);
+        }
+        return shown;
     }
 };
 
@@ -159,12 +194,22 @@ TEST_F(Terminals, GetNoControlsFromNamesOfFiles) {
     ExpectHarmless(shell);
 }
 
+namespace {
+
+// An escape sequence, a control of eight bits and two marks that change the text direction.
+const char* const kHostile = "'\\X\\1B[2J\\X\\9B\\X2\\202E2066\\X0\\'";
+
+std::string HostileParts() {
+    const std::string text = kHostile;
+    return ExchangeFile("cdma", "#1=PART_OBJECT(" + text + ",$,$,$," + text + ",(#3),$,$,$,$);\n" +
+                                    "#2=PART_OBJECT('2',$,$,$," + text + ",$,$,$,$,$);\n" +
+                                    "#3=PART_LINK(" + text + ",#1,#2,$,$,$,$);\n");
+}
+
+}  // namespace
+
 TEST_F(Terminals, GetNoControlsFromData) {
-    const std::string text = "'\\X\\1B[2J\\X\\9B\\X2\\202E2066\\X0\\'";
-    folder.Write("data.stp", ExchangeFile("cdma", "#1=PART_OBJECT(" + text + ",$,$,$," + text +
-                                                      ",(#3),$,$,$,$);\n" +
-                                                      "#2=PART_OBJECT('2',$,$,$,$,$,$,$,$,$);\n"
-                                                      "#3=PART_LINK('L',#1,#2,$,$,$,$);\n"));
+    folder.Write("data.stp", HostileParts());
     for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
              {"tree", "-m", "data.stp"},
              {"tree", "--json", "-m", "data.stp"},
@@ -175,4 +220,49 @@ TEST_F(Terminals, GetNoControlsFromData) {
         SCOPED_TRACE(testing::PrintToString(arguments));
         ExpectHarmless(Orx(arguments));
     }
+}
+
+TEST_F(Terminals, GetNoControlsFromDataInAnyForm) {
+    folder.Write("data.stp", HostileParts());
+    // A part without its number for check, and without its link for diff.
+    folder.Write("other.stp",
+                 ExchangeFile("cdma", "#1=PART_OBJECT($,$,$,$," + std::string(kHostile) +
+                                          ",$,$,$,$,$);\n"
+                                          "#2=PART_OBJECT('2',$,$,$,$,$,$,$,$,$);\n"));
+    const std::string query = "SELECT *, s_desc AS '\x1B[2J' FROM part_object";
+    const std::string each = "EACH p IN PART_OBJECT: p.S_DESC; p.KORASS";
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"sql", "data.stp", query},
+             {"sql", "--csv", "data.stp", query},
+             {"sql", "--json", "data.stp", query},
+             {"call", "-m", "data.stp", "#1.S_DESC", "(#1.S_DESC)", each},
+             {"call", "--csv", "-m", "data.stp", "#1.S_DESC", "(#1.S_DESC)", each},
+             {"show", "data.stp", "#1"},
+             {"show", "--csv", "data.stp", "#1"},
+             {"users", "data.stp", "#2"},
+             {"users", "--csv", "data.stp", "#2"},
+             {"bom", "data.stp"},
+             {"bom", "--csv", "data.stp"},
+             {"tree", "data.stp"},
+             {"tree", "--csv", "data.stp"},
+             {"check", "data.stp", "other.stp"},
+             {"diff", "data.stp", "other.stp"},
+             {"describe", "data.stp"}}) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const std::optional<std::string> shown = Shown(arguments);
+        if (!shown.has_value()) GTEST_SKIP() << "there are no pseudo-terminals";
+        EXPECT_THAT(*shown, Not(testing::IsEmpty()));
+        ExpectHarmless(*shown);
+    }
+}
+
+// A program that reads the file gets the text itself.
+TEST_F(Terminals, AloneGetCsvWithoutControls) {
+    folder.Write("data.stp", HostileParts());
+    const std::vector<std::string> arguments = {
+        "sql", "--csv", "data.stp", "SELECT s_desc FROM part_object WHERE instance = 1"};
+    ExpectPrints(Orx(arguments), "s_desc\n\x1B[2J\u009B\u202E\u2066\n");
+    const std::optional<std::string> shown = Shown(arguments);
+    if (!shown.has_value()) GTEST_SKIP() << "there are no pseudo-terminals";
+    EXPECT_EQ(*shown, "s_desc\n\uFFFD[2J\uFFFD\uFFFD\uFFFD\n");
 }

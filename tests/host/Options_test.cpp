@@ -19,14 +19,14 @@ using testing::StartsWith;
 
 namespace {
 
-// The module that the program loads, beside it in the build.
+// The module that the program loads, next to it in the build.
 std::string Module() {
     return (std::filesystem::path(ORX_PROGRAM).parent_path().parent_path() / "lib" /
             "libORXExUtilities.so")
         .string();
 }
 
-// Whether a value occurs in a JSON value, at whatever depth.
+// Whether a value occurs in a JSON value, at any depth.
 bool Holds(const nlohmann::json& json, const nlohmann::json& value) {
     if (json == value) return true;
     if (!json.is_structured()) return false;
@@ -36,7 +36,7 @@ bool Holds(const nlohmann::json& json, const nlohmann::json& value) {
 
 class Options : public HostTest {
   protected:
-    // Runs a command of the shell in the folder, in which $ORX is the program.
+    // Runs a shell command in the folder; $ORX is the program.
     OrxResult Shell(const std::string& command) const {
         const std::string all = "cd '" + folder.Path() + "' && ORX='" + ORX_PROGRAM + "' && { " +
                                 command + "; } > shell.out 2> shell.err";
@@ -48,7 +48,7 @@ class Options : public HostTest {
     std::string File(const std::string& name) const { return ReadFile(folder / name); }
     bool Exists(const std::string& name) const { return std::filesystem::exists(folder / name); }
 
-    // Bad usage or an unreadable file: nothing is printed but what is wrong.
+    // Bad usage or an unreadable file: only an error message is printed.
     static void ExpectRefused(const OrxResult& result, const std::string& what = "") {
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.out, "");
@@ -164,7 +164,7 @@ TEST_F(Options, ModelIsNamedAsTheOptionSays) {
 }
 
 TEST_F(Options, ModelsAreNumberedInTheOrderOfTheCommandLine) {
-    // The first model is the one that is written without its name.
+    // Only the first model's instances are written without its name.
     ExpectPrints(Call({"-m", "parts.stp", "-n", "new=AUTOMOTIVE_DESIGN", "-m", "db.stp", "#3",
                        "@parts#3", "@db#1", "NEW @new.PRODUCT()"}),
                  "#3\n#3\n@db#1\n@new#1\n");
@@ -218,7 +218,7 @@ TEST_F(Options, DamagedFilesAreToldWithThePlaceOfEachError) {
     ExpectRefused(result);
     EXPECT_THAT(result.err, ContainsRegex("damaged\\.stp:8:[0-9]+: "));
     EXPECT_THAT(result.err, ContainsRegex("damaged\\.stp:10:[0-9]+: "));
-    // And nothing that is not wrong.
+    // No other messages.
     EXPECT_EQ(Lines(result.err).size(), 2U) << result.err;
 }
 
@@ -242,10 +242,14 @@ TEST_F(Options, MessagesNameTheRemedy) {
         return Call({"-m", "damaged.stp", "1"});
     };
     ExpectRefused(damaged("#1=PRODUCT('p','',#7,());\n"), "--lenient");
-    // Once, and where it helps.
+    // Only once, and only if it would help.
     const std::string twice = damaged("#1=PRODUCT(;\n#2=PRODUCT(;\n").err;
     EXPECT_EQ(Lines(twice).size(), 2U);
     EXPECT_EQ(twice.find("--lenient"), twice.rfind("--lenient"));
+    // A message that says more of it says enough.
+    const std::string great = damaged("#9223372036854775808=PRODUCT('p','',$,());\n").err;
+    EXPECT_THAT(great, EndsWith(" (--lenient numbers the instance anew)\n"));
+    EXPECT_EQ(great.find("--lenient"), great.rfind("--lenient"));
     folder.Write("text.stp", "this is no exchange file\n");
     EXPECT_THAT(Call({"-m", "text.stp", "1"}).err, Not(HasSubstr("--lenient")));
     EXPECT_THAT(Call({"-m", "missing.stp", "1"}).err, Not(HasSubstr("--lenient")));
@@ -259,7 +263,7 @@ TEST_F(Options, MessagesNameTheRemedy) {
     ExpectRefused(Call({"-m", "db.stp", "-o", "step=out.stp", "1"}), "known: db");
 }
 
-// Of files that are large enough for two.
+// With files large enough for two threads.
 TEST_F(Options, ThreadsChangeNothing) {
     std::string data;
     for (int id = 1; id <= 30'000; ++id) {
@@ -309,7 +313,7 @@ TEST_F(Options, AsNamesTheSchemaToReadWith) {
     folder.Write("other.stp", ExchangeFile("IFC4", "#1=PRODUCT('P1','Bolt',$,());\n"));
     EXPECT_EQ(Call({"-m", "other.stp", "#1.NAME"}).status, 2);
     ExpectPrints(Call({"--as", "automotive_design", "-m", "other.stp", "#1.NAME"}), "'Bolt'\n");
-    // What stands in the file stays.
+    // The file's own schema name is kept.
     ExpectPrints(Call({"--as", "PDM_SCHEMA", "-m", "m=other.stp", "-o", "m=out.stp", "#1.ID"}),
                  "'P1'\n");
     EXPECT_THAT(ReadFile(folder.Path() + "/out.stp"), HasSubstr("FILE_SCHEMA(('IFC4'))"));
@@ -359,7 +363,7 @@ TEST_F(Options, SaveWritesTheModelAfterTheLastStatement) {
                      {"-m", "out.stp"}),
                  "#3\t'P1'\t'Bolt'\t'described'\t(#2,#2)\n#4\t'P2'\t'Nut'\t$\t(#2)\n"
                  "#6\t'P3'\t'it''s new \\X\\E9'\t$\t$\n#3\n#7\n");
-    // The file that was read is as it was.
+    // The file that was read is unchanged.
     EXPECT_EQ(File("parts.stp"), Parts());
 }
 
@@ -476,7 +480,7 @@ TEST_F(Options, JsonIsUtf8WhateverAFileIsNamed) {
     }
 }
 
-// ---- What is written over
+// ---- Overwriting
 
 TEST_F(Options, NothingIsWrittenOverWhatIsRead) {
     const std::string data = Parts();
@@ -497,9 +501,51 @@ TEST_F(Options, NothingIsWrittenOverWhatIsRead) {
     expectRefused({"call", "-t", "own.exp", "-s", "own.exp", "1"});
     expectRefused({"run", "-t", "script.orx", "script.orx"});
     EXPECT_EQ(File("script.orx"), "1\n");
-    // A model may be saved where it came from, and nothing else is meant by "-".
-    ExpectPrints(Call({"-m", "db.stp", "-o", "db=db.stp", "1"}), "1\n");
+    // "-" is not a file.
     EXPECT_EQ(Call({"-t", "-", "-m", "parts.stp", "1"}).status, 0);
+}
+
+TEST_F(Options, SaveWritesOverNoFileButTheModelsOwn) {
+    const auto expectRefused = [&](const std::vector<std::string>& arguments) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        ExpectRefused(Orx(arguments), "is read, and not to be overwritten");
+        EXPECT_EQ(File("parts.stp"), Parts());
+        EXPECT_EQ(File("db.stp"), Database());
+        EXPECT_EQ(File("script.orx"), "1\n");
+        EXPECT_EQ(File("own.exp"), "SCHEMA own;\nEND_SCHEMA;\n");
+    };
+    folder.Write("script.orx", "1\n");
+    folder.Write("own.exp", "SCHEMA own;\nEND_SCHEMA;\n");
+    std::filesystem::create_symlink("parts.stp", folder / "link.stp");
+    std::filesystem::create_hard_link(folder / "parts.stp", folder / "second.stp");
+    for (const std::string file : {"parts.stp", "./parts.stp", "link.stp", "second.stp"}) {
+        expectRefused({"call", "-m", "db.stp", "-m", "parts.stp", "-o", "db=" + file, "1"});
+        expectRefused({"call", "-m", "x=parts.stp", "-m", "y=db.stp", "-o", "y=" + file, "1"});
+        expectRefused({"call", "-n", "x=cdma", "-m", "parts.stp", "-o", "x=" + file, "1"});
+        expectRefused({"shell", "-m", "db.stp", "-m", "parts.stp", "-o", "db=" + file});
+        expectRefused({"copy", "parts.stp", file});
+    }
+    expectRefused({"run", "-m", "db.stp", "-o", "db=script.orx", "script.orx"});
+    expectRefused({"call", "-s", "own.exp", "-m", "db.stp", "-o", "db=own.exp", "1"});
+    expectRefused({"copy", "-s", "own.exp", "db.stp", "own.exp"});
+    // A file that two models were read from is the file of each.
+    ExpectPrints(Call({"-m", "db.stp", "-o", "db=db.stp", "1"}), "1\n");
+    ExpectPrints(Call({"-m", "a=db.stp", "-m", "b=db.stp", "-o", "b=./db.stp", "1"}), "1\n");
+    std::filesystem::remove(folder / "second.stp");
+    ExpectPrints(Call({"-m", "a=parts.stp", "-m", "db.stp", "-o", "a=link.stp", "1"}), "1\n");
+}
+
+TEST_F(Options, SaveWritesOverNoDatabaseButTheModelsOwn) {
+    EXPECT_EQ(Orx({"copy", "db.stp", "sqlite:kept.db"}).status, 0);
+    const std::string kept = File("kept.db");
+    for (const std::string target : {"sqlite:kept.db", "sqlite:./kept.db", "kept.db"}) {
+        ExpectRefused(Call({"-m", "a=sqlite:kept.db", "-m", "b=db.stp", "-o", "b=" + target, "1"}),
+                      "is read, and not to be overwritten");
+        EXPECT_EQ(File("kept.db"), kept) << target;
+    }
+    ExpectPrints(
+        Call({"-m", "a=sqlite:kept.db", "-m", "b=sqlite:kept.db", "-o", "a=sqlite:kept.db", "1"}),
+        "1\n");
 }
 
 TEST_F(Options, NoTwoResultsGoIntoOneFile) {
@@ -615,7 +661,7 @@ TEST_F(Options, StandardOutputThatIsClosedIsAFailure) {
     EXPECT_NE(result.err, "");
 }
 
-// A file that is opened while a standard stream is closed must not take its place.
+// A file that is opened while a standard stream is closed must not get its descriptor.
 TEST_F(Options, StandardErrorStreamThatIsClosedSpoilsNoFile) {
     const OrxResult result = Shell("\"$ORX\" call -t trace.txt 1 nobody 2>&-");
     EXPECT_EQ(result.out, "1\n");

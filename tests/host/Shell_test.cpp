@@ -1,4 +1,4 @@
-// `orx shell`: plain where the standard input is no terminal, and edited on one.
+// `orx shell`: plain if standard input is not a terminal, with editing if it is.
 
 #include <fcntl.h>
 #include <poll.h>
@@ -39,7 +39,7 @@ TEST_F(Shell, GoesOnInTheNextLine) {
     ExpectPrints(Type("EACH p IN PRODUCT:\n  -- a remark\n\n  p.ID;\n  p.NAME -- another,\n1\n"),
                  "#3\t'P1'\t'Bolt'\n#4\t'P2'\t'Nut'\n1\n");
     ExpectPrints(Type("GetMemberCount(\n(1.,\n2.))\n"), "2\n");
-    // Not for what stands in a string.
+    // Quoted characters do not continue a line.
     ExpectPrints(Type("'a,'\n'it''s: ('\n"), "'a,'\n'it''s: ('\n");
 }
 
@@ -67,7 +67,7 @@ TEST_F(Shell, PointsIntoTheLineOfAStatementAndCountsCharacters) {
 }
 
 TEST_F(Shell, PointsBelowWideAndCombiningCharacters) {
-    // Two columns for each of the first two characters; a letter with an accent of its own has one.
+    // Two columns for each of the first two characters; a letter with a combining accent has one.
     EXPECT_EQ(Type("('\u8F74\u627F', zz)\n").err,
               "orx: 1:12: unknown name 'zz' (a text stands between single quotes: 'zz')\n    "
               "('\u8F74\u627F', zz)\n             ^\n");
@@ -146,6 +146,32 @@ TEST_F(Shell, GoesOnAfterAModelThatCannotBeOpenedOrSaved) {
     EXPECT_THAT(errors[6], HasSubstr("of several models, the one that is saved is named"));
 }
 
+TEST_F(Shell, SavesNoModelOverTheFileOfAnother) {
+    folder.Write("own.exp", "SCHEMA own;\nEND_SCHEMA;\n");
+    std::filesystem::create_symlink("db.stp", folder / "link.stp");
+    const OrxResult result = Type(
+        "open db.stp\nsave parts=db.stp\nsave parts=./db.stp\nsave parts=link.stp\n"
+        "save parts=own.exp\n7\n",
+        {"-s", "own.exp"});
+    const std::string read = ": is read, and not to be overwritten\n";
+    EXPECT_EQ(result.err, "orx: db.stp" + read + "orx: ./db.stp" + read + "orx: link.stp" + read +
+                              "orx: own.exp" + read);
+    EXPECT_EQ(result.out, "7\n");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(ReadFile(folder / "db.stp"), Database());
+    EXPECT_EQ(ReadFile(folder / "own.exp"), "SCHEMA own;\nEND_SCHEMA;\n");
+    // Each may go over its own file.
+    ExpectPrints(Type("open db.stp\nsave db=link.stp\nsave parts=parts.stp\n"), "");
+}
+
+TEST_F(Shell, OpensNoFileThatAModelIsSavedToAtTheEnd) {
+    const OrxResult result = Type("open other=out.stp\nopen db.stp\n7\n", {"-o", "parts=out.stp"});
+    EXPECT_EQ(result.err, "orx: out.stp: is read, and not to be overwritten\n");
+    EXPECT_EQ(result.out, "7\n");
+    EXPECT_EQ(result.status, 1);
+    ExpectPrints(Orx({"call", "-m", "out.stp", "#3.NAME"}), "'Bolt'\n");
+}
+
 TEST_F(Shell, NamesTheModelsThatThereAre) {
     EXPECT_THAT(Type("@part#3\n").err, HasSubstr("unknown model 'part'; known: parts"));
 }
@@ -154,14 +180,14 @@ TEST_F(Shell, NamesTheModelsThatThereAre) {
 
 namespace {
 
-// Whether the machine has terminals to give out.
+// Whether the system provides terminals.
 bool HasTerminals() {
     const int descriptor = posix_openpt(O_RDWR | O_NOCTTY);
     if (descriptor >= 0) close(descriptor);
     return descriptor >= 0;
 }
 
-// orx shell on a terminal of its own, 200 columns wide.
+// orx shell on its own terminal, 200 columns wide.
 class Terminal {
   public:
     explicit Terminal(const std::string& directory,
@@ -199,8 +225,7 @@ class Terminal {
         EXPECT_EQ(write(descriptor_, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
     }
 
-    // What is shown behind what was read before, up to a text; all there is when that does not
-    // come.
+    // The unread output up to a text; all of it if that does not arrive in time.
     std::string ReadUpTo(const std::string& text) {
         using std::chrono::steady_clock;
         const auto end = steady_clock::now() + std::chrono::seconds(20);
@@ -219,7 +244,7 @@ class Terminal {
         return shown;
     }
 
-    // -1 when the shell does not end.
+    // -1 if the shell does not end.
     int ExitStatus() {
         using std::chrono::steady_clock;
         int status = 0;
@@ -248,23 +273,23 @@ TEST_F(Shell, EditsAndCompletesOnATerminal) {
     // A function.
     terminal.Press("GetMemb\t(1.,2.,3.))\r");
     EXPECT_THAT(terminal.ReadUpTo("\n3\r\n"), HasSubstr("\n3\r\n"));
-    // An attribute of the instance, in any case; a model's name.
+    // An attribute of the instance, in any letter case; the name of a model.
     terminal.Press("@\t#5.of\t.NAM\t\r");
     EXPECT_THAT(terminal.ReadUpTo("'Bolt'"), HasSubstr("'Bolt'"));
-    // An entity type, and an attribute of what the variable will stand for.
+    // An entity type, and an attribute of the instances that the variable visits.
     terminal.Press("EACH f IN PRODUCT_DEFINITION_FORM\t: f.I\t\r");
     const std::string row = terminal.ReadUpTo("#5  'A'");
     EXPECT_THAT(row, AllOf(HasSubstr("f   f.ID"), HasSubstr("#5  'A'"), Not(HasSubstr("orx:"))));
     // A variable.
     terminal.Press("LET thread = 'M6'\rthr\t\r");
     EXPECT_THAT(terminal.ReadUpTo("\n'M6'"), HasSubstr("\n'M6'"));
-    // What there is to choose from.
+    // The list of choices.
     terminal.Press("#3.\t");
     const std::string shown = terminal.ReadUpTo("NAME");
     for (const char* name : {"DESCRIPTION", "FRAME_OF_REFERENCE", "ID"}) {
         EXPECT_THAT(shown, HasSubstr(name));
     }
-    // The line is cancelled, and so is a statement that goes on; the shell stays.
+    // Cancels the line, and an unfinished statement; the shell continues.
     terminal.Press("\x03");
     EXPECT_THAT(terminal.ReadUpTo("^C"), HasSubstr("^C"));
     terminal.Press("EACH p IN PRODUCT:\r");
@@ -302,7 +327,8 @@ TEST_F(Shell, CompletesNamesInEveryLanguage) {
         folder.Write(name,
                      ExchangeFile("AUTOMOTIVE_DESIGN", "#1=PRODUCT('" + name + "','','',());\n"));
     };
-    // Two that begin with the same letter, and then with the same byte of another.
+    // Two names that begin with the same letter, followed by different letters with the same first
+    // byte.
     const std::string door = "\u0434\u0432\u0435\u0440\u044C.stp";
     const std::string house = "\u0434\u043E\u043C.stp";
     write(door);
@@ -348,7 +374,7 @@ TEST_F(Shell, RemembersLines) {
     EXPECT_THAT(again.ReadUpTo("\n'remembered'"), HasSubstr("\n'remembered'"));
 }
 
-// A file with so many products that their rows do not fit into what a terminal holds back.
+// A file with so many products that their rows do not fit into a terminal's buffer.
 namespace {
 
 constexpr int kManyProducts = 20'000;
@@ -372,7 +398,7 @@ TEST_F(Shell, LivesOnWhenAStatementIsInterrupted) {
     terminal.Press("LET kept = 'alive'\r");
     terminal.ReadUpTo("orx> ");
     terminal.Press("EACH p IN PRODUCT: p.ID\r");
-    // The rows wait for their reader: the walk cannot be over.
+    // The output buffer is full: the loop cannot have ended.
     EXPECT_THAT(terminal.ReadUpTo("#1     'P1'"), HasSubstr("p      p.ID"));
     terminal.Press("\x03");
     const std::string rest = terminal.ReadUpTo("orx: interrupted");
@@ -381,7 +407,7 @@ TEST_F(Shell, LivesOnWhenAStatementIsInterrupted) {
     terminal.ReadUpTo("orx> ");
     terminal.Press("kept\r");
     EXPECT_THAT(terminal.ReadUpTo("\n'alive'"), HasSubstr("\n'alive'"));
-    // The name of the EACH has gone, the model is there.
+    // The name of the EACH is gone, the model is still there.
     terminal.Press("p\r");
     EXPECT_THAT(terminal.ReadUpTo("unknown name 'p'"), HasSubstr("unknown name 'p'"));
     terminal.Press("#20000.ID\r");
@@ -391,11 +417,31 @@ TEST_F(Shell, LivesOnWhenAStatementIsInterrupted) {
     EXPECT_EQ(terminal.ExitStatus(), 0);
 }
 
+// Of lines that nobody types, the first errors get suggestions.
+TEST_F(Shell, SuggestsNamesForEveryLineThatIsTyped) {
+    std::string lines;
+    for (int i = 0; i < 25; ++i) lines += "GetMembrCount(#3)\n";
+    const std::string suggestion = "did you mean 'GetMemberCount'?";
+    int count = 0;
+    for (const std::string& line : Lines(Type(lines).err)) count += line.ends_with(suggestion);
+    EXPECT_EQ(count, 20);
+    if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
+    Terminal terminal(folder.Path());
+    terminal.ReadUpTo("orx> ");
+    for (int i = 0; i < 25; ++i) {
+        terminal.Press("GetMembrCount(#3)\r");
+        ASSERT_THAT(terminal.ReadUpTo(suggestion), HasSubstr(suggestion)) << i;
+    }
+    terminal.ReadUpTo("orx> ");
+    terminal.Press("\x04");
+    EXPECT_EQ(terminal.ExitStatus(), 0);
+}
+
 TEST_F(Shell, AsksBeforeUnsavedModelsAreLost) {
     if (!HasTerminals()) GTEST_SKIP() << "there are no pseudo-terminals";
     Terminal terminal(folder.Path(), {"-m", "parts.stp", "-m", "db.stp", "-o", "db=out.stp"});
     terminal.ReadUpTo("orx> ");
-    // Changes that are saved at the end are not asked for.
+    // There is no question about changes that are saved at the end.
     terminal.Press("SET @db#1.S_DESC = 'x'\r");
     terminal.ReadUpTo("orx> ");
     const std::string question = "not saved: parts; leave? (y/N) ";
@@ -441,7 +487,7 @@ TEST_F(Shell, ShowsLongOutputThroughThePager) {
     {
         Terminal terminal(folder.Path(), {"many.stp"}, "cat > paged.txt");
         terminal.ReadUpTo("orx> ");
-        // 44 rows with their header fit into the 50 lines of the terminal.
+        // 44 rows and their header fit into the 50 lines of the terminal.
         terminal.Press("EACH p IN PRODUCT WHERE p.ID >= 'P996': p.ID\r");
         terminal.ReadUpTo("orx> ");
         EXPECT_FALSE(std::filesystem::exists(folder / "paged.txt"));
@@ -453,7 +499,7 @@ TEST_F(Shell, ShowsLongOutputThroughThePager) {
         terminal.Press("quit\r");
         EXPECT_EQ(terminal.ExitStatus(), 0);
     }
-    // A pager that is left early ends the statement, which is nothing to complain of.
+    // Quitting the pager early ends the statement, which is not an error.
     Terminal terminal(folder.Path(), {"many.stp"}, "head -n 2 > paged.txt");
     terminal.ReadUpTo("orx> ");
     terminal.Press("EACH p IN PRODUCT: p.ID\r");

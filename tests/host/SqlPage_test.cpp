@@ -1,4 +1,4 @@
-// The questions of docs/sql.md, with the answers that the page gives.
+// The questions of docs/sql.md and the answers shown there.
 
 #include <fstream>
 
@@ -12,11 +12,11 @@ struct Question {
     std::string answer;
 };
 
-// A heading "### ...", the query in a block "```sql", the answer in the block behind it.
+// A heading "### ...", the query in a block "```sql", the answer in the next block.
 std::vector<Question> Questions() {
     std::ifstream page(SOURCE_DIRECTORY "/docs/sql.md");
     std::vector<Question> questions;
-    std::string* block = nullptr;  // that the line stands in
+    std::string* block = nullptr;  // that contains the line
     std::string other;             // a block of another kind
     bool isAnswerNext = false;
     for (std::string line; std::getline(page, line);) {

@@ -6,8 +6,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <iostream>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
 
 #include "DataSets.h"
 #include "Signature.h"
@@ -113,6 +117,12 @@ bool IsSameFile(const std::string& first, const std::string& second) {
 
 bool IsStandardInput(const std::string& file) { return file == "-"; }
 
+// What a model is called that is read from there.
+std::string ModelNameOf(const Named& source) {
+    if (!source.name.empty()) return source.name;
+    return IsStandardInput(source.value) ? "stdin" : relational::StemOf(source.value);
+}
+
 }  // namespace
 
 std::string TextName(const std::string& file) {
@@ -135,10 +145,7 @@ NamedModel ReadModel(const Session& session, const std::string& argument, const 
     NamedModel model;
     const Named named = Split(argument);
     model.file = relational::ReadableName(named.value);
-    model.name = named.name;
-    if (model.name.empty()) {
-        model.name = IsStandardInput(model.file) ? "stdin" : relational::StemOf(named.value);
-    }
+    model.name = ModelNameOf(named);
     Progress progress("reading", model.file);
     std::error_code error;
     std::uint64_t size = std::filesystem::file_size(model.file, error);
@@ -163,30 +170,49 @@ NamedModel ReadModel(const Session& session, const std::string& argument, const 
 }  // namespace
 
 void CheckTargets(const Options& options) {
-    std::vector<std::string> sources = options.schemas;
+    struct Source {
+        std::string file;
+        std::string model;  // empty for a schema or a script
+    };
+    std::vector<Source> sources;
+    for (const std::string& schema : options.schemas) sources.push_back({schema, ""});
     for (const Options::Model& model : options.models) {
-        if (!model.isNew) sources.push_back(Split(model.argument).value);
+        if (model.isNew) continue;
+        const Named named = Split(model.argument);
+        sources.push_back({named.value, ModelNameOf(named)});
     }
-    if (!options.script.empty()) sources.push_back(options.script);
-    if (std::count_if(sources.begin(), sources.end(), IsStandardInput) > 1) {
+    if (!options.script.empty()) sources.push_back({options.script, ""});
+    const auto isInput = [](const Source& source) { return IsStandardInput(source.file); };
+    if (std::count_if(sources.begin(), sources.end(), isInput) > 1) {
         Refuse("the standard input (-) can be read once");
     }
-    std::erase_if(sources, IsStandardInput);
+    std::erase_if(sources, isInput);
     std::vector<std::string> targets;
-    const auto add = [&](const std::string& target) {
+    // A model may be saved to the file it was read from, even if another was read from it, too.
+    const auto isInputOfAnother = [&](const std::string& target, const std::string& model) {
+        bool isRead = false;
+        for (const Source& source : sources) {
+            if (!IsSameFile(source.file, target)) continue;
+            if (!model.empty() && source.model == model) return false;
+            isRead = true;
+        }
+        return isRead;
+    };
+    const auto add = [&](const std::string& target, const std::string& model) {
+        if (isInputOfAnother(target, model)) {
+            Refuse(target + ": is read, and not to be overwritten");
+        }
         for (const std::string& other : targets) {
             if (IsSameFile(other, target)) Refuse(target + ": two results cannot go into one file");
         }
         targets.push_back(target);
     };
-    // A model may be saved to the file it was read from.
-    for (const std::string& save : options.saves) add(Split(save).value);
+    for (const std::string& save : options.saves) {
+        const Named named = Split(save);
+        add(named.value, named.name);
+    }
     for (const std::string& target : {options.trace, options.output}) {
-        if (target.empty() || target == "-") continue;
-        for (const std::string& source : sources) {
-            if (IsSameFile(source, target)) Refuse(target + ": is read, and not to be overwritten");
-        }
-        add(target);
+        if (!target.empty() && target != "-") add(target, "");
     }
 }
 

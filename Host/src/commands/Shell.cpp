@@ -3,11 +3,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <span>
 #include <sstream>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Signature.h"
 #include "commands/Commands.h"
@@ -23,7 +28,6 @@
 #include "script/Evaluator.h"
 #include "script/Interrupt.h"
 #include "script/SqlQuery.h"
-#include "services/Suggestions.h"
 
 namespace host {
 
@@ -138,6 +142,7 @@ class ShellSession {
         std::optional<ScriptError> failure;
         bool interrupted = false;
         ForgetInterrupt();
+        if (editor_.IsInteractive()) session_.suggestions.Renew();
         {
             std::optional<Pager> pager;
             if (editor_.IsInteractive()) pager.emplace();
@@ -250,7 +255,12 @@ class ShellSession {
     void New(const std::string& argument) { AddModel({true, argument}); }
     void AddModel(const Options::Model& model) {
         NeedArgument(model.argument, model.isNew ? "new NAME=SCHEMA" : "open [NAME=]FILE");
+        // What is saved when the shell is left must not go over what is opened now.
+        Options opened = options_;
+        opened.models.push_back(model);
+        CheckTargets(opened);
         host::AddModel(session_, model, options_);
+        options_ = std::move(opened);
         if (editor_.IsInteractive()) Present(session_.Models().back());
     }
 
@@ -264,6 +274,9 @@ class ShellSession {
         }
         const std::string save =
             isNamed ? argument : session_.Models().front().name + '=' + argument;
+        Options saving = options_;
+        saving.saves = {save};
+        CheckTargets(saving);
         SaveModel(session_, save, options_.inPlace);
         if (editor_.IsInteractive()) std::cout << "saved: " << ReadableName(save) << '\n';
     }
@@ -336,7 +349,7 @@ class ShellSession {
         }
         failed_ = true;
         Complain("no function and no entity type is named '" + name + "'" +
-                 kor::DidYouMean(name, known));
+                 session_.suggestions.For(name, [&] { return known; }));
     }
 
     Completion CompleteLine(std::string_view line) const {
@@ -348,7 +361,7 @@ class ShellSession {
     Session& session_;
     const calls::Module& module_;
     TraceView& trace_;
-    const Options& options_;
+    Options options_;  // with the models that were opened
     const Form form_;
     Printer printer_;
     Evaluator evaluator_;

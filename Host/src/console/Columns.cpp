@@ -32,6 +32,10 @@ void WriteLine(const std::vector<std::string>& fields, char separator,
 }  // namespace
 
 std::string CsvField(std::string_view text) {
+    // Asked once: rows are many.
+    static const bool kToTerminal = isatty(STDOUT_FILENO) != 0;
+    const std::string printable = kToTerminal ? Printable(text) : "";
+    if (kToTerminal) text = printable;
     const bool plain = text.find_first_of(",\"\r\n") == std::string_view::npos &&
                        !text.starts_with(' ') && !text.ends_with(' ');
     if (plain) return std::string(text);

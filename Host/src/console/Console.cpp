@@ -43,9 +43,11 @@ void Tell(const exchange::Messages& messages) {
         Complain(last);
         last = std::to_string(messages.ErrorCount()) + " errors in all";
     }
-    const bool mendable =
-        std::all_of(messages.Errors().begin(), messages.Errors().end(),
-                    [](const exchange::Message& error) { return error.mendable; });
+    // Unless a message says itself what --lenient does.
+    const bool mendable = std::all_of(
+        messages.Errors().begin(), messages.Errors().end(), [](const exchange::Message& error) {
+            return error.mendable && error.text.find(" (--lenient ") == std::string::npos;
+        });
     Complain(last + (mendable ? " (--lenient reads what can be read)" : ""));
     throw Unusable();
 }

@@ -15,11 +15,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 #include "console/Console.h"
 #include "console/Printable.h"
 #include "model/NameTable.h"
-#include "page/Html.h"
 
 namespace host {
 
@@ -34,9 +36,7 @@ std::string CommonStart(const std::vector<std::string>& names) {
         const auto end = std::mismatch(other.begin(), other.end(), folded.begin(), folded.end());
         auto size = static_cast<std::size_t>(end.first - other.begin());
         // Whole characters.
-        while (size < common.size() && (static_cast<unsigned char>(common[size]) & 0xC0) == 0x80) {
-            --size;
-        }
+        while (size < common.size() && !BeginsCharacter(common[size])) --size;
         common.resize(size);
     }
     return common;

@@ -1,4 +1,4 @@
-// Texts made safe for terminals.
+// UTF-8 texts to be shown, made safe for terminals.
 
 #include "console/Printable.h"
 
@@ -28,6 +28,19 @@ Character FirstOf(std::string_view utf8) {
         return kNoCharacter;
     }
     return {code, length};
+}
+
+std::size_t Characters(std::string_view utf8) {
+    return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), BeginsCharacter));
+}
+
+std::string Shortened(std::string_view utf8, std::size_t most) {
+    if (Characters(utf8) <= most) return std::string(utf8);
+    std::size_t end = 0;
+    for (std::size_t count = 0; count < most; ++end) {
+        if (end + 1 == utf8.size() || BeginsCharacter(utf8[end + 1])) ++count;
+    }
+    return std::string(utf8.substr(0, end)) + "…";
 }
 
 bool IsControl(char32_t code) {

@@ -1,5 +1,6 @@
-// Texts made safe for a terminal: without characters that it would act on instead of showing
-// (ISO/IEC 6429 and Unicode controls), which file names and texts of the data may contain.
+// UTF-8 texts to be shown: their characters, and how to make them safe for a terminal, without
+// characters that it would act on instead of showing (ISO/IEC 6429 and Unicode controls), which
+// file names and texts of the data may contain.
 
 #ifndef HOST_PRINTABLE_H
 #define HOST_PRINTABLE_H
@@ -18,6 +19,14 @@ struct Character {
     std::size_t length;  // in bytes
 };
 Character FirstOf(std::string_view utf8);
+
+// Whether a byte of a UTF-8 text is the first of a character.
+inline bool BeginsCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }
+
+// The number of characters of a UTF-8 text; the text shortened to that many, with "…" instead of
+// the rest.
+std::size_t Characters(std::string_view utf8);
+std::string Shortened(std::string_view utf8, std::size_t most);
 
 // Whether a terminal, or a program that reads text, acts on a character: C0 and C1 controls, DEL,
 // marks that change the text direction or end a line, invisible characters, and kNone.

@@ -7,12 +7,6 @@
 
 namespace host {
 
-namespace {
-
-bool BeginsCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }
-
-}  // namespace
-
 std::string Escaped(std::string_view text) {
     std::string escaped;
     for (const char c : text) {
@@ -40,19 +34,6 @@ std::string Pixels(double value) {
     char text[64];
     const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 1);
     return {text, end.ptr};
-}
-
-std::size_t Characters(std::string_view utf8) {
-    return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), BeginsCharacter));
-}
-
-std::string Shortened(std::string_view utf8, std::size_t most) {
-    if (Characters(utf8) <= most) return std::string(utf8);
-    std::size_t end = 0;
-    for (std::size_t count = 0; count < most; ++end) {
-        if (end + 1 == utf8.size() || BeginsCharacter(utf8[end + 1])) ++count;
-    }
-    return std::string(utf8.substr(0, end)) + "…";
 }
 
 std::string Plural(std::size_t count, const std::string& what) {

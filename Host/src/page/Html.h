@@ -18,11 +18,6 @@ std::string Shown(double value, int digits = 6);
 // A coordinate in a drawing.
 std::string Pixels(double value);
 
-// The number of characters of a UTF-8 text; the text shortened to that many, with "…" instead of
-// the rest.
-std::size_t Characters(std::string_view utf8);
-std::string Shortened(std::string_view utf8, std::size_t most);
-
 // "3 parts", "1 part".
 std::string Plural(std::size_t count, const std::string& what);
 

@@ -13,16 +13,17 @@
 #include "model/NameTable.h"
 #include "script/Interrupt.h"
 #include "script/Operators.h"
-#include "services/Suggestions.h"
 
 namespace host {
 
 namespace {
 
-// "unknown ... 'name'", with the nearest known name.
-[[noreturn]] void Unknown(Place place, const std::string& what, const std::string& name,
-                          const std::vector<std::string>& known) {
-    throw ScriptError(place, "unknown " + what + " '" + name + "'" + kor::DidYouMean(name, known));
+// "unknown ... 'name'", with the nearest of the names that known() gives.
+template <class Known>
+[[noreturn]] void Unknown(Session& session, Place place, const std::string& what,
+                          const std::string& name, Known known) {
+    throw ScriptError(place,
+                      "unknown " + what + " '" + name + "'" + session.suggestions.For(name, known));
 }
 
 // Lists are nested no deeper than in exchange files. They are copied whole, so that repeatedly
@@ -108,7 +109,8 @@ const SdaiAggrInstance* Evaluator::Members(const Statement& statement,
     } else {
         const kor::Model& model = ModelNamed(statement.model, statement.sourcePlace).Model();
         if (model.FindEntity(std::string_view(statement.entityType)) == nullptr) {
-            Unknown(statement.sourcePlace, "entity type", statement.entityType, EntityNames(model));
+            Unknown(session_, statement.sourcePlace, "entity type", statement.entityType,
+                    [&] { return EntityNames(model); });
         }
         return model.Extent(std::string_view(statement.entityType));
     }
@@ -225,9 +227,11 @@ SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
 SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {
     const auto found = variables_.find(expression.name);
     if (found != variables_.end()) return found->second;
-    std::vector<std::string> known = calls::FunctionNames();
-    for (std::string& name : VariableNames()) known.push_back(std::move(name));
-    const std::string nearest = kor::DidYouMean(expression.name, known);
+    const std::string nearest = session_.suggestions.For(expression.name, [this] {
+        std::vector<std::string> known = calls::FunctionNames();
+        for (std::string& name : VariableNames()) known.push_back(std::move(name));
+        return known;
+    });
     throw ScriptError(
         expression.place,
         "unknown name '" + expression.name + "'" +
@@ -260,10 +264,10 @@ SdaiPrimitiveH Evaluator::ReadAttribute(const Expression& expression) const {
     }
     const kor::EntityType& entity = *asked.Type().entity;
     FailUnlessLenient(
-        {expression.place, ToText(owner, session_) + " is of type " +
-                               std::string(entity.Name().View()) + ", which has no attribute '" +
-                               expression.name + "'" +
-                               kor::DidYouMean(expression.name, entity.AttributeNames())});
+        {expression.place,
+         ToText(owner, session_) + " is of type " + std::string(entity.Name().View()) +
+             ", which has no attribute '" + expression.name + "'" +
+             session_.suggestions.For(expression.name, [&] { return entity.AttributeNames(); })});
     return {};
 }
 
@@ -367,7 +371,7 @@ SdaiPrimitiveH Evaluator::CallFunction(const Expression& expression) const {
     if (expression.name == "COUNT") return Count(expression);
     const orx::Export* function = orx::FindExport(expression.name);
     if (function == nullptr) {
-        Unknown(expression.place, "function", expression.name, calls::FunctionNames());
+        Unknown(session_, expression.place, "function", expression.name, calls::FunctionNames);
     }
     const std::size_t count = function->ArgumentCount();
     if (expression.operands.size() != count) {
@@ -453,7 +457,8 @@ const kor::EntityType& Evaluator::EntityNamed(const Expression& expression,
         rest.remove_prefix(std::min(name.size() + 1, rest.size()));
         parts.push_back(model.GetSchema().FindEntity(std::string_view(name)));
         if (parts.back() == nullptr) {
-            Unknown(expression.place, "entity type", name, model.GetSchema().EntityNames());
+            Unknown(session_, expression.place, "entity type", name,
+                    [&] { return model.GetSchema().EntityNames(); });
         }
     }
     if (parts.size() == 1) return *parts.front();
@@ -477,7 +482,9 @@ void Evaluator::Put(SdaiEntityInstance& instance, const std::string& attribute, 
 void Evaluator::CheckPut(const kor::EntityType& entity, const std::string& attribute, Place place,
                          const SdaiPrimitiveH& value) const {
     const kor::Index slot = entity.SlotOf(std::string_view(attribute));
-    if (!slot) Unknown(place, "attribute", attribute, entity.AttributeNames());
+    if (!slot) {
+        Unknown(session_, place, "attribute", attribute, [&] { return entity.AttributeNames(); });
+    }
     const kor::Slot& definition = entity.Slots()[*slot];
     if (definition.derived) {
         throw ScriptError(place, "attribute '" + attribute + "' is derived from others");
@@ -487,10 +494,12 @@ void Evaluator::CheckPut(const kor::EntityType& entity, const std::string& attri
 }
 
 void Evaluator::CheckItem(const SdaiPrimitiveH& value, const kor::Domain* domain,
-                          const std::string& attribute, Place place) {
+                          const std::string& attribute, Place place) const {
     if (const auto item = kor::WrongItem(value, domain)) {
         std::string known;
-        if (domain != nullptr) known = kor::DidYouMean(*item, domain->items);
+        if (domain != nullptr) {
+            known = session_.suggestions.For(*item, [&] { return domain->items; });
+        }
         throw ScriptError(place, "'" + Readable(*item) + "' is not an item of the enumeration " +
                                      "of attribute '" + attribute + "'" + known);
     }

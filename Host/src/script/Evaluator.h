@@ -5,8 +5,10 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Module.h"
@@ -87,8 +89,8 @@ class Evaluator {
                   const SdaiPrimitiveH& value) const;
     void CheckKind(const SdaiPrimitiveH& value, const kor::Domain* domain,
                    const std::string& attribute, Place place) const;
-    static void CheckItem(const SdaiPrimitiveH& value, const kor::Domain* domain,
-                          const std::string& attribute, Place place);
+    void CheckItem(const SdaiPrimitiveH& value, const kor::Domain* domain,
+                   const std::string& attribute, Place place) const;
     void FailUnlessLenient(const ScriptError& error) const;
 
     const NamedModel& ModelNamed(const std::optional<std::string>& name, Place place) const;

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Exchange.h"
+#include "services/Suggestions.h"
 
 namespace host {
 
@@ -28,10 +29,33 @@ struct NamedModel {
 // The names of the entity types of a model's schema, and of the model's undeclared types.
 std::vector<std::string> EntityNames(const kor::Model& model);
 
+// Suggestions for unknown names in statements and queries. Each is looked for among all known
+// names, so only the first errors get one: nobody reads more, and a long script with many would
+// take long.
+class Suggestions {
+  public:
+    static constexpr int kMost = 20;
+
+    // "; did you mean 'NAME'?" with the nearest of the names that known() gives, or nothing.
+    template <class Known>
+    std::string For(std::string_view name, Known known) {
+        if (sought_ == kMost) return {};
+        ++sought_;
+        return kor::DidYouMean(name, known());
+    }
+
+    // Begins to count again.
+    void Renew() { sought_ = 0; }
+
+  private:
+    int sought_ = 0;
+};
+
 // The models, in the order of the command line.
 class Session {
   public:
     exchange::SchemaCatalog schemas;
+    Suggestions suggestions;
 
     // Adds a data set, and its revision families to document management.
     void Add(NamedModel model);

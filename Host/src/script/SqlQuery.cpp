@@ -4,7 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <iostream>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "Connection.h"
 #include "ExchangeText.h"
@@ -12,7 +18,6 @@
 #include "console/Display.h"
 #include "console/Json.h"
 #include "script/Interrupt.h"
-#include "services/Suggestions.h"
 
 namespace host {
 
@@ -152,7 +157,7 @@ int IsInterrupted(void*) {
 
 }  // namespace
 
-SqlSession::SqlSession(const Session& session, const calls::Module& module) : session_(session) {
+SqlSession::SqlSession(Session& session, const calls::Module& module) : session_(session) {
     if (sqlite3_open(":memory:", &database_) != SQLITE_OK) {
         sqlite3_close(database_);
         throw std::bad_alloc();
@@ -220,13 +225,19 @@ void SqlSession::FailToPrepare(int status, std::string_view text, std::size_t fi
         const auto offset = static_cast<std::size_t>(std::max(0, sqlite3_error_offset(database_)));
         Fail(database_, status, PlaceIn(text, first + offset, start));
     }
-    std::vector<std::string> known;
-    for (const NamedModel& model : session_.Models()) {
-        for (std::string& name : sql::TableNames(model.Model())) known.push_back(std::move(name));
-    }
+    const auto known = [this] {
+        std::vector<std::string> names;
+        for (const NamedModel& model : session_.Models()) {
+            for (std::string& name : sql::TableNames(model.Model())) {
+                names.push_back(std::move(name));
+            }
+        }
+        return names;
+    };
     const std::size_t place = text.find(missing, first);
-    throw ScriptError(PlaceIn(text, place != std::string_view::npos ? place : first, start),
-                      std::string(sqlite3_errmsg(database_)) + kor::DidYouMean(missing, known));
+    throw ScriptError(
+        PlaceIn(text, place != std::string_view::npos ? place : first, start),
+        std::string(sqlite3_errmsg(database_)) + session_.suggestions.For(missing, known));
 }
 
 Form SqlFormOf(Form form) {

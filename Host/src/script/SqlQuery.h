@@ -23,7 +23,7 @@ namespace host {
 // A connection of SQLite that has the models as tables. The session must stay as long as it does.
 class SqlSession {
   public:
-    SqlSession(const Session& session, const calls::Module& module);
+    SqlSession(Session& session, const calls::Module& module);
     ~SqlSession();
     SqlSession(const SqlSession&) = delete;
     SqlSession& operator=(const SqlSession&) = delete;
@@ -40,7 +40,7 @@ class SqlSession {
     // Makes tables of the models that have come to the session.
     void AddModels();
 
-    const Session& session_;
+    Session& session_;
     sqlite3* database_ = nullptr;
     std::shared_ptr<sql::Connection> connection_;
     std::size_t modelCount_ = 0;  // that have tables
