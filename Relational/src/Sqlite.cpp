@@ -1,10 +1,20 @@
 // SQLite, through its C interface.
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <climits>
+#include <cstdint>
 #include <filesystem>
+#include <map>
+#include <memory>
+#include <new>
+#include <span>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
 
 #include "Database.h"
 
@@ -141,13 +151,14 @@ class Sqlite final : public Database {
         sqlite3_busy_timeout(opened, kPatience);
     }
 
-    // A file that this has made and nothing was saved to goes again.
+    // A file that this has made and nothing was saved to is removed, without a path of the standard
+    // library, which needs memory.
     ~Sqlite() override {
         statements_.clear();
         database_.reset();
-        std::error_code error;
-        if (made_ && std::filesystem::file_size(file_, error) == 0 && !error) {
-            std::filesystem::remove(file_, error);
+        struct stat status {};
+        if (made_ && ::stat(file_.c_str(), &status) == 0 && status.st_size == 0) {
+            ::unlink(file_.c_str());
         }
     }
 
