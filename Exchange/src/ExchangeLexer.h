@@ -5,13 +5,15 @@
 #ifndef EXCHANGE_EXCHANGELEXER_H
 #define EXCHANGE_EXCHANGELEXER_H
 
-#include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "CharacterClasses.h"
 #include "Digits.h"
 #include "ExchangeText.h"
 #include "Input.h"
@@ -20,38 +22,6 @@
 #include "model/Dictionary.h"
 
 namespace exchange {
-
-enum CharacterClass : unsigned char {
-    kSpace = 1,  // between tokens, except line breaks
-    kDigit = 2,
-    kLetter = 4,  // A to Z, a to z, _
-    kLower = 8,
-    kHex = 16,
-    kQuiet = 32,    // unchanged in a string
-    kNoToken = 64,  // cannot begin a token, or is the end of the window
-};
-
-inline constexpr auto kClasses = [] {
-    std::array<unsigned char, 256> classes{};
-    for (const char c : {' ', '\t', '\f', '\v'}) {
-        classes[static_cast<unsigned char>(c)] |= kSpace;
-    }
-    for (unsigned c = '0'; c <= '9'; ++c) classes[c] |= kDigit | kHex;
-    for (unsigned c = 'A'; c <= 'F'; ++c) classes[c] |= kHex;
-    for (unsigned c = 'a'; c <= 'f'; ++c) classes[c] |= kHex;
-    for (unsigned c = 'A'; c <= 'Z'; ++c) classes[c] |= kLetter;
-    for (unsigned c = 'a'; c <= 'z'; ++c) classes[c] |= kLetter | kLower;
-    classes['_'] |= kLetter;
-    for (const char c : {' ', '\t', '\r', '\f', '\v', '\n', '/', '\\', '\0'}) {
-        classes[static_cast<unsigned char>(c)] |= kNoToken;
-    }
-    for (unsigned c = ' '; c <= '~'; ++c) classes[c] |= c != '\'' && c != '\\' ? kQuiet : 0;
-    return classes;
-}();
-
-inline bool Is(char c, unsigned classes) {
-    return (kClasses[static_cast<unsigned char>(c)] & classes) != 0;
-}
 
 class ExchangeLexer {
   public:
@@ -177,7 +147,7 @@ class ExchangeLexer {
     kor::Cell String() {
         const char* const start = in_.at;
         const char* at = start;
-        while (Is(*at, kQuiet)) ++at;
+        while (Is(*at, kPlain)) ++at;
         if (*at == '\'' && at + 1 < in_.end && at[1] != '\'') {
             in_.at = at + 1;
             return kor::Cell::OfText(kor::Tag::Text, {start, static_cast<std::size_t>(at - start)});

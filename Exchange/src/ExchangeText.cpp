@@ -3,11 +3,10 @@
 #include "ExchangeText.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <type_traits>
 #include <utility>
 
+#include "CharacterClasses.h"
 #include "CodePages.h"
 #include "model/Cell.h"
 #include "model/Literals.h"
@@ -25,14 +24,9 @@ bool IsHex(std::string_view text) {
 }
 
 // Whether a character is written unchanged in a string.
-constexpr auto kPlain = [] {
-    std::array<bool, 256> plain{};
-    for (int c = 0x20; c <= 0x7E; ++c) plain[static_cast<std::size_t>(c)] = c != '\'' && c != '\\';
-    return plain;
-}();
 template <class Char>
 bool IsPlain(Char c) {
-    return kor::CodePoint(c) <= kor::kLastNarrow && kPlain[kor::CodePoint(c)];
+    return kor::CodePoint(c) <= kor::kLastNarrow && Is(static_cast<char>(c), kPlain);
 }
 
 // The number of digits per character in a \X2\ or \X4\ directive at the start of a text; 0 if there

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <limits>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "ExchangeWriter.h"
@@ -361,7 +362,7 @@ const EntityType& InstanceReader::ComplexInstance() {
         const auto values = values_.begin() + static_cast<long>(part.first);
         ordered.insert(ordered.end(), values, values + static_cast<long>(part.count));
     }
-    values_.swap(ordered);
+    values_ = std::move(ordered);  // the old ones need not stay while the type is made
     return Own(start, model_->ComplexEntity(entities));
 }
 

@@ -15,8 +15,8 @@
 #include "Exchange.h"
 #include "ExchangeText.h"
 #include "Orx.h"
+#include "ParsedModel.h"
 #include "SdaiIterator.h"
-#include "TestModel.h"
 
 namespace {
 
@@ -90,7 +90,7 @@ exchange::SchemaCatalog TestSchemas() {
     return schemas;
 }
 
-// A file read from its text, and what there was to say.
+// A file read from its text, with its messages.
 struct File {
     explicit File(const std::string& text, const exchange::ReadOptions& options = {})
         : dataSet(exchange::ParseDataSet(text, "file", TestSchemas(), options, messages)) {}
@@ -110,7 +110,7 @@ struct File {
     exchange::DataSet dataSet;
 };
 
-// A file that is right, from its data section.
+// A valid file with this data section.
 struct Data : File {
     explicit Data(const std::string& data) : File(FileOf(data)) { ExpectRight(); }
 };
@@ -238,7 +238,7 @@ TEST(ExchangeReader, ReadsRealsExactly) {
         "0.000000000000000000000000000000000000000000000000000000000000000000000000000001",
         "1000000000000000000000000000000000000000000000000000000000000000000000000000000.",
         "179769313486231570000000000000000000000.E270",
-        // too small to be anything but 0
+        // rounds to 0
         "1.E-400",
         "-1.E-400",
         "1.E-99999999999",
@@ -254,7 +254,7 @@ TEST(ExchangeReader, ReadsRealsExactly) {
     }
 }
 
-// Digits are taken in groups: every number of them before and behind the point.
+// Digits are read in groups: every number of digits before and after the point.
 TEST(ExchangeReader, ReadsAnyNumberOfDigits) {
     const std::string digits = "12345678901234567890123456";
     for (std::size_t before = 1; before <= digits.size(); ++before) {
@@ -286,7 +286,7 @@ TEST(ExchangeReader, TooSmallRealsAreZero) {
     EXPECT_THAT(RealsIn(Attribute(file[1], "reals")), ElementsAre(0.0, 0.0, 0.0));
 }
 
-// Small or large is what a real is, not how many digits it is written with.
+// The value of a real decides whether it is too large or too small, not its number of digits.
 TEST(ExchangeReader, ReadsRealsOfManyDigits) {
     const std::string zeros(400, '0');
     struct Case {
@@ -357,7 +357,7 @@ TEST(ExchangeReader, KeepsTheLevelsOfTypedValues) {
                               "A(B(#2))", "A(B(()))", "A(*)", "A(B(*))", "A($)"}) {
         const Data file("#1=OWN(" + std::string(value) + ");\n#2=ITEM('item');");
         EXPECT_THAT(Written(file), HasSubstr("#1=OWN(" + std::string(value) + ");"));
-        // Put elsewhere they are the same.
+        // Written to another attribute, they stay the same.
         const auto* own = file.dataSet.model->Find(1);
         const auto& instance = kor::Instance::Of(*own);
         const SdaiPrimitiveH holder = file.dataSet.model->GetEntityDefinition("CHOICE_HOLDER")
@@ -375,7 +375,7 @@ TEST(ExchangeReader, ReadsAFileWithoutData) {
     EXPECT_EQ(file.dataSet.model->InstanceCount(), 0U);
     EXPECT_THAT(Written(file), testing::EndsWith("ENDSEC;\nEND-ISO-10303-21;\n"));
     EXPECT_THAT(Written(file), testing::Not(HasSubstr("DATA")));
-    // A first instance stands in a section.
+    // The first instance gets a data section.
     file.dataSet.model->GetEntityDefinition("ITEM")->CreateEntityInstance(file.dataSet.model.get());
     EXPECT_THAT(Written(file), HasSubstr("DATA;\n#1=ITEM($);\nENDSEC;\n"));
     File(Written(file)).ExpectRight();
@@ -441,7 +441,7 @@ TEST(ExchangeReader, DecodesTexts) {
     }
 }
 
-// One text in each of several languages, as a file may write it.
+// A text in each of several languages, as a file may contain it.
 const struct {
     const char* raw;
     const char* directives;
@@ -469,7 +469,7 @@ TEST(ExchangeReader, ReadsTheTextsOfEveryLanguage) {
 }
 
 TEST(ExchangeReader, ReadsAFileThatIsNotUtf8ThroughoutAsIso8859) {
-    // The one byte that is no UTF-8 stands behind text that could be, more than a block away.
+    // The only byte that is not UTF-8 comes more than a block after text that could be UTF-8.
     const std::string filler(200'000, ' ');
     const File file(FileOf("#1=TEXT_HOLDER('plain');\n#2=TEXT_HOLDER('\xC3\xA9');" + filler +
                            "\n#3=TEXT_HOLDER('caf\xE9');\n#4=TEXT_HOLDER('\\X2\\0141\\X0\\');"));
@@ -493,7 +493,7 @@ TEST(ExchangeReader, SaysNothingOfBytesThatNoStringHolds) {
 }
 
 TEST(ExchangeReader, FindsUtf8CharactersThatBlocksCut) {
-    // Read from a file: in blocks that end within characters.
+    // Read from a file, in blocks that end within characters.
     std::string text;
     while (text.size() < 300'000) text += "é😀Ł";
     const std::string path = testing::TempDir() + "utf8_blocks.stp";
@@ -540,7 +540,7 @@ TEST(ExchangeReader, ReadsVeryLongTexts) {
     std::string literal;
     exchange::AppendString(literal, text);
     for (std::size_t at = 80; at < literal.size(); at += 81) {
-        // Where a line of a file ends, but not within a directive or two apostrophes.
+        // Line breaks between words, so not within a directive or a doubled apostrophe.
         if (literal[at] == ' ') literal.insert(at, "\n");
     }
     const Data file("#1=TEXT_HOLDER(" + literal + ");");
@@ -618,7 +618,7 @@ TEST(ExchangeReader, ReadsInstanceNamesOf63Bits) {
         "#1=ITEM_HOLDER(#0000000000000000000000009223372036854775807);\n#3=ITEM('three');\n");
     EXPECT_EQ(static_cast<SdaiEntityInstance*>(file[1].GetAttr("ITEM")),
               file.dataSet.model->Find(9223372036854775807));
-    // No name is larger: new instances get the smallest free ones.
+    // The largest name is taken: new instances get the smallest free ones.
     const SdaiEntity* item = file.dataSet.model->GetEntityDefinition("ITEM");
     for (const unsigned long expected : {2U, 4U, 5U}) {
         EXPECT_EQ(item->CreateEntityInstance(file.dataSet.model.get())->GetInstanceNameId(),
@@ -754,7 +754,7 @@ TEST(ExchangeReader, KeepsTheKindsOfUndeclaredValues) {
 
 struct WrongKind {
     const char* name;
-    const char* instance;  // the value stands after the "^"
+    const char* instance;  // the value is at the "^"
     const char* attribute;
     const char* kind;  // of the value that is kept
 };
@@ -820,7 +820,7 @@ TEST(ExchangeReader, KeepsTheFirstTwentyWarningsAndCountsAll) {
 
 // ---- Layout
 
-// A file as its tokens.
+// The tokens of a file.
 const std::vector<std::string> kTokens = {
     "ISO-10303-21",
     ";",
@@ -982,7 +982,7 @@ TEST(ExchangeReader, TakesBlanksAndCommentsBeforeTheFile) {
     }
 }
 
-// Directives for the printed form of a file separate tokens, as blanks do.
+// Print control directives separate tokens, as blanks do.
 TEST(ExchangeReader, SkipsPrintControlDirectivesBetweenTokens) {
     const File plain(Joined(""));
     for (const char* separator : {"\\N\\", "\\F\\"}) {
@@ -998,12 +998,12 @@ TEST(ExchangeReader, FindsTypeNamesInAnyCase) {
     EXPECT_EQ(KindOf(file[1]), "SPECIAL_ITEM");
 }
 
-// A type that was just read is found again without a look into the schema.
+// A type that was just read is found again without looking it up in the schema.
 TEST(ExchangeReader, FindsTheTypesOfInstancesThatFollowEachOther) {
     const Data file(
         "#1=ITEM('a');#2=item('b');#3=ITEM ('c');#4=/* ( */ITEM('d');#5=ITEM\n('e');#6=ITEM('f');\n"
         "#7=CURVE(1);#8=CURVE(1,2);#9=curve(1);#10=CURVE(1,2);#11=CURVE();#12=CURVE(1);\n"
-        // Alike in length and in the first and last eight letters.
+        // The same length, and the same first and last eight letters.
         "#13=BEGINS_SO_1_ENDS_SO(1);#14=BEGINS_SO_2_ENDS_SO(1);#15=BEGINS_SO_1_ENDS_SO(1);\n"
         "#16=!OWN(1);#17=OWN(1);#18=!OWN(1);#19=A(1);#20=B(1);#21=AB(1);#22=A(1);#23=ITEM('g');");
     EXPECT_THAT(Extent(file, "ITEM"), ElementsAre(1, 2, 3, 4, 5, 6, 23));
@@ -1183,7 +1183,7 @@ TEST(ExchangeReader, KeepsSectionsOfTheThirdEdition) {
                                          "DATA;\n#1=ITEM('a');\nENDSEC;\nEND-ISO-10303-21;\n"));
 }
 
-// An address may hold apostrophes and what begins a comment elsewhere.
+// An address may contain apostrophes and the characters that begin a comment elsewhere.
 TEST(ExchangeReader, KeepsAddressesOfAnyCharacters) {
     for (const char* address :
          {"http://www.example.com/it's", "http://www.example.com/*", "http://a/(;ENDSEC,b)#c"}) {
@@ -1208,7 +1208,7 @@ TEST(ExchangeReader, AnExternalReferenceIsAValueOfItsOwn) {
     EXPECT_EQ(static_cast<long>(item), 0);
     EXPECT_EQ(exchange::ExternalReference(file[1]), "");
     EXPECT_THAT(Written(file), HasSubstr(data));
-    // It can be put elsewhere, where an instance is declared too.
+    // It can be written to another attribute, even one declared as an instance.
     SdaiEntityInstance* holder = file.dataSet.model->GetEntityDefinition("ITEM_HOLDER")
                                      ->CreateEntityInstance(file.dataSet.model.get());
     static_cast<SdaiAppInstance*>(holder)->PutAttr("ITEM", item);
@@ -1228,7 +1228,7 @@ TEST(ExchangeReader, AnExternalReferenceNeedsAnAddress) {
     const File anchor(kHeader + "ANCHOR;\n<a>=#7;\nENDSEC;\nDATA;\nENDSEC;\nEND-ISO-10303-21;\n");
     ASSERT_EQ(anchor.messages.ErrorCount(), 1U);
     EXPECT_EQ(anchor.messages.Errors()[0].text, "there is no instance #7");
-    // In another data set there is none.
+    // Another data set has no address for it.
     const File source(kHeader + kReferences +
                       "DATA;\n#1=ITEM_HOLDER(#100);\nENDSEC;\nEND-ISO-10303-21;\n");
     const Data other("#1=ITEM_HOLDER($);");
@@ -1283,7 +1283,7 @@ TEST(ExchangeReader, KeepsScopes) {
     EXPECT_THAT(Written(file), HasSubstr(data));
 }
 
-// In the first edition an instance may hold others in its scope.
+// In the first edition an instance may have others in its scope.
 TEST(ExchangeReader, ReadsScopes) {
     const Data file(
         "#1=&SCOPE\n#2=ITEM('inner');\n#3=&SCOPE #4=ITEM('innermost'); ENDSCOPE ITEM_HOLDER(#4);\n"
@@ -1297,13 +1297,15 @@ TEST(ExchangeReader, ReadsScopes) {
 TEST(ExchangeReader, ReadsAnEmptyDataSection) {
     const File file(FileOf(""));
     file.ExpectRight();
+    SdaiModel* model = file.dataSet.model.get();
     EXPECT_EQ(file.dataSet.model->InstanceCount(), 0U);
-    EXPECT_EQ(file.dataSet.model->LargestId(), 0U);
+    const SdaiEntity* item = model->GetEntityDefinition("ITEM");
+    EXPECT_EQ(item->CreateEntityInstance(model)->GetInstanceNameId(), 1U);
 }
 
 // ---- Large files
 
-// The reader takes a file piece by piece; a token may lie on the border of two pieces.
+// The reader reads a file in pieces; a token may be cut by the border between two pieces.
 constexpr std::size_t kWindow = 256 * 1024;
 
 class LargeFile {
@@ -1327,8 +1329,7 @@ const std::string kManyTokens =
     "#20=ITEM('a')/* it's * / a comment **/;#30=( RIGHT ($)BASE(*)LEFT(1) );\n"
     "#1234567890123=!USER_DEFINED(*,((#10),(#20,#1234567890123)));\n#40=CURVE('',$,.F.,());";
 
-// Places the bytes of the tokens above on the border after `windows` pieces, one by one or in
-// steps.
+// Puts the border after `windows` pieces within the tokens above, at each byte or in steps.
 void CheckTokensAcross(std::size_t windows, const std::string& padBefore,
                        const std::string& padAfter, char pad, std::size_t step = 1) {
     const Data plain(kManyTokens);
@@ -1365,7 +1366,7 @@ TEST(ExchangeReaderWindow, TellsPlacesBehindTheBorder) {
         Messages messages;
         EXPECT_EQ(file.Read(messages).model, nullptr);
         ASSERT_EQ(messages.ErrorCount(), 1U);
-        // Six lines of header, that of DATA, those of the comment and the one in which it ends.
+        // Six header lines, the DATA line, the comment with its last line, and this line.
         EXPECT_EQ(messages.Errors()[0].line, 7 + length + 1 + 1);
         EXPECT_EQ(messages.Errors()[0].column, 17U);
         EXPECT_EQ(messages.Errors()[0].file, file.Path());
@@ -1437,7 +1438,7 @@ TEST(ExchangeReaderWindow, ReadsLongLists) {
     }
 }
 
-// Where the second half is guessed to begin: nowhere, or at an offset, which may be in a comment.
+// The guess where the second half begins: none, or an offset, which may be within a comment.
 class ProgressOfReading : public testing::TestWithParam<std::optional<std::uint64_t>> {};
 
 TEST_P(ProgressOfReading, NeverDecreasesAndEndsWithinTheFile) {
@@ -1464,7 +1465,7 @@ TEST_P(ProgressOfReading, NeverDecreasesAndEndsWithinTheFile) {
 INSTANTIATE_TEST_SUITE_P(Halves, ProgressOfReading,
                          testing::Values(std::nullopt, 300000, 1500000, 2050000, 2900000));
 
-// ---- Schemas at hand
+// ---- Available schemas
 
 TEST(SchemaCatalog, FindsNamesInAnyCase) {
     const exchange::SchemaCatalog schemas = TestSchemas();

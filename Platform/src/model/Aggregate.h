@@ -3,6 +3,7 @@
 #ifndef KOR_AGGREGATE_H
 #define KOR_AGGREGATE_H
 
+#include <atomic>
 #include <cstddef>
 #include <span>
 
@@ -28,7 +29,6 @@ class KOR_API AggregateAccess {
     static void ReserveExtent(SdaiAggrInstance& extent, std::size_t count) { Grow(extent, count); }
     static void AppendToExtent(SdaiAggrInstance& extent, SdaiEntityInstance* instance);
 
-    static bool IsExtent(const SdaiAggrInstance& aggregate) { return aggregate.extent_; }
     // The members of an extent, until the next instance is created in the model.
     static std::span<SdaiEntityInstance* const> ExtentMembers(const SdaiAggrInstance& extent) {
         return {Members<SdaiEntityInstance*>(extent), Count(extent)};

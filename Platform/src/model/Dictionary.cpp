@@ -161,11 +161,6 @@ std::unique_ptr<EntityType> EntityType::MakeComplex(const std::vector<const Enti
 
 // ---- Schemas
 
-const DefinedType* Schema::FindType(std::string_view name) const {
-    const Index index = typeTable_.Find(name);
-    return index ? &types_[*index] : nullptr;
-}
-
 std::vector<std::string> Schema::EntityNames() const {
     std::vector<std::string> names;
     names.reserve(entities_.size());
@@ -210,10 +205,9 @@ class Schema::Resolver {
         for (const TypeDeclaration& type : declaration_.types) {
             schema_.domains_.emplace_back();
             schema_.typeNames_.push_back(Folded(type.name));
-            if (!schema_.typeTable_.Add(schema_.typeNames_.back(), schema_.types_.size())) {
+            if (!schema_.typeTable_.Add(schema_.typeNames_.back(), typeDomains_.size())) {
                 Fail(type.place, "type '" + type.name + "' is declared twice");
             }
-            schema_.types_.emplace_back(Spelled(type.name), &schema_.domains_.back());
             typeDomains_.push_back(&schema_.domains_.back());
         }
         for (const EntityDeclaration& entity : declaration_.entities) {
@@ -266,7 +260,9 @@ class Schema::Resolver {
         std::string suggestion;
         if (errors_.size() < kMostSuggestions) {
             std::vector<std::string> known = schema_.EntityNames();
-            for (const DefinedType& type : schema_.types_) known.emplace_back(type.Name().View());
+            for (const TypeDeclaration& type : declaration_.types) {
+                known.emplace_back(Spelled(type.name).View());
+            }
             suggestion = DidYouMean(name, known);
         }
         Fail(place, std::string("unknown ") + what + " '" + name + "'" + suggestion);

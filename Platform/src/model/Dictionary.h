@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "KORExport.h"
@@ -139,16 +140,6 @@ struct KOR_API Domain {
     const Domain* Choice(std::string_view definedType) const;
 };
 
-class DefinedType final : public SdaiNamedType {
-  public:
-    DefinedType(SdaiString name, const Domain* domain)
-        : SdaiNamedType(std::move(name)), domain_(domain) {}
-    const Domain* GetDomain() const { return domain_; }
-
-  private:
-    const Domain* domain_;
-};
-
 class Attribute final : public SdaiAttribute {
   public:
     Attribute(SdaiString name, const Domain* ofDomain, bool isOptional)
@@ -269,8 +260,6 @@ class KOR_API Schema final : public SdaiSchema {
         return index ? entities_[*index] : nullptr;
     }
 
-    const DefinedType* FindType(std::string_view name) const;
-
     // The entity types in the order of declaration.
     const std::vector<const EntityType*>& Entities() const { return entities_; }
 
@@ -283,7 +272,6 @@ class KOR_API Schema final : public SdaiSchema {
     }
 
     std::vector<std::string> EntityNames() const;
-    std::size_t TypeCount() const { return types_.size(); }
 
   private:
     class Resolver;
@@ -293,7 +281,6 @@ class KOR_API Schema final : public SdaiSchema {
     std::vector<const EntityType*> entities_;
     std::deque<Attribute> attributes_;
     std::deque<Domain> domains_;
-    std::deque<DefinedType> types_;
     std::deque<std::string> typeNames_;
     NameTable entityTable_;
     NameTable typeTable_;
