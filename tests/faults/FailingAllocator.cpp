@@ -1,18 +1,25 @@
-// Loaded before a program (LD_PRELOAD), lets an allocation fail: whatever asks for memory after
-// main has begun, in the program or in a library, counts.
+// Loaded before a program (LD_PRELOAD), runs it again and again and lets an allocation fail:
+// whatever asks for memory after main has begun, in the program or in a library, counts. Each run
+// is a process of its own, split off where main begins, so that the program is loaded once.
 //
-//   FAIL_AT=N       the N-th allocation fails, counted from 1; 0: none
-//   FAIL_ONWARD=1   so do all that follow
-//   FAIL_COUNT=FILE the number of allocations is written there when the program ends
+//   FAIL_FOLDER=FOLDER  the standard input, output and error output of a run are the files in,
+//   stdout
+//                       and stderr of this folder; count has the number of its allocations
+//
+// Each line of the standard input asks for a run: N, the number of the allocation that fails,
+// counted from 1 (0: none), and 1 if all that follow fail as well, else 0. The answer, a line of
+// the standard output, is the exit status of the run, or the number of the signal that ended it,
+// with a minus.
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 
 // glibc's own, under names that stay when others take theirs.
@@ -38,31 +45,71 @@ bool Fails() {
     return true;
 }
 
+constexpr unsigned kLongestRun = 60;  // seconds
+int folder = -1;
+
+int Opened(const char* file, int flags) { return openat(folder, file, flags | O_CLOEXEC, 0600); }
+
+constexpr int kAnew = O_WRONLY | O_CREAT | O_TRUNC;
+
+void Redirect(int descriptor, const char* file, int flags) {
+    const int opened = Opened(file, flags);
+    if (opened < 0 || dup2(opened, descriptor) < 0) _exit(126);
+    close(opened);
+}
+
 void WriteCount() {
-    const char* file = std::getenv("FAIL_COUNT");
-    if (file == nullptr) return;
-    const int descriptor = open(file, O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const int descriptor = Opened("count", kAnew);
     if (descriptor < 0) return;
-    char digits[24];
-    const char* end = std::to_chars(digits, digits + sizeof digits, allocations.load()).ptr;
-    [[maybe_unused]] const ssize_t written =
-        write(descriptor, digits, static_cast<std::size_t>(end - digits));
+    dprintf(descriptor, "%ld", allocations.load());
     close(descriptor);
 }
 
 using Main = int (*)(int, char**, char**);
 Main theMain = nullptr;
 
-int CountingMain(int argc, char** argv, char** environment) {
-    if (const char* at = std::getenv("FAIL_AT")) failAt = std::atol(at);
-    failsOnward = std::getenv("FAIL_ONWARD") != nullptr;
-    counting = true;
-    return theMain(argc, argv, environment);
+// Reads what is asked for next; false at the end.
+bool NextRun() {
+    char line[64];
+    const ssize_t length = read(STDIN_FILENO, line, sizeof line - 1);
+    if (length <= 0) return false;
+    line[length] = '\0';
+    int onward = 0;
+    if (std::sscanf(line, "%ld %d", &failAt, &onward) != 2) return false;
+    failsOnward = onward != 0;
+    return true;
+}
+
+// The exit status of a process, or its signal with a minus.
+int StatusOf(pid_t process) {
+    int status = 0;
+    if (waitpid(process, &status, 0) < 0) return 126;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+int RunAgainAndAgain(int argc, char** argv, char** environment) {
+    const char* name = std::getenv("FAIL_FOLDER");
+    if (name == nullptr) return theMain(argc, argv, environment);
+    folder = open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) _exit(126);
+    while (NextRun()) {
+        const pid_t process = fork();
+        if (process == 0) {
+            Redirect(STDIN_FILENO, "in", O_RDONLY);
+            Redirect(STDOUT_FILENO, "stdout", kAnew);
+            Redirect(STDERR_FILENO, "stderr", kAnew);
+            alarm(kLongestRun);
+            counting = true;
+            return theMain(argc, argv, environment);
+        }
+        dprintf(STDOUT_FILENO, "%d\n", process < 0 ? 126 : StatusOf(process));
+    }
+    _exit(0);
 }
 
 struct AtEnd {
     ~AtEnd() {
-        counting = false;
+        if (!counting.exchange(false)) return;
         WriteCount();
     }
 } atEnd;
@@ -99,5 +146,5 @@ EXPORT int __libc_start_main(Main main, int argc, char** argv, void (*init)(), v
     using Start = int (*)(Main, int, char**, void (*)(), void (*)(), void (*)(), void*);
     theMain = main;
     const auto start = reinterpret_cast<Start>(dlsym(RTLD_NEXT, "__libc_start_main"));
-    return start(&CountingMain, argc, argv, init, fini, linkerFini, stack);
+    return start(&RunAgainAndAgain, argc, argv, init, fini, linkerFini, stack);
 }
