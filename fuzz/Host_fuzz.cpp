@@ -1,6 +1,6 @@
-// The commands that look at a data set as a whole (describe, tree, report) on exchange files that
-// are nearly right: whatever stands where, they end, and print what no terminal acts on; each line
-// of JSON is one.
+// The commands that show a whole data set (describe, tree, report) on exchange files that are
+// nearly valid: whatever the files contain, the commands end and print nothing that controls a
+// terminal; each line of JSON is valid.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t kMostLines = 200;
 
-// A file in memory, by a name under which it can be opened.
+// A file in memory, with a name under which it can be opened.
 class MemoryFile {
   public:
     explicit MemoryFile(std::string_view content) : descriptor_(memfd_create("input", 0)) {
@@ -40,7 +40,7 @@ class MemoryFile {
     const int descriptor_;
 };
 
-// Takes what goes to the standard streams while it lives.
+// Captures the standard streams while it exists.
 class Captured {
   public:
     Captured() : out_(std::cout.rdbuf(output.rdbuf())), err_(std::cerr.rdbuf(errors.rdbuf())) {}
@@ -90,7 +90,7 @@ void RunCommand(int (*command)(const host::Options&), host::Options options) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    TheModule();  // stays loaded: the fuzzer goes on reading the counters in it
+    TheModule();  // stays loaded: the fuzzer keeps reading its counters
     const MemoryFile file(AsText(data, size));
     host::Options options;
     options.models.push_back({false, "m=" + file.Name()});
@@ -108,8 +108,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     return 0;
 }
 
-// Half of the time a value of a record is replaced by one of another kind: the file stays one that
-// can be read, and says what no schema allows.
+// Half the time, replaces a value of a record with one of another kind: the file can still be read,
+// but violates the schema.
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,

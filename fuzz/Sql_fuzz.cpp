@@ -1,6 +1,6 @@
-// Queries over two small models. A text runs as it is: it gives rows or a message, and changes no
-// model. An input that begins with U+0000 makes a query with constraints, a join and an order,
-// whose rows must be those that SQLite finds by testing every row.
+// Queries over two small models. An input is run as it is: it returns rows or a message, and
+// changes no model. An input that begins with U+0000 produces a query with constraints, a join and
+// an order, whose rows must be those that SQLite finds by testing every row.
 
 #include <algorithm>
 #include <memory>
@@ -22,8 +22,8 @@ constexpr const char* kProducts =
     "#5=AXIS2_PLACEMENT_3D('',#4,$,$);#6=CONFIGURATION_ITEM('c','n',$,$,$);"
     "#7=OWN_TYPE('text',(1,2),MEASURE(2.5),#1);";
 
-// What a query may take, so that every input ends soon.
-constexpr int kMostSteps = 1'000;  // of a thousand instructions of SQLite's machine
+// Limits of a query, so that every input ends soon.
+constexpr int kMostSteps = 1'000;  // of a thousand instructions of SQLite's virtual machine
 constexpr int kMostRows = 1'000;
 constexpr int kMostBytes = 100'000;  // of a text
 
@@ -64,15 +64,15 @@ class Database {
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    // The data set must stay.
+    // The data set must outlive the connection.
     void Add(const char* name, const exchange::DataSet& dataSet) {
         const std::shared_ptr<const kor::Model> borrowed(std::shared_ptr<void>(),
                                                          dataSet.model.get());
         sql::AddModel(*connection_, name, borrowed);
     }
 
-    // Runs what may be anything: it opens no file, changes no settings of the process, ends no
-    // transaction and does not run for long. What it writes is taken back.
+    // Runs arbitrary text: it can open no file, change no settings of the process, end no
+    // transaction and not run for long. Its changes are rolled back.
     void RunConfined(std::string_view text) {
         Run("SAVEPOINT before");
         sqlite3_set_authorizer(database_, Authorize, nullptr);
@@ -86,8 +86,7 @@ class Database {
 
     using Rows = std::vector<std::vector<std::string>>;
 
-    // The rows of all statements; those before one that fails, and before U+0000, where SQLite
-    // ends.
+    // The rows of all statements up to one that fails, or up to U+0000, where SQLite stops.
     Rows Run(std::string_view text) {
         text = text.substr(0, text.find('\0'));
         Rows rows;
@@ -175,8 +174,8 @@ class Question {
   public:
     explicit Question(FuzzedDataProvider& input) : input_(input) {}
 
-    // The same question twice: SQLite may hand its constraints and its order to the tables, or
-    // tests and sorts by itself what stands in a query within the query.
+    // The same query twice: SQLite may pass its constraints and its order to the tables, or
+    // evaluates them itself because they are in a subquery.
     struct Forms {
         std::string handedOver;
         std::string tested;
@@ -211,7 +210,7 @@ class Question {
         }
         return forms;
     }
-    // Whether the first column is what the rows are ordered by.
+    // Whether the rows are ordered by the first column.
     bool IsOrdered() const { return isOrdered_; }
 
   private:
