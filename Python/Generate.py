@@ -15,7 +15,7 @@ ROOT = Path(__file__).resolve().parent.parent
 
 
 def reference():
-    """scripts/reference, which reads the header."""
+    """The script scripts/reference as a module, which reads the header."""
     loader = importlib.machinery.SourceFileLoader("reference", str(ROOT / "scripts/reference"))
     module = importlib.util.module_from_spec(importlib.util.spec_from_loader("reference", loader))
     sys.modules["reference"] = module
@@ -25,7 +25,7 @@ def reference():
 
 
 def read_table():
-    """For each function the kinds of its arguments and its result, in the order of the table."""
+    """The kinds of the arguments and the result of each function, in the order of the table."""
     text = (ROOT / "DatabaseAccess/ORXExUtilities.m/ORXExportTable.h").read_text()
     rows = re.findall(r'Export\{"(\w+)",\s*\{([^}]*)\},\s*([\w| ]+?),\s*"', text)
     return {
@@ -62,12 +62,12 @@ def parameters(declaration):
 
 
 def python_name(name):
-    """A parameter that would be a word of the language."""
+    """A parameter, renamed if it is a keyword of Python."""
     return f"{name}_" if name in ("from", "set", "is") else name
 
 
 def docstring(declaration):
-    """The signature as `inspect` reads it, what the function does, its arguments."""
+    """The signature in the form for `inspect`, the description of the function and its arguments."""
     names = [python_name(name) for name in parameters(declaration)]
     lines = [f"{declaration.name}({', '.join(names)})", "--", ""]
     for paragraph in declaration.text:

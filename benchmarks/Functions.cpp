@@ -1,4 +1,4 @@
-// Every function of the export table on typical data, beside plain code that gives the same answer.
+// Every function of the export table on typical data, and plain code with the same result.
 
 #include <charconv>
 #include <cmath>
@@ -19,7 +19,7 @@ namespace {
 
 using namespace typical;
 
-// ---- What the typical data say, as plain structs
+// ---- The typical data as plain structs
 
 struct PlainModel {
     std::string typeRep = "3D";
@@ -150,7 +150,7 @@ struct Plain {
     const PlainFormation* ofAssociation = &formation;
     PlainAssembly assembly{10};
 
-    // What the calls write into.
+    // The output of the calls.
     mutable Reals list{};
     mutable std::deque<PlainOffset> offsets;
     mutable std::deque<PlainTime> times;
@@ -161,14 +161,14 @@ struct Plain {
 
 // ---- Plain code for texts
 
-// The fields of a key, one after the other.
+// The fields of a key, in order.
 class Fields {
   public:
     explicit Fields(std::string_view text) : rest_(text) {}
 
     bool AtEnd() const { return rest_.empty(); }
 
-    // The next field; nothing when there is none that is well formed.
+    // Advances to the next field; false if there is none or it is malformed.
     bool Next() {
         if (rest_.size() < 5 || (rest_[0] != 'S' && rest_[0] != 'I' && rest_[0] != 'R')) {
             return false;
@@ -312,7 +312,7 @@ Reals PlacementIn(const PlainContext& context, bool onRep2) {
 
 // ---- The floors
 
-// An answer, to compare that of a function with that of its floor.
+// A result, for comparing a function with its floor.
 std::string Show(bool value) { return value ? "TRUE" : "FALSE"; }
 std::string Show(long value) { return std::to_string(value); }
 std::string Show(double value) { return std::to_string(value); }
@@ -341,7 +341,7 @@ std::string Show(const SdaiPrimitiveH& value) {
     return Show(static_cast<const void*>(static_cast<SdaiEntityInstance*>(value)));
 }
 
-// Keys and identifiers cost at most four times what plain code costs.
+// Keys and identifiers may cost at most four times as much as plain code.
 constexpr Target kKeys{4.0, {}};
 constexpr Target kNone{};
 
@@ -578,7 +578,7 @@ constexpr std::array kFloors{
 static_assert(std::ranges::equal(kFloors, orx::kExports, {}, &FunctionRow::function,
                                  &orx::Export::name));
 
-// What the benchmarks of this file work on, for as long as the program runs.
+// The data that the benchmarks of this file use, for as long as the program runs.
 struct World {
     World() {
         for (const orx::Export& function : orx::kExports) {
@@ -591,8 +591,8 @@ struct World {
     std::vector<TypicalArguments> arguments;
 };
 
-// Calls function number i in a module until the state has enough. Nothing has been seen by
-// IsVersion before.
+// Calls function number i of a module as often as the state requires. IsVersion has seen nothing
+// yet.
 void TimeCalls(benchmark::State& state, const Module& module, const World& world, std::size_t i) {
     const orx::Export& function = orx::kExports[i];
     module.Find<SdaiPrimitiveH()>("RemoveValueVersion")();
@@ -600,10 +600,10 @@ void TimeCalls(benchmark::State& state, const Module& module, const World& world
              [&state](auto call) { Repeat(call)(state); });
 }
 
-// The floor must give what the function gives.
+// The floor must return what the function returns.
 void CheckAnswer(const World& world, std::size_t i) {
     const orx::Export& function = orx::kExports[i];
-    if (function.name == "GetUniqId") return;  // each call gives another
+    if (function.name == "GetUniqId") return;  // different on each call
     TheModule().Find<SdaiPrimitiveH()>("RemoveValueVersion")();
     std::string answer;
     WithCall(function, TheModule().Find(function.name), world.arguments[i], [&](auto call) {
@@ -631,7 +631,7 @@ void AddFunctions(Table& table) {
             1, [i](benchmark::State& state) { TimeCalls(state, TheModule(), world, i); },
             [i](benchmark::State& state) { kFloors[i].time(state, world.plain); });
     }
-    // The same calls without the trace: one that hardly works, nested calls, a text, walks.
+    // The same calls without a trace service: a trivial function, nested calls, a text, walks.
     for (const std::string_view name : {"Minus", "IsSame0", "IsEncodedNARVOV5", "ConcatPartAtb",
                                         "IsPartConfigurated", "GetAbsPlacement"}) {
         const auto i = static_cast<std::size_t>(orx::FindExport(name) - orx::kExports.data());

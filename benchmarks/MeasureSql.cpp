@@ -1,11 +1,12 @@
-// Measures queries over a model against the same over plain tables of SQLite, with the same rows
-// and an index for each reference, in one process. Both give the same rows, which is tested first.
+// Measures queries over a model against the same queries over plain tables of SQLite, with the same
+// rows and an index for each reference, in one process. Both must return the same rows, which is
+// checked first.
 //
 //     measure-sql FILE OCCURRENCES...
 //
-// FILE is an exchange file of some hundred thousand instances; the numbers are those of occurrences
-// in further files, FILE.OCCURRENCES, over which a join must grow as they do. The exit status is 1
-// where a figure misses what docs/performance.md promises.
+// FILE is an exchange file of several hundred thousand instances. The numbers are the occurrences
+// in further files, FILE.OCCURRENCES; the time of a join must grow as they do. The exit status is 1
+// if a figure misses what docs/performance.md promises.
 
 #include <algorithm>
 #include <cstdio>
@@ -24,7 +25,7 @@ constexpr int kRounds = 7;
 
 bool missed = false;
 
-// The time that the processor has worked: what else runs on the machine counts less.
+// Processor time, which is less affected by other work on the machine.
 double Milliseconds() { return 1e3 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
 void Hold(double figure, double most) {
@@ -48,7 +49,7 @@ class Database {
 
     double Opening() const { return opening_; }
 
-    // All rows, one a line.
+    // All rows, one per line.
     std::string Run(const std::string& query) const {
         sqlite3_stmt* statement = nullptr;
         Check(sqlite3_prepare_v2(database_, query.c_str(), -1, &statement, nullptr));
@@ -65,7 +66,7 @@ class Database {
         return rows;
     }
 
-    // The same tables as plain ones.
+    // Copies the tables into plain ones.
     void Copy(const std::vector<std::string>& tables) const {
         Run("ATTACH ':memory:' AS plain");
         for (const std::string& table : tables) {
@@ -88,7 +89,7 @@ class Database {
         Run("ANALYZE plain");
     }
 
-    // The shortest of several rounds, in milliseconds. The query has $ where a database stands.
+    // The shortest of several rounds, in milliseconds. The query has $ in place of the database.
     double Time(const std::string& query, const std::string& database) const {
         const std::string text = In(query, database);
         double best = 1e300;
@@ -152,21 +153,24 @@ void Compare(const std::string& file) {
         const char* query;
     };
     const Question questions[] = {
-        {"group by a reference",
-         "SELECT relating_product_definition, COUNT(*) FROM $next_assembly_usage_occurrence "
-         "GROUP BY relating_product_definition"},
-        {"group by a text", "SELECT name, COUNT(*) FROM $product_definition_shape GROUP BY name"},
-        {"join along references", kJoin},
-        {"join against references",
-         "SELECT COUNT(*), SUM(LENGTH(n.id)) FROM $product p "
-         "CROSS JOIN $product_definition_formation f ON f.of_product = p.instance "
-         "CROSS JOIN $product_definition d ON d.formation = f.instance CROSS JOIN "
-         "$next_assembly_usage_occurrence n ON n.related_product_definition = d.instance"},
-        {"join and group",
-         "SELECT p.id, COUNT(*) FROM $next_assembly_usage_occurrence n "
-         "JOIN $product_definition d ON d.instance = n.related_product_definition "
-         "JOIN $product_definition_formation f ON f.instance = d.formation "
-         "JOIN $product p ON p.instance = f.of_product GROUP BY p.id ORDER BY 2 DESC, 1 LIMIT 9"},
+        {.name = "group by a reference",
+         .query =
+             "SELECT relating_product_definition, COUNT(*) FROM $next_assembly_usage_occurrence "
+             "GROUP BY relating_product_definition"},
+        {.name = "group by a text",
+         .query = "SELECT name, COUNT(*) FROM $product_definition_shape GROUP BY name"},
+        {.name = "join along references", .query = kJoin},
+        {.name = "join against references",
+         .query = "SELECT COUNT(*), SUM(LENGTH(n.id)) FROM $product p "
+                  "CROSS JOIN $product_definition_formation f ON f.of_product = p.instance "
+                  "CROSS JOIN $product_definition d ON d.formation = f.instance CROSS JOIN "
+                  "$next_assembly_usage_occurrence n ON n.related_product_definition = d.instance"},
+        {.name = "join and group",
+         .query = "SELECT p.id, COUNT(*) FROM $next_assembly_usage_occurrence n "
+                  "JOIN $product_definition d ON d.instance = n.related_product_definition "
+                  "JOIN $product_definition_formation f ON f.instance = d.formation "
+                  "JOIN $product p ON p.instance = f.of_product GROUP BY p.id ORDER BY 2 DESC, 1 "
+                  "LIMIT 9"},
     };
     for (const auto& [name, query] : questions) {
         if (database.Run(Database::In(query, "m")) != database.Run(Database::In(query, "plain"))) {

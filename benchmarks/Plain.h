@@ -1,5 +1,5 @@
-// The floors' data: what the typical data and the generated models say, as plain structs. Nothing
-// is looked up by a name, and a type is known where the code is written.
+// The data of the floors: the typical data and the generated models as plain structs. Nothing is
+// looked up by name, and types are known at compile time.
 
 #ifndef BENCHMARKS_PLAIN_H
 #define BENCHMARKS_PLAIN_H
@@ -131,11 +131,11 @@ struct PlainAssembly {
     std::deque<PlainAxes> axes;
     std::deque<PlainRepresentation> representations;
     std::deque<PlainProductShape> productShapes;
-    std::vector<PlainShape> shapes;  // walked: side by side
+    std::vector<PlainShape> shapes;  // contiguous: these are searched
     std::deque<PlainOccurrence> occurrences;
     std::deque<PlainTransformation> transformations;
     std::deque<PlainRelationship> relationships;
-    std::vector<PlainContext> contexts;  // walked: side by side
+    std::vector<PlainContext> contexts;  // contiguous: these are searched
 
   private:
     const PlainRepresentation* AddShape(const PlainPartDefinition* of, const PlainAxes* item) {

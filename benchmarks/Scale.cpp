@@ -1,5 +1,5 @@
-// How the cost of asking about a whole data set grows with it. Each row is a data set of its own,
-// in a process of its own, and stands beside what loading it takes in the same process.
+// How the cost of calling a function for a whole data set grows with it. Each row is one data set,
+// measured in a separate process and compared with loading it in that process.
 
 #include <algorithm>
 #include <cstdio>
@@ -23,7 +23,7 @@ struct Measured {
 
     double Whole() const { return loading + asking; }
 
-    // The fastest of two runs, the one that other work on the machine disturbed least.
+    // The best of both runs, least disturbed by other work on the machine.
     Measured Or(const Measured& other) const {
         return {bytes, std::min(loading, other.loading), calls, std::min(asking, other.asking),
                 std::min(memory, other.memory)};
@@ -34,7 +34,7 @@ void Run(const std::string& command) {
     if (std::system(command.c_str()) != 0) throw std::runtime_error("failed: " + command);
 }
 
-// Loads a file, or builds so many links, and asks a function about everything.
+// Loads a file, or creates that many links, and calls a function for everything.
 Measured AskOnce(const std::string& function, const std::string& file) {
     const std::string command = std::string(MEASURE_SCALE) + ' ' + function + ' ' + file;
     std::FILE* process = popen(command.c_str(), "r");
@@ -89,7 +89,7 @@ void AddAssemblies(Table& table, const std::string& directory) {
         long occurrences;
         int runs;
         Target target;                 // times loading, bytes/byte
-        std::optional<double> growth;  // over the size before
+        std::optional<double> growth;  // over the next smaller size
     };
     static const Size kSizes[] = {
         {10'000, 5, {3.0, {}}, {}}, {100'000, 5, {3.0, {}}, {}}, {1'000'000, 2, {{}, 2.2}, 12.0}};

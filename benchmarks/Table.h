@@ -1,6 +1,6 @@
-// The table of the benchmarks. A row is a measured piece of work and its floor: what plain code
-// takes for the same answer on plain data, measured in the same run. Both times are divided by the
-// number of units that the work has; the ratio is the figure that counts.
+// The table of the benchmarks. A row compares a measured piece of work with its floor: the time
+// that plain code takes for the same result on plain data, measured in the same run. Both times are
+// divided by the number of units of work; the ratio is the figure that counts.
 
 #ifndef BENCHMARKS_TABLE_H
 #define BENCHMARKS_TABLE_H
@@ -13,10 +13,10 @@
 
 namespace bench {
 
-// What a row should reach.
+// The target of a row.
 struct Target {
-    std::optional<double> ratio = {};  // at most so many times the floor
-    std::optional<double> time = {};   // at most so many units of time
+    std::optional<double> ratio = {};  // maximum multiple of the floor
+    std::optional<double> time = {};   // maximum time, in the row's unit
 };
 
 struct Row {
@@ -24,7 +24,7 @@ struct Row {
     std::string name;
     std::string unit;  // of the time: "ns/call"
     double time = 0;
-    std::optional<double> floor = {};  // none: a figure that has no counterpart
+    std::optional<double> floor = {};  // none if nothing comparable exists
     Target target = {};
 
     std::optional<double> Ratio() const {
@@ -37,8 +37,8 @@ struct Row {
 
 class Table {
   public:
-    // Adds a row whose times Google Benchmark takes when Run is called: of `work` and of `floor`,
-    // functions of a benchmark::State. A unit is one of `units` in each iteration.
+    // Adds a row whose times Google Benchmark measures when Run is called: of `work` and of
+    // `floor`, functions of a benchmark::State. Each iteration does `units` units of work.
     template <class Work, class Floor>
     void Measure(Row row, double units, Work work, Floor floor) {
         Register(row, units, false, work);
@@ -46,11 +46,11 @@ class Table {
         rows_.push_back(std::move(row));
     }
 
-    // Adds a row that is measured already.
+    // Adds a row that has already been measured.
     void Add(Row row) { rows_.push_back(std::move(row)); }
 
-    // Takes the times: of several runs of each the fastest counts, the one that other work on the
-    // machine disturbed least.
+    // Measures the times. The fastest of several runs counts, the one least disturbed by other work
+    // on the machine.
     void Run();
 
     // The table as Markdown, and as JSON.
@@ -78,7 +78,7 @@ class Table {
     std::vector<Measurement> measurements_;
 };
 
-// Times body() as the body of a benchmark; its results count as used.
+// Times body() as the body of a benchmark; its result counts as used.
 template <class Body>
 auto Repeat(Body body) {
     return [body](benchmark::State& state) mutable {

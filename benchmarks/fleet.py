@@ -1,12 +1,12 @@
 #!/usr/bin/python3
-"""Measures orx-fleet against a loop in one process that reads, asks and inserts the same, and how many
-tasks a second the scheduler takes when there is nothing to do in them.
+"""Compares orx-fleet with a loop in one process that reads the same files and inserts the same rows,
+and measures how many empty tasks the scheduler can handle per second.
 
     PYTHONPATH=build/release/python benchmarks/fleet.py GENERATE_STEP [FILES [ROUNDS]]
 
-GENERATE_STEP is the generator of the benchmarks, build/release/bin/generate-step. Loop and runs take
-turns, and the ratios are of what was measured in the same round; that of the middle round counts. The
-processor time of a file says what to expect where processors are free.
+GENERATE_STEP is the generator of the benchmarks, build/release/bin/generate-step. Loop and runs
+alternate, and the ratios compare measurements of the same round; the median counts. The processor
+time per file predicts the speed where more processors are free.
 """
 
 import contextlib
@@ -89,7 +89,7 @@ def content(database):
 
 
 def measure(files, rules, folder):
-    """Seconds of the loop; and with one worker and two, of the asking and of the whole run."""
+    """Seconds of the loop; with one and two workers, seconds of the processing and of the whole run."""
     loop = folder / "loop.db"
     start = time.perf_counter()
     plain_loop(files, loop)
@@ -107,7 +107,7 @@ def measure(files, rules, folder):
 
 
 def costs(files, rules, folder):
-    """Processor time of a file: where rows are written, and on the workers once they are up."""
+    """Processor time per file: of the process that writes rows, and of the workers once started."""
     from orxexutilities.fleet import _cluster, _results, _units
 
     result = folder / "costs.db"
@@ -144,7 +144,8 @@ def close(left, right):
 
 
 def tasks_a_second(workers, count=4000):
-    """With empty tasks, sent as orx-fleet sends batches: a few for each worker at a time."""
+    """Tasks per second, if they are empty and sent as orx-fleet sends batches: a few for each worker
+    at a time."""
     from orxexutilities.fleet import _cluster
 
     with _cluster.Cluster(None, workers, None, 60) as cluster:

@@ -4,7 +4,7 @@
     instructions.py PROGRAM MODULE RESULT [BEFORE]
 
 Runs PROGRAM (orx-instructions) with MODULE under callgrind, prints a table, and writes the counts to
-RESULT as JSON. BEFORE is such a result of another build, which the table compares with.
+RESULT as JSON. BEFORE is such a result of another build, for comparison in the table.
 """
 
 import json
@@ -18,7 +18,7 @@ CALLS = 100  # as in Instructions.cpp
 
 
 def counts(program, module):
-    """Instructions of one call, by the name of what was called."""
+    """Instructions of one call, by the name of the function or operation."""
     result = {}
     with tempfile.TemporaryDirectory() as folder:
         subprocess.run(

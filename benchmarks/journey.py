@@ -1,4 +1,4 @@
-"""Databases of 10,000 and of 100,000 parts, with as many links, out into STEP and back by
+"""Exports databases of 10,000 and 100,000 parts, with as many links, to STEP and imports them again, by
 examples/export.py and examples/import.py: the larger may take ten and a half times as long.
 
     journey.py FOLDER
@@ -48,7 +48,7 @@ def database_of(count):
 
 
 def seconds_of_journey(count, folder):
-    """Processor time for the way out, through a file, and back."""
+    """Processor time for the export to a file and the import from it."""
     database = database_of(count)
     gc.collect()
     start = time.process_time()

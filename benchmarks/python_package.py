@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Measures the Python package: what a call costs, what reading a million attributes costs, and the
-placements of many occurrences beside the same in C++, by turns.
+"""Measures the Python package: the cost of a call, of reading a million attributes, and of the
+placements of many occurrences compared with the same in C++, alternately.
 
     PYTHONPATH=build/release/python benchmarks/python_package.py build/release/bin [COUNT]
 
 `scripts/bench --python` runs it; `scripts/bench` measures the functions without Python. The exit status
-is 1 where a figure misses what docs/performance.md promises.
+is 1 if a figure misses what docs/performance.md promises.
 """
 
 import subprocess
@@ -25,7 +25,7 @@ missed = []
 
 
 def best(work):
-    """The shortest of some runs, in seconds of processor time."""
+    """The shortest of several runs, in seconds of processor time."""
     return min(seconds(work) for _ in range(ROUNDS))
 
 
@@ -75,7 +75,7 @@ def attributes_and_calls():
 
 
 def placements():
-    """Of an extent, and of a list, against a loop in C++ that gives the same numbers."""
+    """Placements of an extent and of a list, compared with a loop in C++ for the same numbers."""
     with tempfile.NamedTemporaryFile(suffix=".stp") as file:
         generator = [f"{PROGRAMS}/generate-step", str(OCCURRENCES), "1"]
         subprocess.run(generator, stdout=file, check=True)

@@ -5,14 +5,14 @@
 
 exports every instance of a data set of schema "cdma" to one of the schemas below; import.py brings it
 back. Each function below maps one thing: the left side is what STEP gets, the right side is where it
-comes from. Anything that STEP has no place for travels in the strings that the mapping functions build,
-followed by a remainder (mapping.py). Copy and change them.
+comes from. Anything that does not fit into STEP is stored in the strings that the mapping functions
+build, followed by a remainder (mapping.py). Copy and change them.
 
 A program that maps models itself imports this file and calls `export`:
 
     from export import export
     step, protocol = export(database, "AP242")                 # a whole database
-    step, protocol = export(database, parts=[database[7]])     # some parts, with what belongs to them
+    step, protocol = export(database, parts=[database[7]])     # some parts, with their data
 """
 
 import argparse
@@ -42,7 +42,7 @@ SCHEMAS = {
 
 
 def schema_named(name):
-    """The row of a schema, by its short name or its own."""
+    """The row of a schema, by its short or full name."""
     for short, row in SCHEMAS.items():
         if name.upper() in (short, row[0]):
             return row
@@ -50,7 +50,7 @@ def schema_named(name):
 
 
 def export(database, schema="AUTOMOTIVE_DESIGN", parts=None):
-    """A model of a STEP schema with what a database holds, and the protocol.
+    """Returns a model of a STEP schema with the contents of a database, and the protocol.
 
     `parts` limits the export to these parts, with their components, models and documents, and the
     configurations, effectivities and identities that concern them.
@@ -73,10 +73,10 @@ class Export:
         self.definitions = {}  # part: PRODUCT_DEFINITION
         self.shapes = {}  # part: SHAPE_REPRESENTATION, its items
         self.occurrences = {}  # link: NEXT_ASSEMBLY_USAGE_OCCURRENCE
-        self.occurrence_shapes = {}  # link: its PRODUCT_DEFINITION_SHAPE, which has the remainder
+        self.occurrence_shapes = {}  # link: its PRODUCT_DEFINITION_SHAPE, which contains the remainder
         self.files = {}  # model or document: DOCUMENT_FILE
         self.handlers = {}  # handler: PRODUCT_CONCEPT
-        self.concepts = {}  # id and part of a handler: the PRODUCT_CONCEPT of the first such
+        self.concepts = {}  # id and part of a handler: the PRODUCT_CONCEPT of the first such handler
         self.items = {}  # configuration item: CONFIGURATION_ITEM
         self.effectivities = {}  # effectivity: one STEP effectivity for each link that it governs
         self.identities = {}  # identity: APPLIED_IDENTIFICATION_ASSIGNMENT
@@ -86,7 +86,7 @@ class Export:
         self.identity_role = None
         self.declared = {}  # entity type: whether the STEP schema declares it
 
-    # ---- The journey
+    # ---- The export
 
     def run(self):
         orx.RemoveValueVersion()
@@ -147,14 +147,14 @@ class Export:
             FRAME_OF_REFERENCE=self.application,
             LIFE_CYCLE_STAGE="design",
         )
-        self.market = None  # of configurations, made where one needs it
+        self.market = None  # of configurations, created when needed
         self.space = self.units()
         self.centre = self.point((0.0, 0.0, 0.0))
         self.up = self.direction((0.0, 0.0, 1.0))
         self.ahead = self.direction((1.0, 0.0, 0.0))
 
     def units(self):
-        """Millimetres, radians and steradians, and how exact lengths are."""
+        """Millimetres, radians and steradians, and the accuracy of lengths."""
         new, item = self.step.create, orx.Enum
         length = new("LENGTH_UNIT+NAMED_UNIT+SI_UNIT", PREFIX=item("MILLI"), NAME=item("METRE"))
         angle = new("NAMED_UNIT+PLANE_ANGLE_UNIT+SI_UNIT", NAME=item("RADIAN"))
@@ -178,8 +178,8 @@ class Export:
 
     # ---- Parts
     #
-    # The revisions of a part are the formations of one product: IsVersion gives the part that stands
-    # for them. A formation carries the key of its part.
+    # The revisions of a part are the formations of one product: IsVersion returns the part that
+    # represents them. A formation contains the key of its part.
 
     def part(self, part):
         formation = self.step.create(
@@ -265,9 +265,9 @@ class Export:
 
     # ---- Links
     #
-    # An occurrence of the component in the part that the link names as its parent; where it names
-    # none, in the part that has the link among its own. The description of an occurrence is what many
-    # programs show as its name, so that the remainder stands in the description of its shape.
+    # An occurrence of the component in the part that the link names as its parent; if there is none,
+    # in the part that lists the link. Many programs show the description of an occurrence as its name,
+    # so the remainder is in the description of its shape.
 
     def owners(self):
         """The part in which each link is an occurrence, in the order of the parts and their links."""
@@ -303,7 +303,7 @@ class Export:
         self.place(link, self.shapes[owner], self.shapes[link.ref])
 
     def place(self, link, parent, component):
-        """The component's own origin, brought to its place in the parent."""
+        """The component's own origin, moved to its place in the parent."""
         new = self.step.create
         axis = self.usable(link, "axis", is_direction)
         reference = self.usable(link, "ref_direction", is_direction)
@@ -348,7 +348,7 @@ class Export:
         return None
 
     def placements(self):
-        """The items of the shapes, now that every place is among them."""
+        """Sets the items of the shapes, which now include every place."""
         for representation, items in self.shapes.values():
             if len(items) > 1:
                 representation.ITEMS = items
@@ -409,7 +409,7 @@ class Export:
 
     # ---- Configurations
     #
-    # A handler is the product concept of the items that ORXIdCfg finds it for.
+    # A handler is the product concept of the items for which ORXIdCfg finds it.
 
     def handler(self, handler):
         self.handlers[handler] = self.concept(text_of(handler.id))
@@ -458,9 +458,9 @@ class Export:
 
     # ---- Effectivities
     #
-    # STEP's governs one occurrence, so there is one for each link. Ranges become serial-numbered
-    # effectivities, dates dated ones; an open end is left out. Where the part that has the link is
-    # configured, the effectivity is one of its configuration, and has a name that says so.
+    # An effectivity of STEP applies to one occurrence, so there is one for each link. Ranges become
+    # serial-numbered effectivities, dates dated ones; an open end is omitted. If the part with the link
+    # is configured, the effectivity belongs to its configuration, and has a name that says so.
 
     def effectivity(self, effectivity, owners):
         key = orx.ConcatEffAtb(effectivity)
@@ -499,7 +499,7 @@ class Export:
         return step
 
     def bounds(self, effectivity):
-        """The entity type that states the bounds, if any, and its attributes."""
+        """The entity type for the bounds, if any, and its attributes."""
         if orx.IsRangeType(effectivity):
             bounds = {"EFFECTIVITY_START_ID": orx.GetRangeValue(effectivity, 1)}
             if not orx.IsInfiniteRank(effectivity):
@@ -540,7 +540,7 @@ class Export:
         )
 
     def history(self, history):
-        """Each revision follows the one before, as IsNewer has it. The history itself is a record."""
+        """Each revision follows the previous one, by IsNewer. The history itself is a record."""
         if not self.has("PRODUCT_DEFINITION_FORMATION_RELATIONSHIP"):
             return
         revisions = [identity.CdmaObject for identity in history.Revisions or []]
@@ -555,7 +555,7 @@ class Export:
                     RELATED_PRODUCT_DEFINITION_FORMATION=self.definitions[newer].FORMATION,
                 )
 
-    # ---- What STEP has no place for
+    # ---- Data that do not fit into STEP
 
     def remainders(self, owners):
         components = defaultdict(list)
@@ -614,7 +614,7 @@ class Export:
             self.protocol.note("carried", f"{instance.entity}.{name}", why, mapping.label(instance))
 
     def other_instances(self):
-        """Whatever is not mapped becomes a record: a document of a kind of its own."""
+        """Instances that are not mapped become records: documents of a special kind."""
         mapped = (self.definitions, self.occurrences, self.files, self.handlers, self.items,
                   self.effectivities, self.identities)  # fmt: skip
         for instance in self.chosen_instances():
@@ -652,7 +652,7 @@ class Export:
     # ---- Helpers
 
     def extent(self, entity):
-        """The instances of an entity type that are to be taken out."""
+        """The instances of an entity type to be exported."""
         try:
             instances = self.database[entity]
         except orx.NotFound:
@@ -677,7 +677,7 @@ class Export:
         return self.declared[entity]
 
     def mandatory(self, part, attribute):
-        """A text that STEP may not leave empty."""
+        """A text that may not be empty in STEP."""
         value = part[attribute]
         text = orx.ReadMandatory(value, attribute)
         if text != value:
@@ -691,7 +691,7 @@ def text_of(value):
 
 
 def is_undeclared(instance):
-    """Whether the schema does not declare the instance's type: then its values have positions."""
+    """Whether the schema does not declare the instance's type: values are then accessed by position."""
     try:
         instance[1]
     except AttributeError:
@@ -717,7 +717,7 @@ def are_parallel(a, b):
 
 
 def belonging_to(parts):
-    """The parts, their components on all levels, and what concerns any of these."""
+    """The parts, their components on all levels, and all instances that concern any of these."""
     chosen, waiting = set(), list(parts)
     if not waiting:
         return chosen

@@ -1,10 +1,10 @@
-"""Rules for orx-fleet: a whole database goes out into STEP, cut at assemblies.
+"""Rules for orx-fleet: a whole database is exported to STEP, in pieces of whole assemblies.
 
     orx-fleet examples/export_fleet.py DATABASE -o sqlite:export.db -D FOLDER=out
 
-Each piece becomes an exchange file of FOLDER, which is for one database, by the mapping of export.py, the same as for one database;
-export.db has a row for each of them. A piece holds whole assemblies, and with each part all of its
-revisions; a part that is used in several pieces goes out with each.
+Each piece becomes an exchange file in FOLDER, which is for one database only, by the mapping of
+export.py; export.db gets a row for each piece. A piece contains whole assemblies, and with each
+part all of its revisions; a part that is used in several pieces is exported with each.
 """
 
 import re
@@ -16,13 +16,13 @@ from export import belonging_to, export
 
 FOLDER = "out"
 SCHEMA = "AUTOMOTIVE_DESIGN"
-# A piece has at least so many parts, as long as there are more. The mapping walks the whole database
-# for each piece: few large ones are quicker than many small ones.
+# The minimum number of parts in a piece, except the last. The mapping visits the whole database for
+# each piece: few large pieces are faster than many small ones.
 PARTS = "1000"
 
 
 def pieces(database):
-    """For each piece the numbers of its parts; its name is that of its first part."""
+    """The numbers of the parts of each piece; its name is that of its first part."""
     cut = {}
     parts = {}
     for group in groups(database):
@@ -44,12 +44,12 @@ def add(cut, parts):
 
 
 def groups(database):
-    """The parts of assemblies that are part of no other, those of all revisions of one together; each
-    with the components on all levels, and with each of these all of its revisions."""
+    """The parts of each top-level assembly, together with those of its revisions: the components on
+    all levels, each with all of its revisions."""
     family = families(database)
     used = {link.ref for link in database["part_link"]}
     taken = set()
-    # What is used only in a circle has no top: it comes last, as it is met.
+    # Parts that are only used in cycles have no top: they come last, in the order of the database.
     tops = [part for part in database["part_object"] if part not in used]
     for top in [*tops, *database["part_object"]]:
         if top in taken:
@@ -67,7 +67,7 @@ def groups(database):
 
 
 def families(database):
-    """For each part all revisions of it."""
+    """All revisions of each part."""
     orx.RemoveValueVersion()
     revisions = defaultdict(list)
     for part in database["part_object"]:

@@ -5,10 +5,10 @@
 
 reads what export.py has written back into a data set of schema "cdma", and any assembly of another
 origin (AP203, AP214, AP242, PDM schema). Each function below maps one thing: what the database gets,
-and where STEP states it. Data without keys are read from their own attributes; the protocol
-reports what the database has no place for. Copy and change them.
+and where it is in STEP. Data without keys are read from their own attributes; the protocol
+reports what does not fit into the database. Copy and change them.
 
-The name of this file is a word of the language, so a program that maps models itself says
+The name of this file is a keyword of Python, so a program that maps models itself uses
 
     from importlib import import_module
     database, protocol = import_module("import").to_database(step)
@@ -26,8 +26,8 @@ DATABASE_SCHEMA = "cdma"
 MOST_COPIES = 10_000  # of one occurrence with a quantity
 OPEN_DATE = "00000000000000"
 
-# What STEP data sets have around products and shapes: either read on the way to these, or without a
-# counterpart in the database.
+# Entity types around products and shapes: either read together with these, or without a counterpart in
+# the database.
 FRAME = """
     APPLICATION_CONTEXT APPLICATION_PROTOCOL_DEFINITION APPLICATION_CONTEXT_ELEMENT REPRESENTATION_CONTEXT
     PRODUCT_CATEGORY PRODUCT_CATEGORY_RELATIONSHIP PRODUCT_CONCEPT PRODUCT_CONCEPT_CONTEXT
@@ -40,13 +40,13 @@ FRAME = """
 
 
 def to_database(step, schemas=()):
-    """A database model with what a model of a STEP schema holds, and the protocol."""
+    """Returns a database model with the contents of a model of a STEP schema, and the protocol."""
     with mapping.no_collections():
         return Import(step, schemas).run()
 
 
 class Made:
-    """An instance of the database that is being made: what STEP states of it, and the remainder."""
+    """An instance of the database to be created: its data in STEP, and the remainder."""
 
     def __init__(self, instance, stated, remainder):
         self.instance = instance
@@ -79,12 +79,12 @@ class Import:
 
         self.parts = {}  # PRODUCT_DEFINITION, its formation: the part
         self.mapped = {}  # PRODUCT_DEFINITION: the mapped items of its shape, by what they map
-        self.links = {}  # assembly usage: the links, more than one where it has a quantity
+        self.links = {}  # assembly usage: the links, more than one if it has a quantity
         self.files = {}  # DOCUMENT: model or document
         self.handlers = {}  # PRODUCT_CONCEPT: handler
         self.effectivities = {}  # number at the time of the export: effectivity
 
-    # ---- The journey
+    # ---- The import
 
     def run(self):
         for formation in self.extent("PRODUCT_DEFINITION_FORMATION"):
@@ -112,8 +112,8 @@ class Import:
 
     # ---- Parts
     #
-    # A part is a formation of a product, with the definitions of it. Its key stands in the
-    # formation's description; without one its own attributes serve.
+    # A part is a formation of a product, with its definitions. Its key is in the formation's
+    # description; without a key the formation's own attributes are used.
 
     def part(self, formation):
         product = formation.OF_PRODUCT
@@ -133,7 +133,7 @@ class Import:
                 self.parts[step] = made
 
     def keyed_part(self, formation, product, definitions):
-        # In the description of the product where there is one part for each.
+        # In the description of the product if each product has one part.
         key = next(
             (t for t in (formation.DESCRIPTION, product.DESCRIPTION) if t and orx.IsEncodedKey(t)),
             None,
@@ -184,9 +184,8 @@ class Import:
     # ---- Links
     #
     # An occurrence of a component in an assembly. Its place comes from GetAbsPlacement, in
-    # millimetres; where nothing else states it, from the item by which the shape of the assembly maps
-    # that of the component, the first such item for the first occurrence. A quantity becomes so many
-    # links.
+    # millimetres; if there is none, from the item by which the shape of the assembly maps that of the
+    # component, the first such item for the first occurrence. A quantity becomes that many links.
 
     def link(self, usage):
         kinds = usage.entity.split("+")
@@ -290,7 +289,7 @@ class Import:
         )
 
     def record(self, document):
-        """An instance of the database that has no other place in STEP."""
+        """An instance of the database without a counterpart in STEP."""
         remainder = Remainder.read(document.DESCRIPTION)
         if remainder is None:
             self.left_out(document, "its record cannot be read")
@@ -318,13 +317,13 @@ class Import:
         return self.make("model_object", mapping.model_states(document), remainder)
 
     def equivalent_document(self, document):
-        """A document that is managed as a product was read as one."""
+        """A document managed as a product has already been read as one."""
         name = "DOCUMENT_PRODUCT_EQUIVALENCE.RELATING_DOCUMENT"
         products = [e.RELATED_PRODUCT for e in self.users(document, name)]
         return next((self.parts[p] for p in products if p in self.parts), None)
 
     def foreign_document(self, document):
-        """A file, by its external name; a model where that ends in .model."""
+        """A file, by its external name; a model if that ends in .model."""
         assignment = self.external_names.get(document)
         self.use(assignment)
         kind = mapping.attribute(document.KIND, "PRODUCT_DATA_TYPE")
@@ -358,7 +357,7 @@ class Import:
         )
 
     def references(self):
-        """Which part has which file: the source of the reference is the name of the part's list."""
+        """Assigns files to parts: the source of the reference is the name of the part's list."""
         for entity in ("APPLIED_DOCUMENT_REFERENCE", "CC_DESIGN_SPECIFICATION_REFERENCE"):
             for reference in self.extent(entity):
                 for item in reference.ITEMS or []:
@@ -418,7 +417,7 @@ class Import:
 
     # ---- Effectivities
     #
-    # STEP's governs one occurrence; those that were one in the database have its number.
+    # An effectivity of STEP applies to one occurrence; those from one of the database have its number.
 
     def effectivity(self, effectivity):
         links = [link.instance for usage in self.usages(effectivity)
@@ -484,7 +483,7 @@ class Import:
         self.use(assignment)
 
     def sequence(self, relationship):
-        """Which revision follows which: the histories of the database say so already."""
+        """The order of revisions, which the histories of the database already contain."""
         ends = (
             self.parts.get(relationship.RELATING_PRODUCT_DEFINITION_FORMATION),
             self.parts.get(relationship.RELATED_PRODUCT_DEFINITION_FORMATION),
@@ -492,10 +491,10 @@ class Import:
         if relationship.NAME == "sequence" and all(end and end.remainder for end in ends):
             self.use(relationship)
 
-    # ---- Making instances
+    # ---- Creating instances
 
     def make(self, entity, stated, remainder=None):
-        """An instance of the database, to be filled when all are there."""
+        """An instance of the database, to be filled when all have been created."""
         entity = remainder.entity if remainder else entity
         try:
             instance = self.database.create(entity)
@@ -524,7 +523,7 @@ class Import:
                                    mapping.label(made.instance))  # fmt: skip
 
     def restored(self, made, name, states, has):
-        """What the database had, where STEP states what it stated then; else what STEP states."""
+        """The database's former value if the value in STEP is unchanged, otherwise that of STEP."""
         stated = made.stated.get(name)
         if mapping.to_json(stated, self.numbers.get) != states:
             self.protocol.note("remark", f"{made.instance.entity}.{name}",
@@ -550,7 +549,7 @@ class Import:
         self.used.update(i.number for i in instances if isinstance(i, orx.Instance))
 
     def other_attributes(self, instance, read, unless=None):
-        """Notes the texts of an instance that are not read."""
+        """Adds a note for each text of an instance that is not read."""
         for name in mapping.attributes_of(instance):
             value = None if name in read else instance[name]
             if isinstance(value, str) and value not in ("", unless):

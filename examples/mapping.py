@@ -1,18 +1,18 @@
-"""What export and import share: the strings that carry whatever STEP has no place for, and the protocol
-of a run. The mapping itself is in examples/export.py and examples/import.py.
+"""Shared by export and import: the strings with the data that do not fit into STEP, and the protocol of
+a run. The mapping itself is in examples/export.py and examples/import.py.
 
-A database instance becomes STEP instances, and what these state is read back by the functions under
-"What STEP states". Where the database says something else, or something that STEP has no place for,
-the export adds a remainder to the instance's string: three or more fields of an encoded key,
+A database instance becomes STEP instances, which the functions under "Reading STEP" read back. If the
+database contains something else, or something that does not fit into STEP, the export adds a remainder
+to the instance's string: three or more fields of an encoded key,
 
     S  the entity type in the database
     I  the instance's number there, by which other remainders refer to it
     I  how many fields follow
-    S  a JSON object: {"S_CHG_NUM": ["ORX", ""]}, for each such attribute what STEP states and what
-       the database has; split into several fields if it is too long for one
+    S  a JSON object: {"S_CHG_NUM": ["ORX", ""]}, for each such attribute the value in STEP and the
+       value in the database; split into several fields if it is too long for one
 
-The import puts the database's value back where STEP still states what it stated. A part renamed or
-moved by another program stays renamed and moved.
+The import restores the database's value if the value in STEP has not changed. A part renamed or moved
+by another program stays renamed and moved.
 """
 
 import contextlib
@@ -52,8 +52,8 @@ def to_json(value, number_of):
 
 
 def from_json(text, instance_of):
-    """The value of a JSON text. `instance_of` returns the instance with a number; where it returns None,
-    a list leaves the member out."""
+    """The value of a JSON text. `instance_of` returns the instance with a number; if it returns None, a
+    list omits the member."""
     return from_plain(json.loads(text), instance_of)
 
 
@@ -92,7 +92,7 @@ def attributes_of(instance):
 
 
 def label(instance):
-    """By what a reader knows an instance."""
+    """The name of an instance for users."""
     for name in ("S_PART_NUMBER", "id", "S_NAME", "Coid"):
         try:
             text = instance[name]
@@ -104,7 +104,7 @@ def label(instance):
 
 
 def lists_of_files(names):
-    """The attributes of a part that list files: models, docs1, docs2, ... as far as they go."""
+    """The attributes of a part that list files: models, docs1, docs2, ... without gaps."""
     lists = ["models"]
     while f"docs{len(lists)}" in names:
         lists.append(f"docs{len(lists)}")
@@ -112,16 +112,16 @@ def lists_of_files(names):
 
 
 class Remainder:
-    """What the database has where STEP states something else."""
+    """The values of the database that differ from those in STEP."""
 
     def __init__(self, entity, number, differences):
         self.entity = entity
         self.number = number
-        self.differences = differences  # attribute: (what STEP states, what the database has)
+        self.differences = differences  # attribute: (value in STEP, value in the database)
 
     @classmethod
     def of(cls, instance, stated, names):
-        """The remainder of a database instance of which STEP states `stated`: attribute: value."""
+        """The remainder of a database instance; `stated` are the values in STEP by attribute."""
 
         def number(other):
             return other.number
@@ -145,7 +145,7 @@ class Remainder:
 
     @classmethod
     def read(cls, key, place=1):
-        """The remainder that begins at a field of a key; None where there is none."""
+        """The remainder that begins at a field of a key; None if there is none."""
         if not key or not orx.IsEncodedKey(key):
             return None
         entity, number, count = (orx.DecodeKey(key, place + i) for i in range(3))
@@ -160,11 +160,11 @@ class Remainder:
         return cls(entity, number, differences)
 
 
-# ---- What STEP states
+# ---- Reading STEP
 #
-# Each function gives the attributes of a database instance as the STEP instances of it state them,
-# from the strings and structures that they have. The import fills the database with it; the export
-# learns from it what the remainder has to carry. References are added by either.
+# Each function returns the attributes of a database instance as read from its STEP instances, from
+# their strings and structures. The import fills the database with them; the export compares them to
+# determine the remainder. Both add the references.
 
 PART_FIELDS = 4  # those of ConcatPartAtb, and of ConcatModelAtb
 MODEL_FIELDS = 4
@@ -172,7 +172,7 @@ IDENTITY = ("Caenv", "Catab", "Coid", "Compid")
 
 
 def part_states(key, definition):
-    """A part: the key stands in the description of its formation."""
+    """A part: the key is in the description of its formation."""
     return {
         "S_PART_NUMBER": orx.DecodeKey(key, 1),
         "S_CHG_NUM": orx.DecodeKey(key, 2),
@@ -183,7 +183,7 @@ def part_states(key, definition):
 
 
 def link_states(occurrence, placement):
-    """A link: its occurrence, and the place that GetAbsPlacement finds."""
+    """A link: its occurrence, and the place according to GetAbsPlacement."""
     component = occurrence.RELATED_PRODUCT_DEFINITION
     name = occurrence.NAME
     own_names = ("", occurrence.ID, component.DESCRIPTION, component.FORMATION.OF_PRODUCT.NAME)
@@ -198,7 +198,7 @@ def link_states(occurrence, placement):
 
 
 def attribute(instance, name):
-    """An attribute of an instance; None where there is no instance, or no such attribute."""
+    """An attribute of an instance; None if there is no instance, or no such attribute."""
     return getattr(instance, name, None) if isinstance(instance, orx.Instance) else None
 
 
@@ -211,7 +211,7 @@ def shapes_of(occurrence):
 
 
 def context_of(occurrence):
-    """The context-dependent shape representation that states the place of an occurrence."""
+    """The context-dependent shape representation with the place of an occurrence."""
     for shape in shapes_of(occurrence):
         name = "CONTEXT_DEPENDENT_SHAPE_REPRESENTATION.REPRESENTED_PRODUCT_RELATION"
         for context in shape.users(name):
@@ -221,10 +221,10 @@ def context_of(occurrence):
 
 def placement_of(occurrence):
     """The place of an occurrence in its parent, in millimetres: the columns of a rotation, then a
-    translation. None where none is stated.
+    translation. None if there is none.
 
-    GetAbsPlacement gives the difference of two origins. Where the component is not placed by its own
-    origin, the rotation moves that one too.
+    GetAbsPlacement returns the difference of two origins. If the component is not placed by its own
+    origin, the rotation moves that, too.
     """
     context = context_of(occurrence)
     if context is None:
@@ -237,8 +237,7 @@ def placement_of(occurrence):
 
 
 def mapped_placement(item):
-    """The place that a mapped item gives to what it maps, as placement_of; None where its target is
-    no axis placement."""
+    """The place of a mapped item, as placement_of; None if its target is not an axis placement."""
     origin, target = attribute(item.MAPPING_SOURCE, "MAPPING_ORIGIN"), item.MAPPING_TARGET
     if not all(is_kind(axes, "AXIS2_PLACEMENT_3D") for axes in (origin, target)):
         return None
@@ -249,7 +248,7 @@ def mapped_placement(item):
 
 
 def about_own_zero(placement, own, scale):
-    """A placement of the point `own` of a component as one of its zero, in millimetres."""
+    """Converts a placement of the point `own` of a component to one of its zero, in millimetres."""
     placement = [value + 0.0 for value in placement]  # no negative zeros
     for axis in range(3) if any(own) else ():
         turned = sum(placement[axis + 3 * column] * own[column] for column in range(3))
@@ -260,7 +259,7 @@ def about_own_zero(placement, own, scale):
 
 
 def operator_of(occurrence):
-    """The transformation by which the place of an occurrence is stated."""
+    """The transformation that places an occurrence."""
     relation = attribute(context_of(occurrence), "REPRESENTATION_RELATION")
     return attribute(relation, "TRANSFORMATION_OPERATOR")
 
@@ -279,8 +278,8 @@ NO_SHIFT = [0.0, 0.0, 0.0]
 
 
 def component_origin(operator, shift):
-    """Where the placement of the component lies that a transformation begins from: of its two items
-    the one from which the shift leads to the other."""
+    """The location of the component's placement in a transformation: that of its two items from which
+    the shift leads to the other."""
     one, other = (coordinates(attribute(operator, f"TRANSFORM_ITEM_{i}")) for i in (1, 2))
     if [b - a for a, b in zip(one, other)] == shift:
         return one
@@ -302,7 +301,7 @@ SI_PREFIXES = {
 
 
 def millimetres(representation):
-    """How many millimetres the unit of length of a representation is; 1 where it states none."""
+    """The length unit of a representation in millimetres; 1 if there is none."""
     for unit in attribute(attribute(representation, "CONTEXT_OF_ITEMS"), "UNITS") or []:
         if is_kind(unit, "LENGTH_UNIT"):
             return length_of(unit)
@@ -320,7 +319,7 @@ def length_of(unit):
 
 
 def is_default_placement(occurrence):
-    """Whether GetAbsPlacement gives its default because it cannot follow what STEP states."""
+    """Whether GetAbsPlacement returns its default because it cannot follow the structure in STEP."""
     if orx.GetAbsPlacement(occurrence) != [1.0, 0, 0, 0, 1.0, 0, 0, 0, 1.0, 0, 0, 0]:
         return False
     operator = operator_of(occurrence)
@@ -344,7 +343,7 @@ def scale_of(occurrence):
     return scale if scale not in (None, 1.0) else None
 
 
-# ---- What STEP states of models, documents, configurations and effectivities
+# ---- Reading models, documents, configurations and effectivities
 
 
 def model_states(file):
@@ -359,7 +358,7 @@ def model_states(file):
     }
 
 
-# The fields of a document's key go by the table that holds it.
+# The fields of a document's key depend on its table.
 DOCUMENT_FIELDS = {
     "DOCUMENT": ("S_TYPE_REP", "S_NAME", "NOTES", "S_FORMAT"),
     "DOCCAD": ("S_TYPE_REP", "S_NAME", "NOTES"),
@@ -394,7 +393,7 @@ EFFECTIVITY_KINDS = {1: "range", 2: "date", 3: "option_range", 4: "option_date"}
 
 
 def effectivity_kind(key):
-    """The kind of effectivity that a key encodes; None if it is none of the four."""
+    """The kind of effectivity of a key; None if it is not one of the four."""
     return next((kind for mode, kind in EFFECTIVITY_KINDS.items() if orx.ExtractEFFType(key, mode)),
                 None)  # fmt: skip
 
@@ -439,7 +438,7 @@ def identity_states(key):
 
 
 class Protocol:
-    """What was read, written, replaced, carried in strings or left out, and why."""
+    """What was read, written, replaced, stored in strings or left out, and why."""
 
     TITLES = {
         "replaced": "Replaced",
@@ -455,7 +454,7 @@ class Protocol:
         self.notes = {kind: {} for kind in self.TITLES}
 
     def note(self, kind, what, why, which=None, count=1):
-        """Notes a case of something; cases alike are counted, and all of them are kept."""
+        """Adds a case; equal cases are counted, and all of them are kept."""
         cases = self.notes[kind].setdefault((what, why), {"count": 0, "cases": []})
         cases["count"] += count
         if which is not None:
@@ -487,7 +486,7 @@ class Protocol:
             file.write("\n")
 
     def summary(self):
-        """Parts, links and whatever else of the database there is, in a line."""
+        """The numbers of parts, links and other instances of the database, in one line."""
         counted = self.read if "part_object" in self.read else self.written
         kinds = {
             "parts": ("part_object",),
@@ -504,7 +503,7 @@ class Protocol:
         return ", ".join(told) or "nothing of a database"
 
     def brief(self):
-        """The places and the sums alone."""
+        """Only the places and the sums."""
         lines = [f"{self.source} → {self.target}"]
         lines += [f"  {title}: {self.count(kind):,}" for kind, title in self.TITLES.items()]
         lines += [f"  {what}: {why}" for what, why in self.notes["remark"]]
@@ -520,7 +519,7 @@ class Protocol:
         return "\n".join(lines)
 
 
-MOST_ROWS = 24  # on paper; the JSON form has all
+MOST_ROWS = 24  # in the text form; the JSON form has all
 
 
 def shortened(text, width):
@@ -557,8 +556,8 @@ def notes_in_columns(title, notes):
 
 @contextlib.contextmanager
 def no_collections():
-    """While a journey runs, the interpreter looks for no cycles of objects that nobody refers to: there
-    are none, and to look for them takes the longer the more there is."""
+    """Disables the search for unreferenced cycles of objects during a run: there are none, and the
+    search takes longer the more objects there are."""
     enabled = gc.isenabled()
     gc.disable()
     try:
@@ -601,7 +600,7 @@ def journey(arguments, source, mapped):
 
 @contextlib.contextmanager
 def errors_told(program):
-    """Ends the program with status 2 and a message where a data set cannot be read or written."""
+    """Ends the program with status 2 and a message if a data set cannot be read or written."""
     try:
         yield
     except (orx.Error, OSError) as error:

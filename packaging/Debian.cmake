@@ -1,7 +1,7 @@
 # Debian packages: `scripts/package`, or `cpack -G DEB` in a build tree whose prefix is /usr.
 #
 #   liborxexutilities0.2   the two shared libraries
-#   liborxexutilities-dev  what a program is built with
+#   liborxexutilities-dev  the files for building programs
 #   orx                    the tool
 #   python3-orxexutilities the Python package
 #   sqlite3-orxexutilities the extension for SQLite
@@ -26,8 +26,8 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# The libraries that a package needs are read from its programs. Those of this project are looked
-# for in the tree of the packages themselves and are named outright.
+# The libraries that a package needs are determined from its programs. Those of this project are
+# searched for in the build tree and are named explicitly.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
@@ -37,8 +37,8 @@ set(description "The functions turn parts, effectivities, configurations, placem
 names of a product database into STEP (ISO 10303) exchange data and back. An
 exchange engine calls them by name.")
 
-# What a program that is linked with the libraries depends on, and that the loader is to learn of
-# them.
+# The dependencies of a program that is linked with the libraries, and the trigger that registers them
+# with the loader.
 set(control ${CMAKE_CURRENT_BINARY_DIR}/control)
 file(WRITE ${control}/shlibs "libORXExUtilities ${ORX_SOVERSION} ${of_this_version}
 libKORPlatform ${ORX_SOVERSION} ${of_this_version}
@@ -53,7 +53,7 @@ This package holds the module and its stand-alone platform.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborxexutilities-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-# A program that uses databases is linked with theirs.
+# A program that uses databases is linked with their client libraries.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${of_this_version}, libpq-dev, libsqlite3-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "${description}
@@ -88,7 +88,7 @@ programs that have SQLite.")
 
 include(CPack)
 
-# ---- The documents that every package carries, and no other installation
+# ---- The documents that are in every package, but in no other installation
 
 set(changelog ${CMAKE_CURRENT_BINARY_DIR}/changelog)
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)

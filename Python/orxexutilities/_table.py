@@ -1,4 +1,4 @@
-"""Extents as tables of pandas."""
+"""Extents as pandas tables."""
 
 from typing import Any
 

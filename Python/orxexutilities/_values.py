@@ -1,4 +1,4 @@
-"""The values that Python has no type for, and the errors."""
+"""Values for which Python has no type, and the errors."""
 
 import re
 from dataclasses import dataclass
@@ -33,8 +33,8 @@ class Enum:
 @final
 @dataclass(frozen=True, slots=True)
 class Binary:
-    """A binary, by the digits that an exchange file has: the number of unused bits (0 to 3), then
-    hexadecimal digits: Binary("0A")."""
+    """A binary, by its digits in an exchange file: the number of unused bits (0 to 3), then hexadecimal
+    digits: Binary("0A")."""
 
     digits: str
 
@@ -77,7 +77,7 @@ class Typed:
 
 @final
 class Unknown:
-    """The third truth value. It counts as false in a test, as it does in a WHERE."""
+    """The third truth value. It is false in a condition, as in a WHERE."""
 
     __slots__ = ()
     _one: "Unknown | None" = None
@@ -101,8 +101,8 @@ UNKNOWN: Final = Unknown()
 
 
 class Error(ValueError):
-    """Data that cannot be read, written or found. `file`, `line` and `column` say where, as far as
-    there is a place; `messages` are all that there is to say, one text each."""
+    """Data that cannot be read, written or found. `file`, `line` and `column` are the place, if known;
+    `messages` contains all messages as texts."""
 
     def __init__(
         self,
@@ -127,8 +127,8 @@ class Error(ValueError):
 
 
 class NotFound(Error, KeyError):
-    """A model has no such instance or entity type."""
+    """A model does not contain the instance or entity type."""
 
 
 class DataWarning(UserWarning):
-    """What a data set holds that is not as it should be, but is read."""
+    """Contents of a data set that are wrong, but were read."""

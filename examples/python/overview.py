@@ -19,7 +19,7 @@ def shown(value: object) -> str:
 
 
 def width(text: str) -> int:
-    """How many columns of a terminal a text takes."""
+    """The width of a text on a terminal, in columns."""
     wide = sum(unicodedata.east_asian_width(c) in "WF" for c in text)
     return len(text) + wide - sum(bool(unicodedata.combining(c)) for c in text)
 
@@ -54,7 +54,7 @@ def item_rows(database: orx.Model) -> Iterable[Sequence[object]]:
 
 
 def date(text: str | None) -> str:
-    """A date string of the database, as it is written everywhere else."""
+    """A date string of the database as YYYY-MM-DD hh:mm:ss."""
     if text is None or len(text) != 14 or not text.isdigit():
         return shown(text)
     month, day, year, hour, minute, second = (

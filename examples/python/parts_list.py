@@ -14,7 +14,7 @@ LINK = "NEXT_ASSEMBLY_USAGE_OCCURRENCE"
 
 
 def quantities(model: orx.Model) -> Counter:
-    """For each product definition how often it occurs in all assemblies that belong to no other."""
+    """How often each product definition occurs in all top-level assemblies."""
     links = model[LINK]
     components: dict[orx.Instance, Counter] = {}
     for link in links:
@@ -23,7 +23,7 @@ def quantities(model: orx.Model) -> Counter:
     placed = {link.RELATED_PRODUCT_DEFINITION for link in links}
 
     total: Counter = Counter()
-    # Each entry: a definition, how many of it, and the assemblies that it is in.
+    # Each entry: a definition, its quantity, and the assemblies that contain it.
     open_ = [(root, 1, frozenset({root})) for root in components if root not in placed]
     while open_:
         definition, count, path = open_.pop()

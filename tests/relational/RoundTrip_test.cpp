@@ -1,4 +1,4 @@
-// Data sets through databases: they come back as they went, to the byte.
+// Data sets through databases: they come back identical, to the byte.
 
 #include <gmock/gmock.h>
 
@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-// The exchange files of the project, and the shared ones where they are.
+// The exchange files of the project, and the shared ones if available.
 std::vector<std::string> Files() {
     std::vector<std::string> files;
     for (const char* folder : {"/examples", "/tests/conformance", "/fuzz/corpus/Exchange",
@@ -40,7 +40,7 @@ exchange::SchemaCatalog CatalogOf(const std::string& file) {
 
 class RoundTrip : public Relational {
   protected:
-    // What is wrong with the way into the database and back.
+    // Saves to the database, loads again, and compares.
     void Check(const exchange::DataSet& dataSet, const exchange::SchemaCatalog& schemas = {}) {
         ASSERT_THAT(Save(dataSet, Name()), IsEmpty());
         const Opened back = Open(Name(), schemas);
@@ -68,7 +68,7 @@ class RoundTrip : public Relational {
     }
 };
 
-// Through both kinds, one after the other; those of one schema through the same place.
+// Through both kinds, one after the other; files of one schema through the same database.
 TEST_P(RoundTrip, KeepsEveryFile) {
     std::map<std::string, std::unique_ptr<Place>> places;
     std::size_t read = 0;
@@ -80,7 +80,7 @@ TEST_P(RoundTrip, KeepsEveryFile) {
         }
         exchange::Messages messages;
         const exchange::DataSet dataSet = exchange::ReadDataSet(file, schemas, {}, messages);
-        if (dataSet.model == nullptr) continue;  // one that is damaged
+        if (dataSet.model == nullptr) continue;  // damaged
         ++read;
         const std::unique_ptr<Place> first = NewPlace("sqlite");
         ASSERT_THAT(Save(dataSet, first->Name()), IsEmpty());
@@ -106,7 +106,7 @@ TEST_P(RoundTrip, KeepsAFileWithItsFullSchema) {
         exchange::ReadDataSet(shared + "data/as1-oc-214.stp", schemas, {}, messages);
     ASSERT_NE(dataSet.model, nullptr);
     Check(dataSet, schemas);
-    // With all types declared, what stands apart is of several types or has a -0.0.
+    // With all types declared, only instances of several types or with a -0.0 are stored as text.
     for (const std::string& text : At().Query("SELECT text FROM orx_other")) {
         const bool negative = At().IsSqlite() && text.find("-0.") != text.npos;
         EXPECT_TRUE(text.starts_with("(") || negative) << text;
@@ -138,7 +138,7 @@ class OneOfEachType {
     std::size_t Count() const { return types_.size(); }
 
   private:
-    // The first instance of the type or of a subtype; none of a type that has no subtypes to be of.
+    // The first instance of the type or of a subtype; unset if there is none.
     std::string Reference(const kor::EntityType& entity) const {
         for (std::size_t i = 0; i < types_.size(); ++i) {
             if (types_[i]->IsKindOf(std::string_view(entity.FoldedName()))) {
@@ -174,7 +174,7 @@ class OneOfEachType {
     std::vector<const kor::EntityType*> types_;
 };
 
-// From SQLite into the other kind; no instance stands apart.
+// From SQLite into the other kind; no instance is stored as text.
 TEST_P(RoundTrip, KeepsEveryTypeOfAFullSchema) {
     const std::string folder = std::string(SOURCE_DIRECTORY) + "/../shared/schemas/";
     struct Full {
@@ -243,14 +243,14 @@ TEST_P(RoundTrip, KeepsEveryKindOfValue) {
                 ElementsAre("2|1|(1,2)", "2|2|()", "2|3|(3)"));
     EXPECT_THAT(At().Query("SELECT owner, position, value FROM thing_gaps ORDER BY 1, 2"),
                 ElementsAre("2|1|a", "2|2|NULL", "2|3|c"));
-    // Empty against unset.
+    // Empty and unset.
     EXPECT_THAT(At().Query("SELECT reals, things FROM thing WHERE instance IN (1, 3) "
                            "ORDER BY instance"),
                 ElementsAre("NULL|NULL", "0|0"));
     EXPECT_THAT(At().Query("SELECT instance FROM orx_other"), IsEmpty());
 }
 
-// Numbers of another kind, truth values where numbers are declared, U+0000.
+// Numbers of another kind, truth values in place of numbers, U+0000.
 TEST_P(RoundTrip, KeepsWhatNoColumnHoldsApart) {
     CheckData(kKinds,
               "#1=THING('a\\X\\00b',$,$,$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
@@ -315,7 +315,7 @@ TEST_P(RoundTrip, KeepsEveryReal) {
                 ElementsAre(At().IsSqlite() ? "2" : "0"));
 }
 
-// Every character, 1,000 in a text.
+// Every character, 1,000 in each text.
 TEST_P(RoundTrip, KeepsEveryCharacter) {
     const exchange::DataSet dataSet = DataSetOf("cdma", "#1=MODEL_OBJECT('',$,$,$,$,$);");
     kor::Model& model = *dataSet.model;
@@ -347,8 +347,8 @@ TEST_P(RoundTrip, KeepsVeryLongTexts) {
     EXPECT_TRUE(static_cast<const SdaiString&>(name).View() == text);
 }
 
-// Entity types and attributes that are words of SQL, or have the names of the tables beside them,
-// and names beyond what a database takes.
+// Entity types and attributes whose names are words of SQL or names of other tables, and names that
+// are too long for a database.
 TEST_P(RoundTrip, KeepsEveryName) {
     const std::string longName(60, 'x');
     CheckData(
@@ -404,7 +404,7 @@ TEST_P(RoundTrip, KeepsSupertypesAndSubtypesApart) {
     EXPECT_THROW(At().Query("SELECT * FROM document_object"), std::exception);
 }
 
-// One after the other, of one kind and another, over the same place.
+// Data sets of different kinds, one after the other, in the same database.
 TEST_P(RoundTrip, ReplacesWhatIsThere) {
     ASSERT_THAT(Save(DataSetOf("cdma", "#1=PART_OBJECT('p',$,$,$,$,$,$,$,$,$);\n#2=X(1);"), Name()),
                 IsEmpty());

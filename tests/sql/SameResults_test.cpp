@@ -1,5 +1,5 @@
-// Whoever calls a function gets the same from it: C++, `orx`, SQL and Python, over thousands of
-// calls on the same data sets.
+// A function returns the same results from C++, `orx`, SQL and Python, for thousands of calls on
+// the same data sets.
 
 #include <dlfcn.h>
 #include <gmock/gmock.h>
@@ -35,7 +35,7 @@ struct Argument {
     Kind kind = Kind::Unset;
     const Named* model = nullptr;
     std::uint64_t id = 0;
-    KORUnicodeString text{};  // an attribute's name, too
+    KORUnicodeString text{};  // also the name of an attribute
     long integer = 0;
     double real = 0;
     std::vector<double> members{};
@@ -64,7 +64,7 @@ SdaiPrimitiveH HandleOf(const Argument& argument) {
             for (const double member : argument.members) list->Append(member);
             return handle;
         }
-        // An instance stands for its model in WithCall.
+        // In WithCall, an instance represents its model.
         case Argument::Kind::Model:
             return argument.model->model->Extent(std::string_view("PRODUCT_DEFINITION"))
                 ->GetMember(0);
@@ -141,7 +141,7 @@ std::string Written(const Call& call, std::string (*form)(const Argument&)) {
     return std::string(call.function->name) + '(' + text + ')';
 }
 
-// A unique identifier is another each time.
+// A unique identifier differs each time.
 Json WithoutIdentifiers(const Json& json) {
     static const std::regex kUuid(
         "[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}");
@@ -181,7 +181,7 @@ class SameResults : public testing::Test {
     void MakeCalls() {
         constexpr int kRandom = 25;  // of each function
         calls.push_back({orx::FindExport("RemoveValueVersion"), {}});
-        for (const bool creating : {false, true}) {  // those last: the data stay the same for all
+        for (const bool creating : {false, true}) {  // last, so that the data stay the same
             for (const orx::Export& row : orx::kExports) {
                 if (IsCreating(row) != creating) continue;
                 calls.push_back(Typical(row));
@@ -224,7 +224,7 @@ class SameResults : public testing::Test {
             argument.real = handle;
         } else if (name == "AGGREGATE" && handle.GetMemberCount() == 0) {
             argument.kind = Argument::Kind::List;
-        } else if (name == "AGGREGATE") {  // the one of GetMemberCount
+        } else if (name == "AGGREGATE") {  // the one for GetMemberCount
             argument = {Argument::Kind::Attribute, &models[1], 1, KORUnicodeString("KORASS")};
         }
         return argument;
@@ -253,7 +253,7 @@ class SameResults : public testing::Test {
             return argument;
         } else if (kind == orx::Instance || kind == orx::Select) {
             const Named& named = models[random() % 8 == 0 ? random() % 4 : random() % 2];
-            // Of each type as often.
+            // Each type with the same probability.
             const auto& types = named.model->Types();
             const kor::ModelType& type = types[random() % types.size()];
             std::vector<std::uint64_t> ids;
@@ -299,7 +299,7 @@ class SameResults : public testing::Test {
         return argument;
     }
 
-    // ---- Results, as orx gives values in JSON
+    // ---- Results in the form of `orx --json`
 
     Json JsonOf(const SdaiPrimitiveH& value) const {
         const std::string kind(value.UnderlyingTypeName().View());
@@ -331,7 +331,7 @@ class SameResults : public testing::Test {
                 {"type", kind}};
     }
 
-    // The same as SQL gives it.
+    // The same in the form of SQL.
     static Json InSql(const Json& json) {
         if (json.is_boolean()) return json.get<bool>() ? 1 : 0;
         if (json == "UNKNOWN") return nullptr;
@@ -395,7 +395,7 @@ class SameResults : public testing::Test {
 };
 
 TEST_F(SameResults, ComeFromOrxSqlAndPython) {
-    // What reads the files comes first: calls in this process make instances.
+    // The programs that read the files run first: calls in this process create instances.
     std::string script;
     for (const Call& call : calls) script += Written(call, ForOrx) + '\n';
     std::vector<std::string> arguments = Options();
@@ -432,7 +432,7 @@ TEST_F(SameResults, ComeFromOrxSqlAndPython) {
         EXPECT_EQ(value, InSql(expected[i]));
     }
     EXPECT_EQ(row, fromSql.size());
-    // The calls do meet their data.
+    // The calls have various results.
     EXPECT_GT(kinds.size(), 5U);
 
 #ifdef PYTHON_COMMAND

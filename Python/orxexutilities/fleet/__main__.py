@@ -31,12 +31,12 @@ def say(message: str) -> None:
 
 
 def printable(text: str) -> str:
-    """A text from a file, without what a terminal acts on."""
+    """A text from a file, without control characters for terminals."""
     return "".join(c if c.isprintable() or c in "\n\t" else repr(c)[1:-1] for c in text)
 
 
 class Watch(Progress):
-    """Ends a run that is to stop. The exception of a signal may be lost where nobody can catch it."""
+    """Ends a run on request. The exception of a signal may be lost where it cannot be caught."""
 
     stopped = False
 
@@ -178,7 +178,7 @@ def report_dry(outcome: Outcome) -> None:
 def main(arguments: list[str] | None = None) -> int:
     options = parser().parse_intermixed_args(arguments)
     bar = Watch() if options.quiet else Bar()
-    # What a part of the cluster says of its own end comes even after the run, when its futures go.
+    # Parts of the cluster log their own end even after the run, when its futures are released.
     logging.getLogger("asyncio").setLevel(logging.CRITICAL)
     for number in (signal.SIGINT, signal.SIGTERM):
         signal.signal(number, bar.stop)

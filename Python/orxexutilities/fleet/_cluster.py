@@ -1,4 +1,4 @@
-"""Batches of units on the workers of a Dask cluster, and their answers in the order of arrival."""
+"""Batches of units on the workers of a Dask cluster, and their results in the order of arrival."""
 
 from __future__ import annotations
 
@@ -25,18 +25,18 @@ import dask
 from orxexutilities.fleet import _work
 from orxexutilities.fleet._units import Reading, Rules, Unit, UsageError
 
-# A batch is to take about so long. It makes the rate of tasks one that depends on the number of
-# workers alone, whatever the size of the files; see docs/fleet.md.
+# The intended time for a batch. With it, the rate of tasks depends on the number of workers only, not
+# on the size of the files; see docs/fleet.md.
 BATCH_SECONDS = 1.0
-# Towards the end they are smaller, but not smaller than that.
+# Towards the end batches are smaller, with this minimum.
 LEAST_SECONDS = 0.1
-# Batches on the way for each worker: one is asked while the next waits.
+# Batches sent to each worker: one is processed while the next waits.
 BATCHES_PER_WORKER = 2
-# What a file costs beside its bytes, in bytes that take as long.
+# The cost of a file besides its size, as a number of bytes that take as long.
 FILE_COST = 64 * 1024
-# Memory that a model takes for each byte of its file: up to 3, and some for what rules make of it.
+# Memory for each byte of a file: up to 3 for the model, and some for the data of the rules.
 MODEL_EXPANSION = 4
-# What a worker takes that does nothing, and what it needs at least.
+# The memory of an idle worker, and the minimum that a worker needs.
 IDLE_MEMORY = 128 << 20
 LEAST_MEMORY = 2 * IDLE_MEMORY
 # The environment of the workers. Models need about the same memory one after the other, so a process
@@ -49,12 +49,12 @@ ENVIRONMENT = {
     "MALLOC_MMAP_THRESHOLD_": str(32 << 20),
     "MALLOC_TRIM_THRESHOLD_": str(64 << 20),
 }
-# Units that worker after worker died of, though each asked them in a process of its own.
+# Units on which worker after worker died, although each processed them in a separate process.
 DEATHS = 10
-# How long workers of this machine may be fewer than they should; a third of it none at all.
+# How long workers of this machine may be missing; a third of that if there is none at all.
 MISSING_SECONDS = 60
 CLOSE_SECONDS = 15
-# How long a result may take from its worker, which may have died since; twice as long at each attempt.
+# How long the transfer of a result may take, as the worker may have died; doubled with each attempt.
 RESULT_SECONDS = 10
 
 
@@ -77,7 +77,7 @@ def _cost(unit: Unit) -> int:
 
 
 class Cluster:
-    """The workers: those of a scheduler elsewhere, or of this machine."""
+    """The workers: those of a scheduler elsewhere, or those on this machine."""
 
     def __init__(self, scheduler: str | None, workers: int | None, memory: int | None, patience: float) -> None:
         if scheduler is not None:
@@ -112,17 +112,17 @@ class Cluster:
 
     def _start(self) -> str:
         settings = {
-            # What dies with its worker comes back at once, to be asked with care.
+            # Tasks of a worker that died come back immediately, to be retried with care.
             "distributed.scheduler.allowed-failures": 0,
-            # Memory is bounded by asking one unit at a time; a worker that waits for it to become
-            # less would wait for ever.
+            # Memory is limited by processing one unit at a time; a worker that waits until there is
+            # more would wait for ever.
             "distributed.worker.memory.target": False,
             "distributed.worker.memory.spill": False,
             "distributed.worker.memory.pause": False,
             "distributed.nanny.pre-spawn-environ": ENVIRONMENT,
-            # A worker that does not answer on this machine is gone.
+            # A worker on this machine that does not respond is dead.
             "distributed.comm.timeouts.connect": "5s",
-            # What nobody looks at.
+            # Nobody uses the profile.
             "distributed.worker.profile.enabled": False,
             "distributed.admin.tick.interval": "200ms",
         }
@@ -147,8 +147,8 @@ class Cluster:
 
     @property
     def ails(self) -> bool:
-        """Whether workers of this machine have been missing for long: a worker that is killed while it
-        starts may not be started again."""
+        """Whether workers of this machine have been missing for too long: a worker that is killed while
+        it starts may not be restarted."""
         now = time.monotonic()
         present = len(self.workers)
         if self._local is None or present >= self._count:
@@ -161,11 +161,11 @@ class Cluster:
         self.__enter__()
 
     def connect(self) -> None:
-        """Connects to the scheduler, which may come up again in a while."""
+        """Connects to the scheduler, which may become available again."""
         deadline = time.monotonic() + self._patience
         while True:
             try:
-                # Answers of other machines come through the scheduler: it alone is sure to be reached.
+                # Results from other machines come through the scheduler, which is reachable.
                 direct = None if self._local is None else True
                 self._client = Client(
                     self._scheduler, timeout=5, set_as_default=False, direct_to_workers=direct
@@ -189,7 +189,7 @@ class Cluster:
 
     @property
     def workers(self) -> dict[str, Any]:
-        """Those that are there, by address, as they were a second ago."""
+        """The available workers by address, as of a second ago."""
         now = time.monotonic()
         if now - self._seen > 1 and self._client is not None:
             with contextlib.suppress(Exception):
@@ -199,8 +199,7 @@ class Cluster:
         return self._workers
 
     def memory(self) -> tuple[int, int] | None:
-        """How much the worker with least may take, and how much the machine with least; nothing where
-        workers have no limit."""
+        """The smallest memory limits of a worker and of a machine; None if workers have no limit."""
         machines: dict[str, int] = {}
         limits: list[int] = []
         for worker in self.workers.values():
@@ -214,7 +213,7 @@ class Cluster:
 
 
 def _end(cluster: LocalCluster) -> None:
-    """Ends a cluster with its processes, those too that it has lost sight of."""
+    """Ends a cluster with its processes, including those that it has lost track of."""
     with contextlib.suppress(Exception):
         cluster.close(timeout=CLOSE_SECONDS)
     for process in multiprocessing.active_children():
@@ -248,8 +247,8 @@ def _quiet() -> Iterator[None]:
 
 @contextlib.contextmanager
 def _without_interrupts() -> Iterator[None]:
-    """Threads that are started meanwhile, and the processes that they start, are not interrupted from
-    the keyboard: the run is, and ends them."""
+    """Threads started in this context, and the processes that they start, are not interrupted from the
+    keyboard: only the run is, and ends them."""
     resource_tracker.ensure_running()  # which would let interrupts in again
     before = signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGINT})
     try:
@@ -259,7 +258,7 @@ def _without_interrupts() -> Iterator[None]:
 
 
 class Dispatch:
-    """Sends units to the workers and returns each with its answer."""
+    """Sends units to the workers and returns each with its result."""
 
     def __init__(
         self,
@@ -275,9 +274,9 @@ class Dispatch:
         self._reading = reading
         self._patience = patience
         self._tell = tell
-        # The largest first: what comes last keeps no worker busy for long.
+        # The largest first: the last ones should not keep a worker busy for long.
         self._units = deque(sorted(units, key=_cost, reverse=True))
-        self._cost = sum(map(_cost, units))  # of those that wait
+        self._cost = sum(map(_cost, units))  # of the waiting units
         self._rate = 2e6  # cost in a second on one worker; a low guess until it is measured
         self._again: deque[Batch] = deque()
         self._large: deque[Batch] = deque()
@@ -288,8 +287,8 @@ class Dispatch:
         self._set_large_aside()
 
     def _set_large_aside(self) -> None:
-        """Units whose models may take more memory than a worker has are asked last and one at a time,
-        with the memory of all workers of a machine."""
+        """Units whose models may need more memory than a worker has are processed last and one at a
+        time, with the memory of all workers of a machine."""
         limits = self._cluster.memory() if self._units else None
         if limits is None:
             return
@@ -313,7 +312,7 @@ class Dispatch:
                 batch.future = None
                 yield from self._take(batch, future)
 
-    # ---- Out
+    # ---- Sending
 
     def _fill(self) -> None:
         if not self._cluster.connected:
@@ -338,8 +337,8 @@ class Dispatch:
         return None
 
     def _cut(self) -> Batch:
-        """As many units as take about the time of a batch; towards the end less, so that all workers
-        end at about the same time."""
+        """Enough units for about the time of a batch; towards the end fewer, so that all workers end at
+        about the same time."""
         shares = BATCHES_PER_WORKER * max(1, len(self._cluster.workers))
         most = min(BATCH_SECONDS * self._rate, self._cost / shares)
         most = max(most, LEAST_SECONDS * self._rate)
@@ -362,13 +361,13 @@ class Dispatch:
         future.add_done_callback(lambda done: self._arrivals.put((batch, done)))
 
     def _take_back(self) -> None:
-        """All that is on the way, to be sent again."""
+        """All units that have been sent, to be sent again."""
         for batch in self._flying:
             batch.future = None
             self._again.append(batch)
         self._flying.clear()
 
-    # ---- Back
+    # ---- Receiving
 
     def _take(self, batch: Batch, future: Any) -> Iterator[tuple[Unit, _work.Answer]]:
         try:
@@ -392,7 +391,7 @@ class Dispatch:
             self._again.append(Batch(suspects, careful=True))
 
     def _died(self, batch: Batch) -> Iterator[tuple[Unit, _work.Answer]]:
-        """What was with a worker when it died is not to blame for it until it has been asked alone."""
+        """Units on a worker when it died are not blamed for it until they have been processed alone."""
         half = len(batch.units) // 2
         deaths = batch.deaths + batch.careful
         if half:
@@ -406,7 +405,7 @@ class Dispatch:
             yield unit, _work.failure(unit, unit.files[0], message)
 
     def _failed(self, batch: Batch, future: Any, error: Exception) -> None:
-        """The cluster failed, not a unit. Batches that are cancelled have lost their scheduler."""
+        """The cluster failed, not a unit. Cancelled batches have lost their scheduler."""
         self._again.append(batch)
         if future.cancelled() or not self._cluster.connected:
             return
@@ -419,7 +418,7 @@ class Dispatch:
             raise UsageError(f"the workers cannot ask: {said}") from error
 
     def _look_after(self) -> None:
-        """Nothing has arrived for a while."""
+        """No result has arrived for a while."""
         if not self._cluster.connected:
             self._tell("the scheduler is lost, waiting for it")
             self._take_back()

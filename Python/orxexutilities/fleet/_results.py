@@ -1,18 +1,18 @@
-"""Where rows go: SQLite, PostgreSQL, or a folder of CSV files. One process writes.
+"""The stores for rows: SQLite, PostgreSQL, or a folder of CSV files. One process writes.
 
-Each has the table `orx_fleet` with a line for each file, which is the mark that the file is done, or
-says why it is not:
+Each has the table `orx_fleet` with a row for each file, which marks the file as done, or says why it
+is not:
 
     file      its absolute path, the key
-    unit      the unit that it was asked in
+    unit      the unit that it was part of
     state     'done'; 'failed'; 'left' when another file of its unit failed
-    size, modified    what it was like: bytes, nanoseconds since 1970
+    size, modified    of the file then: bytes, nanoseconds since 1970
     rows, warnings    how many
     line, place_column, message    of a failure
     finished  when, in UTC
 
-The lines and the rows of a unit are written in one transaction. Transactions may return before they
-are on the disk: what a power cut takes is the last of them, whole, and is asked again.
+The marks and the rows of a unit are written in one transaction. Transactions may return before they
+are on the disk: a power failure can undo the last of them, completely; these units are then repeated.
 """
 
 from __future__ import annotations
@@ -52,11 +52,11 @@ class Mark(NamedTuple):
 
 
 class Refused(Exception):
-    """The rows of a unit cannot be held, through no fault of the store."""
+    """The store cannot hold the rows of a unit, because of the rows."""
 
 
 class Unavailable(Exception):
-    """The store cannot be reached, or has no room, for now."""
+    """The store is temporarily unavailable or full."""
 
 
 def quoted(name: str) -> str:
@@ -64,7 +64,7 @@ def quoted(name: str) -> str:
 
 
 class Store:
-    """What the three have in common. A subclass opens `self._connection` and knows its database."""
+    """The base of all three. A subclass opens `self._connection` and knows its database."""
 
     placeholder = "?"
 
@@ -77,7 +77,7 @@ class Store:
         self.marks: dict[str, Mark] = {}
         self._file_written = ""
 
-    # What differs.
+    # Specific to the database.
 
     def _is_there(self) -> bool:
         return True
@@ -89,20 +89,20 @@ class Store:
         raise NotImplementedError
 
     def _sorted(self, error: Exception) -> Exception:
-        """An error as what it means here: Refused, Unavailable, or itself."""
+        """The meaning of an error here: Refused, Unavailable, or the error itself."""
         raise NotImplementedError
 
     def _insert(self, table: str, columns: Sequence[str], rows: Sequence[Sequence[Any]]) -> None:
         raise NotImplementedError
 
     def _fit(self, table: Table) -> tuple[list[str], Sequence[Sequence[Any]]]:
-        """Columns of a table as they are named here, there now, and its rows so that they fit."""
+        """Adds missing columns; returns the columns' names in the database, and rows that fit them."""
         raise NotImplementedError
 
-    # What does not.
+    # Common to all.
 
     def peek(self) -> None:
-        """Which marks are there, where nothing is to be written or made."""
+        """The existing marks, without writing or creating anything."""
         try:
             if self._is_there():
                 self._connect()
@@ -136,7 +136,7 @@ class Store:
         self._execute(f"CREATE INDEX IF NOT EXISTS {index} ON {table} (file)")
 
     def _look(self) -> None:
-        """Which marks are there."""
+        """The existing marks."""
         found = self._execute(f"SELECT file, unit, state, size, modified FROM {MARKS}")
         self.marks = {
             file: Mark(unit, state, Stamp(size, modified))
@@ -145,7 +145,7 @@ class Store:
         self._commit()
 
     def failures(self) -> Iterator[Failure]:
-        """Those that are recorded."""
+        """The units that are recorded."""
         left: dict[str, list[str]] = {}
         for unit, file in self._execute(f"SELECT unit, file FROM {MARKS} WHERE state = 'left'").fetchall():
             left.setdefault(unit, []).append(file)
@@ -157,8 +157,7 @@ class Store:
             yield Failure(file, message, line, column, tuple(left.get(unit, ())))
 
     def write(self, unit: Unit, answer: Sequence[Table] | Failure) -> Failure | None:
-        """Writes what was found of a unit, and marks it. Tells of a failure, if that is what it was or
-        what became of it here."""
+        """Writes and marks the results of a unit. Returns the failure, if the unit or this failed."""
         while True:
             try:
                 self._insist(lambda: self._write(unit, answer), lambda: self._is_written(unit))
@@ -169,11 +168,11 @@ class Store:
                 answer = Failure(file, f"its rows cannot be written: {error}", others=others)
 
     def finish(self) -> None:
-        """Waits until what was written is on the disk."""
+        """Waits until everything written is on the disk."""
 
     def _insist(self, action: Callable[[], None], is_done: Callable[[], bool]) -> None:
-        """Does something in one transaction, and tries again while the store cannot be reached. If the
-        connection was lost, `is_done` shows whether the transaction was committed before."""
+        """Runs a function in one transaction, and retries while the store is unavailable. If the
+        connection was lost, `is_done` tells whether the transaction had been committed."""
         deadline = None
         pause = 0.1
         while True:
@@ -239,7 +238,8 @@ class Store:
         return self._all(unit, ("failed", "left"))
 
     def _all(self, unit: Unit, states: tuple[str, ...]) -> bool:
-        """Whether the files of a unit, as they are now, were in it last time and ended so."""
+        """Whether the unit consisted of the same files, unchanged, and ended in one of
+        these states."""
         for file, stamp in zip(unit.files, unit.stamps):
             mark = self.marks.get(file)
             if mark is None or mark.state not in states or mark.stamp != stamp or mark.unit != unit.name:
@@ -308,7 +308,7 @@ def _said(error: Exception) -> str:
 
 
 def _writable(text: str) -> str:
-    """A text without what a database refuses."""
+    """A text without characters that a database rejects."""
     return text.encode("utf-8", "backslashreplace").decode().replace("\0", "\\0")
 
 
@@ -321,7 +321,7 @@ class SqliteStore(Store):
         super().__init__(name, table, patience)
         self._file = file
 
-    # A database that is locked, full, failing or not there may be otherwise in a while; so may one
+    # A database that is locked, full, failing or missing may be available again later; so may one
     # whose folder is not mounted.
     _FOR_NOW = {
         sqlite3.SQLITE_BUSY,
@@ -345,7 +345,7 @@ class SqliteStore(Store):
 
     def _sorted(self, error: Exception) -> Exception:
         if isinstance(error, sqlite3.IntegrityError):
-            return Unavailable(error)  # another has just written the same unit: its marks say
+            return Unavailable(error)  # another run has just written the same unit: see its marks
         if isinstance(error, sqlite3.OperationalError):
             code = getattr(error, "sqlite_errorcode", 0) & 0xFF
             return Unavailable(error) if code in self._FOR_NOW else error
@@ -368,8 +368,8 @@ class SqliteStore(Store):
 
 
 class CsvStore(SqliteStore):
-    """A folder with a CSV file for each file that was asked, renamed when it is complete. The marks,
-    and which is whose, are in the file orx-fleet.sqlite of the folder."""
+    """A folder with a CSV file for each processed file, renamed when it is complete. The marks,
+    and the CSV file of each, are in the file orx-fleet.sqlite of the folder."""
 
     NAMES = "orx_fleet_csv"
 
@@ -436,15 +436,15 @@ def _names(stem: str) -> Iterator[str]:
 
 class PostgresqlStore(Store):
     placeholder = "%s"
-    # How long rows are held that a crash of the server might take with it.
+    # How long rows are kept that a crash of the server might lose.
     _CONFIRM_SECONDS = 1.0
-    # The type of a column is that of its values; it is widened where a value of another comes.
+    # A column has the type of its values; it is widened when a value of another type arrives.
     _TYPES = {bool: "boolean", int: "bigint", float: "double precision", bytes: "bytea"}
 
     def __init__(self, name: str, table: str, patience: float, uri: str) -> None:
         super().__init__(name, table, patience)
         self._uri = uri
-        # What a crash of the server may take: written since it was last waited for.
+        # Rows that a crash of the server may lose: written since the last confirmation.
         self._unconfirmed: list[tuple[Unit, Sequence[Table] | Failure]] = []
         self._confirmed = time.monotonic()
 
@@ -477,7 +477,7 @@ class PostgresqlStore(Store):
         self._insist(self._confirm, lambda: False)
 
     def _confirm(self) -> None:
-        """A transaction that waits for the disk waits for all before it."""
+        """A transaction that waits for the disk waits for all previous ones."""
         self._execute("SET LOCAL synchronous_commit = on")
         self._execute("SELECT txid_current()")
         self._commit()
@@ -497,14 +497,14 @@ class PostgresqlStore(Store):
     def _sorted(self, error: Exception) -> Exception:
         import psycopg2
 
-        # What is nothing more special than a DatabaseError came of a connection that broke.
+        # A plain DatabaseError, not a subclass, comes from a broken connection.
         broken = type(error) is psycopg2.DatabaseError
         if broken or self._connection is None or self._connection.closed:
             return Unavailable(error)
         if isinstance(error, (psycopg2.OperationalError, psycopg2.InterfaceError)):
             return Unavailable(error)
         if isinstance(error, psycopg2.IntegrityError):
-            return Unavailable(error)  # another has just written the same unit: its marks say
+            return Unavailable(error)  # another run has just written the same unit: see its marks
         if isinstance(error, (psycopg2.DataError, ValueError, OverflowError)):
             return Refused(error)
         return error

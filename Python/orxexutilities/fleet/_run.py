@@ -1,4 +1,4 @@
-"""A run: finds the work, has it done and reports the outcome."""
+"""A run: finds the files, has them processed and reports the outcome."""
 
 from __future__ import annotations
 
@@ -14,22 +14,22 @@ from orxexutilities.fleet._units import Failure, Reading, Rules, Unit, UsageErro
 
 @dataclass
 class Outcome:
-    """What became of a run. `done`, `before` and `to_do` count files; a file of an earlier run that is
-    as it was is not asked again."""
+    """The outcome of a run. `done`, `before` and `to_do` count files; a file done in an earlier run is
+    not processed again unless it has changed."""
 
     done: int = 0
     before: int = 0
     rows: int = 0
     warnings: int = 0
     failures: list[Failure] = field(default_factory=list)
-    seconds: float = 0.0  # of the asking, when the cluster was there
+    seconds: float = 0.0  # of processing, without starting the cluster
 
-    # Of a dry run: what would be asked.
+    # Of a dry run: the units that would be processed.
     to_do: list[Unit] = field(default_factory=list)
 
     @property
     def failed(self) -> int:
-        """How many files have no rows because of failures."""
+        """The number of files without rows because of failures."""
         return sum(1 + len(failure.others) for failure in self.failures)
 
 
@@ -63,19 +63,19 @@ def run(
     patience: float = 600.0,
     progress: Progress | None = None,
 ) -> Outcome:
-    """Asks files, and writes the rows.
+    """Applies rules to files, and writes the rows.
 
     rules         a file that defines rows(model), and group(path) if files belong together; or the
-                  function rows itself, with `group` beside it
+                  function rows itself, with `group` as a separate argument
     files         files, folders to search for exchange files, or databases
     result        "sqlite:FILE", "postgresql://…", or a folder for one CSV file per file
     scheduler     the address of a Dask scheduler; without one, workers are started on this machine
-    workers       how many of them, by default one for each processor; each takes `memory` bytes at most
-    variables     texts that a file of rules is given, as global variables by their names
+    workers       their number, by default one for each processor; each uses at most `memory` bytes
+    variables     texts that a file of rules gets as global variables, by name
     table         the table that the rows are written to
-    retry_failed  asks again what failed in an earlier run; a file that has changed is always asked
-    dry_run       only reports what would be asked; asks and writes nothing
-    patience      how many seconds to wait for a scheduler or database that is down
+    retry_failed  retries what failed in an earlier run; changed files are always processed
+    dry_run       only reports what would be done; reads and writes nothing
+    patience      seconds to wait for a scheduler or database that is down
 
     Files that fail are part of the outcome. Anything that stops the whole run is a UsageError; the same
     call continues from there.

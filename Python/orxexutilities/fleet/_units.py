@@ -1,4 +1,4 @@
-"""Files, the units that they form, and the rules that are asked of them. Nothing here needs Dask."""
+"""Files, the units that they form, and the rules applied to them. Nothing here needs Dask."""
 
 from __future__ import annotations
 
@@ -13,15 +13,15 @@ from typing import Any, NamedTuple
 
 import orxexutilities as orx
 
-# What a folder is searched for.
+# The files to search for in a folder.
 SUFFIXES = (".stp", ".step", ".p21", ".stpx21")
-# Data sets that are named as databases are.
+# Prefixes of data sets in databases.
 DATABASES = ("sqlite:", "postgresql://", "postgres://")
 
 
 class UsageError(ValueError):
-    """What was asked for cannot be begun, or not be gone on with: bad rules, no such file list, a
-    result that cannot be written, no scheduler."""
+    """A run cannot begin or cannot continue: bad rules, a missing file list, a result that cannot be
+    written, no scheduler."""
 
 
 class Stamp(NamedTuple):
@@ -33,31 +33,31 @@ class Stamp(NamedTuple):
 
 @dataclass(frozen=True, slots=True)
 class Unit:
-    """Files that are asked together: all of them, or none."""
+    """Files that are processed together: all of them, or none."""
 
     name: str
     files: tuple[str, ...]
     stamps: tuple[Stamp, ...]
-    # Of a piece of a data set: which, in how many pieces it is cut, and what the rules know it by.
+    # Of a piece of a data set: the data set, the number of its pieces, and the value for the rules.
     source: str | None = None
     pieces: int = 1
     piece: Any = field(default=None, compare=False)
 
     @property
     def size(self) -> int:
-        """How many bytes are read for it."""
+        """The number of bytes that are read for it."""
         return sum(stamp.size for stamp in self.stamps)
 
     @property
     def share(self) -> int:
-        """How many of them it is about."""
+        """Its share of these bytes."""
         return self.size // self.pieces
 
 
 @dataclass(frozen=True, slots=True)
 class Failure:
-    """What kept a unit from being done. `file` is the one to blame, and `line` and `column` the place
-    in it where there is one; `others` are the files of its unit that were left out with it."""
+    """Why a unit is not done. `file` is the cause, and `line` and `column` the place in it, if known;
+    `others` are the remaining files of the unit, which are not done either."""
 
     file: str
     message: str
@@ -77,7 +77,7 @@ class Table(NamedTuple):
     file: str
     columns: tuple[str, ...]
     rows: list[tuple[Any, ...]]
-    warnings: int  # how much in the file was not as it should be, but was read
+    warnings: int  # the number of problems in the file that did not prevent reading
 
 
 @dataclass(frozen=True, slots=True)
@@ -93,7 +93,7 @@ class Reading:
 
 @dataclass(frozen=True, slots=True)
 class Rules:
-    """Rules as they travel to the workers: the text of a file, or pickled functions."""
+    """Rules in the form sent to workers: the text of a file, or pickled functions."""
 
     path: str
     text: str = ""
@@ -121,7 +121,7 @@ class Rules:
             raise UsageError(f"{rules}: {getattr(error, 'strerror', None) or error}") from None
 
     def load(self) -> Loaded:
-        """The functions. A process makes them once."""
+        """The functions. Each process creates them once."""
         if self not in _loaded:
             _loaded.clear()
             _loaded[self] = self._make()
@@ -146,7 +146,7 @@ class Rules:
         return Loaded(rows, getattr(module, "group", None), getattr(module, "pieces", None))
 
     def place_of(self, error: BaseException) -> str:
-        """An error, with the line of the rules that it came through."""
+        """An error, with the line of the rules where it occurred."""
         if isinstance(error, SyntaxError) and error.filename == self.path:
             return f"{self.path}:{error.lineno}: {error.msg}"
         said = str(error)
@@ -166,7 +166,7 @@ class Loaded(NamedTuple):
 
     @property
     def takes_two(self) -> bool:
-        """Whether rows() wants the models of the whole unit too, or the piece."""
+        """Whether rows() also takes the models of the whole unit, or the piece."""
         kinds = (inspect.Parameter.POSITIONAL_ONLY, inspect.Parameter.POSITIONAL_OR_KEYWORD)
         try:
             parameters = inspect.signature(self.rows).parameters.values()
@@ -179,7 +179,7 @@ _loaded: dict[Rules, Loaded] = {}
 
 
 def files_of(names: Iterable[str | os.PathLike[str]]) -> Iterator[str]:
-    """The files that are named, and those of the folders that are named, by their absolute paths."""
+    """The absolute paths of the named files, and of the files in the named folders."""
     for name in map(os.fspath, names):
         if name.startswith(DATABASES):
             scheme, rest = name.split(":", 1)
@@ -195,7 +195,7 @@ def files_of(names: Iterable[str | os.PathLike[str]]) -> Iterator[str]:
 
 
 def stamp_of(file: str) -> Stamp:
-    """What a file is like now; of one that is not there, or is a table of a server, nothing."""
+    """The present size and time of a file; zero if it is missing or on a database server."""
     path = file.removeprefix("sqlite:")
     try:
         status = os.stat(path)
@@ -205,7 +205,7 @@ def stamp_of(file: str) -> Stamp:
 
 
 def units_of(files: Iterable[str], rules: Rules, reading: Reading) -> list[Unit]:
-    """Each file once, in the units that group() puts together, or in its pieces."""
+    """Each file once, in units as formed by group(), or in pieces."""
     try:
         loaded = rules.load()
     except UsageError:
@@ -235,7 +235,7 @@ def _groups(files: Iterable[str], loaded: Loaded, rules: Rules) -> list[Unit]:
 
 
 def _pieces(file: str, loaded: Loaded, reading: Reading) -> list[Unit]:
-    """The pieces of a data set. One that cannot be cut is a unit, which will fail for the reason."""
+    """The pieces of a data set. If cutting fails, the whole is a unit, which will then fail, too."""
     assert loaded.pieces is not None
     stamp = stamp_of(file)
     try:

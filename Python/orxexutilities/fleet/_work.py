@@ -1,4 +1,4 @@
-"""What runs on the workers: units are read and asked."""
+"""The code that runs on the workers: reads units and applies the rules."""
 
 from __future__ import annotations
 
@@ -27,26 +27,26 @@ Answer = list[Table] | Failure
 
 @dataclass(frozen=True, slots=True)
 class Suspect:
-    """A unit that took memory which its process lacked: asked alone, it may have enough."""
+    """A unit that ran out of memory: processed alone, it may have enough."""
 
     unit: Unit
 
 
-# The functions serve one call at a time, and one unit at a time is what memory is reckoned for.
+# The functions serve one call at a time, and the memory is calculated for one unit at a time.
 _turn = threading.Lock()
 
 
 def ask_all(
     units: Sequence[Unit], rules: Rules, reading: Reading
 ) -> tuple[float, list[Answer | Suspect]]:
-    """The task for a batch of units: how long it took, and the answers."""
+    """The task for a batch of units: returns its duration and the results."""
     with _turn:
         start = time.monotonic()
         answers = [ask(unit, rules, reading) for unit in units]
         return time.monotonic() - start, answers
 
 
-# The data set that pieces were last asked of.
+# The data set of the last pieces.
 _cut: dict[tuple[str, Any, Reading], orx.Model] = {}
 
 
@@ -86,7 +86,7 @@ def ask(unit: Unit, rules: Rules, reading: Reading) -> Answer | Suspect:
 
 
 def _read(unit: Unit, file: str, reading: Reading) -> tuple[orx.Model, int]:
-    """A model, and how many warnings came of it. That of pieces is kept for the next piece."""
+    """A model, and the number of warnings. The model of a piece is kept for the next one."""
     if unit.source is not None:
         key = (unit.source, unit.stamps, reading)
         if key not in _cut:
@@ -117,7 +117,7 @@ def _without_place(error: orx.Error) -> str:
 # ---- Rows
 
 
-# What is written as it is.
+# Types that are written as they are.
 _FLAT = frozenset({type(None), bool, int, float, str, bytes})
 
 
@@ -142,7 +142,7 @@ def _table(file: str, found: Iterable[Mapping[str, Any]] | None, count: int) -> 
 
 
 def _in_columns(columns: list[str], row: Any) -> tuple[Any, ...]:
-    """The values of a row in the order of the columns, among which are now those of the row."""
+    """The values of a row in the order of the columns, to which it adds those of the row."""
     if not isinstance(row, Mapping):
         raise TypeError(f"rows() gave {_a(row)}, a dict is expected")
     for name in row:
@@ -211,15 +211,15 @@ def _members(column: str, value: Any) -> Any:
     return _plain(column, value)
 
 
-# ---- Units that something died with, each in sight
+# ---- Units on which a worker died, each in isolation
 
 
 def ask_carefully(
     units: Sequence[Unit], rules: Rules, reading: Reading, memory: int | None = None
 ) -> tuple[float, list[Answer]]:
     """The task for units that were on a worker when it died, or that are too large for one. They are
-    asked in a process of their own; one that dies with it is asked once more, alone, before it is
-    blamed. `memory` is how much the process may take, by default as much as its worker."""
+    processed in a separate process; if that dies, the unit is retried alone before it is blamed.
+    `memory` limits the process, by default to the memory of its worker."""
     with _turn:
         start = time.monotonic()
         memory = memory or _memory_of_worker()
@@ -241,7 +241,7 @@ def ask_carefully(
         return time.monotonic() - start, answers
 
 
-# How often a process is killed before it is not by accident: by a person, or for what others take.
+# Killed this often, a process was not killed by accident: by a person, or for memory used elsewhere.
 KILLS = 3
 
 
@@ -281,7 +281,7 @@ def _memory_of_worker() -> int | None:
 
 
 class _Child:
-    """A process that asks units. It dies with the one that started it."""
+    """A process that processes units. It dies with its parent."""
 
     def __init__(self, rules: Rules, reading: Reading, memory: int | None) -> None:
         beside = os.path.dirname(os.path.dirname(orx.__file__))
@@ -305,7 +305,7 @@ class _Child:
             pass
 
     def ask(self, unit: Unit) -> Answer | None:
-        """Nothing when the process has died instead of answering."""
+        """None if the process died instead of answering."""
         self._send(unit)
         try:
             answer: Answer = pickle.load(self._answers)
@@ -323,8 +323,8 @@ class _Child:
 
 
 def _answer_questions() -> None:
-    """The process of a _Child: questions come in on standard input, answers go out on what was
-    standard output, which is standard error for whatever the rules print."""
+    """The process of a _Child: reads requests from standard input and writes answers to the original
+    standard output; the output of the rules goes to standard error."""
     answers = os.fdopen(os.dup(1), "wb")
     os.dup2(2, 1)
     questions = sys.stdin.buffer
@@ -350,7 +350,7 @@ def _answer_questions() -> None:
 
 
 if __name__ == "__main__":
-    # Under its own name: what is pickled is named by it.
+    # Under its own name, by which pickled objects refer to it.
     from orxexutilities.fleet import _work
 
     _work._answer_questions()
