@@ -63,12 +63,13 @@ class Saver {
         WriteSchema();
         if (!writer_.Problem().empty()) throw Refusal{writer_.Problem()};
         AddKeys();
+        // Once the database has the data set, nothing needs memory.
+        const std::string identity = database_.Identity();
+        decltype(known.baselines) saved;
+        if (keepable_) saved.emplace(identity, std::move(now_));
         database_.Commit();
-        if (keepable_) {
-            known.baselines[database_.Identity()] = std::move(now_);
-        } else {
-            known.baselines.erase(database_.Identity());
-        }
+        known.baselines.erase(identity);
+        known.baselines.merge(saved);
     }
 
   private:

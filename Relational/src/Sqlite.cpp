@@ -135,10 +135,32 @@ class SqliteInsertion final : public Insertion {
     Statement statement_;
 };
 
+// The file of a database. If it is made for this database and nothing is saved to it, it is removed
+// at the end, without a path of the standard library, which needs memory.
+class DatabaseFile {
+  public:
+    DatabaseFile(const std::string& name, Database::Access access)
+        : name_(name),
+          made_(access == Database::Access::Write && ::access(name.c_str(), F_OK) != 0) {}
+    ~DatabaseFile() {
+        struct stat status {};
+        if (made_ && ::stat(name_.c_str(), &status) == 0 && status.st_size == 0) {
+            ::unlink(name_.c_str());
+        }
+    }
+    DatabaseFile(const DatabaseFile&) = delete;
+    DatabaseFile& operator=(const DatabaseFile&) = delete;
+
+    const std::string& Name() const { return name_; }
+
+  private:
+    const std::string name_;
+    const bool made_;
+};
+
 class Sqlite final : public Database {
   public:
-    Sqlite(const std::string& file, Access access)
-        : file_(file), made_(access == Access::Write && ::access(file.c_str(), F_OK) != 0) {
+    Sqlite(const std::string& file, Access access) : file_(file, access) {
         sqlite3* opened = nullptr;
         // A reader may have to roll back what a writer that was killed has left. Where the file
         // cannot be written, SQLite opens it for reading alone. One thread at a time uses it.
@@ -151,26 +173,12 @@ class Sqlite final : public Database {
         sqlite3_busy_timeout(opened, kPatience);
     }
 
-    // A file that this has made and nothing was saved to is removed, without a path of the standard
-    // library, which needs memory.
-    ~Sqlite() override {
-        statements_.clear();
-        database_.reset();
-        struct stat status {};
-        if (made_ && ::stat(file_.c_str(), &status) == 0 && status.st_size == 0) {
-            ::unlink(file_.c_str());
-        }
-    }
-
-    Sqlite(const Sqlite&) = delete;
-    Sqlite& operator=(const Sqlite&) = delete;
-
     const Dialect& GetDialect() const override { return kSqlite; }
 
     std::string Identity() const override {
         std::error_code error;
-        const std::filesystem::path whole = std::filesystem::canonical(file_, error);
-        return "sqlite:" + (error ? file_ : whole.string());
+        const std::filesystem::path whole = std::filesystem::canonical(file_.Name(), error);
+        return "sqlite:" + (error ? file_.Name() : whole.string());
     }
 
     void Begin(Access access) override {
@@ -281,8 +289,7 @@ class Sqlite final : public Database {
         return static_cast<std::uint64_t>(sqlite3_changes(database_.get()));
     }
 
-    const std::string file_;
-    const bool made_;
+    const DatabaseFile file_;  // closed before it is removed
     SqliteConnection database_;
     std::map<std::string, Statement> statements_;
 };
