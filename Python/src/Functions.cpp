@@ -4,7 +4,6 @@
 #include <new>
 #include <span>
 #include <string>
-#include <utility>
 
 #include "Arguments.h"
 #include "Calls.h"
