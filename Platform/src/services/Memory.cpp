@@ -6,7 +6,8 @@
 
 namespace {
 
-constinit thread_local bool exhausted = false;
+// A thread has it from its start: memory taken for it later could run out, too.
+[[gnu::tls_model("initial-exec")]] constinit thread_local bool exhausted = false;
 
 }  // namespace
 

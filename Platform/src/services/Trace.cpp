@@ -83,8 +83,9 @@ int LevelOfEnvironment() {
     return 0;
 }
 
-// The number of open scopes of this thread that wrote their first line.
-thread_local int depth = 0;
+// The number of open scopes of this thread that wrote their first line. A thread has it from its
+// start: memory taken for it later could run out, which would end the process.
+[[gnu::tls_model("initial-exec")]] thread_local int depth = 0;
 
 constexpr int kWidestIndent = 1000;
 constexpr auto kBlanks = [] {
