@@ -58,8 +58,8 @@ class KOR_API SdaiIterator_Of_Users {
     // Every member of this aggregate is visited,
     const SdaiAggrInstance* walked_ = nullptr;
     long position_ = -1;
-    // or else these instances, which may come in two runs. Results are stored in `few_` or, if there
-    // are more, in `many_`.
+    // or else these instances, which may come in two runs. Results are stored in `few_` or, if
+    // there are more, in `many_`.
     SdaiEntityInstance* const* next_ = nullptr;
     SdaiEntityInstance* const* end_ = nullptr;
     SdaiEntityInstance* const* late_ = nullptr;

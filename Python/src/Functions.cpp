@@ -4,6 +4,7 @@
 #include <new>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "Arguments.h"
 #include "Calls.h"
