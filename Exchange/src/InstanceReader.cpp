@@ -384,9 +384,9 @@ void InstanceReader::Instance(int depth) {
         scopes_.push_back(std::move(*scope));
     }
     kor::Instance& instance = model_->Create(*model_->TypeOf(entity), id, values_);
-    if (id > kor::Model::kLargestId) greatlyNamed_.push_back({&instance, place});
-    values_.clear();
+    values_.clear();  // they are the model's now
     current_.reset();
+    if (id > kor::Model::kLargestId) greatlyNamed_.push_back({&instance, place});
 }
 
 // &SCOPE #2=...; ENDSCOPE /#2/: the instances that belong to instance `id`, which itself

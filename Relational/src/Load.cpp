@@ -300,8 +300,9 @@ class Loader {
                 if (slots[i].derived) values_[i] = Cell::Of(kor::Tag::Derived, 0);
             }
         }
-        Keep(Model().Create(type, id, values_.All()), fingerprint, false);
+        kor::Instance& instance = Model().Create(type, id, values_.All());
         values_.Forget();
+        Keep(instance, fingerprint, false);
     }
 
     // `count`: null if that column is missing; the members' table then decides.

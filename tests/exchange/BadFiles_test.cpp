@@ -5,10 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "Allocations.h"
 #include "Exchange.h"
 #include "Orx.h"
 #include "ParsedModel.h"
@@ -291,6 +294,29 @@ TEST(BadFiles, ALenientReaderGivesGreatNamesNoNumberOfAnExternalReference) {
     EXPECT_EQ(item->CreateEntityInstance(file.dataSet.model.get())->GetInstanceNameId(), 7U);
     const std::string written = exchange::ToExchangeText(file.dataSet);
     EXPECT_THAT(File(written).Instances(), ElementsAre(3, 2, 4, 6, 7)) << written;
+}
+
+// The values of an instance belong to the model from its creation on, whatever fails after that.
+TEST(BadFiles, AreReadOrNotWhereMemoryRunsOut) {
+    const std::string text = FileOf(
+        "#99999999999999999999=ITEM('a text of more than fourteen characters');\n"
+        "#1=HOLDER(#99999999999999999999);\n#2=CHOOSER(LABEL('another text, and as long'));");
+    const std::string expected = exchange::ToExchangeText(File(text, true).dataSet);
+    bool failed = true;
+    for (long succeeding = 0; failed; ++succeeding) {
+        std::optional<File> file;
+        {
+            const FailingAllocations failing(succeeding, FailingAllocations::Extent::Once);
+            try {
+                file.emplace(text, true);
+            } catch (const std::bad_alloc&) {
+            }
+            failed = failing.HaveFailed();
+        }
+        if (file.has_value()) {
+            EXPECT_EQ(exchange::ToExchangeText(file->dataSet), expected) << succeeding;
+        }
+    }
 }
 
 TEST(BadFiles, TellTheColumnInBytes) {
