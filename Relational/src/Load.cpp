@@ -310,10 +310,7 @@ class Loader {
                    const Field* count, std::optional<Members>& staged, std::uint64_t& fingerprint) {
         const std::span<Members::Member> found =
             staged.has_value() ? staged->Of(key) : std::span<Members::Member>();
-        for (Members::Member& member : found) {
-            fingerprint += member.fingerprint;
-            member.taken = true;
-        }
+        for (const Members::Member& member : found) fingerprint += member.fingerprint;
         std::int64_t size = std::ssize(found);
         if (count != nullptr && !count->IsNull() && (!WholeNumber(*count, size) || size < 0)) {
             Mend(PlaceOf(table.name, key, column.name) + Shown(*count) + " is no count of members");
@@ -331,7 +328,10 @@ class Loader {
                  (!unset && std::ssize(found) == size ? " with other positions" : ""));
         }
         if (unset && found.empty()) return {};
-        for (const Members::Member& member : found) members_.Add(member.value);
+        for (Members::Member& member : found) {
+            members_.Add(member.value);
+            member.taken = true;
+        }
         const kor::Domain* element = column.MemberDomain();
         const Cell aggregate =
             Model().NewAggregate(members_.All(), element != nullptr && element->IsSelect());
