@@ -59,6 +59,12 @@ class KOR_API AggregateAccess {
     static void AddOwner(SdaiAggrInstance& aggregate) {
         aggregate.owners_.fetch_add(1, std::memory_order_relaxed);
     }
+    // Whether there is anything to release when a model gives up an aggregate: another owner, or
+    // memory that is not the model's.
+    static bool OwnsAnything(const SdaiAggrInstance& aggregate) {
+        return aggregate.layout_ == Layout::Cells || aggregate.capacity_ != 0 || aggregate.keeps_ ||
+               HasOwners(aggregate) || aggregate.index_.load(std::memory_order_relaxed) != nullptr;
+    }
     // Removes an owner; the last one deletes the aggregate.
     static void RemoveOwner(SdaiAggrInstance& aggregate);
 

@@ -28,8 +28,18 @@ void SetReference(std::byte* place, std::uintptr_t kind, SdaiEntityInstance* ins
     }
 }
 
-// The kinds of cells that may own something.
-constexpr TagSet kOwning{Tag::Text, Tag::Enumeration, Tag::Binary, Tag::Aggregate, Tag::Typed};
+// Whether there is anything to release in a cell of an instance. Most values own nothing.
+bool OwnsAnything(const Cell& cell) {
+    switch (cell.GetTag()) {
+        case Tag::Text:
+        case Tag::Enumeration:
+        case Tag::Binary: return cell.Buffer() != nullptr;
+        case Tag::Aggregate:
+            return AggregateAccess::OwnsAnything(*cell.Get<const SdaiAggrInstance*>());
+        case Tag::Typed: return true;
+        default: return false;
+    }
+}
 
 // Limit on what all complex types together may inherit.
 constexpr std::size_t kMostInheritedByOwn = 2'000'000;
@@ -48,7 +58,7 @@ Model::~Model() {
     for (const ModelType& type : types_) {
         type.ForEachInstance([count = type.slotCount](const Instance& instance) {
             for (const Cell& cell : std::span(instance.Cells(), count)) {
-                if (kOwning.Has(cell.GetTag())) ReleaseCell(cell);
+                if (OwnsAnything(cell)) ReleaseCell(cell);
             }
         });
     }
@@ -157,7 +167,6 @@ void Instance::Write(Index slot, const SdaiPrimitiveH& value) {
 
 Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const Cell> values) {
     assert(values.size() == type.slotCount && ids_.Find(id) == nullptr);
-    ModelType& own = types_[type.number];
     // Everything that may run out of memory comes first.
     IdTable::Entry& entry = ids_.ForDefinition(id);
     for (SdaiAggrInstance* extent : type.extents) {
@@ -166,7 +175,7 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
     instances_.push_back(nullptr);
     void* memory = nullptr;
     try {
-        memory = own.memory.Allocate(Instance::Size(type));
+        memory = type.memory.Allocate(Instance::Size(type));
     } catch (...) {
         instances_.pop_back();
         throw;
@@ -194,7 +203,7 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
         related.relation->Change(nullptr, Relation::TargetOf(instance.Cells()[related.slot]),
                                  instance);
     }
-    ++own.instanceCount;
+    ++type.instanceCount;
     if (id <= kLargestId) largestId_ = std::max(largestId_, id);
     return instance;
 }

@@ -47,9 +47,9 @@ struct ModelType {
     Model* const model;
     const EntityType* const entity;
     const std::size_t slotCount;
-    const std::size_t number;         // in the order in which the model first used its types
-    std::uint64_t instanceCount = 0;  // without subtypes
-    Arena memory;                     // for its instances
+    const std::size_t number;  // in the order in which the model first used its types
+    mutable std::uint64_t instanceCount = 0;         // without subtypes
+    mutable Arena memory;                            // for its instances
     mutable std::vector<SdaiAggrInstance*> extents;  // those created so far that list its instances
     mutable std::vector<RelatedSlot> relations;  // those created so far that contain its instances
 
