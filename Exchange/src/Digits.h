@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace exchange {
 
@@ -16,6 +17,17 @@ inline std::uint64_t NextEight(const char* at) {
     std::uint64_t characters;
     std::memcpy(&characters, at, sizeof characters);
     return characters;
+}
+
+// Whether two texts are equal. The last eight characters overlap those before them.
+inline bool AreEqual(std::string_view a, std::string_view b) {
+    const std::size_t size = a.size();
+    if (size != b.size()) return false;
+    if (size < 8) return a == b;
+    for (std::size_t at = 0; at + 8 < size; at += 8) {
+        if (NextEight(a.data() + at) != NextEight(b.data() + at)) return false;
+    }
+    return NextEight(a.data() + size - 8) == NextEight(b.data() + size - 8);
 }
 
 // A byte in each of the eight.
@@ -52,6 +64,15 @@ inline const char* TakeDigits(const char* at, std::uint64_t& number) {
         at += count;
         if (count < 8) return at;
     }
+}
+
+// The same one by one: where there are few digits, and as many as the last time, their end is
+// predicted rather than computed.
+inline const char* TakeFewDigits(const char* at, std::uint64_t& number) {
+    for (; *at >= '0' && *at <= '9'; ++at) {
+        number = 10 * number + static_cast<std::uint64_t>(*at - '0');
+    }
+    return at;
 }
 
 }  // namespace exchange

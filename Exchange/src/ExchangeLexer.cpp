@@ -233,16 +233,16 @@ std::string ExchangeLexer::NameOf(std::uint64_t id) const {
 
 // ---- Literals
 
-// Checks the form of a number and finds its end, which takes its digits, eight at a time. Of most
-// numbers, these give the value with one division; std::from_chars, which reads the number again,
-// is for the rest.
+// Checks the form of a number and finds its end, which takes its digits, those after the point
+// eight at a time. Of most numbers, these give the value with one division; std::from_chars, which
+// reads the number again, is for the rest.
 Cell ExchangeLexer::Number(bool realExpected) {
     const char* const start = in_.at;
     const bool negative = *start == '-';
     const char* const first = start + (negative || *start == '+' ? 1 : 0);
     // The digits as an integer, as far as it can hold them, and the power of ten that follows.
     std::uint64_t digits = 0;
-    const char* at = TakeDigits(first, digits);
+    const char* at = TakeFewDigits(first, digits);
     if (at == first) {
         in_.at = first;
         FailHere("a digit expected, found " + Found());

@@ -322,48 +322,64 @@ const EntityType& InstanceReader::UnknownInstance(Place place) {
     return *entity;
 }
 
+const EntityType& InstanceReader::NextPart() {
+    lexer_.Skip();
+    const Place place = lexer_.Here();
+    const std::size_t first = values_.size();
+    const std::string_view ahead = lexer_.UpToParenthesis();
+    const EntityType* entity = known_.Find(ahead);
+    if (entity != nullptr && entity->IsDeclared()) {
+        lexer_.Advance(ahead.size() + 1);
+    } else {
+        const std::string keyword(lexer_.Keyword());  // copied, since the window may move
+        entity = model_->GetSchema().FindEntity(std::string_view(keyword));
+        lexer_.Expect('(');
+        if (entity == nullptr) {
+            Parameters({});
+            return Undeclared(place, keyword, values_.size() - first);
+        }
+        known_.Keep(*entity);
+    }
+    Parameters(entity->OwnSlots());
+    CheckCount(place, *entity, first, entity->OwnSlots().size());
+    return *entity;
+}
+
 // #1=(A(...)B(...)): the parts come in any order and are sorted.
 const EntityType& InstanceReader::ComplexInstance() {
-    struct Part {
-        const EntityType* entity;
-        std::size_t first;
-        std::size_t count;
-    };
     const Place start = lexer_.Here();
-    std::vector<Part> parts;
+    parts_.clear();
     while (!lexer_.TakeIf(')')) {
-        lexer_.Skip();
-        const Place place = lexer_.Here();
-        const std::string keyword(lexer_.Keyword());
-        const EntityType* entity = model_->GetSchema().FindEntity(std::string_view(keyword));
         const std::size_t first = values_.size();
-        lexer_.Expect('(');
-        if (entity != nullptr) {
-            Parameters(entity->OwnSlots());
-            CheckCount(place, *entity, first, entity->OwnSlots().size());
-        } else {
-            Parameters({});
-            entity = &Undeclared(place, keyword, values_.size() - first);
-        }
-        parts.push_back({entity, first, values_.size() - first});
+        const EntityType& entity = NextPart();
+        parts_.push_back({&entity, first, values_.size() - first});
     }
-    if (parts.empty()) lexer_.Fail(start, "an instance without a type");
-    std::sort(parts.begin(), parts.end(), [](const Part& a, const Part& b) {
-        return a.entity->FoldedName() < b.entity->FoldedName();
-    });
-    std::vector<const EntityType*> entities;
-    std::vector<Cell> ordered;
-    ordered.reserve(values_.size());
-    for (const Part& part : parts) {
-        if (!entities.empty() && entities.back()->FoldedName() == part.entity->FoldedName()) {
+    if (parts_.empty()) lexer_.Fail(start, "an instance without a type");
+    SortParts();
+    entities_.clear();
+    for (const Part& part : parts_) {
+        if (!entities_.empty() && entities_.back()->FoldedName() == part.entity->FoldedName()) {
             lexer_.Fail(start, "an instance that is " + part.entity->FoldedName() + " twice");
         }
-        entities.push_back(part.entity);
+        entities_.push_back(part.entity);
+    }
+    return Own(start, model_->ComplexEntity(entities_));
+}
+
+// Sorts the parts of a complex instance, and their values, by name. Most files have them sorted.
+void InstanceReader::SortParts() {
+    const auto before = [](const Part& a, const Part& b) {
+        return a.entity->FoldedName() < b.entity->FoldedName();
+    };
+    if (std::is_sorted(parts_.begin(), parts_.end(), before)) return;
+    std::sort(parts_.begin(), parts_.end(), before);
+    std::vector<Cell> ordered;
+    ordered.reserve(values_.size());
+    for (const Part& part : parts_) {
         const auto values = values_.begin() + static_cast<long>(part.first);
         ordered.insert(ordered.end(), values, values + static_cast<long>(part.count));
     }
-    values_ = std::move(ordered);  // the old ones need not stay while the type is made
-    return Own(start, model_->ComplexEntity(entities));
+    values_ = std::move(ordered);
 }
 
 void InstanceReader::Instance(int depth) {

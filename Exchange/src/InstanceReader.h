@@ -28,19 +28,29 @@ class KnownTypes {
   public:
     // Null if it is not known.
     const kor::EntityType* Find(std::string_view keyword) {
-        const kor::EntityType* const type = At(keyword);
-        return type != nullptr && type->FoldedName() == keyword ? type : nullptr;
+        const auto& [last, before] = PlacesFor(keyword);
+        if (AreEqual(last.keyword, keyword)) return last.type;
+        return AreEqual(before.keyword, keyword) ? before.type : nullptr;
     }
-    void Keep(const kor::EntityType& type) { At(type.FoldedName()) = &type; }
-    void Clear() { types_.fill(nullptr); }
+    void Keep(const kor::EntityType& type) {
+        auto& [last, before] = PlacesFor(type.FoldedName());
+        before = std::exchange(last, {type.FoldedName(), &type});
+    }
+    void Clear() { places_.fill({}); }
 
   private:
-    // The only place for a keyword.
-    const kor::EntityType*& At(std::string_view keyword) {
+    struct Known {
+        std::string_view keyword;  // of the type, which is null if the place is free
+        const kor::EntityType* type = nullptr;
+    };
+
+    // The only places for a keyword: the type that was kept last, and the one before it.
+    using Places = std::array<Known, 2>;
+    Places& PlacesFor(std::string_view keyword) {
         const std::uint64_t hash = keyword.size() >= 8   ? Mixed<std::uint64_t>(keyword)
                                    : keyword.size() >= 4 ? Mixed<std::uint32_t>(keyword)
                                                          : keyword.size();
-        return types_[(hash * 0x9E37'79B9'7F4A'7C15U) >> 56];
+        return places_[(hash * 0x9E37'79B9'7F4A'7C15U) >> 57];
     }
     // Of the first and last characters, as many as the type has bytes.
     template <class Characters>
@@ -52,7 +62,7 @@ class KnownTypes {
         return first + std::uint64_t{3} * last + keyword.size();
     }
 
-    std::array<const kor::EntityType*, 256> types_{};
+    std::array<Places, 128> places_{};
 };
 
 class InstanceReader {
@@ -137,15 +147,26 @@ class InstanceReader {
     const kor::EntityType& SimpleInstance();
     const kor::EntityType& UnknownInstance(Place place);
     const kor::EntityType& ComplexInstance();
+    const kor::EntityType& NextPart();
+    void SortParts();
     void Instance(int depth);
     Structure::Scope Scope(std::uint64_t id, int depth);
 
     ExchangeLexer& lexer_;
     Problems& problems_;
     kor::Model* model_ = nullptr;
-    std::vector<kor::Cell> values_;         // of the instance being read
-    const kor::Slot* slot_ = nullptr;       // of the value being read
-    std::optional<std::uint64_t> current_;  // the instance being read
+    // Part of a complex instance: its type and its values in values_.
+    struct Part {
+        const kor::EntityType* entity;
+        std::size_t first;
+        std::size_t count;
+    };
+
+    std::vector<kor::Cell> values_;                 // of the instance being read
+    std::vector<Part> parts_;                       // of the complex instance being read
+    std::vector<const kor::EntityType*> entities_;  // of these
+    const kor::Slot* slot_ = nullptr;               // of the value being read
+    std::optional<std::uint64_t> current_;          // the instance being read
     std::vector<GreatlyNamed> greatlyNamed_;
     std::set<std::string> externals_;
     std::vector<Structure::Scope> scopes_;
