@@ -18,37 +18,6 @@ using namespace sdai_names;
 
 namespace {
 
-// ---- Reading points and directions
-
-// The first three members of an attribute of a point or direction. A missing member counts as 0; if
-// the point or direction is missing, returns the default.
-KORMathVector VectorOf(const SdaiPrimitiveH& geometry, const SdaiName& attribute,
-                       const KORMathVector& byDefault) {
-    const SdaiPrimitiveH value = geometry.GetAttr(attribute);
-    const SdaiAggrInstance* members = value;
-    if (members == nullptr) return byDefault;
-    return {members->GetRealMember(0), members->GetRealMember(1), members->GetRealMember(2)};
-}
-
-KORMathVector DirectionOf(const SdaiPrimitiveH& owner, const SdaiName& attribute,
-                          const KORMathVector& byDefault) {
-    return VectorOf(owner.GetAttr(attribute), "DIRECTION_RATIOS"_name, byDefault);
-}
-
-KORMathVector PointOf(const SdaiPrimitiveH& owner, const SdaiName& attribute) {
-    return VectorOf(owner.GetAttr(attribute), "COORDINATES"_name, {0, 0, 0});
-}
-
-KORMathVector LocationOf(const SdaiPrimitiveH& placement) {
-    return PointOf(placement, "LOCATION"_name);
-}
-
-// The frame of an AXIS2_PLACEMENT_3D.
-KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
-    const KORMathVector z = Normalised(DirectionOf(placement, "AXIS"_name, {0, 0, 1}));
-    return orx::FrameOf(z, DirectionOf(placement, "REF_DIRECTION"_name, DefaultReference(z)));
-}
-
 // ---- Placements
 
 constexpr long kPlacementSize = 12;
@@ -89,8 +58,7 @@ void TraceNumbers(Trace& trace, const char* const (&names)[3], const KORMathVect
 void TraceList(Trace& trace, const char* title, const SdaiAggrInstance& list) {
     trace.Line(title);
     for (long i = 0; i + 3 <= list.GetMemberCount(); i += 3) {
-        TraceVector(trace,
-                    {list.GetRealMember(i), list.GetRealMember(i + 1), list.GetRealMember(i + 2)});
+        TraceVector(trace, VectorAt(list, i));
     }
 }
 
@@ -275,8 +243,6 @@ SdaiPrimitiveH Minus(const SdaiPrimitiveH& value) {
 
 namespace {
 
-constexpr Placement kIdentity;
-
 // The context-dependent shape representation of a link; null if the model has none.
 SdaiEntityInstance* ContextOf(const Trace& trace, SdaiEntityInstance* link) {
     const SdaiEntityInstance* const targets[] = {link};
@@ -337,8 +303,9 @@ Placement OperatorPlacement(Trace& trace, const SdaiPrimitiveH& transformation) 
     const KORMathVector axis2 = DirectionOf(transformation, "AXIS2"_name, {0, 1, 0});
     // A third axis that is set is used even if it has no direction ratios.
     const SdaiPrimitiveH third = transformation.GetAttr("AXIS3"_name);
-    const KORMathVector axis3 =
-        third.exists() ? VectorOf(third, "DIRECTION_RATIOS"_name, {0, 0, 0}) : Cross(axis1, axis2);
+    const KORMathVector axis3 = third.exists()
+                                    ? VectorOf(third.GetAttr("DIRECTION_RATIOS"_name), {0, 0, 0})
+                                    : Cross(axis1, axis2);
     return {{axis1, axis2, axis3}, origin};
 }
 

@@ -18,6 +18,7 @@
 #include "console/Json.h"
 #include "page/Html.h"
 #include "product/Assembly.h"
+#include "product/Geometry.h"
 #include "script/Interrupt.h"
 #include "services/Suggestions.h"
 
@@ -26,9 +27,9 @@ namespace host {
 namespace {
 
 // (1.,0.,0.,0.,1.,0.,0.,0.,1.,0.,0.,25.)
-std::string ToText(const Placement& placement) {
+std::string ToText(const orx::Placement& placement) {
     std::string text;
-    for (const double value : placement) {
+    for (const double value : RealsOf(placement)) {
         text += text.empty() ? '(' : ',';
         exchange::AppendReal(text, value);
     }
@@ -95,10 +96,10 @@ class TreePrinter {
     void Place(const Node& node) {
         placements_.resize(node.level + 1);
         if (node.level == 0) {
-            placements_[0] = kIdentity;
+            placements_[0] = orx::kIdentity;
             return;
         }
-        const Placement own = PlacementOf(node.occurrences.front(), assembly_, module_);
+        const orx::Placement own = PlacementOf(node.occurrences.front(), assembly_, module_);
         placements_[node.level] =
             options_.absolute ? Compose(placements_[node.level - 1], own) : own;
     }
@@ -127,10 +128,12 @@ class TreePrinter {
             row.push_back(isRoot ? "" : NameOf(*node.occurrences.front().link));
             row.push_back(isRoot ? "" : Readable(NameOf(node.occurrences.front())));
         }
-        for (std::size_t i = 0; HasPlacements() && i < kIdentity.size(); ++i) {
-            std::string number;
-            if (!isRoot) exchange::AppendReal(number, placements_[node.level][i]);
-            row.push_back(std::move(number));
+        if (HasPlacements()) {
+            for (const double value : RealsOf(placements_[node.level])) {
+                std::string number;
+                if (!isRoot) exchange::AppendReal(number, value);
+                row.push_back(std::move(number));
+            }
         }
         rows_->Add(std::move(row));
     }
@@ -196,7 +199,7 @@ class TreePrinter {
             }
             if (HasPlacements() && node.level != 0) {
                 json.Name("placement").Array([&] {
-                    for (const double value : placements_[node.level]) json.Real(value);
+                    for (const double value : RealsOf(placements_[node.level])) json.Real(value);
                 });
             }
             if (node.isCycle) json.Name("remark").Text("cycle");
@@ -239,8 +242,8 @@ class TreePrinter {
     const Options& options_;
     const bool single_;  // each occurrence by itself
     const Form form_;
-    std::vector<Placement> placements_;  // by level, on the way to the place that is printed
-    Columns* rows_ = nullptr;            // where CSV is asked for
+    std::vector<orx::Placement> placements_;  // by level, on the way to the place that is printed
+    Columns* rows_ = nullptr;                 // where CSV is asked for
     const bool colours_ = HasColours(STDOUT_FILENO);
     std::vector<const char*> below_;
 };

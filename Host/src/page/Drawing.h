@@ -20,7 +20,7 @@ struct Frame {
     static constexpr std::size_t kNoParent = static_cast<std::size_t>(-1);
 
     std::string label;  // readable
-    Placement placement;
+    orx::Placement placement;
     std::size_t parent = kNoParent;  // its index among the frames
     std::size_t level = 0;
     std::size_t branch = 0;  // the component of the root that it belongs to, for its colour

@@ -1,6 +1,7 @@
 // The drawings of parts in space.
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <map>
@@ -39,9 +40,9 @@ Point operator*(double s, Point p) { return {s * p.x, s * p.y}; }
 struct View {
     const char* name;
     const char* style;
-    double right[3];
-    double up[3];
-    double nearer[3];
+    KORMathVector right;
+    KORMathVector up;
+    KORMathVector nearer;
     bool isLabelled;
 };
 
@@ -53,7 +54,11 @@ constexpr View kViews[] = {
     {"From the right", "view right", {0, 1, 0}, {0, 0, 1}, {1, 0, 0}, false},
 };
 
-double Dot(const double* a, const double* b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+// A point of a frame's own axes, in space.
+KORMathVector InSpace(const Point3& point, const Frame& frame) {
+    const Point3 placed = Placed(point, frame.placement);
+    return {placed[0], placed[1], placed[2]};
+}
 
 // An area of the drawing.
 struct Area {
@@ -96,7 +101,7 @@ class FrameDrawing {
         : frames_(frames), view_(view), unit_(unit) {
         FindScale();
         for (const Frame& frame : frames_) {
-            origins_.push_back(IsDrawable(frame) ? Place(&frame.placement[9]) : Point());
+            origins_.push_back(IsDrawable(frame) ? Place(frame.placement.translation) : Point());
         }
     }
 
@@ -117,15 +122,15 @@ class FrameDrawing {
 
   private:
     // A point or direction of space in the drawing's plane, y downwards.
-    Point Project(const double* v) const { return {Dot(view_.right, v), -Dot(view_.up, v)}; }
-    Point Place(const double* v) const { return scale_ * Project(v) + shift_; }
+    Point Project(const KORMathVector& v) const { return {Dot(view_.right, v), -Dot(view_.up, v)}; }
+    Point Place(const KORMathVector& v) const { return scale_ * Project(v) + shift_; }
 
     // Scales the drawing so that all origins and boxes fit.
     void FindScale() {
         constexpr double kInfinity = std::numeric_limits<double>::infinity();
         Point least{kInfinity, kInfinity};
         Point most{-kInfinity, -kInfinity};
-        const auto add = [&](const double* v) {
+        const auto add = [&](const KORMathVector& v) {
             const Point p = Project(v);
             least = {std::min(least.x, p.x), std::min(least.y, p.y)};
             most = {std::max(most.x, p.x), std::max(most.y, p.y)};
@@ -133,12 +138,10 @@ class FrameDrawing {
         bool hasBoxes = false;
         for (const Frame& frame : frames_) {
             if (!IsDrawable(frame)) continue;
-            if (HasAxes(frame)) add(&frame.placement[9]);
+            if (HasAxes(frame)) add(frame.placement.translation);
             if (frame.box.IsEmpty()) continue;
             hasBoxes = true;
-            for (unsigned i = 0; i < 8; ++i) {
-                add(Placed(frame.box.Corner(i), frame.placement).data());
-            }
+            for (unsigned i = 0; i < 8; ++i) add(InSpace(frame.box.Corner(i), frame));
         }
         // For axes and labels.
         const double margin = hasBoxes ? 40 : 56;
@@ -176,8 +179,8 @@ class FrameDrawing {
         std::vector<std::pair<double, std::size_t>> order;
         for (std::size_t i = 0; i < frames_.size(); ++i) {
             if (!IsDrawable(frames_[i]) || frames_[i].box.IsEmpty()) continue;
-            const Point3 middle = Placed(frames_[i].box.Middle(), frames_[i].placement);
-            order.emplace_back(Dot(view_.nearer, middle.data()), i);
+            const KORMathVector middle = InSpace(frames_[i].box.Middle(), frames_[i]);
+            order.emplace_back(Dot(view_.nearer, middle), i);
         }
         std::stable_sort(order.begin(), order.end(),
                          [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -190,8 +193,9 @@ class FrameDrawing {
     std::string DrawBox(const Frame& frame) const {
         std::string svg = "<g class=\"box c" + std::to_string(frame.branch % kColours) +
                           "\"><title>" + Escaped(frame.label) + "</title>\n";
+        const std::array<KORMathVector, 3> axes = AxesOf(frame.placement);
         for (unsigned axis = 0; axis < 3; ++axis) {
-            const double slope = Dot(view_.nearer, &frame.placement[std::size_t{3} * axis]);
+            const double slope = Dot(view_.nearer, axes[axis]);
             if (!(std::abs(slope) > 1e-9)) continue;
             const unsigned side = slope > 0 ? 1U << axis : 0;
             const unsigned one = 1U << ((axis + 1) % 3);
@@ -199,7 +203,7 @@ class FrameDrawing {
             static constexpr const char* kSides[] = {"sx", "sy", "sz"};
             svg += std::string("<polygon class=\"") + kSides[axis] + "\" points=\"";
             for (const unsigned corner : {side, side | one, side | one | other, side | other}) {
-                const Point p = Place(Placed(frame.box.Corner(corner), frame.placement).data());
+                const Point p = Place(InSpace(frame.box.Corner(corner), frame));
                 if (corner != side) svg += ' ';
                 svg += Pixels(p.x) + ',' + Pixels(p.y);
             }
@@ -213,8 +217,9 @@ class FrameDrawing {
         const double length = AxisLength(frame);
         static constexpr const char* kAxes[] = {"x", "y", "z"};
         std::string svg = "<g class=\"frame\"><title>" + Escaped(frame.label) + "</title>\n";
+        const std::array<KORMathVector, 3> axes = AxesOf(frame.placement);
         for (std::size_t axis = 0; axis < 3; ++axis) {
-            const Point direction = Project(&frame.placement[3 * axis]);
+            const Point direction = Project(axes[axis]);
             if (view_.isLabelled || std::hypot(direction.x, direction.y) > 0.01) {
                 svg += Line(kAxes[axis], origins_[number], origins_[number] + length * direction);
                 if (frame.level == 0) {
@@ -249,8 +254,7 @@ class FrameDrawing {
             if (isBox && (frame.level == 0 || !boxes.insert(frame.label).second)) {
                 if (frame.level != 0 || frames_.size() > 1) continue;
             }
-            const Point at =
-                isBox ? Place(Placed(frame.whole.Middle(), frame.placement).data()) : origins_[i];
+            const Point at = isBox ? Place(InSpace(frame.whole.Middle(), frame)) : origins_[i];
             const std::pair key{std::lround(at.x / 3), std::lround(at.y / 3)};
             const auto [place, isNew] = places.emplace(key, labels.size());
             if (isNew) {
@@ -276,8 +280,8 @@ class FrameDrawing {
     // No label covers the axes.
     void TakeAxes(std::size_t number, std::vector<Area>& taken) const {
         const Frame& frame = frames_[number];
-        for (std::size_t axis = 0; axis < 3; ++axis) {
-            const Point direction = Project(&frame.placement[3 * axis]);
+        for (const KORMathVector& axis : AxesOf(frame.placement)) {
+            const Point direction = Project(axis);
             for (const double part : {0.5, 1.0, frame.level == 0 ? 1.2 : 1.0}) {
                 taken.push_back(
                     Around(origins_[number] + part * AxisLength(frame) * direction, 3, 3));
@@ -341,7 +345,8 @@ class FrameDrawing {
 
 bool IsDrawable(const Frame& frame) {
     constexpr double kFarthest = 1e30;
-    return std::all_of(frame.placement.begin(), frame.placement.end(),
+    const std::array<double, 12> reals = RealsOf(frame.placement);
+    return std::all_of(reals.begin(), reals.end(),
                        [](double value) { return std::abs(value) <= kFarthest; });
 }
 

@@ -71,19 +71,17 @@ class Space {
         Box box = shapes_.BoxOf(part);
         const double factor = FactorOf(part);
         if (factor == 1 || box.IsEmpty()) return box;
-        Placement larger = kIdentity;
-        larger[0] = larger[4] = larger[8] = factor;
+        const orx::Placement larger{{{factor, 0, 0}, {0, factor, 0}, {0, 0, factor}}, {}};
         return Placed(box, larger);
     }
 
     // The placement of an occurrence in its parent, in the unit of the page.
-    const Placement& PlacementIn(const Part& parent, const Occurrence& occurrence) {
-        const auto [known, isNew] = placements_.emplace(occurrence.link, kIdentity);
-        Placement& placement = known->second;
+    const orx::Placement& PlacementIn(const Part& parent, const Occurrence& occurrence) {
+        const auto [known, isNew] = placements_.emplace(occurrence.link, orx::kIdentity);
+        orx::Placement& placement = known->second;
         if (isNew) {
             placement = PlacementOf(occurrence, assembly_, module_);
-            const double factor = FactorOf(parent);
-            for (std::size_t i = 9; i < 12; ++i) placement[i] *= factor;
+            placement.translation = FactorOf(parent) * placement.translation;
         }
         return placement;
     }
@@ -151,9 +149,13 @@ class Space {
             isDeeper_ |= node.isCut;
             way.resize(node.level);
             if (node.level == 1) ++branch;
-            Frame frame{
-                Readable(node.part->name),    kIdentity, Frame::kNoParent, node.level, branch, {},
-                wholes_[NumberOf(*node.part)]};
+            Frame frame{Readable(node.part->name),
+                        orx::kIdentity,
+                        Frame::kNoParent,
+                        node.level,
+                        branch,
+                        {},
+                        wholes_[NumberOf(*node.part)]};
             const bool showsComponents =
                 !node.part->occurrences.empty() && !node.isCut && !node.isCycle;
             frame.box = showsComponents ? BoxOf(*node.part) : frame.whole;
@@ -202,11 +204,13 @@ class Space {
         for (const Frame& frame : frames_) {
             columns[0].cells.push_back(std::string(frame.level, ' ') +
                                        Escaped(Shortened(frame.label, 60)));
-            const Placement& p = frame.placement;
-            for (std::size_t i = 0; i < 3; ++i) {
-                columns[1 + i].cells.push_back(Shown(p[9 + i]));
-                columns[4 + i].cells.push_back(Shown(p[3 * i], 4) + ", " + Shown(p[3 * i + 1], 4) +
-                                               ", " + Shown(p[3 * i + 2], 4));
+            auto column = columns.begin() + 1;
+            for (int i = 0; i < 3; ++i) {
+                (column++)->cells.push_back(Shown(frame.placement.translation[i]));
+            }
+            for (const KORMathVector& axis : AxesOf(frame.placement)) {
+                (column++)->cells.push_back(Shown(axis[0], 4) + ", " + Shown(axis[1], 4) + ", " +
+                                            Shown(axis[2], 4));
             }
             std::string size;
             for (std::size_t i = 0; i < 3 && !frame.whole.IsEmpty(); ++i) {
@@ -224,8 +228,8 @@ class Space {
     std::optional<LengthUnit> unit_;
     bool isConverted_ = false;
     bool hasBoxes_ = false;
-    std::unordered_map<const SdaiEntityInstance*, Placement> placements_;  // by link
-    std::vector<Box> wholes_;                                              // by part
+    std::unordered_map<const SdaiEntityInstance*, orx::Placement> placements_;  // by link
+    std::vector<Box> wholes_;                                                   // by part
     std::vector<Frame> frames_;
     std::size_t depth_ = 0;
     bool isCut_ = false;

@@ -7,7 +7,6 @@
 
 #include "KORMath.h"
 #include "SdaiIterator.h"
-#include "src/Placement.h"
 
 namespace host {
 
@@ -293,26 +292,19 @@ std::size_t Assembly::DeepestLevel(std::size_t most, std::size_t deepest, bool s
 
 namespace {
 
-KORMathVector VectorOf(const SdaiPrimitiveH& value, const KORMathVector& byDefault) {
-    const SdaiAggrInstance* members = value;
-    if (members == nullptr) return byDefault;
-    return {members->GetRealMember(0), members->GetRealMember(1), members->GetRealMember(2)};
-}
-
 // As for an AXIS2_PLACEMENT_3D; degenerate directions give values that are not finite.
-Placement PlacementOfLink(const SdaiEntityInstance& link) {
-    const KORMathVector origin = VectorOf(link.GetAttr("origin"_name), {0, 0, 0});
-    const KORMathVector z = orx::Normalised(VectorOf(link.GetAttr("axis"_name), {0, 0, 1}));
-    const KORMath3x3Matrix frame =
-        orx::FrameOf(z, VectorOf(link.GetAttr("ref_direction"_name), orx::DefaultReference(z)));
-    Placement placement;
-    auto* to = placement.data();
-    for (const KORMathVector& column :
-         {frame.GetFirstColumn(), frame.GetSecondColumn(), frame.GetThirdColumn(), origin}) {
-        // Adding 0.0 turns -0.0 into 0.0.
-        for (int i = 0; i < 3; ++i) *to++ = column[i] + 0.0;
-    }
-    return placement;
+orx::Placement PlacementOfLink(const SdaiEntityInstance& link) {
+    const KORMathVector origin = orx::VectorOf(link.GetAttr("origin"_name), {0, 0, 0});
+    const KORMathVector z = orx::Normalised(orx::VectorOf(link.GetAttr("axis"_name), {0, 0, 1}));
+    const KORMath3x3Matrix frame = orx::FrameOf(
+        z, orx::VectorOf(link.GetAttr("ref_direction"_name), orx::DefaultReference(z)));
+    // Adding 0.0 turns -0.0 into 0.0.
+    const auto positive = [](const KORMathVector& v) -> KORMathVector {
+        return {v[0] + 0.0, v[1] + 0.0, v[2] + 0.0};
+    };
+    return {{positive(frame.GetFirstColumn()), positive(frame.GetSecondColumn()),
+             positive(frame.GetThirdColumn())},
+            positive(origin)};
 }
 
 }  // namespace
@@ -323,27 +315,14 @@ std::string NameOf(const Occurrence& occurrence) {
     return name.empty() ? Utf8Of(link.GetAttr("ID"_name)) : name;
 }
 
-Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
-                      const calls::Module& module) {
+orx::Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
+                           const calls::Module& module) {
     if (assembly.IsDatabase()) return PlacementOfLink(*occurrence.link);
     const SdaiPrimitiveH list = module.Call("GetAbsPlacement", {occurrence.link});
     const SdaiAggrInstance* values = list;
-    Placement placement = kIdentity;
-    if (values == nullptr || values->GetMemberCount() != 12) return placement;
-    for (long i = 0; i < 12; ++i) placement[static_cast<std::size_t>(i)] = values->GetRealMember(i);
-    return placement;
-}
-
-Placement Compose(const Placement& outer, const Placement& inner) {
-    Placement result;
-    for (std::size_t column = 0; column < 4; ++column) {
-        for (std::size_t row = 0; row < 3; ++row) {
-            double sum = column == 3 ? outer[9 + row] : 0.0;
-            for (std::size_t i = 0; i < 3; ++i) sum += outer[3 * i + row] * inner[3 * column + i];
-            result[3 * column + row] = sum;
-        }
-    }
-    return result;
+    if (values == nullptr || values->GetMemberCount() != 12) return orx::kIdentity;
+    return {{orx::VectorAt(*values, 0), orx::VectorAt(*values, 3), orx::VectorAt(*values, 6)},
+            orx::VectorAt(*values, 9)};
 }
 
 }  // namespace host

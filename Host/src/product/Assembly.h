@@ -6,7 +6,6 @@
 #ifndef HOST_ASSEMBLY_H
 #define HOST_ASSEMBLY_H
 
-#include <array>
 #include <functional>
 #include <optional>
 #include <span>
@@ -16,6 +15,7 @@
 
 #include "Module.h"
 #include "model/Model.h"
+#include "src/Placement.h"
 
 namespace host {
 
@@ -111,21 +111,13 @@ class Assembly {
 
 // ---- Placements
 
-// Twelve reals: the three columns of a rotation, then a translation.
-using Placement = std::array<double, 12>;
-
-constexpr Placement kIdentity{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0};
-
 // The placement of a component in its parent: the result of GetAbsPlacement for exchange data; for
 // the database, that of the link's origin, axis and ref_direction.
-Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
-                      const calls::Module& module);
+orx::Placement PlacementOf(const Occurrence& occurrence, const Assembly& assembly,
+                           const calls::Module& module);
 
 // What the data call an occurrence: the name or the id of its link, as UTF-8.
 std::string NameOf(const Occurrence& occurrence);
-
-// The composition of two placements: `inner` within a frame that is placed by `outer`.
-Placement Compose(const Placement& outer, const Placement& inner);
 
 }  // namespace host
 

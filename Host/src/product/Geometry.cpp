@@ -5,9 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "SdaiAggrInstance.h"
-#include "src/Placement.h"
-
 namespace host {
 
 using namespace sdai_names;
@@ -41,15 +38,16 @@ Point3 Box::Middle() const {
     return {least[0] / 2 + most[0] / 2, least[1] / 2 + most[1] / 2, least[2] / 2 + most[2] / 2};
 }
 
-Point3 Placed(const Point3& point, const Placement& p) {
-    Point3 placed;
-    for (std::size_t i = 0; i < 3; ++i) {
-        placed[i] = p[i] * point[0] + p[3 + i] * point[1] + p[6 + i] * point[2] + p[9 + i];
-    }
-    return placed;
+Point3 Placed(const Point3& point, const orx::Placement& placement) {
+    const std::array<KORMathVector, 3> axes = AxesOf(placement);
+    const auto coordinate = [&](int i) {
+        return axes[0][i] * point[0] + axes[1][i] * point[1] + axes[2][i] * point[2] +
+               placement.translation[i];
+    };
+    return {coordinate(0), coordinate(1), coordinate(2)};
 }
 
-Box Placed(const Box& box, const Placement& placement) {
+Box Placed(const Box& box, const orx::Placement& placement) {
     Box around;
     if (box.IsEmpty()) return around;
     for (unsigned corner = 0; corner < 8; ++corner) {
@@ -58,71 +56,42 @@ Box Placed(const Box& box, const Placement& placement) {
     return around;
 }
 
-// ---- Frames
+// ---- Placements
 
-namespace {
-
-Placement PlacementOfFrame(const KORMath3x3Matrix& frame, const KORMathVector& origin) {
-    Placement placement;
-    double* to = placement.data();
-    for (const KORMathVector& column :
-         {frame.GetFirstColumn(), frame.GetSecondColumn(), frame.GetThirdColumn(), origin}) {
-        for (int i = 0; i < 3; ++i) *to++ = column[i];
-    }
-    return placement;
+std::array<KORMathVector, 3> AxesOf(const orx::Placement& placement) {
+    return {placement.rotation.GetFirstColumn(), placement.rotation.GetSecondColumn(),
+            placement.rotation.GetThirdColumn()};
 }
 
-KORMathVector Members(const SdaiPrimitiveH& value, const KORMathVector& byDefault) {
-    const SdaiAggrInstance* members = value;
-    if (members == nullptr) return byDefault;
-    return {members->GetRealMember(0), members->GetRealMember(1), members->GetRealMember(2)};
+std::array<double, 12> RealsOf(const orx::Placement& placement) {
+    const auto [x, y, z] = AxesOf(placement);
+    const KORMathVector& t = placement.translation;
+    return {x[0], x[1], x[2], y[0], y[1], y[2], z[0], z[1], z[2], t[0], t[1], t[2]};
 }
 
-}  // namespace
-
-bool IsFinite(const Placement& placement) {
-    return std::all_of(placement.begin(), placement.end(),
+bool IsFinite(const orx::Placement& placement) {
+    const std::array<double, 12> reals = RealsOf(placement);
+    return std::all_of(reals.begin(), reals.end(),
                        [](double value) { return std::isfinite(value); });
 }
 
-std::optional<Placement> FrameOf(const SdaiPrimitiveH& axes) {
+std::optional<orx::Placement> FrameOf(const SdaiPrimitiveH& axes) {
     if (axes.IsKindOf("AXIS2_PLACEMENT_3D"_name)) {
-        const KORMathVector z = orx::Normalised(
-            Members(axes.GetAttr("AXIS"_name).GetAttr("DIRECTION_RATIOS"_name), {0, 0, 1}));
-        const KORMathVector reference =
-            Members(axes.GetAttr("REF_DIRECTION"_name).GetAttr("DIRECTION_RATIOS"_name),
-                    orx::DefaultReference(z));
-        return PlacementOfFrame(
-            orx::FrameOf(z, reference),
-            Members(axes.GetAttr("LOCATION"_name).GetAttr("COORDINATES"_name), {0, 0, 0}));
+        return orx::Placement{orx::FrameOf(axes), orx::LocationOf(axes)};
     }
     if (axes.IsKindOf("CARTESIAN_TRANSFORMATION_OPERATOR"_name)) {
         const auto direction = [&axes](const SdaiName& name, const KORMathVector& byDefault) {
-            return orx::Normalised(
-                Members(axes.GetAttr(name).GetAttr("DIRECTION_RATIOS"_name), byDefault));
+            return orx::Normalised(orx::DirectionOf(axes, name, byDefault));
         };
         const SdaiPrimitiveH scale = axes.GetAttr("SCALE"_name);
         const double factor = scale.exists() ? static_cast<double>(scale) : 1;
         const KORMathVector x = direction("AXIS1"_name, {1, 0, 0});
         const KORMathVector y = direction("AXIS2"_name, {0, 1, 0});
         const KORMathVector z = direction("AXIS3"_name, Cross(x, y));
-        return PlacementOfFrame(
-            {factor * x, factor * y, factor * z},
-            Members(axes.GetAttr("LOCAL_ORIGIN"_name).GetAttr("COORDINATES"_name), {0, 0, 0}));
+        return orx::Placement{{factor * x, factor * y, factor * z},
+                              orx::PointOf(axes, "LOCAL_ORIGIN"_name)};
     }
     return std::nullopt;
-}
-
-Placement Inverse(const Placement& p) {
-    Placement inverse = kIdentity;
-    for (std::size_t i = 0; i < 3; ++i) {
-        inverse[9 + i] = 0;
-        for (std::size_t j = 0; j < 3; ++j) {
-            inverse[3 * j + i] = p[3 * i + j];
-            inverse[9 + i] -= p[3 * i + j] * p[9 + j];
-        }
-    }
-    return inverse;
 }
 
 // ---- Splines

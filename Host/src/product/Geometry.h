@@ -9,8 +9,9 @@
 #include <optional>
 #include <vector>
 
+#include "KORMath.h"
 #include "SdaiPrimitiveH.h"
-#include "product/Assembly.h"
+#include "src/Placement.h"
 
 namespace host {
 
@@ -33,19 +34,22 @@ struct Box {
 };
 
 // The box around a box that is placed.
-Box Placed(const Box& box, const Placement& placement);
+Box Placed(const Box& box, const orx::Placement& placement);
 
 // A point that is placed.
-Point3 Placed(const Point3& point, const Placement& placement);
+Point3 Placed(const Point3& point, const orx::Placement& placement);
 
-bool IsFinite(const Placement& placement);
+// The columns of a placement's rotation: where it takes the directions of x, y and z.
+std::array<KORMathVector, 3> AxesOf(const orx::Placement& placement);
+
+// A placement as GetAbsPlacement returns it: the columns of its rotation, then its translation.
+std::array<double, 12> RealsOf(const orx::Placement& placement);
+
+bool IsFinite(const orx::Placement& placement);
 
 // The frame of an AXIS2_PLACEMENT_3D or of a CARTESIAN_TRANSFORMATION_OPERATOR_3D; values that are
 // not finite if its directions are degenerate.
-std::optional<Placement> FrameOf(const SdaiPrimitiveH& axes);
-
-// The inverse of a rotation and a translation.
-Placement Inverse(const Placement& placement);
+std::optional<orx::Placement> FrameOf(const SdaiPrimitiveH& axes);
 
 // A B-spline curve, perhaps a rational one.
 struct Spline {

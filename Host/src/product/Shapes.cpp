@@ -3,6 +3,7 @@
 #include "product/Shapes.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <initializer_list>
@@ -339,11 +340,11 @@ class Shapes::Reader {
         // clock; all of them if it begins and ends at one place.
         void AddArc(const Instance& conic, const SdaiEntityInstance* from,
                     const SdaiEntityInstance* to) {
-            const std::optional<Placement> frame = FrameOf(Value(conic, 1));
+            const std::optional<orx::Placement> frame = FrameOf(Value(conic, 1));
             const double a = Value(conic, 2);
             const double b = conic.Type().slotCount > 3 ? static_cast<double>(Value(conic, 3)) : a;
             if (!frame || !IsFinite(*frame) || !(a > 0) || !(b > 0)) return;
-            const Placement& f = *frame;
+            const std::array<double, 12> f = RealsOf(*frame);
             const std::optional<Point3> start = PointOfVertex(from);
             const std::optional<Point3> end = PointOfVertex(to);
             const auto angle = [&](const Point3& point) {
@@ -449,15 +450,16 @@ class Shapes::Reader {
 
         // A ring of round wire around the z axis of a frame; a ball if its radius is 0.
         void AddRing(const Instance& surface, double radius, double wire) {
-            const std::optional<Placement> frame = FrameOf(Value(surface, 1));
+            const std::optional<orx::Placement> frame = FrameOf(Value(surface, 1));
             if (!frame || !IsFinite(*frame) || !(radius >= 0) || !(wire >= 0)) return;
+            const std::array<double, 12> f = RealsOf(*frame);
             Point3 least;
             Point3 most;
             for (std::size_t i = 0; i < 3; ++i) {
-                const double z = (*frame)[6 + i];
+                const double z = f[6 + i];
                 const double reach = radius * std::sqrt(std::max(0.0, 1 - z * z)) + wire;
-                least[i] = (*frame)[9 + i] - reach;
-                most[i] = (*frame)[9 + i] + reach;
+                least[i] = f[9 + i] - reach;
+                most[i] = f[9 + i] + reach;
             }
             box_.Add(least);
             box_.Add(most);
@@ -469,7 +471,7 @@ class Shapes::Reader {
             const auto origin = FrameOf(source.GetAttr("MAPPING_ORIGIN"_name));
             const auto target = FrameOf(item.GetAttr("MAPPING_TARGET"_name));
             if (mapped == nullptr || !origin || !target) return;
-            const Placement placement = Compose(*target, Inverse(*origin));
+            const orx::Placement placement = Compose(*target, Inverse(*origin));
             if (IsFinite(placement)) {
                 box_.Add(Placed(reader_.BoxOf(*mapped, depth_ + 1), placement));
             }
