@@ -29,10 +29,12 @@ struct Function {
     const orx::Export& row;
     const Documentation& documentation;
 
-    Place PlaceOf(std::size_t argument) const { return {row.name, documentation.what[argument]}; }
+    Destination DestinationOf(std::size_t argument) const {
+        return {row.name, documentation.what[argument]};
+    }
 };
 
-bool RaiseMisfit(const Place& place, orx::Kind expected, PyObject* found) {
+bool RaiseMisfit(const Destination& destination, orx::Kind expected, PyObject* found) {
     struct Name {
         orx::Kind kind;
         const char* name;
@@ -48,28 +50,28 @@ bool RaiseMisfit(const Place& place, orx::Kind expected, PyObject* found) {
         if (kind == expected) expectation = name;
     }
     const bool orNone = expected != orx::RealList && expected != orx::Model;
-    PyErr_Format(PyExc_TypeError, "%s: %s%s expected, found %s", place.ToString().c_str(),
+    PyErr_Format(PyExc_TypeError, "%s: %s%s expected, found %s", destination.ToString().c_str(),
                  expectation, orNone ? " or None" : "", TypeName(found).c_str());
     return false;
 }
 
 bool Convert(const Function& function, std::size_t i, PyObject* given, calls::Argument& argument) {
     const orx::Kind expected = function.row.arguments[i];
-    const Place place = function.PlaceOf(i);
+    const Destination destination = function.DestinationOf(i);
     if (expected == orx::Model) {
         Model* model = AsModel(given);
-        if (model == nullptr) return RaiseMisfit(place, expected, given);
+        if (model == nullptr) return RaiseMisfit(destination, expected, given);
         argument.model = &model->Data();
         return model->MayBeWritten();
     }
     if (calls::IsFilled(function.row, i) && !PyList_Check(given) &&
         (given != Py_None || expected == orx::RealList)) {
-        return RaiseMisfit(place, expected, given);
+        return RaiseMisfit(destination, expected, given);
     }
-    if (!FromPython(given, place, Lists::Literal, argument.handle)) return false;
+    if (!FromPython(given, destination, Lists::Literal, argument.handle)) return false;
     const bool fits = expected == orx::RealList || calls::Accepts(expected, argument.handle);
     if (!fits || calls::Misfit(expected, argument) != nullptr) {
-        return RaiseMisfit(place, expected, given);
+        return RaiseMisfit(destination, expected, given);
     }
     return true;
 }

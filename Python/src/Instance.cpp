@@ -134,22 +134,22 @@ bool ConvertForSlot(const kor::EntityType& entity, const Model& model, kor::Inde
     const std::string type(entity.Name().View());
     const std::string attribute(
         definition.attribute != nullptr ? definition.attribute->Name().View() : Utf8(name));
-    const Place place{type, attribute};
+    const Destination destination{type, attribute};
     if (definition.derived) {
         PyErr_Format(PyExc_AttributeError, "%s: derived from others, and cannot be written",
-                     place.ToString().c_str());
+                     destination.ToString().c_str());
         return false;
     }
-    if (!FromPython(value, place, Lists::AsGiven, converted)) return false;
+    if (!FromPython(value, destination, Lists::AsGiven, converted)) return false;
     if (!calls::Fits(converted, definition.domain)) {
-        PyErr_Format(PyExc_TypeError, "%s: %s expected, found %R", place.ToString().c_str(),
+        PyErr_Format(PyExc_TypeError, "%s: %s expected, found %R", destination.ToString().c_str(),
                      calls::Expectation(*definition.domain).c_str(), value);
         return false;
     }
     if (!RefersOnlyTo(model.Data(), converted)) {
         PyErr_Format(PyExc_ValueError,
                      "%s: an instance of the same model expected, found one of another",
-                     place.ToString().c_str());
+                     destination.ToString().c_str());
         return false;
     }
     return true;

@@ -106,7 +106,7 @@ bool ConvertForSlot(const kor::EntityType& entity, const Model& model, kor::Inde
 // ---- Values
 
 // The destination of a converted value, for messages: "GetInst: argument 'attribute'".
-struct Place {
+struct Destination {
     std::string_view owner;
     std::string_view what;
     std::string ToString() const;
@@ -114,7 +114,7 @@ struct Place {
 
 // Text to str and back. A NUL or a lone surrogate raises ValueError.
 PyObject* ToPython(const SdaiString& text);
-bool FromPython(PyObject* text, const Place& place, SdaiString& converted);
+bool FromPython(PyObject* text, const Destination& destination, SdaiString& converted);
 
 // A value: None if unset, True, False or UNKNOWN for a logical, a new list for an aggregate.
 PyObject* ToPython(const SdaiPrimitiveH& value);
@@ -123,7 +123,8 @@ enum class Lists {
     Literal,  // as in a script, a list whose members are all numbers is a list of reals
     AsGiven,
 };
-bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH& converted);
+bool FromPython(PyObject* value, const Destination& destination, Lists lists,
+                SdaiPrimitiveH& converted);
 
 // The name of the object's type, for messages.
 std::string TypeName(PyObject* object);

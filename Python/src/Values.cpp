@@ -55,10 +55,10 @@ std::string TypeName(PyObject* object) {
     return object == Py_None ? "None" : Py_TYPE(object)->tp_name;
 }
 
-std::string Place::ToString() const {
-    std::string place(owner);
-    if (!what.empty()) place.append(": ").append(what);
-    return place;
+std::string Destination::ToString() const {
+    std::string text(owner);
+    if (!what.empty()) text.append(": ").append(what);
+    return text;
 }
 
 // ---- Texts
@@ -73,7 +73,7 @@ PyObject* ToPython(const SdaiString& text) {
     return PyUnicode_DecodeUTF8(utf8.data(), static_cast<Py_ssize_t>(utf8.size()), nullptr);
 }
 
-bool FromPython(PyObject* text, const Place& place, SdaiString& converted) {
+bool FromPython(PyObject* text, const Destination& destination, SdaiString& converted) {
     if (PyUnicode_READY(text) != 0) return false;
     const Py_ssize_t size = PyUnicode_GET_LENGTH(text);
     const int kind = PyUnicode_KIND(text);
@@ -81,8 +81,8 @@ bool FromPython(PyObject* text, const Place& place, SdaiString& converted) {
     const auto refuse = [&](const char* what, Py_UCS4 character, Py_ssize_t position) {
         char code[16];
         std::snprintf(code, sizeof code, "U+%04X", static_cast<unsigned>(character));
-        PyErr_Format(PyExc_ValueError, "%s holds %s (%s) at position %zd", place.ToString().c_str(),
-                     what, code, position);
+        PyErr_Format(PyExc_ValueError, "%s holds %s (%s) at position %zd",
+                     destination.ToString().c_str(), what, code, position);
         return false;
     };
     if (kind == PyUnicode_1BYTE_KIND) {
@@ -167,7 +167,8 @@ PyObject* ToPython(const SdaiPrimitiveH& value) {
 
 namespace {
 
-bool FromSequence(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH& converted) {
+bool FromSequence(PyObject* value, const Destination& destination, Lists lists,
+                  SdaiPrimitiveH& converted) {
     // Stops at a list that contains itself.
     if (Py_EnterRecursiveCall(" while a list is converted") != 0) return false;
     const Reference sequence(PySequence_Fast(value, "a sequence expected"));
@@ -175,7 +176,7 @@ bool FromSequence(PyObject* value, const Place& place, Lists lists, SdaiPrimitiv
     std::vector<SdaiPrimitiveH> members;
     for (Py_ssize_t i = 0; good && i < PySequence_Fast_GET_SIZE(sequence.Get()); ++i) {
         const Reference member(Py_NewRef(PySequence_Fast_GET_ITEM(sequence.Get(), i)));
-        good = FromPython(member.Get(), place, lists, members.emplace_back());
+        good = FromPython(member.Get(), destination, lists, members.emplace_back());
     }
     Py_LeaveRecursiveCall();
     if (good) {
@@ -184,12 +185,12 @@ bool FromSequence(PyObject* value, const Place& place, Lists lists, SdaiPrimitiv
     return good;
 }
 
-bool FromInteger(PyObject* value, const Place& place, SdaiPrimitiveH& converted) {
+bool FromInteger(PyObject* value, const Destination& destination, SdaiPrimitiveH& converted) {
     int overflow = 0;
     const long number = PyLong_AsLongAndOverflow(value, &overflow);
     if (overflow != 0) {
         PyErr_Format(PyExc_ValueError, "%s: an integer of 64 bits expected, found %R",
-                     place.ToString().c_str(), value);
+                     destination.ToString().c_str(), value);
         return false;
     }
     if (number == -1 && PyErr_Occurred() != nullptr) return false;
@@ -198,9 +199,10 @@ bool FromInteger(PyObject* value, const Place& place, SdaiPrimitiveH& converted)
 }
 
 // Gets the text of an attribute of an Enum, Binary or Typed.
-bool TextOf(PyObject* value, const char* attribute, const Place& place, SdaiString& text) {
+bool TextOf(PyObject* value, const char* attribute, const Destination& destination,
+            SdaiString& text) {
     const Reference object(PyObject_GetAttrString(value, attribute));
-    return object && FromPython(object.Get(), place, text);
+    return object && FromPython(object.Get(), destination, text);
 }
 
 bool IsOf(PyObject* value, PyObject* itsClass) {
@@ -208,7 +210,7 @@ bool IsOf(PyObject* value, PyObject* itsClass) {
 }
 
 // An object that behaves as a number, such as a scalar of numpy; anything else is a TypeError.
-bool FromNumberLike(PyObject* value, const Place& place, SdaiPrimitiveH& converted) {
+bool FromNumberLike(PyObject* value, const Destination& destination, SdaiPrimitiveH& converted) {
     if (std::string_view(Py_TYPE(value)->tp_name) == "numpy.bool_") {
         const int truth = PyObject_IsTrue(value);
         if (truth < 0) return false;
@@ -217,7 +219,7 @@ bool FromNumberLike(PyObject* value, const Place& place, SdaiPrimitiveH& convert
     }
     if (PyIndex_Check(value)) {
         const Reference number(PyNumber_Index(value));
-        return number && FromInteger(number.Get(), place, converted);
+        return number && FromInteger(number.Get(), destination, converted);
     }
     const PyNumberMethods* numbers = Py_TYPE(value)->tp_as_number;
     if (numbers != nullptr && numbers->nb_float != nullptr) {
@@ -229,13 +231,14 @@ bool FromNumberLike(PyObject* value, const Place& place, SdaiPrimitiveH& convert
     PyErr_Format(PyExc_TypeError,
                  "%s: None, a bool, int, float, str, Instance, list, Enum, Binary or Typed "
                  "expected, found %s",
-                 place.ToString().c_str(), TypeName(value).c_str());
+                 destination.ToString().c_str(), TypeName(value).c_str());
     return false;
 }
 
 }  // namespace
 
-bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH& converted) {
+bool FromPython(PyObject* value, const Destination& destination, Lists lists,
+                SdaiPrimitiveH& converted) {
     if (value == Py_None) return true;
     if (SdaiEntityInstance* instance = AsInstance(value)) {
         converted = SdaiPrimitiveH(instance);
@@ -243,7 +246,7 @@ bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH
     }
     if (PyUnicode_Check(value)) {
         SdaiString text;
-        if (!FromPython(value, place, text)) return false;
+        if (!FromPython(value, destination, text)) return false;
         converted = SdaiPrimitiveH(std::move(text));
         return true;
     }
@@ -251,7 +254,7 @@ bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH
         converted = SdaiPrimitiveH(value == Py_True ? sdaiLTRUE : sdaiLFALSE);
         return true;
     }
-    if (PyLong_Check(value)) return FromInteger(value, place, converted);
+    if (PyLong_Check(value)) return FromInteger(value, destination, converted);
     if (PyFloat_Check(value)) {
         converted = SdaiPrimitiveH(PyFloat_AS_DOUBLE(value));
         return true;
@@ -267,25 +270,25 @@ bool FromPython(PyObject* value, const Place& place, Lists lists, SdaiPrimitiveH
     if (IsOf(value, classes.enumeration) || IsOf(value, classes.binary)) {
         const bool isEnumeration = IsOf(value, classes.enumeration);
         SdaiString text;
-        if (!TextOf(value, isEnumeration ? "name" : "digits", place, text)) return false;
+        if (!TextOf(value, isEnumeration ? "name" : "digits", destination, text)) return false;
         converted =
             isEnumeration ? SdaiPrimitiveH::Enumeration(text) : SdaiPrimitiveH::Binary(text);
         return true;
     }
     if (IsOf(value, classes.typed)) {
         SdaiString name;
-        if (!TextOf(value, "type", place, name)) return false;
+        if (!TextOf(value, "type", destination, name)) return false;
         const Reference held(PyObject_GetAttrString(value, "value"));
         SdaiPrimitiveH plain;
-        if (!held || !FromPython(held.Get(), place, lists, plain)) return false;
+        if (!held || !FromPython(held.Get(), destination, lists, plain)) return false;
         converted = SdaiPrimitiveH(SdaiSelectH(name, plain));
         return true;
     }
     if (PySequence_Check(value) != 0 && !PyBytes_Check(value) && !PyByteArray_Check(value) &&
         !PyRange_Check(value)) {
-        return FromSequence(value, place, lists, converted);
+        return FromSequence(value, destination, lists, converted);
     }
-    return FromNumberLike(value, place, converted);
+    return FromNumberLike(value, destination, converted);
 }
 
 }  // namespace python
