@@ -85,28 +85,33 @@ def run(
     reading = Reading(tuple(os.path.abspath(schema) for schema in schemas), lenient)
     units = units_of(files_of(files), the_rules, reading)
     store = store_for(os.fspath(result), table, patience)
-    outcome = Outcome()
     try:
         store.peek() if dry_run else store.open()
-        failed_before: set[str] = set()
-        for unit in units:
-            unreadable = [file for file in unit.files if not _is_text(file)]
-            if unreadable:
-                others = tuple(file for file in unit.files if file != unreadable[0])
-                outcome.failures.append(Failure(unreadable[0], "its name is not UTF-8", others=others))
-            elif store.is_done(unit):
-                outcome.before += len(unit.files)
-            elif not retry_failed and store.is_failed(unit):
-                failed_before.update(unit.files)
-            else:
-                outcome.to_do.append(unit)
-        if failed_before:
-            outcome.failures += [f for f in store.failures() if f.file in failed_before]
-        if dry_run:
-            return outcome
-        _ask(outcome, store, the_rules, reading, (scheduler, workers, memory, patience), progress)
+        outcome = _outcome_before(units, store, retry_failed)
+        if not dry_run:
+            _ask(outcome, store, the_rules, reading, (scheduler, workers, memory, patience), progress)
     finally:
         store.close()
+    return outcome
+
+
+def _outcome_before(units: Iterable[Unit], store: Any, retry_failed: bool) -> Outcome:
+    """What earlier runs have left to do, and what fails without being processed."""
+    outcome = Outcome()
+    failed_before: set[str] = set()
+    for unit in units:
+        unreadable = [file for file in unit.files if not _is_text(file)]
+        if unreadable:
+            others = tuple(file for file in unit.files if file != unreadable[0])
+            outcome.failures.append(Failure(unreadable[0], "its name is not UTF-8", others=others))
+        elif store.is_done(unit):
+            outcome.before += len(unit.files)
+        elif not retry_failed and store.is_failed(unit):
+            failed_before.update(unit.files)
+        else:
+            outcome.to_do.append(unit)
+    if failed_before:
+        outcome.failures += [f for f in store.failures() if f.file in failed_before]
     return outcome
 
 
