@@ -44,6 +44,7 @@ TEST(SecondPlatform, ComparesCutsFormatsAndReadsNumbersForTheModule) {
     EXPECT_TRUE(isLeftTo(Operation::Cut, extract));
     EXPECT_TRUE(isLeftTo(Operation::ReadNumber, extract));
     EXPECT_TRUE(isLeftTo(Operation::Cut, [] { ORXTrunc("trolley"_h, 4_h); }));
+    EXPECT_TRUE(isLeftTo(Operation::Compare, [] { IsaNARVOV5Doc("doc.KORShape"_h); }));
 
     const std::unique_ptr<SdaiModel> model = NewModel("cdma");
     const SdaiPrimitiveH part =

@@ -17,7 +17,7 @@ KORUnicodeString V5Extension(Trace& trace, const KORUnicodeString& name) {
     const KORUnicodeString extension = name.SubString(dot + 1, end - dot - 1);
     trace.Line("son extension : ", extension);
     if (extension.GetLengthInChar() < 4) return {};
-    return extension.SubString(0, 3) == "KOR" ? extension : KORUnicodeString();
+    return extension.ComparePart(0, 3, "KOR") == 2 ? extension : KORUnicodeString();
 }
 
 }  // namespace
