@@ -1,5 +1,6 @@
 // GetInst, GetItem, GetMemberCount and the other small accessors.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 #include <stdlib.h>
 
@@ -433,7 +434,19 @@ namespace {
 constexpr char kIsAMember[] = "c''est un element de la liste";
 constexpr char kIsNoMember[] = "ce n''est pas un element de la liste";
 
+// If set, the values that are read as instances are counted there.
+int* readAsInstances = nullptr;
+
 }  // namespace
+
+// This replaces the platform's conversion, which gives null for a missing value.
+SdaiPrimitiveH::operator SdaiEntityInstance*() const {
+    if (readAsInstances != nullptr) ++*readAsInstances;
+    using Platform = SdaiEntityInstance* (*)(const SdaiPrimitiveH*);
+    static const auto platform = reinterpret_cast<Platform>(
+        dlsym(RTLD_NEXT, "_ZNK14SdaiPrimitiveHcvP18SdaiEntityInstanceEv"));
+    return platform(this);
+}
 
 TEST(PRDDFN_IsIn, FindsAMemberWhereverItStands) {
     TraceCapture trace;
@@ -481,6 +494,22 @@ TEST(PRDDFN_IsIn, IsFalseWhenAnArgumentIsMissing) {
     EXPECT_TRUE(IsFalse(PRDDFN_IsIn(Data()[3], kMissing)));
     EXPECT_TRUE(IsFalse(PRDDFN_IsIn(kMissing, kMissing)));
     EXPECT_THAT(trace.Messages(kIsIn), ElementsAre(kIsNoMember, kIsNoMember, kIsNoMember));
+}
+
+TEST(PRDDFN_IsIn, ReadsNothingWhenAnArgumentIsMissing) {
+    const SdaiPrimitiveH definition = Data()[3];
+    const SdaiPrimitiveH set = Data()[51];
+    const auto reads = [](const SdaiPrimitiveH& a, const SdaiPrimitiveH& b) {
+        int count = 0;
+        readAsInstances = &count;
+        PRDDFN_IsIn(a, b);
+        readAsInstances = nullptr;
+        return count;
+    };
+    EXPECT_GT(reads(definition, set), 0);
+    EXPECT_EQ(reads(kMissing, set), 0);
+    EXPECT_EQ(reads(definition, kMissing), 0);
+    EXPECT_EQ(reads(kMissing, kMissing), 0);
 }
 
 // ---- ReadMandatory

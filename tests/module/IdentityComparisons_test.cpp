@@ -1,5 +1,6 @@
 // IsSame0 and the comparisons at the end of a chain of attributes.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
 #include <array>
@@ -18,6 +19,25 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
+using testing::UnorderedElementsAreArray;
+
+namespace {
+
+// If set, the numbers of the instances that are taken out of selects are recorded there.
+std::vector<unsigned long>* selected = nullptr;
+
+}  // namespace
+
+// This replaces the platform's function, which takes a plain reference for its own value: no result
+// shows what is read as a select.
+SdaiPrimitiveH SdaiSelectH::getValue() const {
+    using Platform = SdaiPrimitiveH (*)(const SdaiSelectH*);
+    static const auto platform =
+        reinterpret_cast<Platform>(dlsym(RTLD_NEXT, "_ZNK11SdaiSelectH8getValueEv"));
+    SdaiPrimitiveH value = platform(this);
+    if (selected != nullptr) selected->push_back(InstanceIn(value)->GetInstanceNameId());
+    return value;
+}
 
 namespace {
 
@@ -278,6 +298,27 @@ TEST(IsSame0, NamesTheTypeTwiceForOneInstance) {
                             "l'entite2        : PRODUCT_DEFINITION", "IsSame0 retourne sdaiLTRUE"));
 }
 
+// What is not an instance is compared, too, and has no type name.
+TEST(IsSame0, NamesNoTypeOfWhatIsNoInstance) {
+    const TestModel model(Schema("AUTOMOTIVE_DESIGN"), kAssembly);
+    const struct {
+        SdaiPrimitiveH a;
+        SdaiPrimitiveH b;
+        const char* entity1;
+        const char* entity2;
+    } cases[] = {
+        {model[3], "part"_h, "l'entite1: PRODUCT_DEFINITION", "l'entite2        : "},
+        {7_h, model[3], "l'entite1: ", "l'entite2        : PRODUCT_DEFINITION"},
+        {"part"_h, "part"_h, "l'entite1: ", "l'entite2        : "},
+    };
+    for (const auto& [a, b, entity1, entity2] : cases) {
+        TraceCapture trace;
+        EXPECT_TRUE(IsFalse(IsSame0(a, b)));
+        EXPECT_THAT(trace.Messages("SdaiPrimitiveH IsSame0->"),
+                    ElementsAre(entity1, entity2, "IsSame0 retourne sdaiLFALSE"));
+    }
+}
+
 TEST(IsSame0, FindsAnInstanceThatWasReachedAlongAnotherPath) {
     const TestModel model(Schema("AUTOMOTIVE_DESIGN"), kAssembly);
     EXPECT_TRUE(IsTrue(IsSame0(model[5], model[8].GetAttr("DEFINITION"))));
@@ -340,6 +381,36 @@ TEST_P(ShapeDefinitions, AreReadAsTheFirstTenCharactersOfTheSchemaNameSay) {
                               "SdaiPrimitiveH IsSameRelated->"}) {
         EXPECT_THAT(trace.Messages(label), AllOf(Contains(full).Times(1), Contains(kept).Times(1)))
             << label;
+    }
+}
+
+// The DEFINITION of the shape is a select where the schema has one of the names that the function
+// knows, whatever the schema declares; those that follow are selects everywhere.
+TEST_P(ShapeDefinitions, AreTakenOutOfASelectInTheSchemasThatTheFunctionKnows) {
+    const std::string kept = GetParam().kept;
+    const bool isPdm = kept == "PDM_SCHEMA";
+    const bool isPdmOrAutomotive = isPdm || kept == "AUTOMOTIVE";
+    const struct {
+        SdaiPrimitiveH (*call)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);
+        Pair arguments;
+        unsigned long shape;
+        bool isSelect;
+        std::vector<unsigned long> following;
+    } functions[] = {
+        {IsSamePart, {3, 11}, 6, isPdm, {3}},
+        {IsSameRelating, {11, 15}, 6, isPdmOrAutomotive, {3, 5}},
+        {IsSameRelated, {12, 15}, 7, isPdmOrAutomotive, {4, 5}},
+    };
+    for (const auto& [call, arguments, shape, isSelect, following] : functions) {
+        const SdaiPrimitiveH a = model_[arguments[0]];
+        const SdaiPrimitiveH b = model_[arguments[1]];
+        std::vector<unsigned long> numbers;
+        selected = &numbers;
+        call(a, b);
+        selected = nullptr;
+        std::vector<unsigned long> expected = following;
+        if (isSelect) expected.push_back(shape);
+        EXPECT_THAT(numbers, UnorderedElementsAreArray(expected)) << "#" << shape;
     }
 }
 

@@ -178,6 +178,32 @@ TEST(NameConversion, ConvertsEachNameInOneCall) {
     }
 }
 
+// The routines stop at a NUL. The NULs of a name stay, whatever a routine leaves after a piece.
+TEST(NameConversion, ConvertsANameWithNulsPieceByPiece) {
+    const std::string name("a b\0\0c d", 8);
+    const std::string file = ToFileForm(name);
+    const struct {
+        SdaiPrimitiveH (*function)(const SdaiPrimitiveH&, const SdaiPrimitiveH&);
+        std::string name;
+        long direction;
+        std::string routine;
+        std::string pieces[3];
+        std::string result;
+    } cases[] = {
+        {ORX_GetDocName, name, 1, "cmbflmd", {"a b", "", "c d"}, file},
+        {ORX_GetDocName, file, 0, "cmbrcmd", {"a\xB1\x62", "", "c\xB1\x64"}, name},
+        {ORX_GetModelName, name, 1, "cmbflmd", {"a b", "", "c d"}, file + ".model"},
+        {ORX_GetModelName, file + ".model", 0, "cmbrcmd", {"a\xB1\x62", "", "c\xB1\x64"}, name},
+    };
+    for (const auto& c : cases) {
+        Recording recording;
+        EXPECT_EQ(TextIn(c.function(Handle(c.name), Handle(c.direction))), c.result);
+        EXPECT_THAT(recording.calls, ElementsAre(RoutineCall{c.routine, c.pieces[0]},
+                                                 RoutineCall{c.routine, c.pieces[1]},
+                                                 RoutineCall{c.routine, c.pieces[2]}));
+    }
+}
+
 TEST(NameConversion, ConvertsTheFieldsOfAnIdentifier) {
     const struct {
         SdaiPrimitiveH (*function)(const SdaiPrimitiveH&);
@@ -668,12 +694,14 @@ TEST(ORX_GetModelId_Exp, ReadsAnInstanceOfSeveralTypes) {
 }
 
 TEST(ORX_GetModelId_Exp, LosesNothingOfVersionsAndTypesOfAnyLength) {
+    const TestModel model("cdma", "#1=MODEL_OBJECT('','',1,$,$,'');");
+    SdaiAppInstance* instance = static_cast<SdaiAppInstance*>(InstanceIn(model[1]));
     for (const std::size_t length : kLengths) {
         const std::string version = NameOfLength(length);
+        instance->PutAttr("C_SOFT_VER", Handle(version));
         // The converted version overwrites the type: either may be longer.
         for (const std::string& type : {std::string("t"), std::string(length * 2, ' ')}) {
-            const TestModel model("cdma",
-                                  "#1=MODEL_OBJECT('','" + type + "',1,$,$,'" + version + "');");
+            instance->PutAttr("S_TYPE_REP", Handle(type));
             EXPECT_EQ(TextIn(ORX_GetModelId_Exp(model[1])), ToFileForm(version) + kTag2 + version)
                 << length;
         }

@@ -82,6 +82,9 @@ TEST(EncodeNARVOV5Doc, TracesTheDocumentAndTheKey) {
         trace.Messages(kEncodeLabel),
         ElementsAre("the Document exists", "la valeur retournee est _ORX_S00022DS0004planS0001b"));
     EXPECT_THAT(trace.Lines(), Contains("   SdaiPrimitiveH ConcatDocAtb -> {").Times(1));
+    // Without the marker.
+    EXPECT_EQ(trace.Messages("SdaiPrimitiveH ConcatDocAtb ->").back(),
+              "la valeur retournee est S00022DS0004planS0001b");
 }
 
 TEST(EncodeNARVOV5Doc, TracesOnlyTheResultForAMissingDocument) {
