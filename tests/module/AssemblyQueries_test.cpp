@@ -196,6 +196,23 @@ TEST(IsInAssembly, KeepsTheBracketsOfPartsWithoutNumbers) {
                             "Valeur de retour: [TRUE]"));
 }
 
+TEST(IsInAssembly, FindsALeafAmongManyLinks) {
+    std::string links;
+    std::string list;
+    for (int id = 10; id < 1010; ++id) {
+        const std::string link = "#" + std::to_string(id);
+        list += (list.empty() ? "" : ",") + link;
+        links += link + "=part_link('',$," + (id == 1009 ? "#2" : "#1") + ",$,$,$,$);";
+    }
+    const TestModel model("cdma", "#1=part_object('P',$,$,$,$,(" + list +
+                                      "),$,$,$,$);#2=part_object('Q',$,$,$,$,$,$,$,$,$);"
+                                      "#3=part_object('R',$,$,$,$,$,$,$,$,$);" +
+                                      links);
+    EXPECT_TRUE(IsTrue(IsInAssembly(model[1], model[1])));
+    EXPECT_TRUE(IsTrue(IsInAssembly(model[1], model[2])));
+    EXPECT_TRUE(IsFalse(IsInAssembly(model[1], model[3])));
+}
+
 TEST(QuantifyRef, TellsItsStepsInTheTrace) {
     const TestModel model("cdma", kCar);
     const char* const fetching = "Recuperation de la liste des liens";

@@ -92,6 +92,28 @@ TEST(ORXIdEff, LeavesTheItemEmptyInAModelWithoutItems) {
                 ElementsAre(kBothExist, kItemsFound, Returned(identifier)));
 }
 
+// A design that is set but not an instance is compared, too, and has no type name. It matches no
+// part: the last item is used.
+TEST(ORXIdEff, ComparesADesignThatIsSetWhateverItIs) {
+    const TestModel model(
+        "SCHEMA small;"
+        "ENTITY part; END_ENTITY;"
+        "ENTITY range_effectivity; END_ENTITY;"
+        "ENTITY configuration_item; id : STRING; design : OPTIONAL STRING; END_ENTITY;"
+        "END_SCHEMA;",
+        "#1=PART();#2=CONFIGURATION_ITEM('C1','no part');#3=CONFIGURATION_ITEM('C2',$);"
+        "#4=RANGE_EFFECTIVITY();");
+    const char identifier[] = "S0003ORXS0002C2S0017range_effectivity";
+    EXPECT_EQ(TextIn(ORXIdEff(model[1], model[4])), identifier);
+    TraceCapture trace;
+    EXPECT_EQ(TextIn(ORXIdEff(model[1], model[4])), identifier);
+    EXPECT_THAT(trace.Messages(kORXIdEff),
+                ElementsAre(kBothExist, kItemsFound, kNoDesign, Returned(identifier)));
+    EXPECT_THAT(
+        trace.Messages(kIsSame0),
+        ElementsAre("l'entite1: PART", "l'entite2        : ", "IsSame0 retourne sdaiLFALSE"));
+}
+
 TEST(ORXIdEff, AsksTheModelOfThePart) {
     const TestModel parts("cdma", kItems);
     const TestModel others("cdma",
@@ -236,6 +258,24 @@ TEST(ORXIdCfg, ComparesWhatIsSetWhateverItIs) {
     EXPECT_THAT(
         trace.Messages(kIsSame0),
         ElementsAre("l'entite1: PART", "l'entite2        : ", "IsSame0 retourne sdaiLFALSE"));
+}
+
+// No model holds a design that is not an instance, so there are no handlers to compare it with, not
+// even one that applies to an equal value.
+TEST(ORXIdCfg, HasNoThirdFieldForADesignThatIsNoInstance) {
+    const TestModel model(
+        "SCHEMA small;"
+        "ENTITY configuration_item; id : STRING; design : OPTIONAL STRING; END_ENTITY;"
+        "ENTITY configuration_handler; id : STRING; apply : OPTIONAL STRING; END_ENTITY;"
+        "END_SCHEMA;",
+        "#1=CONFIGURATION_ITEM('C','no part');#2=CONFIGURATION_HANDLER('H','no part');"
+        "#3=CONFIGURATION_HANDLER('H',$);");
+    EXPECT_EQ(TextIn(ORXIdCfg(model[1])), "S0003ORXS0001C");
+    TraceCapture trace;
+    EXPECT_EQ(TextIn(ORXIdCfg(model[1])), "S0003ORXS0001C");
+    EXPECT_THAT(trace.Messages(kORXIdCfg),
+                ElementsAre(kItemExists, kHandlersFound, Returned("S0003ORXS0001C")));
+    EXPECT_EQ(Comparisons(trace), 0U);
 }
 
 TEST(ORXIdCfg, HasNoThirdFieldInAModelWithoutHandlers) {

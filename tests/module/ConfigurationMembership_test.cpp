@@ -66,6 +66,23 @@ TEST(IsPartInCfgitm, AsksIsSame0) {
     EXPECT_THAT(trace.Messages(kIsSame0), ElementsAreArray(Comparisons({true, false})));
 }
 
+// A design that is set but not an instance is compared, too, and has no type name.
+TEST(IsPartInCfgitm, ComparesADesignThatIsSetWhateverItIs) {
+    const TestModel model(
+        "SCHEMA small;"
+        "ENTITY part; END_ENTITY;"
+        "ENTITY configuration_item; design : OPTIONAL STRING; END_ENTITY;"
+        "END_SCHEMA;",
+        "#1=PART();#2=CONFIGURATION_ITEM('no part');");
+    EXPECT_TRUE(IsFalse(IsPartInCfgitm(model[1], model[2])));
+    TraceCapture trace;
+    EXPECT_TRUE(IsFalse(IsPartInCfgitm(model[1], model[2])));
+    EXPECT_THAT(trace.Messages(kIsPartInCfgitm), ElementsAre("Part & CfgItem exist : OK ", kNotIn));
+    EXPECT_THAT(
+        trace.Messages(kIsSame0),
+        ElementsAre("l'entite1: PART", "l'entite2        : ", "IsSame0 retourne sdaiLFALSE"));
+}
+
 TEST(IsPartInCfgitm, IsFalseForAnItemWithoutDesign) {
     const TestModel model("cdma", kItems);
     // A part does not even have the attribute.

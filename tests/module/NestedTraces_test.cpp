@@ -601,6 +601,40 @@ TEST_F(Placement0Trace, LooksForTheSecondItemFirstInTheSecondRepresentation) {
            {"!!! CABLAGE NON CONFORME A LA NORME !!!", "CALCUL POSITIONNEMENT ABSOLU IMPOSSIBLE"});
 }
 
+// An item of the transformation that is set but not an instance is compared, too, and has no type
+// name.
+TEST_F(Placement0Trace, ComparesAnItemThatIsSetWhateverItIs) {
+    const TestModel model(R"(SCHEMA small;
+        ENTITY point; END_ENTITY;
+        ENTITY shape; items : LIST OF point; END_ENTITY;
+        ENTITY transformation; transform_item_1 : STRING; transform_item_2 : OPTIONAL STRING;
+        END_ENTITY;
+        ENTITY relationship; transformation_operator : transformation; rep_1, rep_2 : shape;
+        END_ENTITY;
+        ENTITY occurrence; representation_relation : relationship; END_ENTITY;
+        END_SCHEMA;)",
+                          R"(
+        #1=POINT();
+        #2=SHAPE((#1));
+        #3=TRANSFORMATION('no point',$);
+        #4=RELATIONSHIP(#3,#2,#2);
+        #5=OCCURRENCE(#4);)");
+    const Entries impossible{"!!! CABLAGE NON CONFORME A LA NORME !!!",
+                             "CALCUL POSITIONNEMENT ABSOLU IMPOSSIBLE"};
+    SdaiListClassOfSdaiReal list(0, 100);
+    ExpectTrace(
+        [&] { GetPlacement1(model[5], &list); },
+        Call("GetPlacement1", {"CALCUL POSITIONNEMENT ...",
+                               Placement0(Joined({Compared("POINT", "", false)}, impossible))}));
+    // The second item is not set.
+    ExpectTrace([&] { GetPlacement2(model[5], &list); },
+                Call("GetPlacement2",
+                     {"CALCUL POSITIONNEMENT ...",
+                      Placement0(Joined({ComparedWithNothing(), Compared("POINT", "", false)},
+                                        impossible))}));
+    EXPECT_EQ(list.GetMemberCount(), 0);
+}
+
 TEST_F(Placement0Trace, TellsThatNothingCanBeDoneWithoutContextOrList) {
     SdaiListClassOfSdaiReal list(0, 100);
     ExpectTrace([&] { GetPlacement1(kMissing, &list); },

@@ -1,8 +1,11 @@
 // ReadPartVersion.
 
+#include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include <ostream>
 #include <string>
+#include <vector>
 
 #include "KORDMNarvo.h"
 #include "ORXExUtilities.h"
@@ -18,6 +21,41 @@ const char* const kLabel = "SdaiPrimitiveH ReadPartVersion ->";
 
 // Results must not depend on the trace: every table runs with it off and on.
 const int kTraceLevels[] = {0, 12};
+
+// A call of GetRevVerStartValue.
+struct StartValueCall {
+    int selector;
+    std::string texts;
+    bool hasStatus;
+    bool operator==(const StartValueCall& other) const = default;
+};
+void PrintTo(const StartValueCall& call, std::ostream* stream) {
+    *stream << call.selector << " '" << call.texts << "' " << (call.hasStatus ? "with" : "without")
+            << " a status";
+}
+
+// If set, calls are recorded there.
+std::vector<StartValueCall>* recording = nullptr;
+
+}  // namespace
+
+// This replaces the platform's function, which has one starting value and reads none of the texts.
+KORUnicodeString KORDMNarvo::GetRevVerStartValue(int selector, const KORDMMappingText& caenv,
+                                                 const KORDMMappingText& catab,
+                                                 const KORDMMappingText& type, int* status) {
+    if (recording != nullptr) {
+        std::string texts;
+        for (const KORDMMappingText* text : {&caenv, &catab, &type}) texts += text->View();
+        recording->push_back({selector, texts, status != nullptr});
+    }
+    using Platform = KORUnicodeString (*)(int, const KORDMMappingText&, const KORDMMappingText&,
+                                          const KORDMMappingText&, int*);
+    static const auto platform = reinterpret_cast<Platform>(
+        dlsym(RTLD_NEXT, "_ZN10KORDMNarvo19GetRevVerStartValueEiRK16KORUnicodeStringS2_S2_Pi"));
+    return platform(selector, caenv, catab, type, status);
+}
+
+namespace {
 
 // The starting value is global: each test begins and ends with the usual one.
 class ReadPartVersionTest : public testing::Test {
@@ -71,6 +109,17 @@ TEST_F(ReadPartVersionTest, AsksForTheStartingValueOnEveryCall) {
         EXPECT_EQ(Read(""), start);
         EXPECT_EQ(Read("ABC"), "ABC");
         EXPECT_EQ(TextIn(ReadPartVersion({})), "");
+    }
+}
+
+// Once, whatever the version is and whether it is needed or not.
+TEST_F(ReadPartVersionTest, AsksForTheRevisionOfANewObject) {
+    for (const SdaiPrimitiveH& version : {"A"_h, "ABC"_h, "ABCD"_h, ""_h, 12_h, SdaiPrimitiveH()}) {
+        std::vector<StartValueCall> calls;
+        recording = &calls;
+        ReadPartVersion(version);
+        recording = nullptr;
+        EXPECT_THAT(calls, ElementsAre(StartValueCall{1, "", false}));
     }
 }
 

@@ -198,6 +198,44 @@ TEST(StringToNum, ReadsAVeryLongNumber) {
     EXPECT_EQ(ReadInteger("1" + zeros), (Integer{0, 0}));
 }
 
+// The part is the one that SubString gives, also for positions beyond int.
+TEST(StringToNum, ReadsTheNumberInAPart) {
+    const struct {
+        const char* utf8;
+        long start;
+        long length;
+        Integer expected;
+    } cases[] = {
+        {"S0034ORX", 1, 4, {1, 34}},
+        {"S0034ORX", 1, 5, {0, 0}},
+        {"S0034ORX", 0, 4, {0, 0}},
+        {"a 7 b", 1, 3, {1, 7}},
+        {"a-7", 1, 2, {1, -7}},
+        // The part ends with the text.
+        {"S0034", 1, 99, {1, 34}},
+        {"S0034", 2, LONG_MAX, {1, 34}},
+        {"S0034", 5, 1, {0, 0}},
+        {"S0034", LONG_MAX, LONG_MAX, {0, 0}},
+        {"S0034", 1, 0, {0, 0}},
+        {"S0034", 1, -1, {0, 0}},
+        // A start below 0 counts as 0; the length does not change.
+        {"12345", -3, 2, {1, 12}},
+        {"12345", LONG_MIN, 3, {1, 123}},
+        {"12345", LONG_MIN, LONG_MIN, {0, 0}},
+        // Characters are counted, not bytes.
+        {"Łódź0034", 4, 4, {1, 34}},
+        {"Łódź0034", 3, 5, {0, 0}},
+        {"0034Łódź", -1, 4, {1, 34}},
+        {"0034Łódź", -1, 5, {0, 0}},
+    };
+    for (const auto& [utf8, start, length, expected] : cases) {
+        long number = 99;
+        const int status =
+            KORLocale::sConvertPartToNum(KORUnicodeString::FromUtf8(utf8), start, length, &number);
+        EXPECT_EQ((Integer{status, number}), expected) << utf8 << ": " << start << ", " << length;
+    }
+}
+
 TEST(StringToNum, ReadsBackWhatIsWritten) {
     for (const long value : {0L, 1L, -1L, LONG_MAX, LONG_MIN}) {
         EXPECT_EQ(ReadInteger(Written(value)), (Integer{1, value}));

@@ -591,6 +591,49 @@ TEST(TextCompare, TellsIdenticalTextsAndBeginnings) {
     }
 }
 
+// The part is the one that SubString gives, also for positions beyond int.
+TEST(TextCompare, TellsWhetherAPartIsIdentical) {
+    const struct {
+        long start;
+        long length;
+        std::string_view other;
+        int expected;
+    } cases[] = {
+        {0, 6, "abcdef", 2},
+        {2, 3, "cde", 2},
+        {2, 3, "cdefg", 1},
+        {2, 3, "cd", 1},
+        {2, 3, "cdx", 0},
+        {2, 3, "CDE", 0},
+        {2, 3, "", 0},
+        // The part ends with the text.
+        {4, 9, "ef", 2},
+        {3, LONG_MAX, "def", 2},
+        {6, 1, "", 2},
+        {6, 1, "f", 0},
+        {LONG_MAX, LONG_MAX, "", 2},
+        {2, 0, "", 2},
+        {2, -1, "", 2},
+        {0, LONG_MIN, "a", 0},
+        // A start below 0 counts as 0; the length does not change.
+        {-1, 3, "abc", 2},
+        {-1, 3, "ab", 1},
+        {-7, 1, "a", 2},
+        {LONG_MIN, 2, "ab", 2},
+        {LONG_MIN, LONG_MAX, "abcdef", 2},
+    };
+    const KORUnicodeString text("abcdef");
+    for (const auto& [start, length, other, expected] : cases) {
+        EXPECT_EQ(text.ComparePart(start, length, other), expected)
+            << start << ", " << length << " and " << other;
+    }
+    EXPECT_EQ(Text(kLong).ComparePart(1, 16, kLong.substr(1, 16)), 2);
+    EXPECT_EQ(Text(kLong).ComparePart(-1, 16, kLong.substr(0, 16)), 2);
+    EXPECT_EQ(Text("a\0b\0c"sv).ComparePart(1, 3, "\0b\0"sv), 2);
+    EXPECT_EQ(KORUnicodeString().ComparePart(0, 5, ""), 2);
+    EXPECT_EQ(KORUnicodeString().ComparePart(-1, 5, "a"), 0);
+}
+
 TEST(TextOperators, CompareWithAPointer) {
     EXPECT_TRUE(Text("abc") == "abc");
     EXPECT_FALSE(Text("abc") != "abc");

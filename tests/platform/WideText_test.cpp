@@ -162,6 +162,21 @@ TEST(WideText, IsComparedByCharacters) {
     EXPECT_FALSE(static_cast<bool>(SdaiString::FromUtf8("Б") == "\x11"));
 }
 
+TEST(WideText, IsComparedInPartsByCharacters) {
+    const KORUnicodeString text = Utf8("S0004Łódź");
+    EXPECT_EQ(text.ComparePart(0, 5, "S0004"), 2);
+    EXPECT_EQ(text.ComparePart(-1, 5, "S0004"), 2);
+    EXPECT_EQ(text.ComparePart(-1, 6, "S0004"), 1);
+    EXPECT_EQ(text.ComparePart(6, 2, "\xF3\x64"), 2);
+    EXPECT_EQ(text.ComparePart(6, LONG_MAX, "\xF3\x64"), 1);
+    EXPECT_EQ(text.ComparePart(5, 1, "L"), 0);
+    // Not even if the lower byte is the same, or the form as `const char*`.
+    EXPECT_EQ(text.ComparePart(5, 1, "A"), 0);
+    EXPECT_EQ(text.ComparePart(5, 1, "\\X2\\0141\\X0\\"), 0);
+    EXPECT_EQ(text.ComparePart(9, 1, ""), 2);
+    EXPECT_EQ(text.ComparePart(5, 0, ""), 2);
+}
+
 TEST(WideText, IsStrippedOfBlanks) {
     for (const auto& [mode, expected] : {std::pair{KORStripLeading, "Ł b  "},
                                          {KORStripTrailing, "  Ł b"},

@@ -7,6 +7,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <map>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -144,6 +146,24 @@ TEST_F(Process, SharesTheTraceFileWithItsChildren) {
     ExpectClean(RunChild("children", kTraced));
     EXPECT_EQ(TraceFile(), Scope("parent ->") + Scope("forked ->") + Scope("started ->") +
                                Scope("parent again ->"));
+}
+
+TEST_F(Process, WritesWholeLinesBesideOtherProcesses) {
+    constexpr int kPrograms = 4;
+    constexpr int kCalls = 500;
+    std::string script;
+    for (int call = 0; call < kCalls; ++call) script += "GetMemberCount((1.,2.))\n";
+    folder.Write("script.orx", script);
+    std::string programs;
+    for (int i = 0; i < kPrograms; ++i) programs += Orx("run script.orx") + " & ";
+    ExpectClean(Run("sh -c '" + programs + "wait'", kTraced));
+    std::map<std::string, int> expected;
+    std::istringstream call(kCallTrace);
+    for (std::string line; std::getline(call, line);) expected[line] = kPrograms * kCalls;
+    std::map<std::string, int> lines;
+    std::istringstream trace(TraceFile());
+    for (std::string line; std::getline(trace, line);) ++lines[line];
+    EXPECT_EQ(lines, expected);
 }
 
 TEST_F(Process, TakesTheTraceFileFromWhereItStarted) {
