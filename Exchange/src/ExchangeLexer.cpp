@@ -66,7 +66,7 @@ void ExchangeLexer::SkipByteOrderMark() {
 // ---- Between tokens
 
 void ExchangeLexer::SkipNoTokens() {
-    for (;;) {
+    while (Is(*in_.at, kNoToken)) {
         const char c = *in_.at;
         if (c == '\n') {
             ++in_.at;
@@ -77,7 +77,7 @@ void ExchangeLexer::SkipNoTokens() {
             Pass();
         } else if (c == '/' || c == '\\') {
             if (!SkipOther()) break;
-        } else if (c != '\0' || in_.at != in_.end || in_.AtEnd()) {
+        } else if (in_.at != in_.end || in_.AtEnd()) {
             break;
         }
     }

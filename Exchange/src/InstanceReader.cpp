@@ -202,6 +202,8 @@ inline Cell InstanceReader::Value(const Domain* domain, int depth) {
             Check(start, domain, Tag::Aggregate);
             lexer_.Advance();
             return List(domain, depth);
+        case '$': lexer_.Advance(); return {};
+        case '*': lexer_.Advance(); return Cell::Of(Tag::Derived, 0);
         default: return OtherValue(domain, depth);
     }
 }
@@ -214,8 +216,6 @@ Cell InstanceReader::OtherValue(const Domain* domain, int depth) {
     const char* const start = lexer_.At();
     switch (*start) {
         case '@': return ExternalReference();
-        case '$': lexer_.Advance(); return {};
-        case '*': lexer_.Advance(); return Cell::Of(Tag::Derived, 0);
         case '.': return Item(domain);
         case '"':
             Check(start, domain, Tag::Binary);

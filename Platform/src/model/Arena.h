@@ -19,12 +19,15 @@ class KOR_API Arena {
 
     // Uninitialised memory for an object of that size, aligned to 8 bytes.
     void* Allocate(std::size_t size) {
+        void* memory = Reserve(size);
+        chunks_.back().used += Rounded(size);
+        return memory;
+    }
+    // The memory that the next call of Allocate with that size will return, without failing.
+    void* Reserve(std::size_t size) {
         size = Rounded(size);
         if (chunks_.empty() || size > chunks_.back().size - chunks_.back().used) AddChunk(size);
-        Chunk& chunk = chunks_.back();
-        void* memory = chunk.memory + chunk.used;
-        chunk.used += size;
-        return memory;
+        return chunks_.back().memory + chunks_.back().used;
     }
 
     // Takes over what another arena has allocated, after what this one has. Takes nothing if memory

@@ -172,16 +172,10 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
     for (SdaiAggrInstance* extent : type.extents) {
         AggregateAccess::ReserveExtent(*extent, AggregateAccess::Count(*extent) + 1);
     }
-    instances_.push_back(nullptr);
-    void* memory = nullptr;
-    try {
-        memory = type.memory.Allocate(Instance::Size(type));
-    } catch (...) {
-        instances_.pop_back();
-        throw;
-    }
-    Instance& instance = *new (memory) Instance(type, id, instances_.size() - 1);
-    instances_.back() = &instance;
+    const std::size_t size = Instance::Size(type);
+    const std::uint64_t order = instances_.size();
+    instances_.push_back(static_cast<Instance*>(type.memory.Reserve(size)));
+    Instance& instance = *new (type.memory.Allocate(size)) Instance(type, id, order);
     bool isPending = false;
     for (std::size_t i = 0; i < values.size(); ++i) {
         instance.Cells()[i] = values[i];
@@ -290,9 +284,12 @@ void Model::Append(std::uintptr_t chain, std::uintptr_t behind) {
 
 Cell Model::NewAggregate(std::span<const Cell> members, bool selects) {
     SdaiAggrInstance* aggregate = AggregateAccess::Make(members, selects, &aggregates_);
-    const bool bare = AggregateAccess::LayoutOf(*aggregate) == AggregateAccess::Layout::Instances;
+    using Layout = AggregateAccess::Layout;
+    const Layout layout = AggregateAccess::LayoutOf(*aggregate);
+    const bool bare = layout == Layout::Instances;
+    const bool mayRefer = bare || layout == Layout::Cells;
     auto* first = AggregateAccess::Members<std::byte>(*aggregate);
-    for (std::size_t i = 0; i < members.size(); ++i) {
+    for (std::size_t i = 0; mayRefer && i < members.size(); ++i) {
         if (members[i].GetTag() != Tag::Pending) continue;
         if (bare) {
             ConnectReference(first + i * sizeof(SdaiEntityInstance*), kBare);
