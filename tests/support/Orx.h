@@ -1,4 +1,4 @@
-// Runs the program `orx` like a user.
+// Runs programs, above all `orx`, like a user.
 
 #ifndef TESTS_ORX_H
 #define TESTS_ORX_H
@@ -13,6 +13,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -53,11 +54,11 @@ struct OrxResult {
     std::string err;
 };
 
-// Runs orx with the arguments. Environment variables are given as NAME=VALUE and replace those of
-// the test.
-inline OrxResult RunOrx(std::vector<std::string> arguments, const std::string& input = "",
-                        const std::string& directory = "",
-                        const std::vector<std::string>& environment = {}) {
+// Runs a program with the arguments. Environment variables are given as NAME=VALUE and replace
+// those of the test.
+inline OrxResult RunProgram(std::string program, std::vector<std::string> arguments,
+                            const std::string& input = "", const std::string& directory = "",
+                            const std::vector<std::string>& environment = {}) {
     const TemporaryDirectory files;
     const std::string in = files.Write("in", input);
     const std::string out = files / "out";
@@ -69,8 +70,7 @@ inline OrxResult RunOrx(std::vector<std::string> arguments, const std::string& i
     posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT, 0600);
     if (!directory.empty()) posix_spawn_file_actions_addchdir_np(&actions, directory.c_str());
 
-    arguments.insert(arguments.begin(), ORX_PROGRAM);
-    std::vector<char*> argv;
+    std::vector<char*> argv{program.data()};
     for (std::string& argument : arguments) argv.push_back(argument.data());
     argv.push_back(nullptr);
     std::vector<std::string> variables = environment;
@@ -86,13 +86,19 @@ inline OrxResult RunOrx(std::vector<std::string> arguments, const std::string& i
 
     pid_t process = 0;
     const int error =
-        posix_spawn(&process, ORX_PROGRAM, &actions, nullptr, argv.data(), envp.data());
+        posix_spawn(&process, program.c_str(), &actions, nullptr, argv.data(), envp.data());
     posix_spawn_file_actions_destroy(&actions);
-    if (error != 0) return {-1, "", "orx cannot be started"};
+    if (error != 0) return {-1, "", program + " cannot be started"};
     int status = 0;
     waitpid(process, &status, 0);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), ReadFile(out),
             ReadFile(err)};
+}
+
+inline OrxResult RunOrx(std::vector<std::string> arguments, const std::string& input = "",
+                        const std::string& directory = "",
+                        const std::vector<std::string>& environment = {}) {
+    return RunProgram(ORX_PROGRAM, std::move(arguments), input, directory, environment);
 }
 
 #endif
