@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstdlib>
 #include <fstream>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -705,6 +706,32 @@ TEST(ExchangeReader, AComplexInstanceMayHaveUndeclaredParts) {
     EXPECT_THAT(Extent(file, "BASE"), ElementsAre(1));
     EXPECT_TRUE(file[1].IsKindOf("ABLE"));
     EXPECT_THAT(Written(file), HasSubstr("#1=(ABLE()BASE('b')LEFT(2)ZED(1,'x'));"));
+}
+
+// The reader remembers the keywords that it has met, by their length, beginning and end. These are
+// alike in that, and return when others have taken their place, alone and as parts.
+TEST(ExchangeReader, TellsApartKeywordsThatDifferInTheMiddleAlone) {
+    constexpr int kTypes = 300;
+    std::vector<std::string> instances;
+    for (int round = 0; round < 3; ++round) {
+        for (int i = 0; i < kTypes; ++i) {
+            const std::string number = std::to_string(1000 + i);
+            const std::string record = "BEGINNING_" + number + "_AND_THE_END(" + number + ")";
+            const std::string name = '#' + std::to_string(instances.size() + 1) + '=';
+            instances.push_back(name + (i % 2 == 0 ? record : "(BASE('b')" + record + ")") + ";\n");
+            instances.push_back('#' + std::to_string(instances.size() + 1) +
+                                (i % 3 == 0 ? "=(BASE('c')LEFT(1));\n" : "=LEFT('d',2);\n"));
+        }
+    }
+    const std::string all = std::accumulate(instances.begin(), instances.end(), std::string());
+    const Data file(all);
+    file.ExpectRight();
+    EXPECT_THAT(Written(file), HasSubstr(all));
+    EXPECT_EQ(KindOf(file[2]), "BASE+LEFT");
+    EXPECT_EQ(IntegerIn(Attribute(file[2], "left_rank")), 1);
+    EXPECT_EQ(IntegerIn(Attribute(file[4], "left_rank")), 2);
+    EXPECT_THAT(Extent(file, "BEGINNING_1001_AND_THE_END"),
+                ElementsAre(3, 3 + 2 * kTypes, 3 + 4 * kTypes));
 }
 
 TEST(ExchangeReader, AnInstanceOfOnePartInParenthesesIsOfThatType) {
