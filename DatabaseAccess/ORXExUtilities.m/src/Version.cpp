@@ -135,8 +135,8 @@ SdaiPrimitiveH IsNewer(const SdaiPrimitiveH& partA, const SdaiPrimitiveH& partB)
         if (AreSame(a, b)) return trace.Line(" Entites identiques !! ");
 
         // A record of A scores 1 and a record of B scores 4, doubled when the identity is read from
-        // it; both are found at 10. A further record of a part already found may lead past the scores
-        // at which an identity is read.
+        // it; both are found at 10. A further record of a part already found may lead past the
+        // scores at which an identity is read.
         std::optional<KORDMInstance> identityA;
         std::optional<KORDMInstance> identityB;
         int score = 0;
