@@ -12,13 +12,8 @@ inline bool AreSame(const SdaiEntityInstance* a, const SdaiEntityInstance* b) {
     return a != nullptr && a->IsSameInstance(b);
 }
 
-// The result of IsSame0 for two instances. Functions that search an extent call it for every
-// instance that they visit; with tracing off, it only compares, without a trace scope or handles.
-inline bool IsSame0Of(SdaiEntityInstance* a, SdaiEntityInstance* b) {
-    if (KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return AreSame(a, b);
-    return static_cast<const SdaiLogical&>(IsSame0(SdaiPrimitiveH(a), SdaiPrimitiveH(b)));
-}
-
+// The result of IsSame0 for two values. Functions that search an extent call it for every instance
+// that they visit; with tracing off, it only compares, without a trace scope.
 inline bool IsSame0Of(const SdaiPrimitiveH& a, const SdaiPrimitiveH& b) {
     if (KORPSNTrace::LevelIsActive(Trace::kLevel) == 0) return AreSame(a, b);
     return static_cast<const SdaiLogical&>(IsSame0(a, b));

@@ -199,6 +199,28 @@ TEST_F(FailingPlacement, IsNotThereWhereNothingIsLeft) {
     EXPECT_EQ(RealsIn(GetAbsPlacement(link)), placement);
 }
 
+TEST_F(FailingPlacement, IsNotThereForAThreadThatNeverHadAReserve) {
+    // This thread has one, and keeps it.
+    const SdaiPrimitiveH link = data.Step(212);
+    SdaiPrimitiveH elsewhere;
+    std::thread([&] {
+        const FailingAllocations failing(0, Extent::FromThenOn);
+        elsewhere = GetAbsPlacement(link);
+    }).join();
+    EXPECT_TRUE(IsUnset(elsewhere));
+    EXPECT_EQ(RealsIn(Call(0)), placement);
+}
+
+TEST_F(FailingPlacement, TakesNoMoreMemoryHoweverOftenTheReserveIsTaken) {
+    for (int i = 0; i < 2000; ++i) {
+        Call(0);  // takes the reserve,
+        Call(0);  // has no memory for another one,
+        const AllocationCounter allocations;
+        Call(kNone);  // has
+        ASSERT_EQ(allocations.Count(), 2) << i << ": a reserve and the list";
+    }
+}
+
 // Lists that a caller has filled in various ways.
 std::vector<SdaiPrimitiveH> Lists(const TypicalData& data) {
     std::vector<SdaiPrimitiveH> lists;
@@ -253,6 +275,25 @@ TEST_F(FailingPlacement, ReplacesAListAsAWhole) {
             }
         }
     }
+}
+
+// A list without room for a placement: the trace tells the step, then the list cannot grow.
+TEST_F(FailingPlacement, IsToldBeforeTheListIsGivenRoom) {
+    bool toldLast = false;
+    bool failed = true;
+    for (long n = 0; failed && !toldLast; ++n) {
+        const SdaiPrimitiveH list = SdaiPrimitiveH::TakeOver(new SdaiAggrInstance);
+        const TraceCapture trace;
+        {
+            const FailingAllocations failing(n, Extent::Once);
+            GetPlacement1(data.Step(216), list);
+            failed = failing.HaveFailed();
+        }
+        const auto messages = trace.Messages("void GetPlacement0 ->");
+        toldLast = list.GetMemberCount() == 0 && !messages.empty() &&
+                   messages.back() == "Valuation de la liste de sortie";
+    }
+    EXPECT_TRUE(toldLast);
 }
 
 }  // namespace
