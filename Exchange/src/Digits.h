@@ -19,7 +19,8 @@ inline std::uint64_t NextEight(const char* at) {
     return characters;
 }
 
-// Whether two texts are equal. The last eight characters overlap those before them.
+// Whether two texts are equal. The last eight characters overlap those before them. This is
+// kor::MatchesFolded without folding, which would cost a reader a twentieth of its time.
 inline bool AreEqual(std::string_view a, std::string_view b) {
     const std::size_t size = a.size();
     if (size != b.size()) return false;

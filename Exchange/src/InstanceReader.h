@@ -22,8 +22,8 @@
 
 namespace exchange {
 
-// The entity types of simple instances by their keywords: those that were read last, since a file
-// has the same few again and again.
+// The entity types of instances and of their parts by their keywords: those that were read last,
+// since a file has the same few again and again.
 class KnownTypes {
   public:
     // Null if it is not known.
@@ -116,6 +116,13 @@ class InstanceReader {
     std::optional<std::uint64_t> TakeBroken();
 
   private:
+    // A part of a complex instance: its type and where its values are in values_.
+    struct Part {
+        const kor::EntityType* entity;
+        std::size_t first;
+        std::size_t count;
+    };
+
     kor::Cell Value(const kor::Domain* domain, int depth);
     kor::Cell OtherValue(const kor::Domain* domain, int depth);
     template <class DomainOfNext>
@@ -155,16 +162,9 @@ class InstanceReader {
     ExchangeLexer& lexer_;
     Problems& problems_;
     kor::Model* model_ = nullptr;
-    // Part of a complex instance: its type and its values in values_.
-    struct Part {
-        const kor::EntityType* entity;
-        std::size_t first;
-        std::size_t count;
-    };
-
     std::vector<kor::Cell> values_;                 // of the instance being read
     std::vector<Part> parts_;                       // of the complex instance being read
-    std::vector<const kor::EntityType*> entities_;  // of these
+    std::vector<const kor::EntityType*> entities_;  // the types of its parts, in order
     const kor::Slot* slot_ = nullptr;               // of the value being read
     std::optional<std::uint64_t> current_;          // the instance being read
     std::vector<GreatlyNamed> greatlyNamed_;
