@@ -33,7 +33,10 @@ void Arena::AddChunk(std::size_t objectSize) {
     } else {
         memory = ::operator new(size);
     }
-    chunks_.push_back({static_cast<std::byte*>(memory), size, 0});
+    CloseChunk();
+    next_ = static_cast<std::byte*>(memory);
+    end_ = next_ + size;
+    chunks_.push_back({next_, size, next_});
 }
 
 Arena::~Arena() {

@@ -4,6 +4,7 @@
 #define KOR_ARENA_H
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "KORExport.h"
@@ -20,22 +21,26 @@ class KOR_API Arena {
     // Uninitialised memory for an object of that size, aligned to 8 bytes.
     void* Allocate(std::size_t size) {
         void* memory = Reserve(size);
-        chunks_.back().used += Rounded(size);
+        next_ += Rounded(size);
         return memory;
     }
     // The memory that the next call of Allocate with that size will return, without failing.
     void* Reserve(std::size_t size) {
         size = Rounded(size);
-        if (chunks_.empty() || size > chunks_.back().size - chunks_.back().used) AddChunk(size);
-        return chunks_.back().memory + chunks_.back().used;
+        if (size > static_cast<std::size_t>(end_ - next_)) AddChunk(size);
+        return next_;
     }
 
     // Takes over what another arena has allocated, after what this one has. Takes nothing if memory
     // runs out.
     void TakeOver(Arena& other) {
         ReserveFor(other);
+        if (other.chunks_.empty()) return;
+        CloseChunk();
         chunks_.insert(chunks_.end(), other.chunks_.begin(), other.chunks_.end());
         other.chunks_.clear();
+        next_ = std::exchange(other.next_, nullptr);
+        end_ = std::exchange(other.end_, nullptr);
     }
     // After this, taking over needs no memory.
     void ReserveFor(const Arena& other) { chunks_.reserve(chunks_.size() + other.chunks_.size()); }
@@ -46,7 +51,8 @@ class KOR_API Arena {
     void ForEach(std::size_t size, Visit visit) const {
         size = Rounded(size);
         for (const Chunk& chunk : chunks_) {
-            for (std::size_t at = 0; at < chunk.used; at += size) visit(chunk.memory + at);
+            const std::byte* const end = &chunk != &chunks_.back() ? chunk.end : next_;
+            for (std::byte* at = chunk.memory; at != end; at += size) visit(at);
         }
     }
 
@@ -54,14 +60,19 @@ class KOR_API Arena {
     struct Chunk {
         std::byte* memory;
         std::size_t size;
-        std::size_t used;
+        std::byte* end;  // of its objects; of the last chunk, that is next_
     };
 
     static std::size_t Rounded(std::size_t size) { return (size + 7) & ~std::size_t{7}; }
 
     void AddChunk(std::size_t objectSize);
+    void CloseChunk() {
+        if (!chunks_.empty()) chunks_.back().end = next_;
+    }
 
     std::vector<Chunk> chunks_;
+    std::byte* next_ = nullptr;  // the free memory of the last chunk
+    std::byte* end_ = nullptr;
     std::size_t nextSize_ = std::size_t{1} << 10;
 };
 
