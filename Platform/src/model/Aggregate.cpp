@@ -38,16 +38,13 @@ kor::AggregateAccess::Layout LayoutFor(Tag tag) {
 // counts as an instance.
 kor::AggregateAccess::Layout LayoutFor(std::span<const Cell> members) {
     using Layout = kor::AggregateAccess::Layout;
-    const auto layoutFor = [](const Cell& cell) {
-        return cell.GetTag() == Tag::Pending ? Layout::Instances : LayoutFor(cell.GetTag());
-    };
+    kor::TagSet kinds{};
+    for (const Cell& member : members) kinds.Add(member.GetTag());
     if (members.empty()) return Layout::Cells;
-    const Tag tag = members.front().GetTag();
-    const Layout layout = layoutFor(members.front());
-    const bool isBare = std::all_of(members.begin() + 1, members.end(), [&](const Cell& member) {
-        return member.GetTag() == tag || layoutFor(member) == layout;
-    });
-    return isBare ? layout : Layout::Cells;
+    if (kinds.IsWithin({Tag::Real})) return Layout::Reals;
+    if (kinds.IsWithin({Tag::Integer})) return Layout::Integers;
+    if (kinds.IsWithin({Tag::Instance, Tag::Pending})) return Layout::Instances;
+    return Layout::Cells;
 }
 
 std::size_t MemberSize(kor::AggregateAccess::Layout layout) {

@@ -28,9 +28,11 @@ enum class Tag : std::uint8_t {
 class TagSet {
   public:
     constexpr TagSet(std::initializer_list<Tag> tags) {
-        for (const Tag tag : tags) bits_ |= 1U << static_cast<unsigned>(tag);
+        for (const Tag tag : tags) Add(tag);
     }
+    constexpr void Add(Tag tag) { bits_ |= 1U << static_cast<unsigned>(tag); }
     constexpr bool Has(Tag tag) const { return (bits_ >> static_cast<unsigned>(tag) & 1U) != 0; }
+    constexpr bool IsWithin(TagSet set) const { return (bits_ & ~set.bits_) == 0; }
 
   private:
     unsigned bits_ = 0;
