@@ -595,6 +595,20 @@ TEST_F(Shape, GoesAroundMappedItemsWhereTheyAreMapped) {
                                   "CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,#13,2.,$);\n" +
                                       mapped)),
                 ElementsAre("20 × 40 × 60"));
+    // An origin that is scaled and turned, too.
+    EXPECT_THAT(
+        Sizes(PartOfItems("#42",
+                          "#42=MAPPED_ITEM('',#43,#14);\n#43=REPRESENTATION_MAP(#44,#35);\n#44="
+                          "CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',$,$,#13,4.,$);\n" +
+                              mapped)),
+        ElementsAre("2.5 × 5 × 7.5"));
+    EXPECT_THAT(
+        Sizes(PartOfItems("#21,#23,#42",
+                          "#42=MAPPED_ITEM('',#43,#14);\n#43=REPRESENTATION_MAP(#44,#35);\n#44="
+                          "CARTESIAN_TRANSFORMATION_OPERATOR_3D('','','',#16,#45,#36,2.,$);\n"
+                          "#45=DIRECTION('',(-1.,0.,0.));\n" +
+                              mapped)),
+        ElementsAre("10 × 27.5 × 81.5"));
     // A representation mapped into itself.
     EXPECT_THAT(Sizes(PartOfItems("#21,#23,#30",
                                   "#30=MAPPED_ITEM('',#32,#14);\n"

@@ -75,6 +75,16 @@ bool IsFinite(const orx::Placement& placement) {
                        [](double value) { return std::isfinite(value); });
 }
 
+namespace {
+
+// What a frame is scaled by.
+double ScaleOf(const SdaiPrimitiveH& axes) {
+    const SdaiPrimitiveH scale = axes.GetAttr("SCALE"_name);
+    return scale.exists() ? static_cast<double>(scale) : 1;
+}
+
+}  // namespace
+
 std::optional<orx::Placement> FrameOf(const SdaiPrimitiveH& axes) {
     if (axes.IsKindOf("AXIS2_PLACEMENT_3D"_name)) {
         return orx::Placement{orx::FrameOf(axes), orx::LocationOf(axes)};
@@ -83,8 +93,7 @@ std::optional<orx::Placement> FrameOf(const SdaiPrimitiveH& axes) {
         const auto direction = [&axes](const SdaiName& name, const KORMathVector& byDefault) {
             return orx::Normalised(orx::DirectionOf(axes, name, byDefault));
         };
-        const SdaiPrimitiveH scale = axes.GetAttr("SCALE"_name);
-        const double factor = scale.exists() ? static_cast<double>(scale) : 1;
+        const double factor = ScaleOf(axes);
         const KORMathVector x = direction("AXIS1"_name, {1, 0, 0});
         const KORMathVector y = direction("AXIS2"_name, {0, 1, 0});
         const KORMathVector z = direction("AXIS3"_name, Cross(x, y));
@@ -92,6 +101,15 @@ std::optional<orx::Placement> FrameOf(const SdaiPrimitiveH& axes) {
                               orx::PointOf(axes, "LOCAL_ORIGIN"_name)};
     }
     return std::nullopt;
+}
+
+std::optional<orx::Placement> InverseFrameOf(const SdaiPrimitiveH& axes) {
+    const std::optional<orx::Placement> frame = FrameOf(axes);
+    if (!frame) return std::nullopt;
+    const orx::Placement back = Inverse(*frame);
+    const double square = ScaleOf(axes) * ScaleOf(axes);
+    const auto [x, y, z] = AxesOf(back);
+    return orx::Placement{{x / square, y / square, z / square}, back.translation / square};
 }
 
 // ---- Splines

@@ -50,6 +50,8 @@ bool IsFinite(const orx::Placement& placement);
 // The frame of an AXIS2_PLACEMENT_3D or of a CARTESIAN_TRANSFORMATION_OPERATOR_3D; values that are
 // not finite if its directions are degenerate.
 std::optional<orx::Placement> FrameOf(const SdaiPrimitiveH& axes);
+// The placement that takes such a frame back to the identity, scaled back as well.
+std::optional<orx::Placement> InverseFrameOf(const SdaiPrimitiveH& axes);
 
 // A B-spline curve, perhaps a rational one.
 struct Spline {

@@ -468,10 +468,10 @@ class Shapes::Reader {
         void AddMapped(const Instance& item) {
             const SdaiPrimitiveH source = item.GetAttr("MAPPING_SOURCE"_name);
             const SdaiEntityInstance* mapped = source.GetAttr("MAPPED_REPRESENTATION"_name);
-            const auto origin = FrameOf(source.GetAttr("MAPPING_ORIGIN"_name));
+            const auto toOrigin = InverseFrameOf(source.GetAttr("MAPPING_ORIGIN"_name));
             const auto target = FrameOf(item.GetAttr("MAPPING_TARGET"_name));
-            if (mapped == nullptr || !origin || !target) return;
-            const orx::Placement placement = Compose(*target, Inverse(*origin));
+            if (mapped == nullptr || !toOrigin || !target) return;
+            const orx::Placement placement = Compose(*target, *toOrigin);
             if (IsFinite(placement)) {
                 box_.Add(Placed(reader_.BoxOf(*mapped, depth_ + 1), placement));
             }
