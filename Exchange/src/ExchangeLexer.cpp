@@ -47,6 +47,17 @@ bool IsLarge(const char* start, const char* end) {
 
 }  // namespace
 
+void ExchangeLexer::Fail(Place place, std::string_view text) {
+    throw SyntaxError{place, std::string(text)};
+}
+
+void ExchangeLexer::FailExpecting(std::string_view what) {
+    FailHere(std::string(what) + " expected, found " + Found());
+}
+
+void ExchangeLexer::FailExpecting(char c) { FailExpecting(std::string("'") + c + "'"); }
+
+// A description of the text at this position, for messages.
 std::string ExchangeLexer::Found() {
     if (in_.AtEnd()) return "the end of the file";
     const char c = *in_.at;
@@ -156,10 +167,6 @@ void ExchangeLexer::SkipStatement() {
 
 // ---- Tokens
 
-void ExchangeLexer::FailExpecting(char c) {
-    FailHere(std::string("'") + c + "' expected, found " + Found());
-}
-
 // A word of letters and digits; it stays in the window until the next token is read.
 std::string_view ExchangeLexer::Word() {
     const char* start = in_.at;
@@ -174,7 +181,7 @@ std::string_view ExchangeLexer::Keyword() {
     Skip();
     const char* start = in_.at;
     const char* at = start + (*start == '!' ? 1 : 0);
-    if (!Is(*at, kLetter)) FailHere("a keyword expected, found " + Found());
+    if (!Is(*at, kLetter)) FailExpecting("a keyword");
     unsigned char classes = 0;
     for (; Is(*at, kLetter | kDigit); ++at) classes |= kClasses[static_cast<unsigned char>(*at)];
     const std::string_view keyword(start, static_cast<std::size_t>(at - start));
@@ -195,7 +202,7 @@ bool ExchangeLexer::TakeWord(std::string_view word) {
 }
 
 void ExchangeLexer::ExpectWord(std::string_view word) {
-    if (!TakeWord(word)) FailHere(std::string(word) + " expected, found " + Found());
+    if (!TakeWord(word)) FailExpecting(word);
 }
 
 // A name of no digits or many.
@@ -245,7 +252,7 @@ Cell ExchangeLexer::Number(bool realExpected) {
     const char* at = TakeFewDigits(first, digits);
     if (at == first) {
         in_.at = first;
-        FailHere("a digit expected, found " + Found());
+        FailExpecting("a digit");
     }
     std::ptrdiff_t count = at - first;
     std::ptrdiff_t scale = 0;
@@ -264,7 +271,7 @@ Cell ExchangeLexer::Number(bool realExpected) {
         if (negativeExponent || *exponent == '+') ++exponent;
         if (!Is(*exponent, kDigit)) {
             in_.at = exponent;
-            FailHere("the digits of an exponent expected, found " + Found());
+            FailExpecting("the digits of an exponent");
         }
         int value = 0;
         for (; Is(*exponent, kDigit); ++exponent) {

@@ -35,13 +35,11 @@ class ExchangeLexer {
     // The place of a character that was just taken.
     Place PlaceOf(const char* where) const { return in_.PlaceOf(where); }
 
-    [[noreturn, gnu::cold]] static void Fail(Place place, std::string text) {
-        throw SyntaxError{place, std::move(text)};
-    }
-    [[noreturn, gnu::cold]] void FailHere(std::string text) const { Fail(Here(), std::move(text)); }
-
-    // A description of the text at this position, for messages.
-    std::string Found();
+    [[noreturn, gnu::cold]] static void Fail(Place place, std::string_view text);
+    [[noreturn, gnu::cold]] void FailHere(std::string_view text) const { Fail(Here(), text); }
+    // Says what was expected, and describes the text at this position.
+    [[noreturn, gnu::cold]] void FailExpecting(std::string_view what);
+    [[noreturn, gnu::cold]] void FailExpecting(char c);
 
     // ---- The input
 
@@ -175,7 +173,7 @@ class ExchangeLexer {
     void SkipNoTokens();
     bool SkipOther();
     void SkipComment();
-    [[noreturn, gnu::cold]] void FailExpecting(char c);
+    std::string Found();
     std::uint64_t OtherInstanceName(const char* end);
     std::uint64_t LongInstanceName(const char* end);
     void CheckText(Place place, std::size_t size) const;

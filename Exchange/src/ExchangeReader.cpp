@@ -240,7 +240,7 @@ class Reader {
                     lexer_.Expect(';');
                     return;
                 } else {
-                    lexer_.FailHere("an instance or ENDSEC expected, found " + lexer_.Found());
+                    lexer_.FailExpecting("an instance or ENDSEC");
                 }
             } catch (const SyntaxError& error) {
                 problems_.Report(error.place, error.text);

@@ -134,10 +134,14 @@ Cell InstanceReader::Reference(const Domain* domain) {
     if (Is(start[1], kLetter)) return ExternalReference();
     lexer_.Advance();
     const std::uint64_t id = lexer_.InstanceName();
-    if (!externals_.empty() && IsExternal(id)) return ExternalValue(lexer_.NameOf(id));
+    if (IsExternal(id)) return ExternalValue(id);
     Check(start, domain, Tag::Instance);
     return model_->Reference(id);
 }
+
+bool InstanceReader::IsListed(std::uint64_t id) const { return IsExternal(lexer_.NameOf(id)); }
+
+Cell InstanceReader::ExternalValue(std::uint64_t id) { return ExternalValue(lexer_.NameOf(id)); }
 
 Cell InstanceReader::ExternalValue(const std::string& name) {
     return model_->NewTyped(SdaiString(name), Cell());
@@ -149,7 +153,7 @@ Cell InstanceReader::ExternalReference() {
     std::string name(1, lexer_.Peek());
     lexer_.Advance();
     name += lexer_.Word();
-    if (name.size() == 1) lexer_.FailHere("a name expected, found " + lexer_.Found());
+    if (name.size() == 1) lexer_.FailExpecting("a name");
     name = exchange::ExternalName(name);
     if (Is(name[1], kDigit) && !externals_.contains(name)) {
         problems_.Mend(place, "there is no value " + name);
@@ -225,7 +229,7 @@ Cell InstanceReader::OtherValue(const Domain* domain, int depth) {
         case '-': return Number(domain);
         default:
             if (!Is(*start, kLetter) && *start != '!') {
-                lexer_.FailHere("a value expected, found " + lexer_.Found());
+                lexer_.FailExpecting("a value");
             }
             Check(start, domain, Tag::Typed);
             return TypedValue(domain, depth);
@@ -387,22 +391,31 @@ void InstanceReader::Instance(int depth) {
     const std::uint64_t id = lexer_.InstanceName();
     current_ = id;
     lexer_.Expect('=');
-    std::optional<Structure::Scope> scope;
-    if (lexer_.TakeIf('&')) scope = Scope(id, depth);
+    if (lexer_.TakeIf('&')) {
+        Structure::Scope scope = Scope(id, depth);
+        Record(place, id);
+        scope.owner = model_->InstanceCount() - 1;
+        scopes_.push_back(std::move(scope));
+    } else {
+        Record(place, id);
+    }
+}
+
+// The instance itself, after its name.
+void InstanceReader::Record(Place place, std::uint64_t id) {
     const EntityType& entity = lexer_.TakeIf('(') ? ComplexInstance() : SimpleInstance();
-    if (model_->Find(id) != nullptr) lexer_.Fail(place, "a second instance " + lexer_.NameOf(id));
-    if (!externals_.empty() && IsExternal(id)) {
-        lexer_.Fail(place, lexer_.NameOf(id) + " is an external reference");
-    }
+    if (model_->Find(id) != nullptr || IsExternal(id)) FailTwice(place, id);
     lexer_.Expect(';');
-    if (scope.has_value()) {
-        scope->owner = model_->InstanceCount();
-        scopes_.push_back(std::move(*scope));
-    }
     kor::Instance& instance = model_->Create(*model_->TypeOf(entity), id, values_);
     values_.clear();  // they are the model's now
     current_.reset();
     if (id > kor::Model::kLargestId) greatlyNamed_.push_back({&instance, place});
+}
+
+void InstanceReader::FailTwice(Place place, std::uint64_t id) const {
+    const std::string name = lexer_.NameOf(id);
+    lexer_.Fail(place, model_->Find(id) != nullptr ? "a second instance " + name
+                                                   : name + " is an external reference");
 }
 
 // &SCOPE #2=...; ENDSCOPE /#2/: the instances that belong to instance `id`, which itself

@@ -132,8 +132,10 @@ class InstanceReader {
     bool TakeInfinite(kor::Cell& value);
     kor::Cell Reference(const kor::Domain* domain);
     kor::Cell ExternalReference();
+    [[gnu::cold]] kor::Cell ExternalValue(std::uint64_t id);
     kor::Cell ExternalValue(const std::string& name);
-    bool IsExternal(std::uint64_t id) const { return externals_.contains(lexer_.NameOf(id)); }
+    bool IsExternal(std::uint64_t id) const { return !externals_.empty() && IsListed(id); }
+    [[gnu::cold]] bool IsListed(std::uint64_t id) const;
     kor::Cell TypedValue(const kor::Domain* domain, int depth);
     kor::Cell List(const kor::Domain* domain, int depth);
     void CheckDepth(int depth) const;
@@ -157,7 +159,9 @@ class InstanceReader {
     const kor::EntityType& NextPart();
     void SortParts();
     void Instance(int depth);
-    Structure::Scope Scope(std::uint64_t id, int depth);
+    void Record(Place place, std::uint64_t id);
+    [[noreturn, gnu::cold]] void FailTwice(Place place, std::uint64_t id) const;
+    [[gnu::cold]] Structure::Scope Scope(std::uint64_t id, int depth);
 
     ExchangeLexer& lexer_;
     Problems& problems_;

@@ -86,7 +86,7 @@ class InstanceTextReader::Texts {
 
     void ExpectEnd() {
         lexer_.Skip();
-        if (!lexer_.AtEnd()) lexer_.FailHere("the end expected, found " + lexer_.Found());
+        if (!lexer_.AtEnd()) lexer_.FailExpecting("the end");
     }
 
     static inline const std::string kNoFile;
