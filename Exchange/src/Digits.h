@@ -70,10 +70,24 @@ inline const char* TakeDigits(const char* at, std::uint64_t& number) {
 // The same one by one: where there are few digits, and as many as the last time, their end is
 // predicted rather than computed.
 inline const char* TakeFewDigits(const char* at, std::uint64_t& number) {
-    for (; *at >= '0' && *at <= '9'; ++at) {
-        number = 10 * number + static_cast<std::uint64_t>(*at - '0');
+    for (;; ++at) {
+        const unsigned digit = static_cast<unsigned char>(*at) - unsigned{'0'};
+        if (digit > 9) return at;
+        number = 10 * number + digit;
     }
-    return at;
+}
+
+// The same for a name, which mostly has four digits or more: the first four are taken at once.
+inline const char* TakeName(const char* at, std::uint64_t& number) {
+    std::uint32_t digits;
+    std::memcpy(&digits, at, sizeof digits);
+    digits ^= 0x3030'3030U;
+    if (((digits | (digits + 0x7676'7676U)) & 0x8080'8080U) == 0) {
+        digits = (digits * 10 + (digits >> 8)) & 0x00FF'00FFU;
+        number = (digits * 100 + (digits >> 16)) & 0xFFFFU;
+        at += 4;
+    }
+    return TakeFewDigits(at, number);
 }
 
 }  // namespace exchange

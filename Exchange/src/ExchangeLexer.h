@@ -128,7 +128,7 @@ class ExchangeLexer {
     std::uint64_t InstanceName() {
         in_.Ahead();
         std::uint64_t id = 0;
-        const char* const end = TakeFewDigits(in_.at, id);
+        const char* const end = TakeName(in_.at, id);
         if (end == in_.at || end - in_.at > kFewDigits) return OtherInstanceName(end);
         in_.at = end;
         return id;
