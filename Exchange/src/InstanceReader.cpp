@@ -391,18 +391,7 @@ void InstanceReader::Instance(int depth) {
     const std::uint64_t id = lexer_.InstanceName();
     current_ = id;
     lexer_.Expect('=');
-    if (lexer_.TakeIf('&')) {
-        Structure::Scope scope = Scope(id, depth);
-        Record(place, id);
-        scope.owner = model_->InstanceCount() - 1;
-        scopes_.push_back(std::move(scope));
-    } else {
-        Record(place, id);
-    }
-}
-
-// The instance itself, after its name.
-void InstanceReader::Record(Place place, std::uint64_t id) {
+    if (lexer_.TakeIf('&')) scopes_.push_back(Scope(id, depth));
     const EntityType& entity = lexer_.TakeIf('(') ? ComplexInstance() : SimpleInstance();
     if (model_->Find(id) != nullptr || IsExternal(id)) FailTwice(place, id);
     lexer_.Expect(';');
@@ -428,6 +417,7 @@ Structure::Scope InstanceReader::Scope(std::uint64_t id, int depth) {
     lexer_.ExpectWord("SCOPE");
     while (lexer_.TakeIf('#')) Instance(depth + 1);
     lexer_.ExpectWord("ENDSCOPE");
+    scope.owner = model_->InstanceCount();  // the instance that follows
     current_ = id;
     if (!lexer_.TakeIf('/')) return scope;
     scope.exported = " /";
@@ -449,6 +439,8 @@ void InstanceReader::ReleaseValues() {
 
 std::optional<std::uint64_t> InstanceReader::TakeBroken() {
     ReleaseValues();
+    // A scope without an owner: that was the broken instance.
+    if (!scopes_.empty() && scopes_.back().owner == model_->InstanceCount()) scopes_.pop_back();
     return std::exchange(current_, std::nullopt);
 }
 

@@ -159,7 +159,6 @@ class InstanceReader {
     const kor::EntityType& NextPart();
     void SortParts();
     void Instance(int depth);
-    void Record(Place place, std::uint64_t id);
     [[noreturn, gnu::cold]] void FailTwice(Place place, std::uint64_t id) const;
     [[gnu::cold]] Structure::Scope Scope(std::uint64_t id, int depth);
 
