@@ -76,7 +76,7 @@ void ExchangeLexer::SkipByteOrderMark() {
 
 // ---- Between tokens
 
-void ExchangeLexer::SkipNoTokens() {
+void ExchangeLexer::SkipOtherNoTokens() {
     while (Is(*in_.at, kNoToken)) {
         const char c = *in_.at;
         if (c == '\n') {

@@ -68,8 +68,11 @@ class ExchangeLexer {
 
     // Moves to the next token, skipping white space, comments and print control directives.
     void Skip() {
-        if (Is(*in_.at, kNoToken)) SkipNoTokens();
-        in_.Ahead();
+        if (Is(*in_.at, kNoToken)) {
+            SkipNoTokens();
+        } else {
+            in_.Ahead();
+        }
     }
 
     // Skips past the next character `end`. A doubled apostrophe in a string is read as the end of
@@ -91,7 +94,7 @@ class ExchangeLexer {
     bool TakeIf(char c) {
         if (*in_.at != c) {
             if (!Is(*in_.at, kNoToken)) return false;
-            Skip();
+            SkipNoTokens();
             if (*in_.at != c) return false;
         }
         ++in_.at;
@@ -170,7 +173,13 @@ class ExchangeLexer {
         const bool endsLine = Input::EndsLine(in_.at++);
         if (endsLine) in_.NewLine(in_.at);
     }
-    void SkipNoTokens();
+    // Most often it is the end of a line that is skipped, and nothing else.
+    void SkipNoTokens() {
+        if (*in_.at == '\n') in_.NewLine(++in_.at);
+        if (Is(*in_.at, kNoToken)) SkipOtherNoTokens();
+        in_.Ahead();
+    }
+    void SkipOtherNoTokens();
     bool SkipOther();
     void SkipComment();
     std::string Found();
