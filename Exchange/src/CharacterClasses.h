@@ -15,6 +15,7 @@ enum CharacterClass : unsigned char {
     kHex = 16,
     kPlain = 32,    // unchanged in a string
     kNoToken = 64,  // cannot begin a token, or is the end of the window
+    kNumber = 128,  // begins a number
 };
 
 inline constexpr auto kClasses = [] {
@@ -22,7 +23,8 @@ inline constexpr auto kClasses = [] {
     for (const char c : {' ', '\t', '\f', '\v'}) {
         classes[static_cast<unsigned char>(c)] |= kSpace;
     }
-    for (unsigned c = '0'; c <= '9'; ++c) classes[c] |= kDigit | kHex;
+    for (unsigned c = '0'; c <= '9'; ++c) classes[c] |= kDigit | kHex | kNumber;
+    for (const char c : {'+', '-'}) classes[static_cast<unsigned char>(c)] |= kNumber;
     for (unsigned c = 'A'; c <= 'F'; ++c) classes[c] |= kHex;
     for (unsigned c = 'a'; c <= 'f'; ++c) classes[c] |= kHex;
     for (unsigned c = 'A'; c <= 'Z'; ++c) classes[c] |= kLetter;

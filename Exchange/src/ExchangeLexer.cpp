@@ -245,8 +245,8 @@ std::string ExchangeLexer::NameOf(std::uint64_t id) const {
 // reads the number again, is for the rest.
 Cell ExchangeLexer::Number(bool realExpected) {
     const char* const start = in_.at;
-    const bool negative = *start == '-';
-    const char* const first = start + (negative || *start == '+' ? 1 : 0);
+    // Signs are not predictable: nothing branches on one.
+    const char* const first = start + (Is(*start, kDigit) ? 0 : 1);
     // The digits as an integer, as far as it can hold them, and the power of ten that follows.
     std::uint64_t digits = 0;
     const char* at = TakeFewDigits(first, digits);
@@ -293,7 +293,8 @@ Cell ExchangeLexer::Number(bool realExpected) {
         } else {
             value *= kPowersOfTen[static_cast<std::size_t>(scale)];
         }
-        return Cell::Of(Tag::Real, negative ? -value : value);
+        constexpr std::array<double, 2> kSigns{1, -1};
+        return Cell::Of(Tag::Real, kSigns[*start == '-' ? 1 : 0] * value);
     }
     return Cell::Of(Tag::Real, Real(start, at));
 }

@@ -141,7 +141,8 @@ class ExchangeLexer {
 
     // ---- Literals
 
-    // An integer or real; a number without a point is a real if one is expected.
+    // An integer or real, at its sign or first digit; a number without a point is a real if one is
+    // expected.
     kor::Cell Number(bool realExpected);
 
     // A string, after its opening apostrophe.

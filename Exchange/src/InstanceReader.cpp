@@ -195,7 +195,7 @@ Cell InstanceReader::Item(const Domain* domain) {
 inline Cell InstanceReader::Value(const Domain* domain, int depth) {
     lexer_.Skip();
     const char* const start = lexer_.At();
-    if (Is(*start, kDigit) || (*start == '-' && !takesInfinite_)) return Number(domain);
+    if (Is(*start, kNumber) && !takesInfinite_) return Number(domain);
     switch (*start) {
         case '#': return Reference(domain);
         case '\'':
@@ -225,9 +225,8 @@ Cell InstanceReader::OtherValue(const Domain* domain, int depth) {
             Check(start, domain, Tag::Binary);
             lexer_.Advance();
             return lexer_.Binary();
-        case '+':
-        case '-': return Number(domain);
         default:
+            if (Is(*start, kNumber)) return Number(domain);
             if (!Is(*start, kLetter) && *start != '!') {
                 lexer_.FailExpecting("a value");
             }
