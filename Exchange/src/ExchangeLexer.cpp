@@ -335,7 +335,9 @@ Cell ExchangeLexer::EncodedString(const char* start) {
     for (;;) {
         while (in_.at != in_.end && *in_.at != '\'') ++in_.at;
         start = in_.AheadKeeping(start);
-        CheckText(place, static_cast<std::size_t>(in_.at - start));
+        const auto size = static_cast<std::size_t>(in_.at - start);
+        if (size > longestText_) in_.NewLines(start, in_.at);  // what follows is read on
+        CheckText(place, size);
         if (in_.at == in_.end) Fail(place, "a string without an end");
         if (*in_.at != '\'') continue;
         if (in_.at[1] != '\'') break;

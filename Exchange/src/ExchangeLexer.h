@@ -130,6 +130,10 @@ class ExchangeLexer {
     // fixed number above that limit.
     std::uint64_t InstanceName() {
         in_.Ahead();
+        return InstanceNameInWindow();
+    }
+    // The same without moving the window, so that positions in it stay valid: after Skip and a "#".
+    std::uint64_t InstanceNameInWindow() {
         std::uint64_t id = 0;
         const char* const end = TakeName(in_.at, id);
         if (end == in_.at || end - in_.at > kFewDigits) return OtherInstanceName(end);
@@ -150,9 +154,10 @@ class ExchangeLexer {
         const char* const start = in_.at;
         const char* at = start;
         while (Is(*at, kPlain)) ++at;
-        if (*at == '\'' && at + 1 < in_.end && at[1] != '\'') {
+        const auto size = static_cast<std::size_t>(at - start);
+        if (*at == '\'' && at + 1 < in_.end && at[1] != '\'' && size <= longestText_) {
             in_.at = at + 1;
-            return kor::Cell::OfText(kor::Tag::Text, {start, static_cast<std::size_t>(at - start)});
+            return kor::Cell::OfText(kor::Tag::Text, {start, size});
         }
         return EncodedString(start);
     }

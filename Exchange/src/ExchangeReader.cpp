@@ -228,6 +228,7 @@ class Reader {
             section.parameters = ParametersText(instances_.Parameters());
             instances_.ReleaseValues();
         }
+        if (dataStart_ == 0) dataStart_ = lexer_.Now().offset;
         dataSet_.structure.sections.push_back(std::move(section));
         lexer_.Expect(';');
         BeginSecondHalf();
@@ -244,8 +245,10 @@ class Reader {
                 }
             } catch (const SyntaxError& error) {
                 problems_.Report(error.place, error.text);
-                if (const auto broken = instances_.TakeBroken()) broken_.insert(*broken);
+                for (const std::uint64_t id : instances_.TakeBroken()) broken_.insert(id);
+                const std::uint64_t from = lexer_.Now().offset;
                 lexer_.SkipStatement();
+                skipped_.push_back({from, lexer_.Now()});
                 if (lexer_.AtEnd()) throw EndsEarly();
             }
         }
@@ -319,30 +322,49 @@ class Reader {
         FindReferences(missing);
     }
 
+    // Reads what the first pass has read, and nothing else, for the places of references.
     void FindReferences(const std::vector<std::uint64_t>& missing) {
-        try {
-            for (;;) {
-                lexer_.Skip();
-                if (lexer_.AtEnd()) return;
-                if (lexer_.Peek() == '\'') {
+        std::set<std::uint64_t> unseen(missing.begin(), missing.end());
+        const auto tell = [&](Place place, std::uint64_t id) {
+            problems_.Report(place, "there is no instance " + lexer_.NameOf(id));
+        };
+        for (;;) {
+            try {
+                SkipWhatWasSkipped();
+                if (lexer_.AtEnd() || lexer_.TakeWord("END-ISO-10303-21")) break;
+                const char c = lexer_.Peek();
+                const Place place = lexer_.Here();
+                if (c == '\'') {
                     lexer_.SkipPast('\'');
-                } else if (lexer_.Peek() == '<') {
-                    lexer_.SkipPast('>');
-                } else if (lexer_.Peek() == '#') {
-                    const Place place = lexer_.Here();
-                    lexer_.Advance();
-                    if (!Is(lexer_.Peek(), kDigit)) continue;  // a constant
-                    const std::uint64_t id = lexer_.InstanceName();
-                    lexer_.Skip();
-                    if (lexer_.Peek() != '=' &&
-                        std::binary_search(missing.begin(), missing.end(), id)) {
-                        problems_.Report(place, "there is no instance " + lexer_.NameOf(id));
-                    }
+                } else if (c == '<' && lexer_.Now().offset < dataStart_) {
+                    lexer_.SkipPast('>');  // an address
+                } else if (Is(c, kLetter | kDigit)) {
+                    lexer_.SkipWord();
                 } else {
                     lexer_.Advance();
+                    // Others are the names of constants.
+                    if (c != '#' || !Is(lexer_.Peek(), kDigit)) continue;
+                    const std::uint64_t id = lexer_.InstanceName();
+                    lexer_.Skip();
+                    if (lexer_.Peek() == '=') continue;
+                    if (!std::binary_search(missing.begin(), missing.end(), id)) continue;
+                    tell(place, id);
+                    unseen.erase(id);
                 }
+            } catch (const SyntaxError&) {
+                // It was reported when the first pass came here.
             }
-        } catch (const SyntaxError&) {
+        }
+        for (const std::uint64_t id : unseen) tell({}, id);
+    }
+
+    // Moves to the next token that the first pass did not skip after an error.
+    void SkipWhatWasSkipped() {
+        lexer_.Skip();
+        while (nextSkipped_ != skipped_.size() &&
+               skipped_[nextSkipped_].from <= lexer_.Now().offset) {
+            const Input::Position& to = skipped_[nextSkipped_++].to;
+            if (to.offset > lexer_.Now().offset) lexer_.GoTo(to);
         }
     }
 
@@ -361,7 +383,15 @@ class Reader {
     std::uint64_t progress_ = 0;          // the bytes reported as read
     bool begun_ = false;                  // no other half follows
     std::set<std::uint64_t> broken_;
-    bool complete_ = false;  // the end of the exchange file has been seen
+    // From an error to where reading went on.
+    struct Skipped {
+        std::uint64_t from;
+        Input::Position to;
+    };
+    std::vector<Skipped> skipped_;
+    std::size_t nextSkipped_ = 0;  // while references are sought
+    std::uint64_t dataStart_ = 0;  // the offset of the first data section
+    bool complete_ = false;        // the end of the exchange file has been seen
 };
 
 }  // namespace

@@ -124,6 +124,14 @@ const char* Input::Move(const char* kept) {
 }
 
 void Input::GoTo(const Position& position) {
+    if (position.offset >= windowStart_ && position.offset <= Offset(end)) {
+        at = window_.data() + (position.offset - windowStart_);
+        line_ = position.line;
+        lineStart_ = position.lineStart;
+        if (progress) progress(Offset(end));
+        Ahead();
+        return;
+    }
     source_.Seek(position.offset);
     at = end = window_.data();
     windowStart_ = position.offset;

@@ -90,17 +90,17 @@ Cell InstanceReader::TypedValue(const Domain* domain, int depth) {
     lexer_.Expect('(');
     kor::CellHolder value(Value(choice, depth + 1));
     lexer_.Expect(')');
+    SdaiString type(name);
     if (value.Get().GetTag() == Tag::Pending) {
-        const auto id = value.Get().Get<std::uint64_t>();
-        const Cell typed = model_->NewTyped(SdaiString(name), Cell());
-        model_->AddPending(typed, id);
-        return typed;
+        kor::CellHolder typed(model_->NewTyped(std::move(type), Cell()));
+        model_->AddPending(typed.Get(), value.Get().Get<std::uint64_t>());
+        return typed.Take();
     }
     if (value.Get().GetTag() == Tag::Derived) {
         kor::CellHolder derived(model_->NewTyped("*", Cell()));
-        return model_->NewTyped(SdaiString(name), derived.Take());
+        return model_->NewTyped(std::move(type), derived.Take());
     }
-    return model_->NewTyped(SdaiString(name), value.Take());
+    return model_->NewTyped(std::move(type), value.Take());
 }
 
 void InstanceReader::CheckDepth(int depth) const {
@@ -133,7 +133,7 @@ Cell InstanceReader::Reference(const Domain* domain) {
     const char* const start = lexer_.At();
     if (Is(start[1], kLetter)) return ExternalReference();
     lexer_.Advance();
-    const std::uint64_t id = lexer_.InstanceName();
+    const std::uint64_t id = lexer_.InstanceNameInWindow();
     if (IsExternal(id)) return ExternalValue(id);
     Check(start, domain, Tag::Instance);
     return model_->Reference(id);
@@ -240,7 +240,10 @@ template <class DomainOfNext>
 void InstanceReader::Values(DomainOfNext domain, int depth) {
     if (lexer_.TakeIf(')')) return;
     do {
-        values_.push_back(Value(domain(), depth));
+        // Its place comes first: there may be no memory for one, and the value has no other owner.
+        const std::size_t place = values_.size();
+        values_.emplace_back();
+        values_[place] = Value(domain(), depth);
     } while (lexer_.TakeIf(','));
     lexer_.Expect(')');
 }
@@ -388,15 +391,15 @@ void InstanceReader::SortParts() {
 void InstanceReader::Instance(int depth) {
     const Place place = lexer_.PlaceOf(lexer_.At() - 1);
     const std::uint64_t id = lexer_.InstanceName();
-    current_ = id;
+    open_.push_back(id);
     lexer_.Expect('=');
-    if (lexer_.TakeIf('&')) scopes_.push_back(Scope(id, depth));
+    if (lexer_.TakeIf('&')) scopes_.push_back(Scope(depth));
     const EntityType& entity = lexer_.TakeIf('(') ? ComplexInstance() : SimpleInstance();
     if (model_->Find(id) != nullptr || IsExternal(id)) FailTwice(place, id);
     lexer_.Expect(';');
     kor::Instance& instance = model_->Create(*model_->TypeOf(entity), id, values_);
     values_.clear();  // they are the model's now
-    current_.reset();
+    open_.pop_back();
     if (id > kor::Model::kLargestId) greatlyNamed_.push_back({&instance, place});
 }
 
@@ -406,10 +409,10 @@ void InstanceReader::FailTwice(Place place, std::uint64_t id) const {
                                                    : name + " is an external reference");
 }
 
-// &SCOPE #2=...; ENDSCOPE /#2/: the instances that belong to instance `id`, which itself
+// &SCOPE #2=...; ENDSCOPE /#2/: the instances that belong to the one being read, which itself
 // follows, and those of them that others may use (first edition only). In a model they are like
 // others.
-Structure::Scope InstanceReader::Scope(std::uint64_t id, int depth) {
+Structure::Scope InstanceReader::Scope(int depth) {
     CheckDepth(depth);
     lexer_.FailInPart(lexer_.Here());
     Structure::Scope scope{model_->InstanceCount(), 0, ""};
@@ -417,7 +420,7 @@ Structure::Scope InstanceReader::Scope(std::uint64_t id, int depth) {
     while (lexer_.TakeIf('#')) Instance(depth + 1);
     lexer_.ExpectWord("ENDSCOPE");
     scope.owner = model_->InstanceCount();  // the instance that follows
-    current_ = id;
+    lexer_.Skip();                          // what may be a comment
     if (!lexer_.TakeIf('/')) return scope;
     scope.exported = " /";
     do {
@@ -436,11 +439,11 @@ void InstanceReader::ReleaseValues() {
     slot_ = nullptr;
 }
 
-std::optional<std::uint64_t> InstanceReader::TakeBroken() {
+std::vector<std::uint64_t> InstanceReader::TakeBroken() {
     ReleaseValues();
     // A scope without an owner: that was the broken instance.
     if (!scopes_.empty() && scopes_.back().owner == model_->InstanceCount()) scopes_.pop_back();
-    return std::exchange(current_, std::nullopt);
+    return std::exchange(open_, {});
 }
 
 }  // namespace exchange

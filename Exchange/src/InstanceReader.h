@@ -8,7 +8,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -112,8 +111,8 @@ class InstanceReader {
     };
     const std::vector<GreatlyNamed>& GreatlyNamedOnes() const { return greatlyNamed_; }
 
-    // After an error: the name of the broken instance, if there is one.
-    std::optional<std::uint64_t> TakeBroken();
+    // After an error: the names of the broken instance and of those in whose scopes it is.
+    std::vector<std::uint64_t> TakeBroken();
 
   private:
     // A part of a complex instance: its type and where its values are in values_.
@@ -160,7 +159,7 @@ class InstanceReader {
     void SortParts();
     void Instance(int depth);
     [[noreturn, gnu::cold]] void FailTwice(Place place, std::uint64_t id) const;
-    [[gnu::cold]] Structure::Scope Scope(std::uint64_t id, int depth);
+    [[gnu::cold]] Structure::Scope Scope(int depth);
 
     ExchangeLexer& lexer_;
     Problems& problems_;
@@ -169,7 +168,7 @@ class InstanceReader {
     std::vector<Part> parts_;                       // of the complex instance being read
     std::vector<const kor::EntityType*> entities_;  // the types of its parts, in order
     const kor::Slot* slot_ = nullptr;               // of the value being read
-    std::optional<std::uint64_t> current_;          // the instance being read
+    std::vector<std::uint64_t> open_;  // the instance being read, after those around it
     std::vector<GreatlyNamed> greatlyNamed_;
     std::set<std::string> externals_;
     std::vector<Structure::Scope> scopes_;

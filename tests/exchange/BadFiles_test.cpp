@@ -296,11 +296,64 @@ TEST(BadFiles, ALenientReaderGivesGreatNamesNoNumberOfAnExternalReference) {
     EXPECT_THAT(File(written).Instances(), ElementsAre(3, 2, 4, 6, 7)) << written;
 }
 
+// ---- References to what is missing
+
+TEST(BadFiles, MissingInstancesAreToldBehindOtherErrors) {
+    for (const char* data : {"#1=ITEM('it's');\n#5=HOLDER(^#77);\n#6=ITEM('see #77');",
+                             "#1=ITEM(<3);\n#5=HOLDER(^#77);", "#1=;\n#5=HOLDER(^#77);\n#6=;",
+                             "#99999999999999999999=ITEM('a');\n#5=HOLDER(^#77);"}) {
+        SCOPED_TRACE(data);
+        const Marked marked(FileOf(data));
+        const File file(marked.text);
+        file.ExpectRefused();
+        ASSERT_GE(file.messages.ErrorCount(), 2U) << Listed(file.messages.Errors());
+        const auto isMissing = [](const Message& message) {
+            return message.text.starts_with("there is no instance #77");
+        };
+        const std::vector<Message>& errors = file.messages.Errors();
+        ASSERT_EQ(std::count_if(errors.begin(), errors.end(), isMissing), 1);
+        ExpectPlace(*std::find_if(errors.begin(), errors.end(), isMissing), marked, Place::Exact);
+    }
+}
+
+TEST(BadFiles, MissingInstancesAreToldUpToTheEndOfTheExchangeFile) {
+    const Marked marked(FileOf("#5=HOLDER(^#77);") + "junk #77");
+    const File file(marked.text);
+    file.ExpectRefused();
+    ASSERT_EQ(file.messages.ErrorCount(), 1U) << Listed(file.messages.Errors());
+    ExpectPlace(file.FirstError(), marked, Place::Exact);
+}
+
+// What refers to a broken instance is right in itself, and so is what refers to the owner of a
+// scope with a broken instance.
+TEST(BadFiles, TheOwnerOfABrokenScopeIsNotMissing) {
+    for (const char* scope : {"#2=ITEM('b';\nENDSCOPE HOLDER(#2);", "#2=ITEM('b');\nHOLDER(#2);",
+                              "#2=&SCOPE\n#3=ITEM(;\nENDSCOPE ITEM('b');\nENDSCOPE HOLDER(#2);"}) {
+        const File file(FileOf("#1=&SCOPE\n" + std::string(scope) + "\n#5=HOLDER(#1);"));
+        file.ExpectRefused();
+        EXPECT_THAT(Listed(file.messages.Errors()),
+                    testing::Not(HasSubstr("there is no instance")));
+    }
+}
+
+TEST(BadFiles, AScopeWithoutItsOwnerIsNone) {
+    const File file(FileOf("#1=&SCOPE\n#2=ITEM('b');\nENDSCOPE HOLDER(;\n#3=ITEM('c');"), true);
+    ASSERT_NE(file.dataSet.model, nullptr);
+    EXPECT_THAT(file.Instances(), ElementsAre(2, 3));
+    EXPECT_THAT(exchange::ToExchangeText(file.dataSet), testing::Not(HasSubstr("SCOPE")));
+}
+
+// ---- Memory
+
 // The values of an instance belong to the model from its creation on, whatever fails after that.
 TEST(BadFiles, AreReadOrNotWhereMemoryRunsOut) {
     const std::string text = FileOf(
         "#99999999999999999999=ITEM('a text of more than fourteen characters');\n"
-        "#1=HOLDER(#99999999999999999999);\n#2=CHOOSER(LABEL('another text, and as long'));");
+        "#1=HOLDER(#99999999999999999999);\n#2=CHOOSER(LABEL('another text, and as long'));\n"
+        "#3=OWN('one of five texts','two of five texts','three of five texts','four of five "
+        "texts','five of five texts');\n#4=OWN(SOME_LONG_TYPE_NAME('another text, and as long'));\n"
+        "#5=OWN(SOME_LONG_TYPE_NAME(#9));\n#6=OWN(SOME_LONG_TYPE_NAME(*));\n"
+        "#7=OWN(SOME_LONG_TYPE_NAME(('another text, and as long',1)));\n#9=ITEM('nine');");
     const std::string expected = exchange::ToExchangeText(File(text, true).dataSet);
     bool failed = true;
     for (long succeeding = 0; failed; ++succeeding) {
@@ -711,7 +764,8 @@ TEST(BadFiles, TextsBeyondTheLimitAreRefused) {
         EXPECT_NE(read(fits, messages).model, nullptr) << fits;
     }
     for (const std::string& tooLong :
-         {'\'' + std::string(1001, '\\') + "\\'", '\'' + digits + "\\\\0'", '"' + digits + "000\"",
+         {'\'' + std::string(1001, 'x') + '\'', '\'' + std::string(1001, '\\') + "\\'",
+          '\'' + digits + "\\\\0'", '"' + digits + "000\"",
           '\'' + std::string(100'000, 'x') + "\xE9'"}) {
         Messages messages;
         EXPECT_EQ(read(tooLong, messages).model, nullptr);
@@ -719,6 +773,15 @@ TEST(BadFiles, TextsBeyondTheLimitAreRefused) {
         EXPECT_EQ(messages.Errors().front().text, "a string or binary of more than 1000 bytes");
         EXPECT_EQ(messages.Errors().front().column, 8U);
     }
+    // What follows has its place.
+    std::string lines = "'";
+    for (int i = 0; i < 300; ++i) lines += "aaaa\n";
+    Messages messages;
+    EXPECT_EQ(read(lines + "');\n#3=ITEM(;\n#4=OWN('b'", messages).model, nullptr);
+    ASSERT_EQ(messages.ErrorCount(), 2U);
+    // In the lines before: the header, DATA, #1, and #2 with its 300 breaks.
+    EXPECT_EQ(messages.Errors()[1].line, 6U + 1 + 1 + 301 + 1);
+    EXPECT_EQ(messages.Errors()[1].column, 9U);
 }
 
 TEST(BadFiles, MoreCombinationsOfTypesThanAnySchemaHasAreRefused) {

@@ -1321,6 +1321,14 @@ TEST(ExchangeReader, ReadsScopes) {
     EXPECT_EQ(TextIn(Attribute(Attribute(file[5], "item"), "name")), "inner");
 }
 
+TEST(ExchangeReader, ReadsCommentsBehindTheEndOfAScope) {
+    for (const char* exported : {"/* c */", " /* c */ /#2/", "/#2/ /* c */"}) {
+        const Data file("#1=&SCOPE\n#2=ITEM('inner');\nENDSCOPE" + std::string(exported) +
+                        "ITEM_HOLDER(#2);");
+        EXPECT_EQ(TextIn(Attribute(Attribute(file[1], "item"), "name")), "inner") << exported;
+    }
+}
+
 TEST(ExchangeReader, ReadsAnEmptyDataSection) {
     const File file(FileOf(""));
     file.ExpectRight();
@@ -1397,6 +1405,23 @@ TEST(ExchangeReaderWindow, TellsPlacesBehindTheBorder) {
         EXPECT_EQ(messages.Errors()[0].line, 7 + length + 1 + 1);
         EXPECT_EQ(messages.Errors()[0].column, 17U);
         EXPECT_EQ(messages.Errors()[0].file, file.Path());
+    }
+}
+
+// The window moves 4096 bytes before its border.
+TEST(ExchangeReaderWindow, TellsPlacesWhereTheWindowMoves) {
+    const std::string before = kHeader + "DATA;\n/*";
+    const std::string after = "*/\n#1=ITEM(";
+    for (std::size_t at = kWindow - 4096 - 10; at < kWindow - 4096 + 10; ++at) {
+        const std::size_t length = at - before.size() - after.size();
+        const LargeFile file(before + std::string(length, '\n') + after + "#2);\n#2=ITEM('b');\n" +
+                             std::string(kWindow, ' ') + "ENDSEC;\nEND-ISO-10303-21;\n");
+        Messages messages;
+        EXPECT_NE(file.Read(messages).model, nullptr);
+        ASSERT_EQ(messages.WarningCount(), 1U);
+        EXPECT_THAT(messages.Warnings()[0].text, HasSubstr("a STRING expected, found an instance"));
+        EXPECT_EQ(messages.Warnings()[0].line, 7 + length + 2) << at;
+        EXPECT_EQ(messages.Warnings()[0].column, 9U) << at;
     }
 }
 

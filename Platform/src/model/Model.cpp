@@ -303,7 +303,10 @@ Cell Model::NewAggregate(std::span<const Cell> members, bool selects) {
 Cell Model::NewTyped(SdaiString definedType, const Cell& value) {
     // The typed value shares the contents of the cell; an aggregate still belongs to the model.
     CellHolder holder(value);
-    if (value.GetTag() == Tag::Aggregate) Retire(holder.Take());
+    if (value.GetTag() == Tag::Aggregate) {
+        Retire(holder.Get());
+        holder.Take();
+    }
     return Cell::Of(Tag::Typed, new TypedValue(std::move(definedType), ToHandle(value, false)));
 }
 
