@@ -172,6 +172,18 @@ TEST_F(Errors, SuggestWhatMayBeMeant) {
     EXPECT_THAT(CallOnBoth("@part#3").err, HasSubstr("parts"));
 }
 
+TEST_F(Errors, ShowHowAFunctionIsCalledThatHasNoParentheses) {
+    EXPECT_EQ(
+        Call({"GetItem"}).err,
+        "orx: <command line>:1:1: GetItem is a function, called as GetItem(integer, select)\n");
+    EXPECT_EQ(Call({"RemoveValueVersion"}).err,
+              "orx: <command line>:1:1: RemoveValueVersion is a function, called as "
+              "RemoveValueVersion()\n");
+    // A name may be that of a function.
+    ExpectPrints(Call({"LET GetItem = 3", "GetItem"}), "3\n");
+    EXPECT_THAT(Call({"getitem"}).err, HasSubstr("did you mean 'GetItem'?"));
+}
+
 TEST_F(Errors, SuggestNothingFarFetched) {
     EXPECT_THAT(CallOnBoth("Xyzzy(1)").err, testing::Not(ContainsRegex("[Dd]id you mean")));
 }

@@ -227,6 +227,10 @@ SdaiPrimitiveH Evaluator::MakeList(const Expression& expression) const {
 SdaiPrimitiveH Evaluator::FindVariable(const Expression& expression) const {
     const auto found = variables_.find(expression.name);
     if (found != variables_.end()) return found->second;
+    if (const orx::Export* function = orx::FindExport(expression.name)) {
+        throw ScriptError(expression.place, expression.name + " is a function, called as " +
+                                                calls::Signature(*function));
+    }
     const std::string nearest = session_.suggestions.For(expression.name, [this] {
         std::vector<std::string> known = calls::FunctionNames();
         for (std::string& name : VariableNames()) known.push_back(std::move(name));
