@@ -725,6 +725,10 @@ INSTANTIATE_TEST_SUITE_P(
                   "SCHEMA a;\nENTITY part; END_ENTITY;\nENTITY b SUBTYPE OF (^parts); END_ENTITY;"
                   "\nEND_SCHEMA;",
                   "did you mean 'part'", true},
+        BadSchema{"ATypeAsASupertype",
+                  "SCHEMA a;\nTYPE part = REAL; END_TYPE;\nENTITY parts; END_ENTITY;\n"
+                  "ENTITY b SUBTYPE OF (^part); END_ENTITY;\nEND_SCHEMA;",
+                  "did you mean 'parts'", true},
         BadSchema{"UnknownSelectMember",
                   "SCHEMA a;\nENTITY part; END_ENTITY;\nTYPE t = SELECT (part, ^prat); END_TYPE;\n"
                   "END_SCHEMA;",

@@ -256,16 +256,17 @@ class Schema::Resolver {
         }
     }
 
-    void Unknown(Place place, const char* what, const std::string& name) {
+    // Of a "type", which entity types are as well, or of an "entity".
+    void Unknown(Place place, const std::string& what, const std::string& name) {
         std::string suggestion;
         if (errors_.size() < kMostSuggestions) {
             std::vector<std::string> known = schema_.EntityNames();
             for (const TypeDeclaration& type : declaration_.types) {
-                known.emplace_back(Spelled(type.name).View());
+                if (what == "type") known.emplace_back(Spelled(type.name).View());
             }
             suggestion = DidYouMean(name, known);
         }
-        Fail(place, std::string("unknown ") + what + " '" + name + "'" + suggestion);
+        Fail(place, "unknown " + what + " '" + name + "'" + suggestion);
     }
 
     [[noreturn]] void FailOfLimit(Place place, std::string message) {
