@@ -218,17 +218,23 @@ std::uint64_t ExchangeLexer::LongInstanceName(const char* end) {
     if (static_cast<std::size_t>(end - in_.at) >= Input::kAhead / 2) {
         FailHere("an instance name too long");
     }
-    const char* const first = std::find_if(in_.at, end - 1, [](char c) { return c != '0'; });
-    std::uint64_t id = 0;
-    const bool fits = std::from_chars(first, end, id).ec == std::errc();
-    if (fits && id <= kor::Model::kLargestId) return id;
+    const std::uint64_t id = IdOf({in_.at, static_cast<std::size_t>(end - in_.at)});
+    if (id <= kor::Model::kLargestId) return id;
     if (!problems_.Mends()) {
         FailHere("an instance name beyond " + std::to_string(kor::Model::kLargestId) +
                  " (--lenient numbers the instance anew)");
     }
     FailInPart(Here());
+    return id;
+}
+
+std::uint64_t ExchangeLexer::IdOf(std::string_view digits) {
+    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size() - 1));
+    std::uint64_t id = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), id);
+    if (read.ec == std::errc() && id <= kor::Model::kLargestId) return id;
     const std::uint64_t next = kor::Model::kLargestId + 1 + greatNames_.size();
-    return greatNames_.emplace(std::string(first, end), next).first->second;
+    return greatNames_.emplace(std::string(digits), next).first->second;
 }
 
 std::string ExchangeLexer::NameOf(std::uint64_t id) const {

@@ -140,6 +140,9 @@ class ExchangeLexer {
         in_.at = end;
         return id;
     }
+    // The number of these digits, of which there is one; a fixed number above the limit for each
+    // that is too large.
+    std::uint64_t IdOf(std::string_view digits);
     // The number as written.
     std::string NameOf(std::uint64_t id) const;
 

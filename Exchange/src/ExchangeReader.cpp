@@ -4,14 +4,13 @@
 // references to them.
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 #include <span>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -152,27 +151,54 @@ class Reader {
         lexer_.Expect(';');
     }
 
-    // The instances of the file that an anchor names.
-    std::vector<std::uint64_t> InstancesOf(std::string_view anchor) const {
-        std::vector<std::uint64_t> ids;
+    // Calls visit(name, id) for each name of an instance of this file in an anchor or in the names
+    // that a scope exports; `name` is the part of the text.
+    template <class Visit>
+    void ForEachName(std::string_view text, Visit visit) {
         char end = '\0';  // the end of the current string or address
-        for (std::size_t i = 0; i < anchor.size(); ++i) {
-            const char c = anchor[i];
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            const char c = text[i];
             if (end != '\0') {
                 if (c == end) end = '\0';
             } else if (c == '\'' || c == '<') {
                 end = c == '<' ? '>' : c;
             } else if (c == '#') {
-                std::uint64_t id = 0;
-                const char* const first = anchor.data() + i + 1;
-                const auto digits = std::from_chars(first, anchor.data() + anchor.size(), id);
-                const std::string_view name(first - 1,
-                                            static_cast<std::size_t>(digits.ptr - first) + 1);
-                if (digits.ec == std::errc() && !instances_.IsExternal(ExternalName(name)))
-                    ids.push_back(id);
+                const std::size_t after = text.find_first_not_of("0123456789", i + 1);
+                const std::string_view name = text.substr(i, after - i);
+                if (name.size() == 1 || instances_.IsExternal(ExternalName(name))) {
+                    continue;
+                }
+                visit(name, lexer_.IdOf(name.substr(1)));
             }
         }
-        return ids;
+    }
+
+    // Gives the instances with names that are too large others, also where anchors and scopes name
+    // them.
+    void Renumber() {
+        std::map<std::uint64_t, std::string> names;
+        for (const auto& [instance, place] : instances_.GreatlyNamedOnes()) {
+            const std::uint64_t before = kor::Instance::Of(*instance).Id();
+            const std::string name = '#' + std::to_string(Model().MoveToFreeId(*instance));
+            problems_.Warn(place, "an instance name beyond " +
+                                      std::to_string(kor::Model::kLargestId) + ": it is " + name +
+                                      " now");
+            names.emplace(before, name);
+        }
+        if (names.empty()) return;
+        const auto rename = [&](std::string& text) {
+            std::string renamed;
+            const char* from = text.data();
+            ForEachName(text, [&](std::string_view name, std::uint64_t id) {
+                const auto found = names.find(id);
+                if (found == names.end()) return;
+                renamed.append(from, name.data()).append(found->second);
+                from = name.data() + name.size();
+            });
+            text = renamed.append(from, std::as_const(text).data() + text.size());
+        };
+        for (std::string& anchor : dataSet_.structure.anchors) rename(anchor);
+        for (Structure::Scope& scope : dataSet_.structure.scopes) rename(scope.exported);
     }
 
     void Header() {
@@ -301,20 +327,16 @@ class Reader {
         dataSet_.structure.scopes = instances_.TakeScopes();
         std::erase_if(dataSet_.structure.anchors, [&](const std::string& anchor) {
             const std::size_t before = missing.size();
-            for (const std::uint64_t id : InstancesOf(anchor)) {
+            ForEachName(anchor, [&](std::string_view, std::uint64_t id) {
                 if (Model().Find(id) == nullptr) missing.push_back(id);
-            }
+            });
             return missing.size() != before;
         });
         std::sort(missing.begin(), missing.end());
         // An instance that refers to a broken one is valid itself.
         if (!options_.lenient)
             std::erase_if(missing, [&](auto id) { return broken_.contains(id); });
-        for (const auto& [instance, place] : instances_.GreatlyNamedOnes()) {
-            problems_.Warn(place, "an instance name beyond " +
-                                      std::to_string(kor::Model::kLargestId) + ": it is #" +
-                                      std::to_string(Model().MoveToFreeId(*instance)) + " now");
-        }
+        Renumber();
         if (missing.empty()) return;
         // Their places are not stored while reading, since valid files do not need them.
         lexer_.TellProgress(nullptr);

@@ -104,7 +104,8 @@ class Input {
         return windowStart_ + static_cast<std::uint64_t>(where - window_.data());
     }
 
-    // Called with the number of bytes read so far whenever the window or the position in it is moved.
+    // Called with the number of bytes read so far whenever the window or the position in it is
+    // moved.
     std::function<void(std::uint64_t)> progress;
 
   private:

@@ -280,6 +280,27 @@ TEST(BadFiles, ALenientReaderNumbersGreatNamesAnew) {
     File(written).dataSet.model->Find(6);
 }
 
+TEST(BadFiles, ALenientReaderRenumbersGreatNamesInAnchorsAndScopes) {
+    std::string text = FileOf(
+        "#99999999999999999999=ITEM('great');\n#2=&SCOPE\n#0077777777777777777777=ITEM('inner');\n"
+        "ENDSCOPE /#77777777777777777777/ ITEM('two');");
+    text.insert(text.find("DATA;"),
+                "ANCHOR;\n<a>=('#99999999999999999999',#99999999999999999999);\n"
+                "<b>=#88888888888888888888;\n<c>=#2;\nENDSEC;\n");
+    const File file(text, true);
+    ASSERT_NE(file.dataSet.model, nullptr);
+    EXPECT_THAT(file.Instances(), ElementsAre(1, 3, 2));
+    ASSERT_EQ(file.messages.WarningCount(), 3U) << Listed(file.messages.Warnings());
+    EXPECT_THAT(file.messages.Warnings()[0].text, HasSubstr("it is #1 now"));
+    EXPECT_THAT(file.messages.Warnings()[1].text, HasSubstr("it is #3 now"));
+    EXPECT_EQ(file.messages.Warnings()[2].text, "there is no instance #88888888888888888888");
+    const std::string written = exchange::ToExchangeText(file.dataSet);
+    EXPECT_THAT(written,
+                HasSubstr("ANCHOR;\n<a>=('#99999999999999999999',#1);\n<c>=#2;\nENDSEC;\n"));
+    EXPECT_THAT(written, HasSubstr("ENDSCOPE /#3/ ITEM('two');"));
+    EXPECT_EQ(File(written).messages.ErrorCount(), 0U);
+}
+
 // Nor do new instances of the model get such a number.
 TEST(BadFiles, ALenientReaderGivesGreatNamesNoNumberOfAnExternalReference) {
     std::string text =
