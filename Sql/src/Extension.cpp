@@ -102,7 +102,8 @@ extern "C" __attribute__((visibility("default"))) int sqlite3_orxsqlite_init(
     try {
         static const calls::Module module("");
         sql::AddOpen(sql::Connect(database, module));
-        return SQLITE_OK;
+        // If SQLite unloaded it, the end of the process could unload it within its own destructors.
+        return SQLITE_OK_LOAD_PERMANENTLY;
     } catch (const std::bad_alloc&) {
         *message = sqlite3_mprintf("out of memory");
         return SQLITE_NOMEM;
