@@ -8,7 +8,8 @@
 // The service itself writes the first and last line, when a scope opens and when it closes, so that
 // a call is visible even if the function writes nothing. Lines are written whole, one after the
 // other, as the bytes given (ISO 8859-1). Only a line feed or carriage return within a line, which
-// comes from data, is written as \n or \r: one line is always one message.
+// comes from data, is written as \n or \r: one line is always one message. On a terminal, other
+// control characters appear as directives of exchange files (\X\1B), and letters as UTF-8.
 //
 // The level is 0 (off) unless set by Configure or by the environment variable KOR_TRACE (a whole
 // number; any other value is reported on the standard error stream when the library is loaded, and

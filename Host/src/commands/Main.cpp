@@ -138,7 +138,10 @@ void AddMisfitFlags(CLI::App& command, Options& options) {
     CLI::Option* quiet =
         command.add_flag("--quiet", options.quiet,
                          "no warning of an argument that is of another kind than a function takes");
-    command.add_flag("--strict", options.strict, "an error in its place")->excludes(quiet);
+    command
+        .add_flag("--strict", options.strict,
+                  "an argument of another kind than a function takes is an error")
+        ->excludes(quiet);
 }
 
 void AddTraceOption(CLI::App& command, Options& options) {
@@ -292,7 +295,7 @@ void AddTreeOptions(CLI::App& command, Options& options) {
     AddSchemaAndModelOptions(command, options);
     AddFiles(command, options);
     command.add_flag("--placements", options.placements,
-                     "each occurrence in a line of its own, with its placement in its parent: the "
+                     "each occurrence on a line of its own, with its placement in its parent: the "
                      "columns of a rotation, then a translation");
     command.add_option("--depth", options.depth, "how many levels are shown below a root")
         ->type_name("N")
@@ -302,7 +305,8 @@ void AddTreeOptions(CLI::App& command, Options& options) {
         ->type_name("N")
         ->check(Natural())
         ->capture_default_str();
-    command.add_flag("--absolute", options.absolute, "the same with the placement in the root");
+    command.add_flag("--absolute", options.absolute,
+                     "each occurrence on a line of its own, with its placement in the root");
     command.add_flag("--names", options.names, "each occurrence with its name");
     AddRootOption(command, options);
     AddModuleOption(command, options);
