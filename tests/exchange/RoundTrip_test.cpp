@@ -423,7 +423,7 @@ class AnyValue {
 TEST(RoundTrip, GivesWhateverWasPutOrTellsWhyNot) {
     int written = 0;
     int told = 0;
-    for (std::uint64_t seed = 0; seed < 400; ++seed) {
+    for (std::uint64_t seed = 0; seed < 500; ++seed) {
         SCOPED_TRACE(seed);
         const DataSet dataSet = exchange::NewDataSet(TestSchema(), "any");
         kor::Model& model = *dataSet.model;
