@@ -240,10 +240,7 @@ template <class DomainOfNext>
 void InstanceReader::Values(DomainOfNext domain, int depth) {
     if (lexer_.TakeIf(')')) return;
     do {
-        // Its place comes first: there may be no memory for one, and the value has no other owner.
-        const std::size_t place = values_.size();
-        values_.emplace_back();
-        values_[place] = Value(domain(), depth);
+        Keep(Value(domain(), depth));
     } while (lexer_.TakeIf(','));
     lexer_.Expect(')');
 }

@@ -124,6 +124,15 @@ class InstanceReader {
 
     kor::Cell Value(const kor::Domain* domain, int depth);
     kor::Cell OtherValue(const kor::Domain* domain, int depth);
+    // Takes ownership of the value, if there is memory to keep it or not.
+    void Keep(const kor::Cell& value) {
+        try {
+            values_.push_back(value);
+        } catch (...) {
+            ReleaseCell(value);
+            throw;
+        }
+    }
     template <class DomainOfNext>
     void Values(DomainOfNext domain, int depth);
     kor::Cell Number(const kor::Domain* domain);
