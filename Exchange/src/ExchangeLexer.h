@@ -54,6 +54,7 @@ class ExchangeLexer {
     }
     Input::Position Now() const { return in_.Now(); }
     void GoTo(const Input::Position& position) { in_.GoTo(position); }
+    void SkipTo(const Input::Position& position) { in_.SkipTo(position); }
     // What is there without reading on.
     std::string_view Window() const { return {in_.at, static_cast<std::size_t>(in_.end - in_.at)}; }
 

@@ -386,7 +386,7 @@ class Reader {
         while (nextSkipped_ != skipped_.size() &&
                skipped_[nextSkipped_].from <= lexer_.Now().offset) {
             const Input::Position& to = skipped_[nextSkipped_++].to;
-            if (to.offset > lexer_.Now().offset) lexer_.GoTo(to);
+            if (to.offset > lexer_.Now().offset) lexer_.SkipTo(to);
         }
     }
 

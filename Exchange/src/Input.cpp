@@ -124,14 +124,6 @@ const char* Input::Move(const char* kept) {
 }
 
 void Input::GoTo(const Position& position) {
-    if (position.offset >= windowStart_ && position.offset <= Offset(end)) {
-        at = window_.data() + (position.offset - windowStart_);
-        line_ = position.line;
-        lineStart_ = position.lineStart;
-        if (progress) progress(Offset(end));
-        Ahead();
-        return;
-    }
     source_.Seek(position.offset);
     at = end = window_.data();
     windowStart_ = position.offset;
@@ -139,6 +131,14 @@ void Input::GoTo(const Position& position) {
     line_ = position.line;
     atEnd_ = false;
     Move(at);
+}
+
+void Input::SkipTo(const Position& position) {
+    if (position.offset < windowStart_ || position.offset > Offset(end)) return GoTo(position);
+    at = window_.data() + (position.offset - windowStart_);
+    line_ = position.line;
+    lineStart_ = position.lineStart;
+    Ahead();
 }
 
 void Input::NewLines(const char* from, const char* to) {

@@ -83,6 +83,8 @@ class Input {
     };
     Position Now() const { return {Offset(at), line_, lineStart_}; }
     void GoTo(const Position& position);
+    // The same without reading again what is in the window. The source must not have changed.
+    void SkipTo(const Position& position);
 
     // Whether a line ends with this character: a line feed, or a carriage return not followed by
     // one. The next character must be in the window.
@@ -104,8 +106,7 @@ class Input {
         return windowStart_ + static_cast<std::uint64_t>(where - window_.data());
     }
 
-    // Called with the number of bytes read so far whenever the window or the position in it is
-    // moved.
+    // Called with the number of bytes read so far whenever the window moves.
     std::function<void(std::uint64_t)> progress;
 
   private:

@@ -19,6 +19,9 @@ SecondHalf::SecondHalf(std::unique_ptr<Source> source, const std::string& file,
       instances_(lexer_, problems_) {
     problems_.EnterData();
     lexer_.ReadPart();
+    lexer_.TellProgress([this](std::uint64_t read) {
+        progress_.store(read - std::min(read, start_), std::memory_order_relaxed);
+    });
     instances_.AddExternals(first);
 }
 
@@ -55,9 +58,6 @@ bool SecondHalf::FindStart(std::uint64_t from) {
         if (near[next] != '#') continue;
         start_ = from + next;
         lexer_.GoTo({start_, 1, start_});
-        lexer_.TellProgress([this](std::uint64_t read) {
-            progress_.store(read - start_, std::memory_order_relaxed);
-        });
         return true;
     }
     return false;
