@@ -18,8 +18,9 @@ DESCRIPTION = """Asks many exchange files with the rules of a Python file, on al
 machine or on the workers of a Dask scheduler, and writes the rows to a database or a folder."""
 
 EPILOG = """RULES.py defines rows(model), which yields a dict for each row, and may define group(path):
-files for which it gives the same are asked together. The same command goes on where it was cut off.
-Exit status: 0 every file is done, 1 some failed, 2 the run could not begin or go on."""
+files for which it gives the same are read together. If a run is interrupted, the same command resumes it.
+Exit status: 0 every file is done, 1 some failed, 2 the run could not start or continue, 130 it was
+interrupted."""
 
 # How many failures are reported individually.
 FAILURES_TOLD = 100
