@@ -84,7 +84,8 @@ inline const char* TakeName(const char* at, std::uint64_t& number) {
     digits ^= 0x3030'3030U;
     if (((digits | (digits + 0x7676'7676U)) & 0x8080'8080U) == 0) {
         digits = (digits * 10 + (digits >> 8)) & 0x00FF'00FFU;
-        number = (digits * 100 + (digits >> 16)) & 0xFFFFU;
+        digits = (digits * 100 + (digits >> 16)) & 0xFFFFU;
+        number = number * 10'000 + digits;
         at += 4;
     }
     return TakeFewDigits(at, number);

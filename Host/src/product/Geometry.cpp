@@ -107,7 +107,8 @@ std::optional<orx::Placement> InverseFrameOf(const SdaiPrimitiveH& axes) {
     const std::optional<orx::Placement> frame = FrameOf(axes);
     if (!frame) return std::nullopt;
     const orx::Placement back = Inverse(*frame);
-    const double square = ScaleOf(axes) * ScaleOf(axes);
+    const double scale = ScaleOf(axes);
+    const double square = scale * scale;
     const auto [x, y, z] = AxesOf(back);
     return orx::Placement{{x / square, y / square, z / square}, back.translation / square};
 }
