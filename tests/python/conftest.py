@@ -4,6 +4,7 @@ import contextlib
 import ctypes
 import gc
 import importlib
+import sys
 from pathlib import Path
 
 import orxexutilities as orx
@@ -37,6 +38,9 @@ def collect():
 # the libraries of others lose when they are imported does not count.
 SANITIZER = ctypes.CDLL(None)
 LOOKS_FOR_LEAKS = hasattr(SANITIZER, "__lsan_do_recoverable_leak_check")
+# The frames of what runs meanwhile. Otherwise only the stack of the interpreter refers to them, which the
+# sanitizer does not know; a test that was skipped leaves some.
+FRAMES = []
 
 
 def pytest_sessionstart():
@@ -51,6 +55,10 @@ def pytest_sessionstart():
 def pytest_sessionfinish(session):
     if LOOKS_FOR_LEAKS:
         gc.collect()
+        frame = sys._getframe()
+        while frame is not None:
+            FRAMES.append(frame)
+            frame = frame.f_back
         if SANITIZER.__lsan_do_recoverable_leak_check():
             session.exitstatus = pytest.ExitCode.TESTS_FAILED
 
