@@ -26,6 +26,49 @@ constexpr std::array<double, 23> kPowersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,
                                               1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                               1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
+// Takes the exponent at an "E", which moves the point of a value that has that many decimal places.
+// Returns the position after it; null if it is large or has no digits.
+const char* TakeExponent(const char* at, std::ptrdiff_t places, double& value) {
+    ++at;
+    const bool isNegative = *at == '-';
+    if (isNegative || *at == '+') ++at;
+    std::uint64_t exponent = 0;
+    const char* const end = TakeFewDigits(at, exponent);
+    if (end == at || end - at > 3) return nullptr;
+    const auto moved = static_cast<std::ptrdiff_t>(exponent);
+    const std::ptrdiff_t scale = (isNegative ? -moved : moved) - places;
+    if (scale < -22 || scale > 22) return nullptr;
+    if (scale < 0) {
+        value /= kPowersOfTen[static_cast<std::size_t>(-scale)];
+    } else {
+        value *= kPowersOfTen[static_cast<std::size_t>(scale)];
+    }
+    return end;
+}
+
+// Takes a real at its sign or first digit if it has few digits, as most have: their end is found
+// with their value, those after the point eight at a time. Returns the position after it; null for
+// any other number, of which nothing is taken.
+inline const char* TakeUsualReal(const char* start, double& value) {
+    // Signs are not predictable: nothing branches on one.
+    const char* const first = start + (Is(*start, kDigit) ? 0 : 1);
+    std::uint64_t digits = 0;
+    const char* const point = TakeFewDigits(first, digits);
+    if (*point != '.' || point == first) return nullptr;
+    const char* const end = TakeDigits(point + 1, digits);
+    // If a double represents both the digits and the power of ten exactly, as with up to 15 digits,
+    // one operation yields the nearest double.
+    constexpr std::uint64_t kExact = std::uint64_t{1} << 53;
+    constexpr std::ptrdiff_t kMostDigits = 19;  // of an integer of 64 bits
+    if (end - first > kMostDigits + 1 || digits > kExact) return nullptr;
+    static constexpr std::array<double, 2> kSigns{1, -1};
+    value = kSigns[*start == '-' ? 1 : 0] * static_cast<double>(digits);
+    const std::ptrdiff_t places = end - point - 1;
+    if (*end == 'E' || *end == 'e') return TakeExponent(end, places, value);
+    value /= kPowersOfTen[static_cast<std::size_t>(places)];
+    return end;
+}
+
 // Whether a number out of the range of double is too large rather than too small: whether, after
 // the exponent has moved the point, its first non-zero digit is before the point.
 bool IsLarge(const char* start, const char* end) {
@@ -246,63 +289,54 @@ std::string ExchangeLexer::NameOf(std::uint64_t id) const {
 
 // ---- Literals
 
-// Checks the form of a number and finds its end, which takes its digits, those after the point
-// eight at a time. Of most numbers, these give the value with one division; std::from_chars, which
-// reads the number again, is for the rest.
+// Checks the form of a number and finds its end.
 Cell ExchangeLexer::Number(bool realExpected) {
-    const char* const start = in_.at;
-    // Signs are not predictable: nothing branches on one.
-    const char* const first = start + (Is(*start, kDigit) ? 0 : 1);
-    // The digits as an integer, as far as it can hold them, and the power of ten that follows.
-    std::uint64_t digits = 0;
-    const char* at = TakeFewDigits(first, digits);
-    if (at == first) {
-        in_.at = first;
-        FailExpecting("a digit");
+    double value = 0;
+    if (const char* const end = TakeUsualReal(in_.at, value)) {
+        in_.at = end;
+        return Cell::Of(Tag::Real, value);
     }
-    std::ptrdiff_t count = at - first;
-    std::ptrdiff_t scale = 0;
-    if (*at == '.') {
-        const char* const point = at;
-        at = TakeDigits(point + 1, digits);
-        scale = point + 1 - at;
-        count -= scale;
-    } else if (*at != 'E' && *at != 'e') {
+    return OtherNumber(realExpected);
+}
+
+Cell ExchangeLexer::OtherNumber(bool realExpected) {
+    const char* const start = in_.at;
+    const char* at = start + (Is(*start, kDigit) ? 0 : 1);
+    const auto takeDigits = [this, &at](std::string_view what) {
+        const char* const first = at;
+        while (Is(*at, kDigit)) ++at;
+        if (at != first) return;
         in_.at = at;
-        return Integer(start, at, realExpected);
+        FailExpecting(what);
+    };
+    takeDigits("a digit");
+    bool isReal = *at == '.';
+    if (isReal) {
+        ++at;
+        while (Is(*at, kDigit)) ++at;
     }
     if (*at == 'E' || *at == 'e') {
-        const char* exponent = at + 1;
-        const bool negativeExponent = *exponent == '-';
-        if (negativeExponent || *exponent == '+') ++exponent;
-        if (!Is(*exponent, kDigit)) {
-            in_.at = exponent;
-            FailExpecting("the digits of an exponent");
-        }
-        int value = 0;
-        for (; Is(*exponent, kDigit); ++exponent) {
-            if (value < 100'000) value = 10 * value + (*exponent - '0');
-        }
-        scale += negativeExponent ? -value : value;
-        at = exponent;
+        isReal = true;
+        ++at;
+        if (*at == '+' || *at == '-') ++at;
+        takeDigits("the digits of an exponent");
     }
-    CheckLength(start, at);
     in_.at = at;
-    // If a double represents both the digits and the power exactly, as with up to 15 digits and a
-    // power of up to 22, one operation yields the nearest double; otherwise std::from_chars
-    // computes it.
-    constexpr std::uint64_t kExact = std::uint64_t{1} << 53;
-    if (count <= 19 && digits <= kExact && scale >= -22 && scale <= 22) {
-        double value = static_cast<double>(digits);
-        if (scale < 0) {
-            value /= kPowersOfTen[static_cast<std::size_t>(-scale)];
-        } else {
-            value *= kPowersOfTen[static_cast<std::size_t>(scale)];
-        }
-        constexpr std::array<double, 2> kSigns{1, -1};
-        return Cell::Of(Tag::Real, kSigns[*start == '-' ? 1 : 0] * value);
+    CheckLength(start, at);
+    return isReal ? Cell::Of(Tag::Real, Real(start, at)) : Integer(start, at, realExpected);
+}
+
+bool ExchangeLexer::TakeReals(std::vector<double>& reals) {
+    for (;;) {
+        Skip();
+        if (!Is(*in_.at, kNumber)) return false;
+        double value = 0;
+        const char* const end = TakeUsualReal(in_.at, value);
+        if (end == nullptr || (*end != ',' && *end != ')')) return false;
+        reals.emplace_back() = value;
+        in_.at = end + 1;
+        if (*end == ')') return true;
     }
-    return Cell::Of(Tag::Real, Real(start, at));
 }
 
 void ExchangeLexer::CheckLength(const char* start, const char* end) const {
@@ -312,7 +346,6 @@ void ExchangeLexer::CheckLength(const char* start, const char* end) const {
 }
 
 Cell ExchangeLexer::Integer(const char* start, const char* end, bool realExpected) const {
-    CheckLength(start, end);
     // A number without a point where a real is declared is a real.
     if (realExpected) return Cell::Of(Tag::Real, Real(start, end));
     long value = 0;

@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "CharacterClasses.h"
 #include "Digits.h"
@@ -153,6 +154,10 @@ class ExchangeLexer {
     // expected.
     kor::Cell Number(bool realExpected);
 
+    // Takes reals of a list up to and including its ")". Returns false, at a member, if it is not
+    // a real, or one written in an unusual way.
+    bool TakeReals(std::vector<double>& reals);
+
     // A string, after its opening apostrophe.
     kor::Cell String() {
         const char* const start = in_.at;
@@ -197,6 +202,7 @@ class ExchangeLexer {
     std::uint64_t LongInstanceName(const char* end);
     void CheckText(Place place, std::size_t size) const;
     void CheckLength(const char* start, const char* end) const;
+    kor::Cell OtherNumber(bool realExpected);
     kor::Cell Integer(const char* start, const char* end, bool realExpected) const;
     double Real(const char* start, const char* end) const;
     kor::Cell EncodedString(const char* start);

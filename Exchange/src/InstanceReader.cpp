@@ -6,11 +6,10 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
+#include <span>
 #include <string>
 #include <system_error>
 #include <utility>
-
-#include "ExchangeWriter.h"
 
 namespace exchange {
 
@@ -103,10 +102,8 @@ Cell InstanceReader::TypedValue(const Domain* domain, int depth) {
     return model_->NewTyped(std::move(type), value.Take());
 }
 
-void InstanceReader::CheckDepth(int depth) const {
-    if (depth > kDeepestNesting) {
-        lexer_.FailHere("values nested more than " + std::to_string(kDeepestNesting) + " deep");
-    }
+void InstanceReader::FailNested() const {
+    lexer_.FailHere("values nested more than " + std::to_string(kDeepestNesting) + " deep");
 }
 
 // Warns if the domain does not allow a value of that kind.
@@ -237,22 +234,28 @@ Cell InstanceReader::OtherValue(const Domain* domain, int depth) {
 
 // The values up to the closing parenthesis into values_; domain() is that of the next one.
 template <class DomainOfNext>
-void InstanceReader::Values(DomainOfNext domain, int depth) {
-    if (lexer_.TakeIf(')')) return;
+inline void InstanceReader::Values(DomainOfNext domain, int depth) {
     do {
         Keep(Value(domain(), depth));
     } while (lexer_.TakeIf(','));
     lexer_.Expect(')');
 }
 
+// Most lists are of reals, which need no cells.
 Cell InstanceReader::List(const Domain* domain, int depth) {
     CheckDepth(depth);
     const Domain* element =
         domain != nullptr && domain->base == kor::Base::Aggregate ? domain->element : nullptr;
+    const bool selects = element != nullptr && element->IsSelect();
     const std::size_t first = values_.size();
-    Values([element] { return element; }, depth + 1);
-    const std::span<const Cell> members(values_.data() + first, values_.size() - first);
-    const Cell list = model_->NewAggregate(members, element != nullptr && element->IsSelect());
+    if (!lexer_.TakeIf(')')) {
+        reals_.clear();
+        const bool admitsReals = element == nullptr || element->admitted.Has(Tag::Real);
+        if (admitsReals && lexer_.TakeReals(reals_)) return model_->NewAggregate(reals_, selects);
+        for (const double real : reals_) Keep(Cell::Of(Tag::Real, real));
+        Values([element] { return element; }, depth + 1);
+    }
+    const Cell list = model_->NewAggregate(std::span(values_).subspan(first), selects);
     values_.resize(first);
     return list;
 }
@@ -260,18 +263,24 @@ Cell InstanceReader::List(const Domain* domain, int depth) {
 // ---- Instances
 
 // Reads the parameters of a record into values_, after the first `(`. The slots say what is
-// expected; there are none for an undeclared type.
-void InstanceReader::Parameters(std::span<const kor::Slot> slots) {
+// expected; there are none for a type that is not known.
+inline void InstanceReader::Parameters(std::span<const kor::Slot> slots) {
     const kor::Slot* next = slots.data();
     const kor::Slot* const end = next + slots.size();
+    if (lexer_.TakeIf(')')) return;
     Values(
         [&]() -> const Domain* {
-            slot_ = next != end ? next++ : nullptr;
-            return slot_ != nullptr ? slot_->domain : nullptr;
+            slot_ = nullptr;
+            if (next == end) return nullptr;
+            slot_ = next++;
+            return slot_->domain;
         },
         0);
     slot_ = nullptr;
 }
+
+// The same, but not in place.
+void InstanceReader::OtherParameters(std::span<const kor::Slot> slots) { Parameters(slots); }
 
 // Adjusts the number of values from `first` on to what the type declares.
 void InstanceReader::MendCount(Place place, const EntityType& entity, std::size_t first,
@@ -291,20 +300,24 @@ const EntityType& InstanceReader::Undeclared(Place place, std::string_view keywo
     return Own(place, model_->UndeclaredEntity(keyword, count));
 }
 
-const EntityType& InstanceReader::SimpleInstance() {
+inline const EntityType& InstanceReader::SimpleInstance() {
     const Place place = lexer_.Here();
     const std::string_view keyword = lexer_.UpToParenthesis();
     const EntityType* const known = known_.Find(keyword);
     if (known == nullptr) return UnknownInstance(place);
     lexer_.Advance(keyword.size() + 1);
-    if (known->IsDeclared()) {
-        Parameters(known->Slots());
-        CheckCount(place, *known, 0, known->Slots().size());
-        return *known;
-    }
-    Parameters({});
+    Parameters(known->Slots());
     if (values_.size() == known->Slots().size()) return *known;
-    const EntityType& entity = Undeclared(place, known->FoldedName(), values_.size());
+    return InstanceOfOtherCount(place, *known);
+}
+
+// An instance of a known type with another number of values than the type has.
+const EntityType& InstanceReader::InstanceOfOtherCount(Place place, const EntityType& known) {
+    if (known.IsDeclared()) {
+        MendCount(place, known, 0, known.Slots().size());
+        return known;
+    }
+    const EntityType& entity = Undeclared(place, known.FoldedName(), values_.size());
     known_.Keep(entity);
     return entity;
 }
@@ -315,10 +328,10 @@ const EntityType& InstanceReader::UnknownInstance(Place place) {
     const EntityType* entity = model_->GetSchema().FindEntity(std::string_view(keyword));
     lexer_.Expect('(');
     if (entity != nullptr) {
-        Parameters(entity->Slots());
+        OtherParameters(entity->Slots());
         CheckCount(place, *entity, 0, entity->Slots().size());
     } else {
-        Parameters({});
+        OtherParameters({});
         entity = &Undeclared(place, keyword, values_.size());
     }
     known_.Keep(*entity);
@@ -338,12 +351,12 @@ const EntityType& InstanceReader::NextPart() {
         entity = model_->GetSchema().FindEntity(std::string_view(keyword));
         lexer_.Expect('(');
         if (entity == nullptr) {
-            Parameters({});
+            OtherParameters({});
             return Undeclared(place, keyword, values_.size() - first);
         }
         known_.Keep(*entity);
     }
-    Parameters(entity->OwnSlots());
+    OtherParameters(entity->OwnSlots());
     CheckCount(place, *entity, first, entity->OwnSlots().size());
     return *entity;
 }

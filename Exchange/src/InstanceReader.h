@@ -17,6 +17,7 @@
 
 #include "Exchange.h"
 #include "ExchangeLexer.h"
+#include "ExchangeWriter.h"
 #include "model/Model.h"
 
 namespace exchange {
@@ -99,7 +100,7 @@ class InstanceReader {
 
     // The parameters of an undeclared record, after its "(". The values are valid until released.
     std::span<const kor::Cell> Parameters() {
-        Parameters({});
+        OtherParameters({});
         return values_;
     }
     void ReleaseValues();
@@ -125,16 +126,17 @@ class InstanceReader {
     kor::Cell Value(const kor::Domain* domain, int depth);
     kor::Cell OtherValue(const kor::Domain* domain, int depth);
     // Takes ownership of the value, if there is memory to keep it or not.
-    void Keep(const kor::Cell& value) {
+    void Keep(kor::Cell value) {
         try {
-            values_.push_back(value);
+            values_.emplace_back();
         } catch (...) {
-            ReleaseCell(value);
+            ReleaseCell(kor::Cell(value));
             throw;
         }
+        values_.back() = value;
     }
     template <class DomainOfNext>
-    void Values(DomainOfNext domain, int depth);
+    [[gnu::always_inline]] void Values(DomainOfNext domain, int depth);
     kor::Cell Number(const kor::Domain* domain);
     kor::Cell Item(const kor::Domain* domain);
     bool TakeInfinite(kor::Cell& value);
@@ -146,14 +148,18 @@ class InstanceReader {
     [[gnu::cold]] bool IsListed(std::uint64_t id) const;
     kor::Cell TypedValue(const kor::Domain* domain, int depth);
     kor::Cell List(const kor::Domain* domain, int depth);
-    void CheckDepth(int depth) const;
+    void CheckDepth(int depth) const {
+        if (depth > kDeepestNesting) FailNested();
+    }
+    [[noreturn, gnu::cold]] void FailNested() const;
     void Check(const char* value, const kor::Domain* domain, kor::Tag tag) {
         if (domain != nullptr && !domain->admitted.Has(tag)) WarnOfKind(value, *domain, tag);
     }
     [[gnu::cold]] void WarnOfKind(const char* value, const kor::Domain& domain, kor::Tag tag);
     std::string Context() const;
 
-    void Parameters(std::span<const kor::Slot> slots);
+    [[gnu::always_inline]] void Parameters(std::span<const kor::Slot> slots);
+    void OtherParameters(std::span<const kor::Slot> slots);
     void CheckCount(Place place, const kor::EntityType& entity, std::size_t first,
                     std::size_t expected) {
         if (values_.size() - first != expected) MendCount(place, entity, first, expected);
@@ -161,7 +167,8 @@ class InstanceReader {
     [[gnu::cold]] void MendCount(Place place, const kor::EntityType& entity, std::size_t first,
                                  std::size_t expected);
     const kor::EntityType& Undeclared(Place place, std::string_view keyword, std::size_t count);
-    const kor::EntityType& SimpleInstance();
+    [[gnu::always_inline]] const kor::EntityType& SimpleInstance();
+    const kor::EntityType& InstanceOfOtherCount(Place place, const kor::EntityType& known);
     const kor::EntityType& UnknownInstance(Place place);
     const kor::EntityType& ComplexInstance();
     const kor::EntityType& NextPart();
@@ -174,6 +181,7 @@ class InstanceReader {
     Problems& problems_;
     kor::Model* model_ = nullptr;
     std::vector<kor::Cell> values_;                 // of the instance being read
+    std::vector<double> reals_;                     // with which a list begins
     std::vector<Part> parts_;                       // of the complex instance being read
     std::vector<const kor::EntityType*> entities_;  // the types of its parts, in order
     const kor::Slot* slot_ = nullptr;               // of the value being read

@@ -335,20 +335,35 @@ SdaiListClassOfSdaiReal::~SdaiListClassOfSdaiReal() {
 
 // ---- Making and owning
 
+// An aggregate in an arena whose members, `count` of them, are still to be set.
+inline SdaiAggrInstance* kor::AggregateAccess::MakeIn(Arena& arena, Layout layout,
+                                                      std::size_t count, bool selects) {
+    const std::size_t size = sizeof(SdaiAggrInstance) + count * MemberSize(layout);
+    auto* aggregate = new (arena.Allocate(size)) SdaiAggrInstance;
+    aggregate->members_ = aggregate + 1;
+    aggregate->count_ = static_cast<std::uint32_t>(count);
+    aggregate->layout_ = layout;
+    aggregate->selects_ = selects;
+    return aggregate;
+}
+
+SdaiAggrInstance* kor::AggregateAccess::Make(std::span<const double> reals, bool selects,
+                                             Arena& arena) {
+    SdaiAggrInstance* const aggregate = MakeIn(arena, Layout::Reals, reals.size(), selects);
+    std::copy(reals.begin(), reals.end(), Members<double>(*aggregate));
+    return aggregate;
+}
+
 SdaiAggrInstance* kor::AggregateAccess::Make(std::span<const Cell> members, bool selects,
                                              kor::Arena* arena) {
     const Layout layout = LayoutFor(members);
     SdaiAggrInstance* aggregate = nullptr;
     if (arena != nullptr) {
-        const std::size_t size = members.size() * MemberSize(layout);
-        aggregate = new (arena->Allocate(sizeof(SdaiAggrInstance) + size)) SdaiAggrInstance;
-        aggregate->members_ = aggregate + 1;
+        aggregate = MakeIn(*arena, layout, members.size(), selects);
     } else {
         aggregate = new SdaiAggrInstance;
-    }
-    aggregate->layout_ = layout;
-    aggregate->selects_ = selects;
-    if (arena == nullptr) {
+        aggregate->layout_ = layout;
+        aggregate->selects_ = selects;
         aggregate->owners_.store(1, std::memory_order_relaxed);
         try {
             Grow(*aggregate, members.size());
@@ -356,6 +371,7 @@ SdaiAggrInstance* kor::AggregateAccess::Make(std::span<const Cell> members, bool
             delete aggregate;
             throw;
         }
+        aggregate->count_ = static_cast<std::uint32_t>(members.size());
     }
     if (layout == Layout::Cells) {
         std::copy(members.begin(), members.end(), static_cast<Cell*>(aggregate->members_));
@@ -364,7 +380,6 @@ SdaiAggrInstance* kor::AggregateAccess::Make(std::span<const Cell> members, bool
             StoreBare(aggregate->members_, i, members[i]);
         }
     }
-    aggregate->count_ = static_cast<std::uint32_t>(members.size());
     // While a data set is read there is only one model, and references may still be pending.
     if (arena == nullptr) NoteModels(*aggregate);
     return aggregate;

@@ -20,6 +20,8 @@ class KOR_API AggregateAccess {
     // Creates an aggregate of these members and takes ownership of what they own. In an arena it is
     // part of a model; otherwise it is created with `new` and has one owner.
     static SdaiAggrInstance* Make(std::span<const Cell> members, bool selects, Arena* arena);
+    // The same for reals that are part of a model.
+    static SdaiAggrInstance* Make(std::span<const double> reals, bool selects, Arena& arena);
 
     // The extent of an entity type.
     static void MakeExtent(SdaiAggrInstance& aggregate) {
@@ -78,6 +80,7 @@ class KOR_API AggregateAccess {
     static void AppendReal(SdaiAggrInstance& aggregate, double value);
 
   private:
+    static SdaiAggrInstance* MakeIn(Arena& arena, Layout layout, std::size_t count, bool selects);
     static void Grow(SdaiAggrInstance& aggregate, std::size_t count);
     static void MakeCells(SdaiAggrInstance& aggregate);
     static void FreeMembers(SdaiAggrInstance& aggregate);

@@ -204,6 +204,9 @@ class KOR_API Model final : public SdaiModel {
     }
     // Creates an aggregate of the model with these members and takes ownership of them.
     Cell NewAggregate(std::span<const Cell> members, bool selects);
+    Cell NewAggregate(std::span<const double> reals, bool selects) {
+        return Cell::Of(Tag::Aggregate, AggregateAccess::Make(reals, selects, aggregates_));
+    }
     // Creates a select value with its defined type and takes ownership of the value.
     Cell NewTyped(SdaiString definedType, const Cell& value);
     // Sets the instance of the typed value once every instance exists.
