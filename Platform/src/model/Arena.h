@@ -21,15 +21,16 @@ class KOR_API Arena {
     // Uninitialised memory for an object of that size, aligned to 8 bytes.
     void* Allocate(std::size_t size) {
         void* memory = Reserve(size);
-        next_ += Rounded(size);
+        TakeReserved(size);
         return memory;
     }
-    // The memory that the next call of Allocate with that size will return, without failing.
+    // The memory that TakeReserved with that size allocates, without failing.
     void* Reserve(std::size_t size) {
         size = Rounded(size);
         if (size > static_cast<std::size_t>(end_ - next_)) AddChunk(size);
         return next_;
     }
+    void TakeReserved(std::size_t size) { next_ += Rounded(size); }
 
     // Takes over what another arena has allocated, after what this one has. Takes nothing if memory
     // runs out.

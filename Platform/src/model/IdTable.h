@@ -94,9 +94,11 @@ class IdTable {
     // Whether an instance name stands for an instance here as well as in another table.
     bool Shares(const IdTable& other) const {
         bool shares = false;
-        other.ForEach([&](Id id, const Entry& entry) {
-            shares = shares || (entry.Instance() != nullptr && Find(id) != nullptr);
-        });
+        other.ForEach(
+            [&](Id id, const Entry& entry) {
+                shares = shares || (entry.Instance() != nullptr && Find(id) != nullptr);
+            },
+            [this](std::size_t page) { return KnowsNothingOf(page); });
         return shares;
     }
 
@@ -106,27 +108,34 @@ class IdTable {
     void TakeOver(IdTable& other, Join join) {
         defined_ += other.defined_;
         for (std::size_t page = 0; page < other.pages_.size(); ++page) {
-            const bool isFree = page >= pages_.size() || pages_[page] == nullptr;
-            if (other.pages_[page] == nullptr || !isFree || !sparse_.empty()) continue;
+            if (other.pages_[page] == nullptr || !KnowsNothingOf(page)) continue;
             if (page >= pages_.size()) pages_.resize(page + 1);
             pages_[page] = std::move(other.pages_[page]);
             ++pageCount_;
         }
-        other.ForEach([&](Id id, const Entry& entry) {
-            Entry& mine = ForReference(id);
-            if (mine.IsEmpty()) {
-                mine = entry;
-            } else {
-                join(mine, entry);
-            }
-        });
+        other.ForEach(
+            [&](Id id, const Entry& entry) {
+                Entry& mine = ForReference(id);
+                if (mine.IsEmpty()) {
+                    mine = entry;
+                } else {
+                    join(mine, entry);
+                }
+            },
+            [](std::size_t) { return false; });
     }
 
   private:
-    // Calls visit(id, entry) for every name of which something is known.
-    template <class Visit>
-    void ForEach(Visit visit) const {
+    bool KnowsNothingOf(std::size_t page) const {
+        return (page >= pages_.size() || pages_[page] == nullptr) && sparse_.empty();
+    }
+
+    // Calls visit(id, entry) for every name of which something is known, but those in a page for
+    // which skips(page) is true.
+    template <class Visit, class Skips>
+    void ForEach(Visit visit, Skips skips) const {
         for (std::size_t page = 0; page < pages_.size(); ++page) {
+            if (skips(page)) continue;
             for (std::size_t i = 0; pages_[page] != nullptr && i < kPageSize; ++i) {
                 const Entry& entry = (*pages_[page])[i];
                 if (!entry.IsEmpty()) visit(page * kPageSize + i, entry);

@@ -92,6 +92,17 @@ ModelType& Model::AddType(const EntityType& entity) {
     return type;
 }
 
+const ModelType* Model::NewTypeOf(const EntityType& entity) {
+    const std::size_t number = entity.Number();
+    if (number < declaredTypes_.size() && schema_->Entities()[number] == &entity) {
+        return declaredTypes_[number] = &AddType(entity);
+    }
+    if (number < ownTypes_.size() && ownEntities_[number].get() == &entity) {
+        return ownTypes_[number] = &AddType(entity);
+    }
+    return nullptr;
+}
+
 bool Model::MayAddOwn() const { return ownEntities_.size() < kMostOwn; }
 
 const EntityType* Model::AddOwn(std::unique_ptr<EntityType> entity) {
@@ -173,9 +184,11 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
         AggregateAccess::ReserveExtent(*extent, AggregateAccess::Count(*extent) + 1);
     }
     const std::size_t size = Instance::Size(type);
-    const std::uint64_t order = instances_.size();
-    instances_.push_back(static_cast<Instance*>(type.memory.Reserve(size)));
-    Instance& instance = *new (type.memory.Allocate(size)) Instance(type, id, order);
+    void* const memory = type.memory.Reserve(size);
+    void* const listed = instances_.Allocate(sizeof(Instance*));
+    type.memory.TakeReserved(size);
+    Instance& instance = *new (memory) Instance(type, id, instanceCount_++);
+    *static_cast<Instance**>(listed) = &instance;
     bool isPending = false;
     for (std::size_t i = 0; i < values.size(); ++i) {
         instance.Cells()[i] = values[i];
@@ -185,11 +198,7 @@ Instance& Model::Create(const ModelType& type, std::uint64_t id, std::span<const
     const std::uintptr_t chain = entry.Chain();
     entry.SetInstance(&instance);
     if (chain != 0) Connect(chain, &instance);
-    for (std::size_t i = 0; isPending && i < values.size(); ++i) {
-        if (values[i].GetTag() == Tag::Pending) {
-            ConnectReference(reinterpret_cast<std::byte*>(instance.Cells() + i), kInCell);
-        }
-    }
+    if (isPending) ConnectReferences({instance.Cells(), values.size()});
     for (SdaiAggrInstance* extent : type.extents) {
         AggregateAccess::AppendToExtent(*extent, &instance);
     }
@@ -237,9 +246,13 @@ std::uint64_t Model::MoveToFreeId(SdaiEntityInstance& instance) {
 }
 
 void Model::PutInOrder(std::span<Instance* const> instances) {
-    assert(instances.size() == instances_.size() && madeExtents_.empty() && madeRelations_.empty());
-    std::copy(instances.begin(), instances.end(), instances_.begin());
-    for (std::size_t i = 0; i < instances.size(); ++i) instances[i]->SetOrder(i);
+    assert(instances.size() == instanceCount_ && madeExtents_.empty() && madeRelations_.empty());
+    std::uint64_t order = 0;
+    instances_.ForEach(sizeof(Instance*), [&](std::byte* listed) {
+        Instance* const instance = instances[order];
+        instance->SetOrder(order++);
+        *reinterpret_cast<Instance**>(listed) = instance;
+    });
 }
 
 // ---- References
@@ -258,6 +271,13 @@ void Model::ConnectReference(std::byte* place, std::uintptr_t kind) {
     const std::uintptr_t next = entry.Chain();
     std::memcpy(place, &next, sizeof next);
     entry.SetChain(reinterpret_cast<std::uintptr_t>(place) | kind);
+}
+
+[[gnu::noinline]] void Model::ConnectReferences(std::span<Cell> cells) {
+    for (Cell& cell : cells) {
+        if (cell.GetTag() != Tag::Pending) continue;
+        ConnectReference(reinterpret_cast<std::byte*>(&cell), kInCell);
+    }
 }
 
 // Sets every place of a chain to the instance, or to unset if it is null.
@@ -373,6 +393,7 @@ bool Model::TakeOver(Model& part) {
         types.push_back(&types_[TypeOf(isOwn ? *own[number] : *theirs.entity)->number]);
         types.back()->memory.ReserveFor(theirs.memory);
     }
+    instances_.ReserveFor(part.instances_);
     aggregates_.ReserveFor(part.aggregates_);
     retired_.reserve(retired_.size() + part.retired_.size());
     pendingTyped_.reserve(pendingTyped_.size() + part.pendingTyped_.size());
@@ -388,18 +409,16 @@ bool Model::TakeOver(Model& part) {
             mine.SetChain(theirs.Chain());
         }
     });
-    const std::uint64_t before = instances_.size();
-    instances_.insert(instances_.end(), part.instances_.begin(), part.instances_.end());
-
     for (std::size_t i = 0; i < types.size(); ++i) {
         ModelType& theirs = part.types_[i];
         theirs.ForEachInstance([&](Instance& instance) {
-            new (&instance) Instance(*types[i], instance.Id(), before + instance.Order());
+            new (&instance) Instance(*types[i], instance.Id(), instanceCount_ + instance.Order());
         });
         types[i]->memory.TakeOver(theirs.memory);
         types[i]->instanceCount += theirs.instanceCount;
     }
-    part.instances_.clear();
+    instances_.TakeOver(part.instances_);
+    instanceCount_ += std::exchange(part.instanceCount_, 0);
     aggregates_.TakeOver(part.aggregates_);
     const auto takeAll = [](auto& to, auto& from) {
         to.insert(to.end(), from.begin(), from.end());

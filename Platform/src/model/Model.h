@@ -145,15 +145,12 @@ class KOR_API Model final : public SdaiModel {
     // type.
     const ModelType* TypeOf(const EntityType& entity) {
         const std::size_t number = entity.Number();
-        if (number < declaredTypes_.size() && schema_->Entities()[number] == &entity) {
-            ModelType* const type = declaredTypes_[number];
-            return type != nullptr ? type : declaredTypes_[number] = &AddType(entity);
+        for (const std::vector<ModelType*>* types : {&declaredTypes_, &ownTypes_}) {
+            if (number >= types->size()) continue;
+            const ModelType* const type = (*types)[number];
+            if (type != nullptr && type->entity == &entity) return type;
         }
-        if (number < ownTypes_.size() && ownEntities_[number].get() == &entity) {
-            ModelType* const type = ownTypes_[number];
-            return type != nullptr ? type : ownTypes_[number] = &AddType(entity);
-        }
-        return nullptr;
+        return NewTypeOf(entity);
     }
     // An undeclared type whose instances have that many values. Null if the model has too many
     // types of its own (kMostOwn).
@@ -179,12 +176,14 @@ class KOR_API Model final : public SdaiModel {
     // The instance with that instance name; null if there is none.
     SdaiEntityInstance* Find(std::uint64_t id) const { return ids_.Find(id); }
 
-    std::uint64_t InstanceCount() const { return instances_.size(); }
+    std::uint64_t InstanceCount() const { return instanceCount_; }
 
     // Calls visit(instance) for every instance, in the order of creation.
     template <class Visit>
     void ForEachInstance(Visit visit) const {
-        for (Instance* instance : instances_) visit(*instance);
+        instances_.ForEach(sizeof(Instance*), [&visit](std::byte* listed) {
+            visit(**reinterpret_cast<Instance**>(listed));
+        });
     }
 
     // Makes this the order of creation: all instances of the model, each once. Only while the model
@@ -266,6 +265,7 @@ class KOR_API Model final : public SdaiModel {
     const Relation* RelationByNumber(Index number) const;
     const Relation* MakeRelation(std::size_t number) const;
     void SettleRelations();
+    const ModelType* NewTypeOf(const EntityType& entity);
     ModelType& AddType(const EntityType& entity);
     std::uint64_t NextId();
     std::uint64_t SmallestFreeId();
@@ -274,6 +274,7 @@ class KOR_API Model final : public SdaiModel {
     void AddExtent(const EntityType& entity);
     const EntityType* OwnEntityLike(const EntityType& entity, const Model& of);
     void ConnectReference(std::byte* place, std::uintptr_t kind);
+    void ConnectReferences(std::span<Cell> cells);
     static void Connect(std::uintptr_t chain, SdaiEntityInstance* instance);
     static void Append(std::uintptr_t chain, std::uintptr_t behind);
 
@@ -306,7 +307,8 @@ class KOR_API Model final : public SdaiModel {
     std::set<std::pair<const EntityType*, std::size_t>> outside_;
     bool forgoesRelations_ = false;
 
-    std::deque<Instance*> instances_;  // in the order of creation
+    Arena instances_;  // pointers to them, in the order of creation
+    std::uint64_t instanceCount_ = 0;
     Arena aggregates_;
     IdTable ids_;
     std::vector<std::pair<Cell, std::uint64_t>> pendingTyped_;
