@@ -5,7 +5,11 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <array>
+#include <mutex>
 #include <new>
+
+#include "services/Lasting.h"
 
 namespace kor {
 
@@ -13,39 +17,94 @@ namespace {
 
 // The size of a large memory page, which takes one page fault instead of the 512 of small pages.
 constexpr std::size_t kLargePage = std::size_t{1} << 21;
+constexpr std::size_t kBlock = 2 * kLargePage;
 constexpr std::align_val_t kAlignment{kLargePage};
 
-bool IsLarge(std::size_t size) { return size >= kLargePage; }
+static_assert(kBlock % Blocks::kSegment == 0);
+
+// Blocks of models that are gone, for those to come: fresh memory costs a process that reads one
+// data set after another up to a third of its time.
+class KeptBlocks {
+  public:
+    // Null if there is none.
+    std::byte* Take() {
+        const std::lock_guard lock(mutex_);
+        return count_ != 0 ? blocks_[--count_] : nullptr;
+    }
+
+    // Returns whether it is kept.
+    bool Keep(std::byte* block) {
+        const std::lock_guard lock(mutex_);
+        if (count_ == blocks_.size()) return false;
+        blocks_[count_++] = block;
+        return true;
+    }
+
+  private:
+    std::mutex mutex_;
+    std::array<std::byte*, 32> blocks_;  // 128 MiB
+    std::size_t count_ = 0;
+};
+
+// Models may be destroyed while the process ends.
+KeptBlocks& TheKeptBlocks() { return Lasting<KeptBlocks>(); }
 
 }  // namespace
 
-// Chunks double in size up to that of large pages, so that a small model stays small. A larger
-// object gets its own chunk.
+// ---- Blocks
+
+std::byte* Blocks::TakeSegment() {
+    if (next_ == end_) AddBlock();
+    std::byte* const segment = next_;
+    next_ += kSegment;
+    return segment;
+}
+
+void Blocks::AddBlock() {
+    blocks_.reserve(blocks_.size() + 1);
+    std::byte* block = TheKeptBlocks().Take();
+    if (block == nullptr) {
+        block = static_cast<std::byte*>(::operator new(kBlock, kAlignment));
+        madvise(block, kBlock, MADV_HUGEPAGE);  // only a hint
+    }
+    blocks_.push_back(block);
+    next_ = block;
+    end_ = block + kBlock;
+}
+
+Blocks::~Blocks() {
+    for (std::byte* block : blocks_) {
+        if (!TheKeptBlocks().Keep(block)) ::operator delete(block, kAlignment);
+    }
+}
+
+void Blocks::TakeOver(Blocks& other) {
+    ReserveFor(other);
+    blocks_.insert(blocks_.end(), other.blocks_.begin(), other.blocks_.end());
+    other.blocks_.clear();
+    other.next_ = other.end_ = nullptr;
+}
+
+// ---- Arenas
+
+// Chunks double in size up to that of a segment, so that a small model stays small. A larger object
+// gets its own chunk.
 void Arena::AddChunk(std::size_t objectSize) {
     chunks_.reserve(chunks_.size() + 1);
-    std::size_t size = std::max(nextSize_, objectSize);
-    nextSize_ = std::min(2 * nextSize_, 2 * kLargePage);
-    void* memory = nullptr;
-    if (IsLarge(size)) {
-        size = (size + kLargePage - 1) & ~(kLargePage - 1);
-        memory = ::operator new(size, kAlignment);
-        madvise(memory, size, MADV_HUGEPAGE);  // only a hint
-    } else {
-        memory = ::operator new(size);
-    }
+    const std::size_t size = std::max(nextSize_, objectSize);
+    const bool isSegment = size == Blocks::kSegment;
+    auto* const memory =
+        isSegment ? blocks_->TakeSegment() : static_cast<std::byte*>(::operator new(size));
+    nextSize_ = std::min(2 * nextSize_, Blocks::kSegment);
     CloseChunk();
-    next_ = static_cast<std::byte*>(memory);
+    next_ = memory;
     end_ = next_ + size;
-    chunks_.push_back({next_, size, next_});
+    chunks_.push_back({memory, isSegment, memory});
 }
 
 Arena::~Arena() {
     for (const Chunk& chunk : chunks_) {
-        if (IsLarge(chunk.size)) {
-            ::operator delete(chunk.memory, kAlignment);
-        } else {
-            ::operator delete(chunk.memory);
-        }
+        if (!chunk.isSegment) ::operator delete(chunk.memory);
     }
 }
 

@@ -11,9 +11,37 @@
 
 namespace kor {
 
+// The memory that the arenas of a model have in common: large blocks, of which each arena gets a
+// segment at a time. Whole blocks take one page fault where small pieces of memory take hundreds,
+// and some stay with the process for the next model.
+class KOR_API Blocks {
+  public:
+    static constexpr std::size_t kSegment = std::size_t{1} << 18;
+
+    Blocks() = default;
+    ~Blocks();
+    Blocks(const Blocks&) = delete;
+    Blocks& operator=(const Blocks&) = delete;
+
+    // Memory of that size, uninitialised. It is freed with the blocks.
+    std::byte* TakeSegment();
+
+    // Takes over the blocks of another model. Needs no memory after ReserveFor.
+    void TakeOver(Blocks& other);
+    void ReserveFor(const Blocks& other) { blocks_.reserve(blocks_.size() + other.blocks_.size()); }
+
+  private:
+    void AddBlock();
+
+    std::vector<std::byte*> blocks_;
+    std::byte* next_ = nullptr;  // the free segments of a block
+    std::byte* end_ = nullptr;
+};
+
 class KOR_API Arena {
   public:
-    Arena() = default;
+    // The blocks must outlive what is allocated.
+    explicit Arena(Blocks& blocks) : blocks_(&blocks) {}
     ~Arena();
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
@@ -32,8 +60,8 @@ class KOR_API Arena {
     }
     void TakeReserved(std::size_t size) { next_ += Rounded(size); }
 
-    // Takes over what another arena has allocated, after what this one has. Takes nothing if memory
-    // runs out.
+    // Takes over what another arena has allocated, after what this one has. The blocks of this one
+    // must take over those of the other. Takes nothing if memory runs out.
     void TakeOver(Arena& other) {
         ReserveFor(other);
         if (other.chunks_.empty()) return;
@@ -60,7 +88,7 @@ class KOR_API Arena {
   private:
     struct Chunk {
         std::byte* memory;
-        std::size_t size;
+        bool isSegment;  // otherwise the arena frees it
         std::byte* end;  // of its objects; of the last chunk, that is next_
     };
 
@@ -71,6 +99,7 @@ class KOR_API Arena {
         if (!chunks_.empty()) chunks_.back().end = next_;
     }
 
+    Blocks* blocks_;
     std::vector<Chunk> chunks_;
     std::byte* next_ = nullptr;  // the free memory of the last chunk
     std::byte* end_ = nullptr;

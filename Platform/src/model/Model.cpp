@@ -77,7 +77,7 @@ void Model::AddExtent(const EntityType& entity) {
 }
 
 ModelType& Model::AddType(const EntityType& entity) {
-    ModelType& type = types_.emplace_back(this, entity, types_.size());
+    ModelType& type = types_.emplace_back(this, entity, types_.size(), blocks_);
     for (const std::size_t number : madeExtents_) {
         if (entity.IsKindOf(std::string_view(extentEntities_[number]->FoldedName()))) {
             type.extents.push_back(extents_[number].load(std::memory_order_relaxed));
@@ -393,6 +393,7 @@ bool Model::TakeOver(Model& part) {
         types.push_back(&types_[TypeOf(isOwn ? *own[number] : *theirs.entity)->number]);
         types.back()->memory.ReserveFor(theirs.memory);
     }
+    blocks_.ReserveFor(part.blocks_);
     instances_.ReserveFor(part.instances_);
     aggregates_.ReserveFor(part.aggregates_);
     retired_.reserve(retired_.size() + part.retired_.size());
@@ -417,6 +418,7 @@ bool Model::TakeOver(Model& part) {
         types[i]->memory.TakeOver(theirs.memory);
         types[i]->instanceCount += theirs.instanceCount;
     }
+    blocks_.TakeOver(part.blocks_);
     instances_.TakeOver(part.instances_);
     instanceCount_ += std::exchange(part.instanceCount_, 0);
     aggregates_.TakeOver(part.aggregates_);

@@ -41,8 +41,12 @@ struct RelatedSlot {
 
 // The data shared by the instances of one entity type in one model.
 struct ModelType {
-    ModelType(Model* ofModel, const EntityType& ofEntity, std::size_t ofNumber)
-        : model(ofModel), entity(&ofEntity), slotCount(ofEntity.Slots().size()), number(ofNumber) {}
+    ModelType(Model* ofModel, const EntityType& ofEntity, std::size_t ofNumber, Blocks& blocks)
+        : model(ofModel),
+          entity(&ofEntity),
+          slotCount(ofEntity.Slots().size()),
+          number(ofNumber),
+          memory(blocks) {}
 
     Model* const model;
     const EntityType* const entity;
@@ -279,6 +283,7 @@ class KOR_API Model final : public SdaiModel {
     static void Append(std::uintptr_t chain, std::uintptr_t behind);
 
     std::shared_ptr<const Schema> schema_;
+    Blocks blocks_;  // of the arenas below and those of the types
     std::deque<ModelType> types_;
     std::vector<ModelType*> declaredTypes_;  // by the index of the entity type
     std::vector<ModelType*> ownTypes_;       // the same for the entity types below
@@ -307,9 +312,9 @@ class KOR_API Model final : public SdaiModel {
     std::set<std::pair<const EntityType*, std::size_t>> outside_;
     bool forgoesRelations_ = false;
 
-    Arena instances_;  // pointers to them, in the order of creation
+    Arena instances_{blocks_};  // pointers to them, in the order of creation
     std::uint64_t instanceCount_ = 0;
-    Arena aggregates_;
+    Arena aggregates_{blocks_};
     IdTable ids_;
     std::vector<std::pair<Cell, std::uint64_t>> pendingTyped_;
     std::vector<Cell> retired_;
