@@ -58,9 +58,11 @@ class SecondHalf {
     ExchangeLexer lexer_;
     std::unique_ptr<kor::Model> model_;
     InstanceReader instances_;
-    std::uint64_t start_ = 0;
     Input::Position end_;             // its lines are counted from the start
     std::uint64_t warningCount_ = 0;  // up to there
+    // What both threads read, apart from what one of them writes for each instance: a cache line
+    // that goes back and forth takes longer than reading the instance.
+    alignas(64) std::uint64_t start_ = 0;
     std::atomic<std::uint64_t> progress_{0};
     std::atomic<bool> stopped_{false};
     std::thread thread_;
