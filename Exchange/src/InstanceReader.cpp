@@ -302,10 +302,10 @@ const EntityType& InstanceReader::Undeclared(Place place, std::string_view keywo
 
 inline const EntityType& InstanceReader::SimpleInstance() {
     const Place place = lexer_.Here();
-    const std::string_view keyword = lexer_.UpToParenthesis();
-    const EntityType* const known = known_.Find(keyword);
+    const EntityType* known = known_.Expected(lexer_.Window());
+    if (known == nullptr) known = known_.Find(lexer_.UpToParenthesis());
     if (known == nullptr) return UnknownInstance(place);
-    lexer_.Advance(keyword.size() + 1);
+    lexer_.Advance(known->FoldedName().size() + 1);
     Parameters(known->Slots());
     if (values_.size() == known->Slots().size()) return *known;
     return InstanceOfOtherCount(place, *known);

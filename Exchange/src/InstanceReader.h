@@ -23,26 +23,49 @@
 namespace exchange {
 
 // The entity types of instances and of their parts by their keywords: those that were read last,
-// since a file has the same few again and again.
+// since a file has the same few again and again, and mostly one after another as before.
 class KnownTypes {
   public:
+    KnownTypes() { Clear(); }
+    KnownTypes(const KnownTypes&) = delete;
+    KnownTypes& operator=(const KnownTypes&) = delete;
+
+    // The type that followed the last one when that was found before, if the text begins with its
+    // keyword and a "("; otherwise null.
+    const kor::EntityType* Expected(std::string_view text) {
+        const std::string_view keyword = found_->next->keyword;
+        if (keyword.size() >= text.size() || text[keyword.size()] != '(') return nullptr;
+        if (!AreEqual(keyword, text.substr(0, keyword.size()))) return nullptr;
+        found_ = found_->next;
+        return found_->type;
+    }
     // Null if it is not known.
     const kor::EntityType* Find(std::string_view keyword) {
-        const auto& [last, before] = PlacesFor(keyword);
-        if (AreEqual(last.keyword, keyword)) return last.type;
-        return AreEqual(before.keyword, keyword) ? before.type : nullptr;
+        auto& [last, before] = PlacesFor(keyword);
+        if (AreEqual(last.keyword, keyword)) return Found(last);
+        return AreEqual(before.keyword, keyword) ? Found(before) : nullptr;
     }
     void Keep(const kor::EntityType& type) {
         auto& [last, before] = PlacesFor(type.FoldedName());
-        before = std::exchange(last, {type.FoldedName(), &type});
+        before = std::exchange(last, {type.FoldedName(), &type, &none_});
     }
-    void Clear() { places_.fill({}); }
+    void Clear() {
+        for (Places& places : places_) places.fill(none_);
+        found_ = &none_;
+    }
 
   private:
     struct Known {
         std::string_view keyword;  // of the type, which is null if the place is free
-        const kor::EntityType* type = nullptr;
+        const kor::EntityType* type;
+        Known* next;  // the one that was found after it
     };
+
+    const kor::EntityType* Found(Known& known) {
+        found_->next = &known;
+        found_ = &known;
+        return known.type;
+    }
 
     // The only places for a keyword: the type that was kept last, and the one before it.
     using Places = std::array<Known, 2>;
@@ -62,7 +85,9 @@ class KnownTypes {
         return first + std::uint64_t{3} * last + keyword.size();
     }
 
-    std::array<Places, 128> places_{};
+    Known none_{"", nullptr, &none_};
+    std::array<Places, 128> places_;
+    Known* found_;  // the last one
 };
 
 class InstanceReader {

@@ -193,6 +193,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(BadInstance{"OneParenthesisMore", "#1=ITEM('a')^);", ""},
                     BadInstance{"OneParenthesisLess", "#1=ITEM('a'^;", ""},
                     BadInstance{"OpenList", "#1=NUMBERS((1.,2.^;", ""},
+                    BadInstance{"CommaAtTheEndOfAList", "#1=NUMBERS((1.,2.,^));", "a value"},
+                    BadInstance{"NoCommaBetweenReals", "#1=NUMBERS((1. ^2.));", "')' expected"},
                     BadInstance{"OpenTyped", "#1=CHOOSER(LABEL('a'^;", ""},
                     BadInstance{"OpenComplex", "#1=(BASE($)LEFT($)^;", ""},
                     BadInstance{"NoEqualsSign", "#1 ^ITEM('a');", "="},

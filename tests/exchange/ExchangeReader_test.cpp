@@ -333,6 +333,41 @@ TEST(ExchangeReader, AnIntegerWhereARealIsDeclaredIsAReal) {
     EXPECT_THAT(Written(file), HasSubstr("#1=REAL_HOLDER(3.);"));
 }
 
+// Reals at the beginning of a list are read apart from other members.
+TEST(ExchangeReader, ReadsListsThatBeginWithReals) {
+    for (const char* list :
+         {"(1.)", "(1.,-0.5,300.)", "(1.,2)", "(1.,2,3.)", "(1.,'a',2.)", "(1.,$)", "(1.,*,2.)",
+          "(1.,#2,2.)", "(1.,.RED.)", "(1.,A(2.))", "(1.,())", "(1.,(2.,3.),4.)", "((1.,2.),3.)",
+          "(1.,(2.,(3.,4),5.),(6.),7.)", "(1.,\"0A\")", "(-0.)", "(2,1.)"}) {
+        const Data file("#1=OWN(" + std::string(list) + ");\n#2=ITEM('item');");
+        EXPECT_THAT(Written(file), HasSubstr("#1=OWN(" + std::string(list) + ");"));
+    }
+}
+
+TEST(ExchangeReader, ReadsRealsWithAnythingBetweenThem) {
+    const Data file(
+        "#1=REALS_HOLDER( ( 1. , /* two */ 2.\n,\n\t+3.5E0\\N\\, -4.e-1 ,5,6.5 /* six */ ) );");
+    EXPECT_THAT(RealsIn(Attribute(file[1], "reals")), ElementsAre(1.0, 2.0, 3.5, -0.4, 5.0, 6.5));
+}
+
+// The exponent moves the point of digits that are exact; every power of ten, and those beyond.
+TEST(ExchangeReader, ReadsAnyExponent) {
+    std::string literals;
+    std::vector<double> values;
+    for (int exponent = -330; exponent <= 290; ++exponent) {
+        for (const char* digits : {"1.5", "-123456789012345.", "0.000123"}) {
+            for (const char* sign : {"E", "E+", "e0"}) {
+                if (exponent < 0 && sign[1] != '\0') continue;
+                const std::string literal = digits + (sign + std::to_string(exponent));
+                literals += (literals.empty() ? "" : ",") + literal;
+                values.push_back(std::strtod(literal.c_str(), nullptr));
+            }
+        }
+    }
+    const Data file("#1=REALS_HOLDER((" + literals + "));");
+    EXPECT_EQ(RealsIn(Attribute(file[1], "reals")), values);
+}
+
 TEST(ExchangeReader, ANumberIsAnIntegerOrAReal) {
     const Data file("#1=NUMBER_HOLDER(3);#2=NUMBER_HOLDER(3.);");
     EXPECT_EQ(IntegerIn(Attribute(file[1], "number")), 3);
