@@ -30,6 +30,7 @@ SdaiPrimitiveH SdaiEntityInstance::GetAttr(const SdaiString& name) const {
 
 SdaiPrimitiveH SdaiEntityInstance::GetAttr(const SdaiName& name) const {
     const Instance& instance = Instance::Of(*this);
+    instance.FetchCells();
     return instance.Read(instance.SlotOf(name));
 }
 

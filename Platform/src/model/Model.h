@@ -83,6 +83,9 @@ class KOR_API Instance final : public SdaiAppInstance {
         return sizeof(Instance) + type.slotCount * sizeof(Cell);
     }
 
+    // Fetches the memory that the first cells go on in, while the type is still looked up.
+    void FetchCells() const { __builtin_prefetch(reinterpret_cast<const std::byte*>(this) + 64); }
+
     // The slot of an attribute.
     template <class Name>
     Index SlotOf(const Name& attribute) const {

@@ -22,6 +22,7 @@ SdaiEntityInstance* Relation::TargetOfTyped(const Cell& cell) { return ToHandle(
 
 SdaiEntityInstance* Relation::TargetOf(const SdaiEntityInstance& source) const {
     const Instance& instance = Instance::Of(source);
+    instance.FetchCells();
     const std::size_t number = instance.Type().number;
     const Index slot = number < slots_.size() ? slots_[number] : std::nullopt;
     return slot ? TargetOf(instance.Cells()[*slot]) : nullptr;
