@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <vector>
 
@@ -83,22 +84,65 @@ TEST(Arena, TakesOverWhatAnotherAllocatedWithItsBlocks) {
     EXPECT_EQ(NumbersIn(arena), NumbersTo(kMany));
 }
 
-TEST(Arena, HoldsObjectsLargerThanASegment) {
+TEST(Arena, HoldsObjectsOfAnySize) {
+    constexpr std::size_t kSizes[] = {
+        Blocks::kSegment + 8, 16, Blocks::kSegment, 100'000, 24, 3 * Blocks::kSegment,
+        Blocks::kSegment - 1};
     Blocks blocks;
     Arena arena(blocks);
     std::vector<std::byte*> memory;
-    for (const std::size_t size : {Blocks::kSegment + 8, std::size_t{16}, Blocks::kSegment,
-                                   3 * Blocks::kSegment, std::size_t{16}, Blocks::kSegment - 1}) {
-        auto* const object = static_cast<std::byte*>(arena.Allocate(size));
+    const auto add = [&memory](Arena& to, std::size_t size) {
+        auto* const object = static_cast<std::byte*>(to.Allocate(size));
         object[0] = object[size - 1] = static_cast<std::byte>(memory.size());
         memory.push_back(object);
+    };
+    for (const std::size_t size : kSizes) add(arena, size);
+    {
+        Blocks otherBlocks;
+        Arena other(otherBlocks);
+        for (const std::size_t size : kSizes) add(other, size);
+        blocks.TakeOver(otherBlocks);
+        arena.TakeOver(other);
     }
+    for (const std::size_t size : kSizes) add(arena, size);
     for (std::size_t i = 0; i < memory.size(); ++i) {
         EXPECT_EQ(memory[i][0], static_cast<std::byte>(i));
+        EXPECT_EQ(memory[i][kSizes[i % std::size(kSizes)] - 1], static_cast<std::byte>(i));
     }
 }
 
+TEST(Arena, VisitsReservedObjectsOfAnySize) {
+    for (const std::size_t size : {std::size_t{40'000}, 2 * Blocks::kSegment}) {
+        Blocks blocks;
+        Arena arena(blocks);
+        std::vector<void*> memory;
+        for (int i = 0; i < 20; ++i) {
+            memory.push_back(arena.Reserve(size));
+            arena.TakeReserved(size);
+        }
+        std::vector<void*> visited;
+        arena.ForEach(size, [&visited](void* object) { visited.push_back(object); });
+        EXPECT_EQ(visited, memory);
+    }
+}
+
+// Large objects between small ones leave no gaps.
+TEST(Arena, TakesFewSegmentsForSmallObjects) {
+    Blocks blocks;
+    Arena arena(blocks);
+    const auto* const first = static_cast<const std::byte*>(arena.Allocate(100));
+    const auto* last = first;
+    for (int i = 0; i < 8; ++i) {
+        arena.Allocate(Blocks::kSegment);
+        last = static_cast<const std::byte*>(arena.Allocate(100));
+    }
+    EXPECT_EQ(last - first, 8 * 104);
+}
+
 TEST(Blocks, AreKeptForTheNextModel) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "under AddressSanitizer none are kept";
+#endif
     auto blocks = std::make_unique<Blocks>();
     const std::byte* const memory = blocks->TakeSegment();
     blocks.reset();

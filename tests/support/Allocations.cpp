@@ -28,6 +28,14 @@ static void* TryAllocate(std::size_t size) noexcept {
     return Fails() ? nullptr : std::malloc(size != 0 ? size : 1);
 }
 
+static void* AllocateAligned(std::size_t size, std::align_val_t alignment) {
+    ++allocations;
+    const auto boundary = static_cast<std::size_t>(alignment);
+    const std::size_t rounded = (size + boundary - 1) / boundary * boundary;
+    if (void* memory = Fails() ? nullptr : std::aligned_alloc(boundary, rounded)) return memory;
+    throw std::bad_alloc();
+}
+
 static void* Allocate(std::size_t size) {
     if (void* memory = TryAllocate(size)) return memory;
     throw std::bad_alloc();
@@ -37,6 +45,11 @@ void* operator new(std::size_t size) { return Allocate(size); }
 void* operator new[](std::size_t size) { return Allocate(size); }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return TryAllocate(size); }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return TryAllocate(size); }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return AllocateAligned(size, alignment);
+}
+void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

@@ -35,19 +35,34 @@ class KeptBlocks {
     // Returns whether it is kept.
     bool Keep(std::byte* block) {
         const std::lock_guard lock(mutex_);
-        if (count_ == blocks_.size()) return false;
+        if (count_ == kMost) return false;
         blocks_[count_++] = block;
         return true;
     }
 
   private:
+    // Under AddressSanitizer none are kept, so that it sees what is used after its model is gone.
+#ifdef __SANITIZE_ADDRESS__
+    static constexpr std::size_t kMost = 0;
+#else
+    static constexpr std::size_t kMost = 32;  // 128 MiB
+#endif
+
     std::mutex mutex_;
-    std::array<std::byte*, 32> blocks_;  // 128 MiB
+    std::array<std::byte*, 32> blocks_;
     std::size_t count_ = 0;
 };
 
 // Models may be destroyed while the process ends.
 KeptBlocks& TheKeptBlocks() { return Lasting<KeptBlocks>(); }
+
+// Makes room for one more, which then needs no memory. The room doubles; reserve alone would copy
+// the list for each.
+template <class T>
+void MakeRoom(std::vector<T>& list) {
+    constexpr std::size_t kLeast = 4;
+    if (list.size() == list.capacity()) list.reserve(std::max(kLeast, 2 * list.size()));
+}
 
 }  // namespace
 
@@ -61,7 +76,7 @@ std::byte* Blocks::TakeSegment() {
 }
 
 void Blocks::AddBlock() {
-    blocks_.reserve(blocks_.size() + 1);
+    MakeRoom(blocks_);
     std::byte* block = TheKeptBlocks().Take();
     if (block == nullptr) {
         block = static_cast<std::byte*>(::operator new(kBlock, kAlignment));
@@ -87,10 +102,15 @@ void Blocks::TakeOver(Blocks& other) {
 
 // ---- Arenas
 
+void* Arena::AllocateApart(std::size_t size) {
+    MakeRoom(apart_);
+    return apart_.emplace_back(::operator new(size));
+}
+
 // Chunks double in size up to that of a segment, so that a small model stays small. A larger object
 // gets its own chunk.
 void Arena::AddChunk(std::size_t objectSize) {
-    chunks_.reserve(chunks_.size() + 1);
+    MakeRoom(chunks_);
     const std::size_t size = std::max(nextSize_, objectSize);
     const bool isSegment = size == Blocks::kSegment;
     auto* const memory =
@@ -106,6 +126,7 @@ Arena::~Arena() {
     for (const Chunk& chunk : chunks_) {
         if (!chunk.isSegment) ::operator delete(chunk.memory);
     }
+    for (void* const memory : apart_) ::operator delete(memory);
 }
 
 }  // namespace kor

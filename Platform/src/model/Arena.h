@@ -12,8 +12,8 @@
 namespace kor {
 
 // The memory that the arenas of a model have in common: large blocks, of which each arena gets a
-// segment at a time. Whole blocks take one page fault where small pieces of memory take hundreds,
-// and some stay with the process for the next model.
+// segment at a time. Large memory pages take one page fault where small ones take hundreds, and
+// some blocks stay with the process for the next model.
 class KOR_API Blocks {
   public:
     static constexpr std::size_t kSegment = std::size_t{1} << 18;
@@ -46,13 +46,15 @@ class KOR_API Arena {
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
 
-    // Uninitialised memory for an object of that size, aligned to 8 bytes.
+    // Uninitialised memory for an object of that size, aligned to 8 bytes. A large one stands
+    // apart, where ForEach does not find it, so that it leaves no gap.
     void* Allocate(std::size_t size) {
+        if (size > kLarge) return AllocateApart(size);
         void* memory = Reserve(size);
         TakeReserved(size);
         return memory;
     }
-    // The memory that TakeReserved with that size allocates, without failing.
+    // The memory that TakeReserved with that size allocates, without failing, however large.
     void* Reserve(std::size_t size) {
         size = Rounded(size);
         if (size > static_cast<std::size_t>(end_ - next_)) AddChunk(size);
@@ -64,6 +66,8 @@ class KOR_API Arena {
     // must take over those of the other. Takes nothing if memory runs out.
     void TakeOver(Arena& other) {
         ReserveFor(other);
+        apart_.insert(apart_.end(), other.apart_.begin(), other.apart_.end());
+        other.apart_.clear();
         if (other.chunks_.empty()) return;
         CloseChunk();
         chunks_.insert(chunks_.end(), other.chunks_.begin(), other.chunks_.end());
@@ -72,10 +76,13 @@ class KOR_API Arena {
         end_ = std::exchange(other.end_, nullptr);
     }
     // After this, taking over needs no memory.
-    void ReserveFor(const Arena& other) { chunks_.reserve(chunks_.size() + other.chunks_.size()); }
+    void ReserveFor(const Arena& other) {
+        chunks_.reserve(chunks_.size() + other.chunks_.size());
+        apart_.reserve(apart_.size() + other.apart_.size());
+    }
 
-    // Calls visit(memory) for every object, in order of allocation. All objects must have that
-    // size.
+    // Calls visit(memory) for every object but those that stand apart, in order of allocation. All
+    // objects must have that size.
     template <class Visit>
     void ForEach(std::size_t size, Visit visit) const {
         size = Rounded(size);
@@ -92,8 +99,11 @@ class KOR_API Arena {
         std::byte* end;  // of its objects; of the last chunk, that is next_
     };
 
+    static constexpr std::size_t kLarge = Blocks::kSegment / 8;
+
     static std::size_t Rounded(std::size_t size) { return (size + 7) & ~std::size_t{7}; }
 
+    void* AllocateApart(std::size_t size);
     void AddChunk(std::size_t objectSize);
     void CloseChunk() {
         if (!chunks_.empty()) chunks_.back().end = next_;
@@ -101,6 +111,7 @@ class KOR_API Arena {
 
     Blocks* blocks_;
     std::vector<Chunk> chunks_;
+    std::vector<void*> apart_;   // the large objects
     std::byte* next_ = nullptr;  // the free memory of the last chunk
     std::byte* end_ = nullptr;
     std::size_t nextSize_ = std::size_t{1} << 10;
