@@ -2,6 +2,7 @@
 // Every platform for the functions must pass these tests.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -340,7 +341,7 @@ TEST(Contract, ComparisonTellsEqualBeginningAndOther) {
 // ---- Trace
 
 TEST(Contract, ATraceScopeWritesItsLinesWhenItsLevelIsActive) {
-    const std::string path = testing::TempDir() + "contract.trace";
+    const std::string path = testing::TempDir() + "contract-" + std::to_string(getpid());
     ASSERT_TRUE(KORPSNTrace::Configure(12, path.c_str()));
     EXPECT_TRUE(KORPSNTrace::LevelIsActive(12));
     {

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
@@ -25,7 +26,8 @@ class ExchangeModels : public testing::Test {
     ~ExchangeModels() override { std::remove(path_.c_str()); }
 
     std::vector<std::string> messages_;
-    const std::string path_ = testing::TempDir() + "exchange_models.stp";
+    const std::string path_ =
+        testing::TempDir() + "exchange_models-" + std::to_string(getpid()) + ".stp";
 };
 
 TEST_F(ExchangeModels, AreMadeOfBuiltInSchemasInAnyCase) {

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
@@ -532,7 +533,7 @@ TEST(ExchangeReader, FindsUtf8CharactersThatBlocksCut) {
     // Read from a file, in blocks that end within characters.
     std::string text;
     while (text.size() < 300'000) text += "é😀Ł";
-    const std::string path = testing::TempDir() + "utf8_blocks.stp";
+    const std::string path = testing::TempDir() + "utf8_blocks-" + std::to_string(getpid());
     std::ofstream(path) << FileOf("#1=TEXT_HOLDER('" + text + "');");
     Messages messages;
     const exchange::DataSet read =
