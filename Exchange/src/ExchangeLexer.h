@@ -154,8 +154,8 @@ class ExchangeLexer {
     // expected.
     kor::Cell Number(bool realExpected);
 
-    // Takes reals of a list up to and including its ")". Returns false, at a member, if it is not
-    // a real, or one written in an unusual way.
+    // Takes reals of a list up to and including its ")". Returns false where a member should begin
+    // that is not a real, or one written in an unusual way; those before it are taken.
     bool TakeReals(std::vector<double>& reals);
 
     // A string, after its opening apostrophe.

@@ -279,7 +279,7 @@ inline void InstanceReader::Parameters(std::span<const kor::Slot> slots) {
     slot_ = nullptr;
 }
 
-// The same, but not in place.
+// The same for what is rare, which need not become part of its caller.
 void InstanceReader::OtherParameters(std::span<const kor::Slot> slots) { Parameters(slots); }
 
 // Adjusts the number of values from `first` on to what the type declares.

@@ -41,15 +41,16 @@ class KeptBlocks {
     }
 
   private:
+    static constexpr std::size_t kRoom = 32;  // 128 MiB
     // Under AddressSanitizer none are kept, so that it sees what is used after its model is gone.
 #ifdef __SANITIZE_ADDRESS__
     static constexpr std::size_t kMost = 0;
 #else
-    static constexpr std::size_t kMost = 32;  // 128 MiB
+    static constexpr std::size_t kMost = kRoom;
 #endif
 
     std::mutex mutex_;
-    std::array<std::byte*, 32> blocks_;
+    std::array<std::byte*, kRoom> blocks_;
     std::size_t count_ = 0;
 };
 
