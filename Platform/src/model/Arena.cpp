@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <mutex>
 #include <new>
 
@@ -17,13 +18,22 @@ namespace {
 
 // The size of a large memory page, which takes one page fault instead of the 512 of small pages.
 constexpr std::size_t kLargePage = std::size_t{1} << 21;
-constexpr std::size_t kBlock = 2 * kLargePage;
+constexpr std::size_t kWholeBlock = 2 * kLargePage;
 constexpr std::align_val_t kAlignment{kLargePage};
 
-static_assert(kBlock % Blocks::kSegment == 0);
+static_assert(std::has_single_bit(kWholeBlock / Blocks::kSegment));
 
-// Blocks of models that are gone, for those to come: fresh memory costs a process that reads one
-// data set after another up to a third of its time.
+// g++ says so with a macro, clang with a feature.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#elif defined(__has_feature)
+constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
+// Whole blocks of models that are gone, for those to come: fresh memory costs a process that reads
+// one data set after another up to a third of its time.
 class KeptBlocks {
   public:
     // Null if there is none.
@@ -43,11 +53,7 @@ class KeptBlocks {
   private:
     static constexpr std::size_t kRoom = 32;  // 128 MiB
     // Under AddressSanitizer none are kept, so that it sees what is used after its model is gone.
-#ifdef __SANITIZE_ADDRESS__
-    static constexpr std::size_t kMost = 0;
-#else
-    static constexpr std::size_t kMost = kRoom;
-#endif
+    static constexpr std::size_t kMost = kAddressSanitizer ? 0 : kRoom;
 
     std::mutex mutex_;
     std::array<std::byte*, kRoom> blocks_;
@@ -56,6 +62,22 @@ class KeptBlocks {
 
 // Models may be destroyed while the process ends.
 KeptBlocks& TheKeptBlocks() { return Lasting<KeptBlocks>(); }
+
+std::byte* NewBlock(std::size_t size) {
+    if (size != kWholeBlock) return static_cast<std::byte*>(::operator new(size));
+    if (std::byte* const kept = TheKeptBlocks().Take()) return kept;
+    auto* const block = static_cast<std::byte*>(::operator new(size, kAlignment));
+    madvise(block, size, MADV_HUGEPAGE);  // only a hint
+    return block;
+}
+
+void DeleteBlock(std::byte* block, std::size_t size) {
+    if (size != kWholeBlock) {
+        ::operator delete(block);
+    } else if (!TheKeptBlocks().Keep(block)) {
+        ::operator delete(block, kAlignment);
+    }
+}
 
 // Makes room for one more, which then needs no memory. The room doubles; reserve alone would copy
 // the list for each.
@@ -78,20 +100,15 @@ std::byte* Blocks::TakeSegment() {
 
 void Blocks::AddBlock() {
     MakeRoom(blocks_);
-    std::byte* block = TheKeptBlocks().Take();
-    if (block == nullptr) {
-        block = static_cast<std::byte*>(::operator new(kBlock, kAlignment));
-        madvise(block, kBlock, MADV_HUGEPAGE);  // only a hint
-    }
+    const Block block{NewBlock(nextSize_), nextSize_};
+    nextSize_ = std::min(2 * nextSize_, kWholeBlock);
     blocks_.push_back(block);
-    next_ = block;
-    end_ = block + kBlock;
+    next_ = block.memory;
+    end_ = next_ + block.size;
 }
 
 Blocks::~Blocks() {
-    for (std::byte* block : blocks_) {
-        if (!TheKeptBlocks().Keep(block)) ::operator delete(block, kAlignment);
-    }
+    for (const Block& block : blocks_) DeleteBlock(block.memory, block.size);
 }
 
 void Blocks::TakeOver(Blocks& other) {

@@ -11,9 +11,10 @@
 
 namespace kor {
 
-// The memory that the arenas of a model have in common: large blocks, of which each arena gets a
-// segment at a time. Large memory pages take one page fault where small ones take hundreds, and
-// some blocks stay with the process for the next model.
+// The memory that the arenas of a model have in common: blocks of which each arena gets a segment
+// at a time. They double in size up to that of a whole block, so that memory grows as the model
+// does. Large memory pages take one page fault where small ones take hundreds, and some whole
+// blocks stay with the process for the next model.
 class KOR_API Blocks {
   public:
     static constexpr std::size_t kSegment = std::size_t{1} << 18;
@@ -31,11 +32,17 @@ class KOR_API Blocks {
     void ReserveFor(const Blocks& other) { blocks_.reserve(blocks_.size() + other.blocks_.size()); }
 
   private:
+    struct Block {
+        std::byte* memory;
+        std::size_t size;
+    };
+
     void AddBlock();
 
-    std::vector<std::byte*> blocks_;
+    std::vector<Block> blocks_;
     std::byte* next_ = nullptr;  // the free segments of a block
     std::byte* end_ = nullptr;
+    std::size_t nextSize_ = kSegment;
 };
 
 class KOR_API Arena {
