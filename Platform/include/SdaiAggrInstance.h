@@ -45,7 +45,12 @@ class KOR_API SdaiAggrInstance {
         }
         return GetMember(position);
     }
-    double GetRealMember(long position) const;
+    double GetRealMember(long position) const {
+        if (layout_ == Layout::Reals && position >= 0 && position < GetMemberCount()) {
+            return static_cast<double*>(members_)[position];
+        }
+        return GetMember(position);
+    }
 
     // Appends a member. Has no effect on an extent, which grows as instances are created.
     void Append(const SdaiPrimitiveH& value);

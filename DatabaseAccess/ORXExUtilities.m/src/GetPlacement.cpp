@@ -22,16 +22,13 @@ namespace {
 
 constexpr long kPlacementSize = 12;
 
-void AppendTo(SdaiAggrInstance& list, const KORMathVector& v) {
-    for (int i = 0; i < 3; ++i) list.Append(SdaiPrimitiveH(v[i]));
-}
-
 // Appends the twelve values of a placement to a list, all or none, and traces each row.
-void AppendTo(SdaiAggrInstance& list, const Placement& placement, Trace* trace = nullptr) {
+template <class List>
+void AppendTo(List& list, const Placement& placement, Trace* trace = nullptr) {
     list.Reserve(list.GetMemberCount() + kPlacementSize);
     const auto appendRow = [&](const char* name, const KORMathVector& row) {
         if (trace != nullptr) trace->Line(name);
-        AppendTo(list, row);
+        for (int i = 0; i < 3; ++i) list.Append(row[i]);
     };
     appendRow("Ligne 1", placement.rotation.GetFirstColumn());
     appendRow("Ligne 2", placement.rotation.GetSecondColumn());
@@ -56,6 +53,7 @@ void TraceNumbers(Trace& trace, const char* const (&names)[3], const KORMathVect
 
 // Traces a list in rows of three values.
 void TraceList(Trace& trace, const char* title, const SdaiAggrInstance& list) {
+    if (!trace.IsActive()) return;
     trace.Line(title);
     for (long i = 0; i + 3 <= list.GetMemberCount(); i += 3) {
         TraceVector(trace, VectorAt(list, i));

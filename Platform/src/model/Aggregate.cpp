@@ -110,12 +110,6 @@ SdaiPrimitiveH SdaiAggrInstance::GetMember(long position) const {
         kor::AggregateAccess::MemberCell(*this, static_cast<std::size_t>(position)), selects_);
 }
 
-double SdaiAggrInstance::GetRealMember(long position) const {
-    if (position < 0 || position >= GetMemberCount()) return 0.0;
-    if (layout_ == Layout::Reals) return static_cast<double*>(members_)[position];
-    return GetMember(position);
-}
-
 bool SdaiAggrInstance::IsMember(const SdaiEntityInstance* instance) const {
     if (instance == nullptr) return false;
     if (const kor::MemberIndex* index = kor::AggregateAccess::IndexOf(*this)) {
