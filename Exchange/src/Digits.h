@@ -7,7 +7,6 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 
 namespace exchange {
 
@@ -17,18 +16,6 @@ inline std::uint64_t NextEight(const char* at) {
     std::uint64_t characters;
     std::memcpy(&characters, at, sizeof characters);
     return characters;
-}
-
-// Whether two texts are equal. The last eight characters overlap those before them. This is
-// kor::MatchesFolded without folding, which would cost a reader a twentieth of its time.
-inline bool AreEqual(std::string_view a, std::string_view b) {
-    const std::size_t size = a.size();
-    if (size != b.size()) return false;
-    if (size < 8) return a == b;
-    for (std::size_t at = 0; at + 8 < size; at += 8) {
-        if (NextEight(a.data() + at) != NextEight(b.data() + at)) return false;
-    }
-    return NextEight(a.data() + size - 8) == NextEight(b.data() + size - 8);
 }
 
 // A byte in each of the eight.

@@ -35,15 +35,15 @@ class KnownTypes {
     const kor::EntityType* Expected(std::string_view text) {
         const std::string_view keyword = found_->next->keyword;
         if (keyword.size() >= text.size() || text[keyword.size()] != '(') return nullptr;
-        if (!AreEqual(keyword, text.substr(0, keyword.size()))) return nullptr;
+        if (!kor::AreEqual(keyword, text.substr(0, keyword.size()))) return nullptr;
         found_ = found_->next;
         return found_->type;
     }
     // Null if it is not known.
     const kor::EntityType* Find(std::string_view keyword) {
         auto& [last, before] = PlacesFor(keyword);
-        if (AreEqual(last.keyword, keyword)) return Found(last);
-        return AreEqual(before.keyword, keyword) ? Found(before) : nullptr;
+        if (kor::AreEqual(last.keyword, keyword)) return Found(last);
+        return kor::AreEqual(before.keyword, keyword) ? Found(before) : nullptr;
     }
     void Keep(const kor::EntityType& type) {
         auto& [last, before] = PlacesFor(type.FoldedName());

@@ -173,9 +173,6 @@ static_assert(sizeof(Cell) == 16);
 struct Domain;
 class Model;
 
-// The handle for a cell; `select` is true if its attribute or aggregate has a SELECT type.
-KOR_API SdaiPrimitiveH ToHandle(const Cell& cell, bool select);
-
 // The cell for a value that is stored in a domain (null: any). A number becomes a real if the
 // domain is a real, a text becomes an item if it is an enumeration, and a plain value in a select
 // gets its defined type if there is only one possibility. Aggregates are copied with their members.
@@ -247,8 +244,31 @@ class HandleAccess {
         return handle.value_.kind_ == Kind::Typed ? handle.value_.typed_ : nullptr;
     }
     static SdaiPrimitiveH OfTyped(TypedValue* typed);
+    static SdaiPrimitiveH OfInstance(SdaiEntityInstance* instance) {
+        SdaiPrimitiveH handle;
+        handle.value_.instance_ = instance;
+        handle.value_.kind_ = Kind::Instance;
+        return handle;
+    }
     static SdaiPrimitiveH OfText(Kind kind, KORUnicodeString text);
 };
+
+// The handle for a cell that is no reference, not marked as a select.
+KOR_API SdaiPrimitiveH OtherHandle(const Cell& cell);
+
+// The handle for a cell; `select` is true if its attribute or aggregate has a SELECT type.
+inline SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
+    const auto handle = [&cell] {
+        if (cell.GetTag() != Tag::Instance) return OtherHandle(cell);
+        auto* const instance = cell.Get<SdaiEntityInstance*>();
+        // Most often an attribute of it is read next.
+        __builtin_prefetch(instance);
+        return HandleAccess::OfInstance(instance);
+    };
+    SdaiPrimitiveH made = handle();
+    HandleAccess::MarkSelect(made, select);
+    return made;
+}
 
 KOR_API std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Domain* domain);
 

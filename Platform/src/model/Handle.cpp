@@ -377,26 +377,6 @@ namespace kor {
 
 namespace {
 
-SdaiPrimitiveH PlainHandle(const Cell& cell) {
-    using Kind = HandleAccess::Kind;
-    switch (cell.GetTag()) {
-        case Tag::Integer: return {cell.Get<long>()};
-        case Tag::Real: return {cell.Get<double>()};
-        case Tag::Logical: return {cell.Get<SdaiLogical>()};
-        case Tag::Boolean: return {cell.Get<SdaiLogical>() == sdaiLTRUE};
-        case Tag::Text: return HandleAccess::OfText(Kind::String, cell.SharedText());
-        case Tag::Enumeration: return HandleAccess::OfText(Kind::Enumeration, cell.SharedText());
-        case Tag::Binary: return HandleAccess::OfText(Kind::Binary, cell.SharedText());
-        case Tag::Instance:
-            // Most often an attribute of it is read next.
-            __builtin_prefetch(cell.Get<const void*>());
-            return {cell.Get<SdaiEntityInstance*>()};
-        case Tag::Aggregate: return {cell.Get<SdaiAggrInstance*>()};
-        case Tag::Typed: return HandleAccess::OfTyped(cell.Get<TypedValue*>());
-        default: return {};
-    }
-}
-
 // The only choice of a select that a value without a defined type can have; empty if there is none
 // or more than one.
 std::string_view OnlyChoice(const Domain& select, Tag tag) {
@@ -501,10 +481,20 @@ void TypedValue::Set(SdaiPrimitiveH held) {
     cell = SharedCell(value);
 }
 
-SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
-    SdaiPrimitiveH handle = PlainHandle(cell);
-    HandleAccess::MarkSelect(handle, select);
-    return handle;
+SdaiPrimitiveH OtherHandle(const Cell& cell) {
+    using Kind = HandleAccess::Kind;
+    switch (cell.GetTag()) {
+        case Tag::Integer: return {cell.Get<long>()};
+        case Tag::Real: return {cell.Get<double>()};
+        case Tag::Logical: return {cell.Get<SdaiLogical>()};
+        case Tag::Boolean: return {cell.Get<SdaiLogical>() == sdaiLTRUE};
+        case Tag::Text: return HandleAccess::OfText(Kind::String, cell.SharedText());
+        case Tag::Enumeration: return HandleAccess::OfText(Kind::Enumeration, cell.SharedText());
+        case Tag::Binary: return HandleAccess::OfText(Kind::Binary, cell.SharedText());
+        case Tag::Aggregate: return {cell.Get<SdaiAggrInstance*>()};
+        case Tag::Typed: return HandleAccess::OfTyped(cell.Get<TypedValue*>());
+        default: return {};
+    }
 }
 
 Cell ToCell(const SdaiPrimitiveH& value, const Domain* domain, Model* model) {

@@ -149,11 +149,6 @@ const EntityType* Model::ComplexEntity(const std::vector<const EntityType*>& par
 
 // ---- Instances
 
-SdaiPrimitiveH Instance::Read(Index slot) const {
-    if (!slot) return {};
-    return ToHandle(Cells()[*slot], Type().entity->Slots()[*slot].IsSelect());
-}
-
 void Instance::Write(Index slot, const SdaiPrimitiveH& value) {
     if (!slot) return;
     const Slot& definition = Type().entity->Slots()[*slot];

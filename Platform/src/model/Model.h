@@ -91,7 +91,10 @@ class KOR_API Instance final : public SdaiAppInstance {
     Index SlotOf(const Name& attribute) const {
         return Type().entity->SlotOf(attribute);
     }
-    SdaiPrimitiveH Read(Index slot) const;
+    SdaiPrimitiveH Read(Index slot) const {
+        if (!slot) return {};
+        return ToHandle(Cells()[*slot], Type().entity->Slots()[*slot].IsSelect());
+    }
     bool HasValue(Index slot) const {
         return slot.has_value() && Cells()[*slot].GetTag() > Tag::Derived;
     }

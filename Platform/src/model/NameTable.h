@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,9 +20,10 @@ namespace kor {
 // The name in upper case.
 KOR_API std::string Folded(std::string_view name);
 
-// Whether `name`, in upper case, equals `folded`. Compares eight characters at a time; the last
-// eight overlap those before them.
-inline bool MatchesFolded(std::string_view name, std::string_view folded) {
+// Whether the characters of `name`, changed by `fold`, are those of `folded`. Compares eight at a
+// time, without a call; the last eight overlap those before them.
+template <class Fold>
+bool Matches(std::string_view name, std::string_view folded, Fold fold) {
     const std::size_t size = name.size();
     if (size != folded.size()) return false;
     const auto matches = [&](std::size_t at) {
@@ -29,16 +31,25 @@ inline bool MatchesFolded(std::string_view name, std::string_view folded) {
         std::uint64_t b;
         std::memcpy(&a, name.data() + at, sizeof a);
         std::memcpy(&b, folded.data() + at, sizeof b);
-        return SdaiFoldCase(a) == b;
+        return fold(a) == b;
     };
     if (size < 8) {
         return std::equal(name.begin(), name.end(), folded.begin(),
-                          [](char a, char b) { return SdaiFoldCase(a) == b; });
+                          [fold](char a, char b) { return fold(a) == b; });
     }
     for (std::size_t at = 0; at + 8 < size; at += 8) {
         if (!matches(at)) return false;
     }
     return matches(size - 8);
+}
+
+inline bool AreEqual(std::string_view a, std::string_view b) {
+    return a.size() < 8 ? a == b : Matches(a, b, std::identity());
+}
+
+// Whether `name`, in upper case, equals `folded`.
+inline bool MatchesFolded(std::string_view name, std::string_view folded) {
+    return Matches(name, folded, [](auto characters) { return SdaiFoldCase(characters); });
 }
 
 // The index of what has a name; none if nothing has it.
@@ -55,7 +66,7 @@ class KOR_API NameTable {
         for (std::size_t i = name.hash & mask_;; i = (i + 1) & mask_) {
             const Entry& entry = entries_[i];
             if (entry.index == kFree) return std::nullopt;
-            if (entry.hash == name.hash && entry.name == name.folded) return entry.index;
+            if (entry.hash == name.hash && AreEqual(name.folded, entry.name)) return entry.index;
         }
     }
 

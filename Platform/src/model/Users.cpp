@@ -63,6 +63,7 @@ void AddSources(const Relation& relation, const SdaiEntityInstance* target, IsWa
 
 // Sorts the sources of several targets by creation and removes duplicates.
 std::span<SdaiEntityInstance*> InOrder(std::span<SdaiEntityInstance*> members) {
+    if (members.size() < 2) return members;
     std::sort(members.begin(), members.end(), IsCreatedBefore);
     const auto end = std::unique(members.begin(), members.end());
     return members.first(static_cast<std::size_t>(end - members.begin()));
