@@ -84,7 +84,10 @@ class KOR_API Instance final : public SdaiAppInstance {
     }
 
     // Fetches the memory that the first cells go on in, while the type is still looked up.
-    void FetchCells() const { __builtin_prefetch(reinterpret_cast<const std::byte*>(this) + 64); }
+    void FetchCells() const {
+        __builtin_prefetch(reinterpret_cast<const std::byte*>(this) + 64);
+        FetchAhead(this);
+    }
 
     // The slot of an attribute.
     template <class Name>
