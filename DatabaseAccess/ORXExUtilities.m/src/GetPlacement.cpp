@@ -76,19 +76,21 @@ struct NumberAndType {
 void ComputeABSPlacement(const SdaiPrimitiveH& daughter, const SdaiPrimitiveH& mother,
                          SdaiListClassOfSdaiReal*& list) {
     Procedure<"ComputeABSPlacement">([&](Trace& trace) {
+        const AxisPlacement daughterAxes = AxisPlacementOf(daughter);
+        const AxisPlacement motherAxes = AxisPlacementOf(mother);
         trace.Line("Creation de la matrice fille");
-        const KORMath3x3Matrix daughterFrame = FrameOf(daughter);
+        const KORMath3x3Matrix daughterFrame = daughterAxes.Frame();
         TraceMatrix(trace, "RelatedAxisMatrix:", daughterFrame);
         trace.Line("Creation de la matrice mere");
-        const KORMath3x3Matrix motherFrame = FrameOf(mother);
+        const KORMath3x3Matrix motherFrame = motherAxes.Frame();
 
         trace.Line("composition des matrices:");
         const KORMath3x3Matrix rotation = motherFrame * daughterFrame.Inverse();
 
         trace.Line("renseignement de la translation");
-        const KORMathVector daughterLocation = LocationOf(daughter);
+        const KORMathVector daughterLocation = daughterAxes.Location();
         TraceNumbers(trace, {"x_ed", "y_ed", "z_ed"}, daughterLocation);
-        const KORMathVector motherLocation = LocationOf(mother);
+        const KORMathVector motherLocation = motherAxes.Location();
         TraceNumbers(trace, {"x_ing", "y_ing", "z_ing"}, motherLocation);
 
         trace.Line("Valuation de la liste de sortie");
@@ -129,11 +131,13 @@ Wiring WiringOf(Trace& trace, const SdaiString& role, const SdaiAggrInstance* it
 // the first.
 Placement PlacementOf(Trace& trace, const SdaiPrimitiveH& item1, const SdaiPrimitiveH& item2,
                       bool crossed) {
+    const AxisPlacement axes1 = AxisPlacementOf(item1);
+    const AxisPlacement axes2 = AxisPlacementOf(item2);
     trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_1");
-    const KORMath3x3Matrix frame1 = FrameOf(item1);
+    const KORMath3x3Matrix frame1 = axes1.Frame();
     TraceMatrix(trace, "Axis1_Matrix:", frame1);
     trace.Line("GetPlacement0 - Creation de la matrice TRANSFORM_ITEM_2");
-    const KORMath3x3Matrix frame2 = FrameOf(item2);
+    const KORMath3x3Matrix frame2 = axes2.Frame();
     TraceMatrix(trace, "Axis2_Matrix:", frame2);
 
     trace.Line("Composition des placements");
@@ -141,9 +145,9 @@ Placement PlacementOf(Trace& trace, const SdaiPrimitiveH& item1, const SdaiPrimi
         crossed ? frame1 * frame2.Inverse() : frame2 * frame1.Inverse();
 
     trace.Line("Renseignement de la translation");
-    const KORMathVector location1 = LocationOf(item1);
+    const KORMathVector location1 = axes1.Location();
     TraceNumbers(trace, {"x_1", "y_1", "z_1"}, location1);
-    const KORMathVector location2 = LocationOf(item2);
+    const KORMathVector location2 = axes2.Location();
     TraceNumbers(trace, {"x_2", "y_2", "z_2"}, location2);
     KORMathVector translation = location2 - location1;
     if (crossed) translation = -1.0 * translation;
@@ -379,14 +383,15 @@ bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimiti
                        const SdaiPrimitiveH& transformation, SdaiListClassOfSdaiReal* list) {
     static constexpr const char* kCannotUnderstand = "Cannot understand the STEP WILD WEB - 1";
     trace.Line("GetAbsPlacement - ITEM_DEFINED_TRANSFORMATION ");
+    // They are fetched from memory while the sides are sought.
+    const SdaiPrimitiveH item1 = transformation.GetAttr("TRANSFORM_ITEM_1"_name);
+    const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
     const std::optional<Sides> sides = SidesOf(trace, link);
     if (!sides.has_value()) return false;
     if (!Connects(trace, relationship, *sides)) {
         trace.Line(kCannotUnderstand);
         return false;
     }
-    const SdaiPrimitiveH item1 = transformation.GetAttr("TRANSFORM_ITEM_1"_name);
-    const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
     trace.Line(" - A2P3D_1 : #", NumberAndType{item1});
     trace.Line(" - A2P3D_2 : #", NumberAndType{item2});
     const SdaiPrimitiveH* daughter = DaughterOf(trace, item1, item2, *sides);

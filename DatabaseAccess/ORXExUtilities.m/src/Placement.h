@@ -91,17 +91,28 @@ inline KORMathVector PointOf(const SdaiPrimitiveH& owner, const SdaiName& attrib
     return VectorOf(owner.GetAttr(attribute).GetAttr("COORDINATES"_name), {0, 0, 0});
 }
 
-// The location of an AXIS2_PLACEMENT_3D.
-inline KORMathVector LocationOf(const SdaiPrimitiveH& placement) {
-    using namespace sdai_names;
-    return PointOf(placement, "LOCATION"_name);
-}
+// The aggregates of numbers of an AXIS2_PLACEMENT_3D.
+struct AxisPlacement {
+    SdaiPrimitiveH coordinates;
+    SdaiPrimitiveH axis;
+    SdaiPrimitiveH reference;
 
-// The frame of an AXIS2_PLACEMENT_3D.
-inline KORMath3x3Matrix FrameOf(const SdaiPrimitiveH& placement) {
+    KORMathVector Location() const { return VectorOf(coordinates, {0, 0, 0}); }
+    KORMath3x3Matrix Frame() const {
+        const KORMathVector z = Normalised(VectorOf(axis, {0, 0, 1}));
+        return FrameOf(z, VectorOf(reference, DefaultReference(z)));
+    }
+};
+
+inline AxisPlacement AxisPlacementOf(const SdaiPrimitiveH& placement) {
     using namespace sdai_names;
-    const KORMathVector z = Normalised(DirectionOf(placement, "AXIS"_name, {0, 0, 1}));
-    return FrameOf(z, DirectionOf(placement, "REF_DIRECTION"_name, DefaultReference(z)));
+    // All instances before the first of their attributes, so that they are fetched from memory side
+    // by side.
+    const SdaiPrimitiveH location = placement.GetAttr("LOCATION"_name);
+    const SdaiPrimitiveH axis = placement.GetAttr("AXIS"_name);
+    const SdaiPrimitiveH reference = placement.GetAttr("REF_DIRECTION"_name);
+    return {location.GetAttr("COORDINATES"_name), axis.GetAttr("DIRECTION_RATIOS"_name),
+            reference.GetAttr("DIRECTION_RATIOS"_name)};
 }
 
 }  // namespace orx

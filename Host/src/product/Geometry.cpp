@@ -87,7 +87,8 @@ double ScaleOf(const SdaiPrimitiveH& axes) {
 
 std::optional<orx::Placement> FrameOf(const SdaiPrimitiveH& axes) {
     if (axes.IsKindOf("AXIS2_PLACEMENT_3D"_name)) {
-        return orx::Placement{orx::FrameOf(axes), orx::LocationOf(axes)};
+        const orx::AxisPlacement placement = orx::AxisPlacementOf(axes);
+        return orx::Placement{placement.Frame(), placement.Location()};
     }
     if (axes.IsKindOf("CARTESIAN_TRANSFORMATION_OPERATOR"_name)) {
         const auto direction = [&axes](const SdaiName& name, const KORMathVector& byDefault) {
