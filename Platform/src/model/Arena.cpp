@@ -9,6 +9,7 @@
 #include <bit>
 #include <mutex>
 #include <new>
+#include <optional>
 
 #include "services/Lasting.h"
 
@@ -18,10 +19,9 @@ namespace {
 
 // The size of a large memory page, which takes one page fault instead of the 512 of small pages.
 constexpr std::size_t kLargePage = std::size_t{1} << 21;
-constexpr std::size_t kWholeBlock = 2 * kLargePage;
-constexpr std::align_val_t kAlignment{kLargePage};
+constexpr std::size_t kLargestBlock = 2 * kLargePage;
 
-static_assert(std::has_single_bit(kWholeBlock / Blocks::kSegment));
+static_assert(std::has_single_bit(kLargestBlock / Blocks::kSegment));
 
 // g++ says so with a macro, clang with a feature.
 #if defined(__SANITIZE_ADDRESS__)
@@ -32,18 +32,19 @@ constexpr bool kAddressSanitizer = __has_feature(address_sanitizer);
 constexpr bool kAddressSanitizer = false;
 #endif
 
-// Whole blocks of models that are gone, for those to come: fresh memory costs a process that reads
-// one data set after another up to a third of its time.
+// Blocks of models that are gone, for those to come: fresh memory costs a process that reads one
+// data set after another up to a third of its time.
 class KeptBlocks {
   public:
-    // Null if there is none.
-    std::byte* Take() {
+    // Of any size; none if there is none.
+    std::optional<Blocks::Block> Take() {
         const std::lock_guard lock(mutex_);
-        return count_ != 0 ? blocks_[--count_] : nullptr;
+        if (count_ == 0) return std::nullopt;
+        return blocks_[--count_];
     }
 
     // Returns whether it is kept.
-    bool Keep(std::byte* block) {
+    bool Keep(const Blocks::Block& block) {
         const std::lock_guard lock(mutex_);
         if (count_ == kMost) return false;
         blocks_[count_++] = block;
@@ -56,27 +57,21 @@ class KeptBlocks {
     static constexpr std::size_t kMost = kAddressSanitizer ? 0 : kRoom;
 
     std::mutex mutex_;
-    std::array<std::byte*, kRoom> blocks_;
+    std::array<Blocks::Block, kRoom> blocks_;
     std::size_t count_ = 0;
 };
 
 // Models may be destroyed while the process ends.
 KeptBlocks& TheKeptBlocks() { return Lasting<KeptBlocks>(); }
 
-std::byte* NewBlock(std::size_t size) {
-    if (size != kWholeBlock) return static_cast<std::byte*>(::operator new(size));
-    if (std::byte* const kept = TheKeptBlocks().Take()) return kept;
-    auto* const block = static_cast<std::byte*>(::operator new(size, kAlignment));
-    madvise(block, size, MADV_HUGEPAGE);  // only a hint
-    return block;
+std::align_val_t AlignmentOf(std::size_t blockSize) {
+    return std::align_val_t{std::min(blockSize, kLargePage)};
 }
 
-void DeleteBlock(std::byte* block, std::size_t size) {
-    if (size != kWholeBlock) {
-        ::operator delete(block);
-    } else if (!TheKeptBlocks().Keep(block)) {
-        ::operator delete(block, kAlignment);
-    }
+Blocks::Block NewBlock(std::size_t size) {
+    auto* const memory = static_cast<std::byte*>(::operator new(size, AlignmentOf(size)));
+    madvise(memory, size, MADV_HUGEPAGE);  // only a hint
+    return {memory, size};
 }
 
 // Makes room for one more, which then needs no memory. The room doubles; reserve alone would copy
@@ -100,15 +95,20 @@ std::byte* Blocks::TakeSegment() {
 
 void Blocks::AddBlock() {
     MakeRoom(blocks_);
-    const Block block{NewBlock(nextSize_), nextSize_};
-    nextSize_ = std::min(2 * nextSize_, kWholeBlock);
+    const std::optional<Block> kept = TheKeptBlocks().Take();
+    const Block block = kept ? *kept : NewBlock(nextSize_);
+    nextSize_ = std::min(2 * nextSize_, kLargestBlock);
     blocks_.push_back(block);
     next_ = block.memory;
     end_ = next_ + block.size;
 }
 
 Blocks::~Blocks() {
-    for (const Block& block : blocks_) DeleteBlock(block.memory, block.size);
+    for (const Block& block : blocks_) {
+        if (!TheKeptBlocks().Keep(block)) {
+            ::operator delete(block.memory, AlignmentOf(block.size));
+        }
+    }
 }
 
 void Blocks::TakeOver(Blocks& other) {

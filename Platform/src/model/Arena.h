@@ -11,10 +11,10 @@
 
 namespace kor {
 
-// The memory that the arenas of a model have in common: blocks of which each arena gets a segment
-// at a time. They double in size up to that of a whole block, so that memory grows as the model
-// does. Large memory pages take one page fault where small ones take hundreds, and some whole
-// blocks stay with the process for the next model.
+// The memory that the arenas of a model have in common: blocks, of which each arena gets a segment
+// at a time. Blocks double in size up to that of two large memory pages, so that memory grows as
+// the model does; a large page takes one page fault where small ones take hundreds. Some blocks
+// stay with the process for the next model.
 class KOR_API Blocks {
   public:
     static constexpr std::size_t kSegment = std::size_t{1} << 18;
@@ -31,12 +31,12 @@ class KOR_API Blocks {
     void TakeOver(Blocks& other);
     void ReserveFor(const Blocks& other) { blocks_.reserve(blocks_.size() + other.blocks_.size()); }
 
-  private:
     struct Block {
         std::byte* memory;
         std::size_t size;
     };
 
+  private:
     void AddBlock();
 
     std::vector<Block> blocks_;
