@@ -36,6 +36,7 @@ void Relation::AddType(const ModelType& type, std::size_t slot) {
 void Relation::Fill(const Model& model) noexcept {
     Clear();
     lost_ = false;
+    anyLeft_ = false;
     const auto forEachSource = [&](auto visit) {
         for (const ModelType& type : model.Types()) {
             if (type.number >= slots_.size() || !slots_[type.number]) continue;
@@ -107,6 +108,7 @@ void Relation::Remove(const SdaiEntityInstance* target) {
         sources->one = nullptr;
         return;
     }
+    anyLeft_ = true;
     List& list = *sources->AsList();
     if (2 * ++list.left < list.Size()) return;
     list.PutInOrder();

@@ -81,8 +81,14 @@ class Relation {
     bool IsLost() const { return lost_; }
 
     // The instances that refer to `target`, in the order of creation, and possibly some that no
-    // longer do; check TargetOf. Valid until the next write.
+    // longer do; check IsSource. Valid until the next write.
     SourceWalk SourcesOf(const SdaiEntityInstance* target) const;
+
+    // Whether what SourcesOf gave for `target` still refers to it. Reads the instance only once one
+    // has left a target that others refer to.
+    bool IsSource(const SdaiEntityInstance& source, const SdaiEntityInstance* target) const {
+        return !anyLeft_ || TargetOf(source) == target;
+    }
 
   private:
     // Several sources of one target, in the order of creation. Those that come to refer to it after
@@ -127,6 +133,7 @@ class Relation {
     PointerTable<Sources> targets_;
     mutable std::mutex orderMutex_;  // held while a list is sorted
     bool lost_ = false;
+    bool anyLeft_ = false;
 };
 
 }  // namespace kor

@@ -57,7 +57,9 @@ void AddSources(const Relation& relation, const SdaiEntityInstance* target, IsWa
     if (target == nullptr) return;
     SourceWalk sources = relation.SourcesOf(target);
     while (SdaiEntityInstance* source = sources.Take()) {
-        if (relation.TargetOf(*source) == target && isWanted(*source)) found.Add(source);
+        // Its attributes are read soon.
+        __builtin_prefetch(source);
+        if (relation.IsSource(*source, target) && isWanted(*source)) found.Add(source);
     }
 }
 
@@ -165,7 +167,7 @@ bool SdaiIterator_Of_Users::FindMembers(const SdaiAggrInstance& aggregate,
     try {
         Found found(few_, many_);
         while (SdaiEntityInstance* source = sources.Take()) {
-            if (relation->TargetOf(*source) != &target) continue;
+            if (!relation->IsSource(*source, &target)) continue;
             for (std::uint32_t i = index->CountOf(source); i > 0; --i) found.Add(source);
         }
         next_ = found.Members().data();
@@ -185,7 +187,7 @@ SdaiBoolean SdaiIterator_Of_Users::Next() {
     }
     const auto isUser = [this](const SdaiEntityInstance& source) {
         return relation_ == nullptr ||
-               (static_cast<const Relation*>(relation_)->TargetOf(source) == target_ &&
+               (static_cast<const Relation*>(relation_)->IsSource(source, target_) &&
                 IsOfKind(source, *type_));
     };
     SourceWalk sources{next_, end_, late_, lateEnd_};
