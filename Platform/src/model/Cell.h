@@ -258,6 +258,12 @@ class HandleAccess {
         handle.value_.kind_ = Kind::Instance;
         return handle;
     }
+    static SdaiPrimitiveH OfAggregateOfModel(SdaiAggrInstance* aggregate) {
+        SdaiPrimitiveH handle;
+        handle.value_.aggregate_ = aggregate;
+        handle.value_.kind_ = Kind::ModelAggregate;
+        return handle;
+    }
     static SdaiPrimitiveH OfText(Kind kind, KORUnicodeString text);
 };
 
@@ -276,6 +282,17 @@ inline SdaiPrimitiveH ToHandle(const Cell& cell, bool select) {
     SdaiPrimitiveH made = handle();
     HandleAccess::MarkSelect(made, select);
     return made;
+}
+// The same for an attribute of an instance, whose aggregates belong to the model: they are not read
+// for their owners, but fetched from memory for what is read next.
+inline SdaiPrimitiveH AttributeHandle(const Cell& cell, bool select) {
+    if (cell.GetTag() != Tag::Aggregate) return ToHandle(cell, select);
+    auto* const aggregate = cell.Get<SdaiAggrInstance*>();
+    __builtin_prefetch(aggregate);
+    FetchAhead(aggregate);
+    SdaiPrimitiveH handle = HandleAccess::OfAggregateOfModel(aggregate);
+    HandleAccess::MarkSelect(handle, select);
+    return handle;
 }
 
 KOR_API std::optional<std::string> FindWrongItem(const SdaiPrimitiveH& value, const Domain* domain);

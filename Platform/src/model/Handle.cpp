@@ -491,9 +491,7 @@ SdaiPrimitiveH OtherHandle(const Cell& cell) {
         case Tag::Text: return HandleAccess::OfText(Kind::String, cell.SharedText());
         case Tag::Enumeration: return HandleAccess::OfText(Kind::Enumeration, cell.SharedText());
         case Tag::Binary: return HandleAccess::OfText(Kind::Binary, cell.SharedText());
-        case Tag::Aggregate:
-            FetchAhead(cell.Get<const void*>());
-            return {cell.Get<SdaiAggrInstance*>()};
+        case Tag::Aggregate: return {cell.Get<SdaiAggrInstance*>()};
         case Tag::Typed: return HandleAccess::OfTyped(cell.Get<TypedValue*>());
         default: return {};
     }

@@ -96,7 +96,7 @@ class KOR_API Instance final : public SdaiAppInstance {
     }
     SdaiPrimitiveH Read(Index slot) const {
         if (!slot) return {};
-        return ToHandle(Cells()[*slot], Type().entity->Slots()[*slot].IsSelect());
+        return AttributeHandle(Cells()[*slot], Type().entity->Slots()[*slot].IsSelect());
     }
     bool HasValue(Index slot) const {
         return slot.has_value() && Cells()[*slot].GetTag() > Tag::Derived;
