@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <cstddef>
 #include <iterator>
@@ -147,6 +148,23 @@ TEST(Blocks, AreKeptForTheNextModel) {
     const std::byte* const memory = blocks->TakeSegment();
     blocks.reset();
     EXPECT_EQ(Blocks().TakeSegment(), memory);
+}
+
+// Many small models leave room for the blocks of a large one.
+TEST(Blocks, AreKeptWhereTheyAreLarge) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "under AddressSanitizer none are kept";
+#endif
+    std::vector<Blocks> small(100);
+    for (Blocks& blocks : small) blocks.TakeSegment();
+    small.clear();
+    constexpr std::size_t kMemory = 100 << 20;
+    {
+        Blocks large;
+        for (std::size_t taken = 0; taken < kMemory; taken += Blocks::kSegment) large.TakeSegment();
+    }
+    const struct mallinfo2 heap = mallinfo2();
+    EXPECT_GE(heap.uordblks + heap.hblkhd, kMemory);
 }
 
 }  // namespace

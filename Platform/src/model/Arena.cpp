@@ -10,6 +10,7 @@
 #include <mutex>
 #include <new>
 #include <optional>
+#include <utility>
 
 #include "services/Lasting.h"
 
@@ -43,12 +44,19 @@ class KeptBlocks {
         return blocks_[--count_];
     }
 
-    // Returns whether it is kept.
-    bool Keep(const Blocks::Block& block) {
+    // Returns the block for which there is no room, the smallest: this one or one kept before.
+    std::optional<Blocks::Block> Keep(const Blocks::Block& block) {
         const std::lock_guard lock(mutex_);
-        if (count_ == kMost) return false;
-        blocks_[count_++] = block;
-        return true;
+        if (count_ != kMost) {
+            blocks_[count_++] = block;
+            return std::nullopt;
+        }
+        const auto end = blocks_.begin() + kMost;
+        const auto smallest = std::min_element(
+            blocks_.begin(), end,
+            [](const Blocks::Block& a, const Blocks::Block& b) { return a.size < b.size; });
+        if (smallest == end || smallest->size >= block.size) return block;
+        return std::exchange(*smallest, block);
     }
 
   private:
@@ -105,8 +113,8 @@ void Blocks::AddBlock() {
 
 Blocks::~Blocks() {
     for (const Block& block : blocks_) {
-        if (!TheKeptBlocks().Keep(block)) {
-            ::operator delete(block.memory, AlignmentOf(block.size));
+        if (const std::optional<Block> rest = TheKeptBlocks().Keep(block)) {
+            ::operator delete(rest->memory, AlignmentOf(rest->size));
         }
     }
 }
