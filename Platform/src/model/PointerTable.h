@@ -54,7 +54,7 @@ class PointerTable {
     }
 
     void Clear() {
-        groups_ = {};
+        groups_ = std::vector<Group>();
         count_ = 0;
     }
 
