@@ -65,6 +65,26 @@ TEST(Arena, SharesBlocksWithOthers) {
     EXPECT_EQ(NumbersIn(odd), numbers[1]);
 }
 
+TEST(Arena, KnowsWhichOfItsObjectsLieInSegments) {
+    Blocks blocks;
+    Arena even(blocks);
+    Arena odd(blocks);
+    std::vector<const void*> objects[2];
+    for (long number = 0; number < kMany / 10; ++number) {
+        Arena& arena = number % 2 == 0 ? even : odd;
+        objects[number % 2].push_back(arena.Allocate(sizeof(Object)));
+    }
+    // The first 255 kB are in chunks of 1 to 128 kB.
+    constexpr std::size_t kFirst = 255 * 1024 / sizeof(Object);
+    for (std::size_t i = 0; i < objects[0].size(); ++i) {
+        ASSERT_EQ(even.IsInSegment(objects[0][i]), i >= kFirst) << i;
+        ASSERT_FALSE(even.IsInSegment(objects[1][i])) << i;
+        ASSERT_EQ(odd.IsInSegment(objects[1][i]), i >= kFirst) << i;
+    }
+    EXPECT_FALSE(even.IsInSegment(even.Allocate(2 * Blocks::kSegment)));
+    EXPECT_FALSE(even.IsInSegment(nullptr));
+}
+
 TEST(Arena, TakesOverWhatAnotherAllocatedWithItsBlocks) {
     Blocks blocks;
     Arena arena(blocks);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <functional>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -131,6 +132,15 @@ void Blocks::TakeOver(Blocks& other) {
 void* Arena::AllocateApart(std::size_t size) {
     MakeRoom(apart_);
     return apart_.emplace_back(::operator new(size));
+}
+
+bool Arena::IsInSegment(const void* object) const {
+    const auto* const place = static_cast<const std::byte*>(object);
+    const std::less<const std::byte*> isBefore;
+    return std::any_of(chunks_.begin(), chunks_.end(), [&](const Chunk& chunk) {
+        return chunk.isSegment && !isBefore(place, chunk.memory) &&
+               isBefore(place, chunk.memory + Blocks::kSegment);
+    });
 }
 
 // Chunks double in size up to that of a segment, so that a small model stays small. A larger object

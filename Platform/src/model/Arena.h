@@ -99,6 +99,9 @@ class KOR_API Arena {
         }
     }
 
+    // Whether an object that this has allocated lies in a segment, with others of the arena alone.
+    bool IsInSegment(const void* object) const;
+
   private:
     struct Chunk {
         std::byte* memory;

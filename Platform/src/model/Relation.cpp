@@ -37,23 +37,16 @@ void Relation::Fill(const Model& model) noexcept {
     Clear();
     lost_ = false;
     anyLeft_ = false;
-    const auto forEachSource = [&](auto visit) {
+    try {
         for (const ModelType& type : model.Types()) {
             if (type.number >= slots_.size() || !slots_[type.number]) continue;
             const std::size_t slot = *slots_[type.number];
             type.ForEachInstance([&](Instance& source) {
                 if (const SdaiEntityInstance* target = TargetOf(source.Cells()[slot])) {
-                    visit(target, source);
+                    Add(target, source);
                 }
             });
         }
-    };
-    std::size_t count = 0;
-    forEachSource([&count](const SdaiEntityInstance*, Instance&) { ++count; });
-    try {
-        targets_.Reserve(count);
-        forEachSource(
-            [this](const SdaiEntityInstance* target, Instance& source) { Add(target, source); });
     } catch (const std::bad_alloc&) {
         Lose();
     }
@@ -65,7 +58,7 @@ void Relation::Lose() {
 }
 
 void Relation::Clear() {
-    targets_.ForEach([](const void*, Sources& sources) {
+    targets_.ForEach([](const Sources& sources) {
         if (sources.IsList()) delete sources.AsList();
     });
     targets_.Clear();
@@ -83,8 +76,17 @@ void Relation::Change(const SdaiEntityInstance* before, const SdaiEntityInstance
     }
 }
 
+Relation::Sources& Relation::SourcesFor(const SdaiEntityInstance& target,
+                                        const SdaiEntityInstance& source) {
+    if (Sources* const sources = targets_.Find(&target)) return *sources;
+    // Another model may be gone before this one.
+    const ModelType& type = Instance::Of(target).Type();
+    const bool isOfThisModel = type.model == Instance::Of(source).Type().model;
+    return targets_.Add(&target, isOfThisModel ? &type.memory : nullptr, Instance::Size(type));
+}
+
 void Relation::Add(const SdaiEntityInstance* target, SdaiEntityInstance& source) {
-    Sources& sources = targets_.FindOrAdd(target);
+    Sources& sources = SourcesFor(*target, source);
     if (sources.one == nullptr) {
         sources.one = &source;
         return;

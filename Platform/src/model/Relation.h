@@ -15,9 +15,9 @@
 #include <utility>
 #include <vector>
 
+#include "model/ArenaTable.h"
 #include "model/Cell.h"
 #include "model/NameTable.h"
-#include "model/PointerTable.h"
 
 class SdaiEntityInstance;
 
@@ -83,6 +83,8 @@ class Relation {
     // The instances that refer to `target`, in the order of creation, and possibly some that no
     // longer do; check IsSource. Valid until the next write.
     SourceWalk SourcesOf(const SdaiEntityInstance* target) const;
+        targets_.Fetch(target);
+    }
 
     // Whether what SourcesOf gave for `target` still refers to it. Reads the instance only once one
     // has left a target that others refer to.
@@ -123,6 +125,7 @@ class Relation {
 
     static SdaiEntityInstance* TargetOfTyped(const Cell& cell);
 
+    Sources& SourcesFor(const SdaiEntityInstance& target, const SdaiEntityInstance& source);
     void Add(const SdaiEntityInstance* target, SdaiEntityInstance& source);
     void Remove(const SdaiEntityInstance* target);
     void Clear();
@@ -130,7 +133,7 @@ class Relation {
 
     const std::string attribute_;
     std::vector<Index> slots_;  // by the index of the type in the model
-    PointerTable<Sources> targets_;
+    ArenaTable<Sources> targets_;
     mutable std::mutex orderMutex_;  // held while a list is sorted
     bool lost_ = false;
     bool anyLeft_ = false;
