@@ -8,6 +8,7 @@
 #ifndef SDAIUSERS_H
 #define SDAIUSERS_H
 
+#include <cstddef>
 #include <span>
 #include <vector>
 
@@ -43,6 +44,11 @@ class KOR_API SdaiIterator_Of_Users {
     SdaiIterator_Of_Users& operator=(const SdaiIterator_Of_Users&) = delete;
     ~SdaiIterator_Of_Users() = default;
 
+    // Goes a step further in the search that Next completes: each step fetches from memory what the
+    // following one reads. A caller who has other work until it needs the users calls it in
+    // between, as often as it likes or not at all.
+    void Fetch();
+
     // Moves to the next instance; returns FALSE if there is none.
     SdaiBoolean Next();
 
@@ -50,26 +56,52 @@ class KOR_API SdaiIterator_Of_Users {
     SdaiEntityInstance* GetCurrentMember() const { return current_; }
 
   private:
-    bool Find(const SdaiModel& model, const SdaiName& type, const SdaiName& attribute,
-              const SdaiName* next, std::span<const SdaiEntityInstance* const> targets);
+    // Instances found so far; a few are stored in place.
+    class Found {
+      public:
+        void Add(SdaiEntityInstance* instance);
+        std::span<SdaiEntityInstance*> Members() {
+            return count_ <= kFew ? std::span(few_, count_) : std::span(many_);
+        }
+
+      private:
+        static constexpr std::size_t kFew = 8;
+        SdaiEntityInstance* few_[kFew];
+        std::vector<SdaiEntityInstance*> many_;
+        std::size_t count_ = 0;
+    };
+
+    // What is left of a search.
+    enum class Step : unsigned char { FindBetween, FindUsers, PutInOrder, None };
+
+    bool Begin(const SdaiName& attribute, const SdaiName* next);
+    void TakeStep();
     bool FindMembers(const SdaiAggrInstance& aggregate, const SdaiName& attribute,
                      const SdaiEntityInstance& target);
+    void Visit(std::span<SdaiEntityInstance* const> users);
 
     // Every member of this aggregate is visited,
     const SdaiAggrInstance* walked_ = nullptr;
     long position_ = -1;
-    // or else these instances, which may come in two runs. Results are stored in `few_` or, if
-    // there are more, in `many_`.
+    // or else these instances, which may come in two runs,
     SdaiEntityInstance* const* next_ = nullptr;
     SdaiEntityInstance* const* end_ = nullptr;
     SdaiEntityInstance* const* late_ = nullptr;
     SdaiEntityInstance* const* lateEnd_ = nullptr;
-    SdaiEntityInstance* few_[8];
-    std::vector<SdaiEntityInstance*> many_;
-    // If set, only instances of the type that refer to the target are visited.
-    const void* relation_ = nullptr;
-    const SdaiName* type_ = nullptr;
+    // if this is set, only those of them that are of the type and refer to it.
     const SdaiEntityInstance* target_ = nullptr;
+
+    // The back references through the attribute, and through the one that follows, if any. The
+    // users of a single target through one attribute are visited where those keep them; all others
+    // are searched for in steps.
+    const SdaiModel* model_ = nullptr;
+    const SdaiName* type_ = nullptr;
+    std::span<const SdaiEntityInstance* const> targets_;
+    const void* relation_ = nullptr;
+    const void* nextRelation_ = nullptr;
+    Found between_;  // those that refer to the targets through the attribute that follows
+    Found users_;
+    Step step_ = Step::None;
 
     SdaiEntityInstance* current_ = nullptr;
 };

@@ -189,6 +189,7 @@ TEST(Contract, ASelectGivesWhatItHoldsAndAPlainValueItself) {
 template <class Refers>
 std::vector<SdaiEntityInstance*> Visited(SdaiIterator_Of_Users&& user, Refers refers) {
     std::vector<SdaiEntityInstance*> visited;
+    user.Fetch();
     while (user.Next()) {
         if (refers(user.GetCurrentMember())) visited.push_back(user.GetCurrentMember());
     }

@@ -6,9 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <initializer_list>
 #include <numeric>
 #include <random>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -63,16 +63,30 @@ Instances All(SdaiIterator_Of_Users& iterator) {
     return found;
 }
 
+// The users that an iterator of these arguments finds, however often it is told to fetch them
+// first.
+template <class... Arguments>
+Instances UsersOf(const Arguments&... arguments) {
+    SdaiIterator_Of_Users users(arguments...);
+    const Instances found = All(users);
+    for (int times = 1; times <= 5; ++times) {
+        SdaiIterator_Of_Users fetched(arguments...);
+        for (int i = 0; i < times; ++i) fetched.Fetch();
+        EXPECT_EQ(All(fetched), found) << times;
+    }
+    return found;
+}
+
+using Targets = std::vector<const SdaiEntityInstance*>;
+
 Instances Users(const SdaiModel& model, const SdaiName& type, const SdaiName& attribute,
-                std::initializer_list<const SdaiEntityInstance*> targets) {
-    SdaiIterator_Of_Users users(&model, type, attribute, std::vector(targets));
-    return All(users);
+                const Targets& targets) {
+    return UsersOf(&model, type, attribute, targets);
 }
 
 Instances Users(const SdaiModel& model, const SdaiName& type, const SdaiName& attribute,
-                const SdaiName& next, std::initializer_list<const SdaiEntityInstance*> targets) {
-    SdaiIterator_Of_Users users(&model, type, attribute, next, std::vector(targets));
-    return All(users);
+                const SdaiName& next, const Targets& targets) {
+    return UsersOf(&model, type, attribute, next, targets);
 }
 
 // The same, found by searching the extent.
@@ -152,8 +166,9 @@ TEST(Users, AreNoneOfNothing) {
     EXPECT_THAT(Users(model.Model(), "place"_name, "no_such_attribute"_name, {part}), IsEmpty());
     EXPECT_THAT(Users(model.Model(), "place"_name, "owner"_name, {InstanceIn(model[2])}),
                 IsEmpty());
-    SdaiIterator_Of_Users users(nullptr, "place"_name, "owner"_name, std::vector{part});
-    EXPECT_THAT(All(users), IsEmpty());
+    const kor::Model* const none = nullptr;
+    EXPECT_THAT(UsersOf(none, "place"_name, "owner"_name, Targets{part}), IsEmpty());
+    EXPECT_THAT(UsersOf(none, "visit"_name, "of"_name, "owner"_name, Targets{part}), IsEmpty());
 }
 
 TEST(Users, OfSeveralInstancesComeInOneOrderEachOnce) {
@@ -196,6 +211,42 @@ TEST(Users, ManyMoreThanAFewAreFound) {
     EXPECT_EQ(Users(model.Model(), "place"_name, "owner"_name, {a, b}), places);
     EXPECT_EQ(Users(model.Model(), "visit"_name, "of"_name, "owner"_name, {a, b}), visits);
     EXPECT_EQ(Users(model.Model(), "place"_name, "owner"_name, {a}).size(), 334U);
+}
+
+// The first instances of a type are kept otherwise than all that follow.
+TEST(Users, AreFoundAmongAsManyInstancesAsThereAre) {
+    constexpr std::size_t kCount = 20'000;
+    std::mt19937_64 random(1);
+    const ParsedModel model(kStore);
+    Instances parts;
+    Instances places;
+    std::vector<std::size_t> owners;
+    const auto create = [&](std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            parts.push_back(Create(model.Model(), "part"));
+            places.push_back(Create(model.Model(), "place"));
+            owners.push_back(random() % parts.size());
+            static_cast<SdaiAppInstance*>(places.back())->PutAttr("owner", parts[owners.back()]);
+        }
+    };
+    const auto expectAll = [&] {
+        std::vector<Instances> users(parts.size());
+        for (std::size_t i = 0; i < places.size(); ++i) users[owners[i]].push_back(places[i]);
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            SdaiIterator_Of_Users user(&model.Model(), "place"_name, "owner"_name,
+                                       std::span<const SdaiEntityInstance* const>(&parts[i], 1));
+            ASSERT_EQ(All(user), users[i]) << i;
+        }
+    };
+    create(kCount);
+    expectAll();
+    create(kCount);
+    for (std::size_t i = 0; i < kCount; ++i) {
+        const std::size_t written = random() % places.size();
+        owners[written] = random() % parts.size();
+        static_cast<SdaiAppInstance*>(places[written])->PutAttr("owner", parts[owners[written]]);
+    }
+    expectAll();
 }
 
 TEST(Users, AreFoundForProgramsThatKnowNamesAsTexts) {
@@ -410,6 +461,7 @@ TEST(Users, AreAmongThoseVisitedWhereverMemoryLacks) {
                 static_cast<SdaiAppInstance*>(place)->PutAttr("owner"_name, p);
             }
             SdaiIterator_Of_Users users(&model.Model(), "place"_name, "owner"_name, targets);
+            for (long i = 0; i < succeeding % 4; ++i) users.Fetch();
             while (users.Next()) found.push_back(users.GetCurrentMember());
         }
         for (SdaiEntityInstance* place : later) EXPECT_THAT(found, testing::Contains(place));

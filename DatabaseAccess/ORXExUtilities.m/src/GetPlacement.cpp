@@ -266,20 +266,36 @@ struct Shapes {
     SdaiEntityInstance* related = nullptr;
 };
 
-Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relating,
-                SdaiEntityInstance* related) {
+// Searches for them. Created before they are needed, so that what is to be read is fetched from
+// memory during other work.
+class ShapeSearch {
+  public:
+    ShapeSearch(const Trace& trace, const SdaiEntityInstance& link)
+        : relating_(link.GetAttr("RELATING_PRODUCT_DEFINITION"_name)),
+          related_(link.GetAttr("RELATED_PRODUCT_DEFINITION"_name)),
+          representation_(Candidates(trace, link.FindEntityInstanceModel(),
+                                     "SHAPE_DEFINITION_REPRESENTATION"_name, "DEFINITION"_name,
+                                     "DEFINITION"_name, targets_)) {}
+
+    void Fetch() { representation_.Fetch(); }
+    Shapes Find(Trace& trace);
+
+  private:
+    SdaiEntityInstance* const relating_;
+    SdaiEntityInstance* const related_;
+    const SdaiEntityInstance* const targets_[2] = {relating_, related_};
+    SdaiIterator_Of_Users representation_;
+};
+
+Shapes ShapeSearch::Find(Trace& trace) {
     Shapes shapes;
     // The DEFINITION of a shape definition representation is a direct reference to the product
     // definition shape in CONFIG_CONTROL_DESIGN, and a select in other schemas. ReferredBy reads
     // both.
     trace.Line(" -> SHAPE_DEFINITION_REPRESENTATION OK ");
-    const SdaiEntityInstance* const targets[] = {relating, related};
-    SdaiIterator_Of_Users representation =
-        Candidates(trace, &model, "SHAPE_DEFINITION_REPRESENTATION"_name, "DEFINITION"_name,
-                   "DEFINITION"_name, targets);
     while (shapes.relating == nullptr || shapes.related == nullptr) {
-        if (!representation.Next()) break;
-        SdaiEntityInstance* current = representation.GetCurrentMember();
+        if (!representation_.Next()) break;
+        SdaiEntityInstance* current = representation_.GetCurrentMember();
         SdaiEntityInstance* productShape = ReferredBy(current, "DEFINITION"_name);
         SdaiEntityInstance* definition = ReferredBy(productShape, "DEFINITION"_name);
         trace.Line(" - CurrShapeDefRep : #", NumberAndType{current});
@@ -287,9 +303,9 @@ Shapes ShapesOf(Trace& trace, const SdaiModel& model, SdaiEntityInstance* relati
         trace.Line(" - CurrProdDef : #", NumberAndType{definition});
         const auto value = [&] { return SelectedOf(productShape, "DEFINITION"_name); };
         // A representation is never used for both sides.
-        if (shapes.relating == nullptr && IsSame0Of(relating, definition, value)) {
+        if (shapes.relating == nullptr && IsSame0Of(relating_, definition, value)) {
             shapes.relating = current;
-        } else if (shapes.related == nullptr && IsSame0Of(related, definition, value)) {
+        } else if (shapes.related == nullptr && IsSame0Of(related_, definition, value)) {
             shapes.related = current;
         }
     }
@@ -318,13 +334,11 @@ struct Sides {
 };
 
 // Finds the representations of both sides; no value if one is missing, which is reported.
-std::optional<Sides> SidesOf(Trace& trace, SdaiEntityInstance* link) {
-    SdaiEntityInstance* relating = link->GetAttr("RELATING_PRODUCT_DEFINITION"_name);
+std::optional<Sides> SidesOf(Trace& trace, ShapeSearch& search) {
     trace.Line(" -> RELATING_PRODUCT_DEFINITION OK ");
-    SdaiEntityInstance* related = link->GetAttr("RELATED_PRODUCT_DEFINITION"_name);
     trace.Line(" -> RELATED_PRODUCT_DEFINITION OK ");
 
-    const Shapes shapes = ShapesOf(trace, *link->FindEntityInstanceModel(), relating, related);
+    const Shapes shapes = search.Find(trace);
     if (shapes.relating == nullptr) {
         // The only message that goes to standard error instead of the trace.
         std::cerr << "SHAPE_REPRESENTATION of the RELATING part NOT FOUND" << std::endl;
@@ -344,17 +358,15 @@ std::optional<Sides> SidesOf(Trace& trace, SdaiEntityInstance* link) {
 }
 
 // Whether a relationship is between the representations of the two sides, in either direction.
-bool Connects(Trace& trace, const SdaiPrimitiveH& relationship, const Sides& sides) {
-    const SdaiPrimitiveH rep1 = relationship.GetAttr("REP_1"_name);
-    const SdaiPrimitiveH rep2 = relationship.GetAttr("REP_2"_name);
+bool Connects(Trace& trace, const SdaiPrimitiveH& rep1, const SdaiPrimitiveH& rep2,
+              const Sides& sides) {
     trace.Line(" - ShapeRep1 : #", NumberAndType{rep1});
     trace.Line(" - ShapeRep2 : #", NumberAndType{rep2});
     return (IsSame0Of(rep1, sides.relating) && IsSame0Of(rep2, sides.related)) ||
            (IsSame0Of(rep2, sides.relating) && IsSame0Of(rep1, sides.related));
 }
 
-bool IsItemOf(const SdaiPrimitiveH& item, const SdaiPrimitiveH& representation) {
-    const SdaiPrimitiveH items = representation.GetAttr("ITEMS"_name);
+bool IsMemberOf(const SdaiPrimitiveH& items, const SdaiPrimitiveH& item) {
     const SdaiAggrInstance* members = items;
     return members != nullptr && members->IsMember(static_cast<SdaiEntityInstance*>(item));
 }
@@ -363,32 +375,37 @@ bool IsItemOf(const SdaiPrimitiveH& item, const SdaiPrimitiveH& representation) 
 // the parent. Null if the data are inconsistent.
 const SdaiPrimitiveH* DaughterOf(Trace& trace, const SdaiPrimitiveH& item1,
                                  const SdaiPrimitiveH& item2, const Sides& sides) {
+    const SdaiPrimitiveH relatingItems = sides.relating.GetAttr("ITEMS"_name);
+    const SdaiPrimitiveH relatedItems = sides.related.GetAttr("ITEMS"_name);
     const SdaiPrimitiveH name = item1.GetAttr("NAME"_name);
     if (!(TextOf(name) == "DEFAULT_PLACEMENT")) {
         trace.Line(" > External Placement < ");
-        if (IsItemOf(item1, sides.relating) && IsItemOf(item2, sides.related)) return &item2;
-        if (IsItemOf(item2, sides.relating) && IsItemOf(item1, sides.related)) return &item1;
+        if (IsMemberOf(relatingItems, item1) && IsMemberOf(relatedItems, item2)) return &item2;
+        if (IsMemberOf(relatingItems, item2) && IsMemberOf(relatedItems, item1)) return &item1;
     } else {
         // Only the representation of item 2 matters.
         trace.Line(" > Placement RZ < ");
-        if (IsItemOf(item2, sides.related)) return &item2;
-        if (IsItemOf(item2, sides.relating)) return &item1;
+        if (IsMemberOf(relatedItems, item2)) return &item2;
+        if (IsMemberOf(relatingItems, item2)) return &item1;
     }
     return nullptr;
 }
 
 // Appends the placement that two axis placements define together: the component's is the daughter,
 // the parent's the mother. Returns false and appends nothing if the data are inconsistent.
-bool AppendItemDefined(Trace& trace, SdaiEntityInstance* link, const SdaiPrimitiveH& relationship,
+bool AppendItemDefined(Trace& trace, ShapeSearch& search, const SdaiPrimitiveH& relationship,
                        const SdaiPrimitiveH& transformation, SdaiListClassOfSdaiReal* list) {
     static constexpr const char* kCannotUnderstand = "Cannot understand the STEP WILD WEB - 1";
     trace.Line("GetAbsPlacement - ITEM_DEFINED_TRANSFORMATION ");
-    // They are fetched from memory while the sides are sought.
+    search.Fetch();
+    // These are fetched from memory, too, while the sides are sought.
     const SdaiPrimitiveH item1 = transformation.GetAttr("TRANSFORM_ITEM_1"_name);
     const SdaiPrimitiveH item2 = transformation.GetAttr("TRANSFORM_ITEM_2"_name);
-    const std::optional<Sides> sides = SidesOf(trace, link);
+    const SdaiPrimitiveH rep1 = relationship.GetAttr("REP_1"_name);
+    const SdaiPrimitiveH rep2 = relationship.GetAttr("REP_2"_name);
+    const std::optional<Sides> sides = SidesOf(trace, search);
     if (!sides.has_value()) return false;
-    if (!Connects(trace, relationship, *sides)) {
+    if (!Connects(trace, rep1, rep2, *sides)) {
         trace.Line(kCannotUnderstand);
         return false;
     }
@@ -410,7 +427,9 @@ bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdai
         return false;
     }
     trace.Line("Nom du schema: ", link->FindEntityInstanceModel()->Underlying_schema()->Name());
+    ShapeSearch search(trace, *link);
     SdaiEntityInstance* context = ContextOf(trace, link);
+    search.Fetch();
     if (context == nullptr) {
         trace.Line("RRWT not found");
         return false;
@@ -419,7 +438,7 @@ bool AppendPlacement(Trace& trace, SdaiEntityInstance* link, SdaiListClassOfSdai
     const SdaiPrimitiveH relationship = context->GetAttr("REPRESENTATION_RELATION"_name);
     const SdaiPrimitiveH transformation = SelectedOf(relationship, "TRANSFORMATION_OPERATOR"_name);
     if (transformation.IsKindOf("ITEM_DEFINED_TRANSFORMATION"_name)) {
-        return AppendItemDefined(trace, link, relationship, transformation, list);
+        return AppendItemDefined(trace, search, relationship, transformation, list);
     }
     AppendTo(*list, OperatorPlacement(trace, transformation));
     return true;

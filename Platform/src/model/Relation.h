@@ -83,6 +83,8 @@ class Relation {
     // The instances that refer to `target`, in the order of creation, and possibly some that no
     // longer do; check IsSource. Valid until the next write.
     SourceWalk SourcesOf(const SdaiEntityInstance* target) const;
+    // Fetches from memory what SourcesOf reads.
+    [[gnu::always_inline]] void FetchSourcesOf(const SdaiEntityInstance* target) const {
         targets_.Fetch(target);
     }
 

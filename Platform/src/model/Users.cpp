@@ -3,7 +3,6 @@
 #include "SdaiUsers.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <new>
 #include <span>
@@ -24,124 +23,130 @@ bool IsOfKind(const SdaiEntityInstance& instance, const SdaiName& type) {
     return Instance::Of(instance).Type().entity->IsKindOf(type);
 }
 
-// The instances found so far; a few are stored in place.
-class Found {
-  public:
-    Found(std::span<SdaiEntityInstance*> few, std::vector<SdaiEntityInstance*>& many)
-        : few_(few), many_(many) {}
+const Relation& RelationAt(const void* relation) { return *static_cast<const Relation*>(relation); }
 
-    void Add(SdaiEntityInstance* instance) {
-        if (count_ < few_.size()) {
-            few_[count_++] = instance;
-            return;
+// Calls visit(source) for each instance that refers to one of the targets. Its attributes are read
+// soon, so that it is fetched from memory.
+template <class Targets, class Visit>
+void ForEachSource(const void* relation, const Targets& targets, Visit visit) {
+    for (const SdaiEntityInstance* target : targets) {
+        SourceWalk sources = RelationAt(relation).SourcesOf(target);
+        while (SdaiEntityInstance* source = sources.Take()) {
+            __builtin_prefetch(source);
+            if (RelationAt(relation).IsSource(*source, target)) visit(source);
         }
-        if (count_ == few_.size()) many_.assign(few_.begin(), few_.end());
-        many_.push_back(instance);
-        ++count_;
-    }
-
-    std::span<SdaiEntityInstance*> Members() {
-        return count_ <= few_.size() ? few_.first(count_) : std::span(many_);
-    }
-
-  private:
-    std::span<SdaiEntityInstance*> few_;
-    std::vector<SdaiEntityInstance*>& many_;
-    std::size_t count_ = 0;
-};
-
-// Adds the sources of a target.
-template <class IsWanted>
-void AddSources(const Relation& relation, const SdaiEntityInstance* target, IsWanted isWanted,
-                Found& found) {
-    if (target == nullptr) return;
-    SourceWalk sources = relation.SourcesOf(target);
-    while (SdaiEntityInstance* source = sources.Take()) {
-        // Its attributes are read soon.
-        __builtin_prefetch(source);
-        if (relation.IsSource(*source, target) && isWanted(*source)) found.Add(source);
     }
 }
 
-// Sorts the sources of several targets by creation and removes duplicates.
-std::span<SdaiEntityInstance*> InOrder(std::span<SdaiEntityInstance*> members) {
-    if (members.size() < 2) return members;
-    std::sort(members.begin(), members.end(), IsCreatedBefore);
-    const auto end = std::unique(members.begin(), members.end());
-    return members.first(static_cast<std::size_t>(end - members.begin()));
+// Those of a type, in the order of creation, each once.
+std::span<SdaiEntityInstance*> InOrder(std::span<SdaiEntityInstance*> instances,
+                                       const SdaiName& type) {
+    const auto isOther = [&type](const auto* instance) { return !IsOfKind(*instance, type); };
+    const auto others = std::remove_if(instances.begin(), instances.end(), isOther);
+    std::sort(instances.begin(), others, IsCreatedBefore);
+    const auto end = std::unique(instances.begin(), others);
+    return instances.first(static_cast<std::size_t>(end - instances.begin()));
 }
 
 }  // namespace
+
+void SdaiIterator_Of_Users::Found::Add(SdaiEntityInstance* instance) {
+    if (count_ < kFew) {
+        few_[count_++] = instance;
+        return;
+    }
+    if (count_ == kFew) many_.assign(few_, few_ + kFew);
+    many_.push_back(instance);
+    ++count_;
+}
 
 SdaiIterator_Of_Users::SdaiIterator_Of_Users(const SdaiAggrInstance* aggregate)
     : walked_(aggregate) {}
 
 SdaiIterator_Of_Users::SdaiIterator_Of_Users(const SdaiModel* model, const SdaiName& type,
                                              const SdaiName& attribute,
-                                             std::span<const SdaiEntityInstance* const> targets) {
-    if (model == nullptr || Find(*model, type, attribute, nullptr, targets)) return;
+                                             std::span<const SdaiEntityInstance* const> targets)
+    : model_(model), type_(&type), targets_(targets) {
+    if (model == nullptr || Begin(attribute, nullptr)) return;
     walked_ = model->GetEntityExtent(type);
 }
 
 SdaiIterator_Of_Users::SdaiIterator_Of_Users(const SdaiModel* model, const SdaiName& type,
                                              const SdaiName& attribute, const SdaiName& next,
-                                             std::span<const SdaiEntityInstance* const> targets) {
-    if (model == nullptr || Find(*model, type, attribute, &next, targets)) return;
+                                             std::span<const SdaiEntityInstance* const> targets)
+    : model_(model), type_(&type), targets_(targets) {
+    if (model == nullptr || Begin(attribute, &next)) return;
     walked_ = model->GetEntityExtent(type);
 }
 
 // Returns false if the model has no back references for this.
-bool SdaiIterator_Of_Users::Find(const SdaiModel& model, const SdaiName& type,
-                                 const SdaiName& attribute, const SdaiName* next,
-                                 std::span<const SdaiEntityInstance* const> targets) {
-    const Relation* relation = Model::Of(model).FindRelation(attribute);
-    if (relation == nullptr) return false;
-    const Relation* nextRelation = relation;
+bool SdaiIterator_Of_Users::Begin(const SdaiName& attribute, const SdaiName* next) {
+    const Model& model = Model::Of(*model_);
+    const Relation* const relation = model.FindRelation(attribute);
+    const Relation* first = relation;
     if (next != nullptr) {
         // An instance in between may belong to another model, whose references are unknown here.
-        if (Model::Of(model).RefersOutside(attribute)) return false;
-        nextRelation = Model::Of(model).FindRelation(*next);
-        if (nextRelation == nullptr) return false;
+        if (model.RefersOutside(attribute)) return false;
+        first = model.FindRelation(*next);
+        nextRelation_ = first;
     }
-    const auto isOfType = [&type](const SdaiEntityInstance& user) { return IsOfKind(user, type); };
-    if (next == nullptr && targets.size() == 1) {
+    if (relation == nullptr || first == nullptr) return false;
+    relation_ = relation;
+    if (next == nullptr && targets_.size() == 1) {
         // The sources are already in order, and there may be many.
-        if (targets.front() == nullptr) return true;
-        const SourceWalk sources = relation->SourcesOf(targets.front());
+        target_ = targets_.front();
+        const SourceWalk sources = relation->SourcesOf(target_);
         next_ = sources.next;
         end_ = sources.end;
         late_ = sources.late;
         lateEnd_ = sources.lateEnd;
-        relation_ = relation;
-        type_ = &type;
-        target_ = targets.front();
         return true;
     }
-    try {
-        Found found(few_, many_);
-        if (next == nullptr) {
-            for (const SdaiEntityInstance* target : targets) {
-                AddSources(*relation, target, isOfType, found);
-            }
-        } else {
-            std::array<SdaiEntityInstance*, 8> few;
-            std::vector<SdaiEntityInstance*> many;
-            Found between(few, many);
-            for (const SdaiEntityInstance* target : targets) {
-                AddSources(
-                    *nextRelation, target, [](const auto&) { return true; }, between);
-            }
-            for (const SdaiEntityInstance* target : InOrder(between.Members())) {
-                AddSources(*relation, target, isOfType, found);
-            }
-        }
-        const std::span<SdaiEntityInstance*> users = InOrder(found.Members());
-        next_ = users.data();
-        end_ = next_ + users.size();
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    for (const SdaiEntityInstance* target : targets_) first->FetchSourcesOf(target);
+    step_ = next != nullptr ? Step::FindBetween : Step::FindUsers;
     return true;
+}
+
+void SdaiIterator_Of_Users::Fetch() {
+    if (step_ == Step::None) return;
+    try {
+        TakeStep();
+    } catch (const std::bad_alloc&) {
+        step_ = Step::None;
+        walked_ = model_->GetEntityExtent(*type_);
+    }
+}
+
+void SdaiIterator_Of_Users::TakeStep() {
+    switch (step_) {
+        case Step::FindBetween:
+            ForEachSource(nextRelation_, targets_, [this](SdaiEntityInstance* between) {
+                between_.Add(between);
+                RelationAt(relation_).FetchSourcesOf(between);
+            });
+            step_ = Step::FindUsers;
+            break;
+        case Step::FindUsers: {
+            const auto add = [this](SdaiEntityInstance* user) { users_.Add(user); };
+            if (nextRelation_ == nullptr) {
+                ForEachSource(relation_, targets_, add);
+            } else {
+                ForEachSource(relation_, between_.Members(), add);
+            }
+            step_ = Step::PutInOrder;
+            break;
+        }
+        case Step::PutInOrder:
+            Visit(InOrder(users_.Members(), *type_));
+            step_ = Step::None;
+            break;
+        case Step::None: break;
+    }
+}
+
+void SdaiIterator_Of_Users::Visit(std::span<SdaiEntityInstance* const> users) {
+    next_ = users.data();
+    end_ = next_ + users.size();
 }
 
 SdaiIterator_Of_Users::SdaiIterator_Of_Users(const SdaiAggrInstance* aggregate,
@@ -165,13 +170,11 @@ bool SdaiIterator_Of_Users::FindMembers(const SdaiAggrInstance& aggregate,
     SourceWalk sources = relation->SourcesOf(&target);
     if (sources.Size() > kor::AggregateAccess::Count(aggregate)) return false;
     try {
-        Found found(few_, many_);
         while (SdaiEntityInstance* source = sources.Take()) {
             if (!relation->IsSource(*source, &target)) continue;
-            for (std::uint32_t i = index->CountOf(source); i > 0; --i) found.Add(source);
+            for (std::uint32_t i = index->CountOf(source); i > 0; --i) users_.Add(source);
         }
-        next_ = found.Members().data();
-        end_ = next_ + found.Members().size();
+        Visit(users_.Members());
     } catch (const std::bad_alloc&) {
         return false;
     }
@@ -179,6 +182,7 @@ bool SdaiIterator_Of_Users::FindMembers(const SdaiAggrInstance& aggregate,
 }
 
 SdaiBoolean SdaiIterator_Of_Users::Next() {
+    while (step_ != Step::None) Fetch();
     current_ = nullptr;
     if (walked_ != nullptr) {
         if (position_ + 1 >= walked_->GetMemberCount()) return sdaiFALSE;
@@ -186,9 +190,8 @@ SdaiBoolean SdaiIterator_Of_Users::Next() {
         return sdaiTRUE;
     }
     const auto isUser = [this](const SdaiEntityInstance& source) {
-        return relation_ == nullptr ||
-               (static_cast<const Relation*>(relation_)->IsSource(source, target_) &&
-                IsOfKind(source, *type_));
+        return target_ == nullptr ||
+               (RelationAt(relation_).IsSource(source, target_) && IsOfKind(source, *type_));
     };
     SourceWalk sources{next_, end_, late_, lateEnd_};
     do {

@@ -26,6 +26,7 @@ class SdaiIterator_Of_Users {
     SdaiIterator_Of_Users(const SdaiIterator_Of_Users&) = delete;
     SdaiIterator_Of_Users& operator=(const SdaiIterator_Of_Users&) = delete;
 
+    void Fetch() {}
     SdaiBoolean Next() {
         if (visited_ != nullptr && position_ < visited_->GetMemberCount()) ++position_;
         return SdaiBoolean(visited_ != nullptr && position_ < visited_->GetMemberCount());
