@@ -47,7 +47,9 @@ TEST_P(ObjectsInArenas, AreFoundWithTheirValues) {
         const auto& [place, arena, size] = objects[i];
         if (i % 3 == 0) continue;
         std::size_t* value = table.Find(place);
-        if (value == nullptr) value = &table.Add(place, i % 2 == 0 ? arena : nullptr, size);
+        if (value == nullptr) {
+            value = i % 2 == 0 ? &table.Add(place, *arena, size) : &table.Add(place);
+        }
         ASSERT_EQ(*value, 0U) << i;
         *value = i;
     }
@@ -63,7 +65,7 @@ TEST_P(ObjectsInArenas, AreVisitedOnceEach) {
     for (std::size_t i = 0; i < objects.size(); ++i) {
         const auto& [place, arena, size] = objects[i];
         std::size_t* const found = table.Find(place);
-        (found != nullptr ? *found : table.Add(place, arena, size)) = i + 1;
+        (found != nullptr ? *found : table.Add(place, *arena, size)) = i + 1;
     }
     std::vector<int> visits(objects.size() + 1);
     table.ForEach([&visits](std::size_t value) { ++visits.at(value); });
@@ -82,13 +84,13 @@ TEST(ArenaTable, HasNothingAfterItIsCleared) {
     Table table;
     EXPECT_EQ(table.Find(object), nullptr);
     EXPECT_EQ(table.Find(nullptr), nullptr);
-    table.Add(object, &arena, 64) = 7;
-    table.Add(&table, nullptr, 64) = 8;
+    table.Add(object, arena, 64) = 7;
+    table.Add(&table) = 8;
     table.Clear();
     EXPECT_EQ(table.Find(object), nullptr);
     EXPECT_EQ(table.Find(&table), nullptr);
     table.ForEach([](std::size_t) { FAIL() << "there is nothing to visit"; });
-    EXPECT_EQ(table.Add(object, &arena, 64), 0U);
+    EXPECT_EQ(table.Add(object, arena, 64), 0U);
 }
 
 }  // namespace

@@ -393,6 +393,21 @@ TEST(Users, OfInstancesOfOtherModelsAreFound) {
     EXPECT_THAT(visits(), testing::IsSupersetOf({InstanceIn(here[2]), InstanceIn(here[3])}));
 }
 
+TEST(Users, AreFoundWhereAModelThatIsReferredToIsGone) {
+    const ParsedModel here(kStore, "#1=PART('p');#2=PLACE(#1);#3=PLACE($);#4=PLACE(#1);");
+    {
+        const ParsedModel there(kStore, "#1=PART('p');");
+        App(here, 3).PutAttr("owner", there[1]);
+    }
+    const auto places = [&] {
+        return Users(here.Model(), "place"_name, "owner"_name, {InstanceIn(here[1])});
+    };
+    EXPECT_THAT(places(), ElementsAre(InstanceIn(here[2]), InstanceIn(here[4])));
+    App(here, 3).PutAttr("owner", here[1]);
+    EXPECT_THAT(places(),
+                ElementsAre(InstanceIn(here[2]), InstanceIn(here[3]), InstanceIn(here[4])));
+}
+
 // A reference to another model matters where the first of two steps may follow it.
 TEST(Users, OverTwoAttributesAreNoOthersWhileTheFirstStaysWithinTheModel) {
     const ParsedModel here(kStore,

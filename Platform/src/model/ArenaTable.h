@@ -36,11 +36,12 @@ class ArenaTable {
         if (row != nullptr) __builtin_prefetch(&row->values[row->At(address)]);
     }
 
-    // Adds an object that was not found. `arena` is where it was allocated, among objects of that
-    // size only; null, for all objects of that arena, if it may be gone before the table. The value
-    // is valid until the next object is added.
-    Value& Add(const void* object, const Arena* arena, std::size_t size) {
-        if (arena == nullptr || !arena->IsInSegment(object)) return elsewhere_.FindOrAdd(object);
+    // Adds an object that was not found; its value is valid until the next object is added.
+    Value& Add(const void* object) { return elsewhere_.FindOrAdd(object); }
+    // Adds one by its place in an arena that the table does not outlive, with objects of that size
+    // only. Then all of them are added so.
+    Value& Add(const void* object, const Arena& arena, std::size_t size) {
+        if (!arena.IsInSegment(object)) return Add(object);
         const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(object);
         auto values = std::make_unique<Value[]>(Blocks::kSegment / size + 1);
         Row& row = rows_.FindOrAdd(SegmentOf(address));

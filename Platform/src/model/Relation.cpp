@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <string_view>
 
 #include "model/Model.h"
 
@@ -37,6 +38,7 @@ void Relation::Fill(const Model& model) noexcept {
     Clear();
     lost_ = false;
     anyLeft_ = false;
+    mayReadTargets_ = !model.RefersOutside(std::string_view(attribute_));
     try {
         for (const ModelType& type : model.Types()) {
             if (type.number >= slots_.size() || !slots_[type.number]) continue;
@@ -79,10 +81,11 @@ void Relation::Change(const SdaiEntityInstance* before, const SdaiEntityInstance
 Relation::Sources& Relation::SourcesFor(const SdaiEntityInstance& target,
                                         const SdaiEntityInstance& source) {
     if (Sources* const sources = targets_.Find(&target)) return *sources;
-    // Another model may be gone before this one.
+    if (!mayReadTargets_) return targets_.Add(&target);
     const ModelType& type = Instance::Of(target).Type();
-    const bool isOfThisModel = type.model == Instance::Of(source).Type().model;
-    return targets_.Add(&target, isOfThisModel ? &type.memory : nullptr, Instance::Size(type));
+    // Another model may be gone before this one.
+    if (type.model != Instance::Of(source).Type().model) return targets_.Add(&target);
+    return targets_.Add(&target, type.memory, Instance::Size(type));
 }
 
 void Relation::Add(const SdaiEntityInstance* target, SdaiEntityInstance& source) {

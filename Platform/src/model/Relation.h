@@ -139,6 +139,8 @@ class Relation {
     mutable std::mutex orderMutex_;  // held while a list is sorted
     bool lost_ = false;
     bool anyLeft_ = false;
+    // Not if some were of other models when the relation was filled: those may be gone.
+    bool mayReadTargets_ = true;
 };
 
 }  // namespace kor
